@@ -1,0 +1,424 @@
+#include "platform/files.h"
+
+#include <algorithm>
+
+#include "simulation/machine_state.h"
+
+namespace platform {
+
+using simulation::beginOperation;
+using simulation::failWith;
+using simulation::Lookup;
+using simulation::lookUp;
+using simulation::machineOfSelf;
+using simulation::MachineState;
+using simulation::Node;
+using simulation::NodePointer;
+using simulation::ParsedPath;
+using simulation::parsePath;
+using simulation::self;
+using simulation::upperCase;
+
+namespace {
+
+constexpr std::size_t pathLimit = 260;
+constexpr std::size_t directoryLimit = 248;
+constexpr ErrorCode errorNotSameDevice = 17;
+
+Lookup find(const std::wstring& path, std::size_t limit = pathLimit) {
+    return lookUp(machineOfSelf(), parsePath(path, self().currentDirectory, limit));
+}
+
+bool isOpenWithoutDelete(const Node& node) {
+    return std::any_of(node.opens.begin(), node.opens.end(),
+                       [](const auto* open) { return !open->sharesDelete; });
+}
+
+bool isAnythingOpenBelow(const Node& node) {
+    return std::any_of(node.entries.begin(), node.entries.end(), [](const auto& entry) {
+        return !entry.second->opens.empty() || isAnythingOpenBelow(*entry.second);
+    });
+}
+
+// Why an existing entry may not be taken away from its place.
+ErrorCode whyNotRemovable(const Node& node) {
+    if (node.refusal != errorSuccess) {
+        return node.refusal;
+    }
+    return isOpenWithoutDelete(node) ? errorSharingViolation : errorSuccess;
+}
+
+// `*` and `?` as the system compares them.
+bool matches(std::wstring_view pattern, std::wstring_view name) {
+    if (pattern.empty()) {
+        return name.empty();
+    }
+    if (pattern.front() == L'*') {
+        return matches(pattern.substr(1), name) || (!name.empty() && matches(pattern, name.substr(1)));
+    }
+    return !name.empty() && (pattern.front() == L'?' || pattern.front() == name.front()) &&
+           matches(pattern.substr(1), name.substr(1));
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> fileAttributes(const std::wstring& path) {
+    if (const ErrorCode fault = beginOperation("fileAttributes", path)) {
+        failWith(fault);
+        return std::nullopt;
+    }
+    const Lookup found = find(path);
+    if (!found.node) {
+        failWith(found.error);
+        return std::nullopt;
+    }
+    return found.node->attributes;
+}
+
+bool createDirectory(const std::wstring& path) {
+    if (const ErrorCode fault = beginOperation("createDirectory", path)) {
+        return failWith(fault);
+    }
+    const Lookup found = find(path, directoryLimit);
+    if (found.node) {
+        return failWith(found.parent ? errorAlreadyExists : errorAccessDenied);
+    }
+    if (!found.parent) {
+        return failWith(found.error == errorFileNotFound ? errorPathNotFound : found.error);
+    }
+    if (found.error != errorFileNotFound) {
+        return failWith(found.error == errorInvalidName ? errorAlreadyExists : found.error);
+    }
+    if (found.parent->refusal != errorSuccess) {
+        return failWith(found.parent->refusal);
+    }
+    const auto directory = std::make_shared<Node>();
+    directory->name = found.leaf;
+    directory->attributes = attributeDirectory;
+    found.parent->entries[upperCase(found.leaf)] = directory;
+    return true;
+}
+
+bool copyFile(const std::wstring& source, const std::wstring& target, bool failIfExists) {
+    if (const ErrorCode fault = beginOperation("copyFile", source)) {
+        return failWith(fault);
+    }
+    MachineState& machine = machineOfSelf();
+    const Lookup from = find(source);
+    if (!from.node) {
+        return failWith(from.error);
+    }
+    if (from.node->isDirectory()) {
+        return failWith(errorAccessDenied);
+    }
+    ErrorCode error = errorSuccess;
+    const auto reading = simulation::openNode(from.node, true, false, true, true, true, error);
+    if (!reading) {
+        return failWith(error);
+    }
+    simulation::closeOpenFile(*reading);
+    const Lookup to = find(target);
+    if (to.node) {
+        if (to.node->isDirectory()) {
+            return failWith(failIfExists ? errorFileExists : errorAccessDenied);
+        }
+        if (failIfExists) {
+            return failWith(errorFileExists);
+        }
+        if ((to.node->attributes & (attributeReadOnly | attributeHidden)) != 0 ||
+            to.node->refusal != errorSuccess) {
+            return failWith(errorAccessDenied);
+        }
+    } else if (!to.parent || to.error != errorFileNotFound) {
+        return failWith(to.error);
+    } else if (to.parent->refusal != errorSuccess) {
+        return failWith(to.parent->refusal);
+    }
+    if (machine.freeSpace && *machine.freeSpace < from.node->content.size()) {
+        return failWith(errorDiskFull);
+    }
+    if (machine.freeSpace) {
+        *machine.freeSpace -= from.node->content.size();
+    }
+    const NodePointer copy = to.node ? to.node : std::make_shared<Node>();
+    if (!to.node) {
+        copy->name = to.leaf;
+        to.parent->entries[upperCase(to.leaf)] = copy;
+    }
+    copy->content = from.node->content;
+    copy->attributes = from.node->attributes;
+    return true;
+}
+
+bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t /*flags*/) {
+    if (const ErrorCode fault = beginOperation("moveFile", source)) {
+        return failWith(fault);
+    }
+    const Lookup from = find(source);
+    if (!from.node || !from.parent) {
+        return failWith(from.node ? errorAccessDenied : from.error);
+    }
+    const Lookup to = find(target);
+    if (to.node && to.node != from.node) {
+        return failWith(errorAlreadyExists);
+    }
+    if (!to.node && (!to.parent || to.error != errorFileNotFound)) {
+        return failWith(to.error == errorFileNotFound ? errorPathNotFound : to.error);
+    }
+    if (const ErrorCode reason = whyNotRemovable(*from.node)) {
+        return failWith(reason);
+    }
+    if (from.node->isDirectory() && isAnythingOpenBelow(*from.node)) {
+        return failWith(errorAccessDenied);
+    }
+    if (to.parent->refusal != errorSuccess) {
+        return failWith(to.parent->refusal);
+    }
+    const auto driveOf = [](const std::wstring& path) {
+        const std::wstring plain = path.starts_with(L"\\\\?\\") ? path.substr(4) : path;
+        return upperCase(plain.substr(0, 2));
+    };
+    if (driveOf(source) != driveOf(target)) {
+        return failWith(errorNotSameDevice);
+    }
+    from.parent->entries.erase(upperCase(from.leaf));
+    from.node->name = to.leaf;
+    to.parent->entries[upperCase(to.leaf)] = from.node;
+    return true;
+}
+
+bool deleteFile(const std::wstring& path) {
+    if (const ErrorCode fault = beginOperation("deleteFile", path)) {
+        return failWith(fault);
+    }
+    const Lookup found = find(path);
+    if (!found.node) {
+        return failWith(found.error);
+    }
+    if (found.node->isDirectory() || (found.node->attributes & attributeReadOnly) != 0) {
+        return failWith(errorAccessDenied);
+    }
+    if (const ErrorCode reason = whyNotRemovable(*found.node)) {
+        return failWith(reason);
+    }
+    MachineState& machine = machineOfSelf();
+    if (machine.freeSpace) {
+        *machine.freeSpace += found.node->content.size();
+    }
+    found.parent->entries.erase(upperCase(found.leaf));
+    return true;
+}
+
+bool removeDirectory(const std::wstring& path) {
+    if (const ErrorCode fault = beginOperation("removeDirectory", path)) {
+        return failWith(fault);
+    }
+    const Lookup found = find(path);
+    if (!found.node) {
+        return failWith(found.error);
+    }
+    if (!found.node->isDirectory()) {
+        return failWith(errorDirectory);
+    }
+    if (!found.parent) {
+        return failWith(errorAccessDenied);
+    }
+    if (const ErrorCode reason = whyNotRemovable(*found.node)) {
+        return failWith(reason);
+    }
+    if (!found.node->entries.empty()) {
+        return failWith(errorDirectoryNotEmpty);
+    }
+    if ((found.node->attributes & attributeReadOnly) != 0) {
+        return failWith(errorAccessDenied);
+    }
+    found.parent->entries.erase(upperCase(found.leaf));
+    return true;
+}
+
+FindHandle findFirst(const std::wstring& searchPath, FindEntry& entry) {
+    if (const ErrorCode fault = beginOperation("findFirst", searchPath)) {
+        failWith(fault);
+        return FindHandle::none;
+    }
+    const std::size_t separator = searchPath.find_last_of(L"\\/");
+    const std::wstring directory =
+        separator == std::wstring::npos ? L"." : searchPath.substr(0, separator + 1);
+    std::wstring pattern = separator == std::wstring::npos ? searchPath : searchPath.substr(separator + 1);
+    if (pattern.empty()) {
+        failWith(errorFileNotFound);
+        return FindHandle::none;
+    }
+    if (pattern == L"*.*") {
+        pattern = L"*";
+    }
+    const Lookup found = find(directory);
+    if (!found.node || !found.node->isDirectory()) {
+        failWith(found.node ? errorDirectory : errorPathNotFound);
+        return FindHandle::none;
+    }
+    if (found.node->refusal != errorSuccess) {
+        failWith(found.node->refusal);
+        return FindHandle::none;
+    }
+    simulation::FindState state;
+    const std::wstring upper = upperCase(pattern);
+    if (found.parent) {
+        for (const wchar_t* own : {L".", L".."}) {
+            if (matches(upper, own)) {
+                state.entries.push_back({own, attributeDirectory});
+            }
+        }
+    }
+    for (const auto& [name, node] : found.node->entries) {
+        if (matches(upper, name)) {
+            state.entries.push_back({node->name, node->attributes});
+        }
+    }
+    if (state.entries.empty()) {
+        failWith(errorFileNotFound);
+        return FindHandle::none;
+    }
+    entry = state.entries.front();
+    state.position = 1;
+    const std::uintptr_t handle = machineOfSelf().lastHandle += 4;
+    self().finds[handle] = std::move(state);
+    return static_cast<FindHandle>(handle);
+}
+
+bool findNext(FindHandle handle, FindEntry& entry) {
+    if (const ErrorCode fault = beginOperation("findNext")) {
+        return failWith(fault);
+    }
+    const auto found = self().finds.find(static_cast<std::uintptr_t>(handle));
+    if (found == self().finds.end()) {
+        return failWith(errorInvalidHandle);
+    }
+    simulation::FindState& state = found->second;
+    if (state.position >= state.entries.size()) {
+        return failWith(errorNoMoreFiles);
+    }
+    entry = state.entries[state.position++];
+    return true;
+}
+
+void findClose(FindHandle handle) {
+    beginOperation("findClose");
+    self().finds.erase(static_cast<std::uintptr_t>(handle));
+}
+
+std::optional<std::wstring> fullPathName(const std::wstring& path, std::size_t capacity) {
+    if (const ErrorCode fault = beginOperation("fullPathName", path)) {
+        failWith(fault);
+        return std::nullopt;
+    }
+    const std::optional<std::wstring> full = simulation::makeFullPath(path, self().currentDirectory);
+    if (!full || full->size() + 1 > capacity) {
+        failWith(full ? 122 : errorInvalidName);
+        return std::nullopt;
+    }
+    return full;
+}
+
+std::optional<std::wstring> moduleFileName(std::size_t capacity) {
+    if (const ErrorCode fault = beginOperation("moduleFileName")) {
+        failWith(fault);
+        return std::nullopt;
+    }
+    if (self().module.size() + 1 > capacity) {
+        failWith(122);
+        return std::nullopt;
+    }
+    return self().module;
+}
+
+Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t sharing,
+                  std::uint32_t disposition, std::uint32_t attributes) {
+    if (const ErrorCode fault = beginOperation("createFile", path)) {
+        failWith(fault);
+        return Handle::none;
+    }
+    Lookup found = find(path);
+    if (!found.node) {
+        if (disposition != openFileAlways || !found.parent || found.error != errorFileNotFound) {
+            failWith(found.error);
+            return Handle::none;
+        }
+        if (found.parent->refusal != errorSuccess) {
+            failWith(found.parent->refusal);
+            return Handle::none;
+        }
+        found.node = std::make_shared<Node>();
+        found.node->name = found.leaf;
+        found.node->attributes = attributes & ~attributeNormal;
+        found.parent->entries[upperCase(found.leaf)] = found.node;
+    }
+    ErrorCode error = errorSuccess;
+    auto file = simulation::openNode(found.node, (access & accessRead) != 0, (access & accessWrite) != 0,
+                                     (sharing & shareRead) != 0, (sharing & shareWrite) != 0, false, error);
+    if (!file) {
+        failWith(error);
+        return Handle::none;
+    }
+    auto object = std::make_unique<simulation::Object>();
+    object->kind = simulation::ObjectKind::file;
+    object->file = std::move(file);
+    const std::uintptr_t handle = machineOfSelf().lastHandle += 4;
+    self().objects[handle] = std::move(object);
+    return static_cast<Handle>(handle);
+}
+
+void closeHandle(Handle handle) {
+    beginOperation("closeHandle");
+    const auto found = self().objects.find(static_cast<std::uintptr_t>(handle));
+    if (found == self().objects.end()) {
+        return;
+    }
+    if (found->second->file) {
+        simulation::closeOpenFile(*found->second->file);
+    }
+    if (found->second->kind == simulation::ObjectKind::semaphore) {
+        simulation::releaseSemaphore(machineOfSelf(), found->second->semaphore);
+    }
+    self().objects.erase(found);
+}
+
+}  // namespace platform
+
+namespace simulation {
+
+std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool writes, bool sharesRead,
+                                   bool sharesWrite, bool sharesDelete, platform::ErrorCode& error) {
+    if (node->refusal != platform::errorSuccess) {
+        error = node->refusal;
+        return nullptr;
+    }
+    if (node->isDirectory() || (writes && (node->attributes & platform::attributeReadOnly) != 0)) {
+        error = platform::errorAccessDenied;
+        return nullptr;
+    }
+    for (const OpenFile* other : node->opens) {
+        const bool isRefused = (reads && !other->sharesRead) || (writes && !other->sharesWrite) ||
+                               (other->canRead && !sharesRead) || (other->canWrite && !sharesWrite);
+        if (isRefused) {
+            error = platform::errorSharingViolation;
+            return nullptr;
+        }
+    }
+    auto file = std::make_unique<OpenFile>();
+    file->node = node;
+    file->canRead = reads;
+    file->canWrite = writes;
+    file->sharesRead = sharesRead;
+    file->sharesWrite = sharesWrite;
+    file->sharesDelete = sharesDelete;
+    node->opens.push_back(file.get());
+    return file;
+}
+
+void closeOpenFile(OpenFile& file) {
+    std::erase(file.node->opens, &file);
+    file.lockLength = 0;
+}
+
+}  // namespace simulation

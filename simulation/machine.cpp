@@ -1,0 +1,357 @@
+#include "simulation/machine.h"
+
+#include <algorithm>
+
+#include "simulation/machine_state.h"
+
+// The method.
+//
+// A test builds a Machine, puts files and settings on it, and starts programs. A program is a
+// function that is linked against this implementation of the seam. Each process has a thread, but
+// the machine's mutex passes from one to the next like a baton: whoever runs holds it, from the
+// moment at which it gets its turn to the moment at which it sleeps, ends, or hands the turn on.
+// Nothing else synchronises anything, and nothing depends on the speed of the machine underneath.
+//
+// beginOperation stands at the head of every operation of the seam. There the machine records the
+// call, lets another process go on if the seeded generator says so, stops the process dead if the
+// test asked for that, and answers whether an injected fault is due. An operation that fails by a
+// fault has no effect.
+//
+// The end of a process is an exception that unwinds its thread (ProcessEnded). The launcher catches
+// nothing that could hold it up. At the normal end the buffers of open streams are written out, at
+// any other they are lost; handles and locks are given back in both cases.
+//
+// Time is a number of milliseconds. It moves in runWhile alone, when all processes sleep.
+
+namespace simulation {
+
+namespace {
+
+constexpr std::uint64_t noLimit = UINT64_MAX;
+constexpr int minutesOfDay = 24 * 60;
+
+bool isLeapYear(int year) {
+    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+}
+
+int daysOfMonth(int year, int month) {
+    constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return month == 2 && isLeapYear(year) ? 29 : days[month - 1];
+}
+
+// The clock begins on Saturday, 2026-01-31, at 23:59:00.000.
+platform::LocalTime timeAfter(std::uint64_t elapsed) {
+    platform::LocalTime time;
+    time.year = 2026;
+    time.month = 1;
+    time.day = 31;
+    time.dayOfWeek = 6;
+    time.milliseconds = static_cast<int>(elapsed % 1000);
+    const std::uint64_t seconds = elapsed / 1000;
+    time.second = static_cast<int>(seconds % 60);
+    const std::uint64_t minutes = seconds / 60 + minutesOfDay - 1;
+    time.minute = static_cast<int>(minutes % 60);
+    time.hour = static_cast<int>(minutes / 60 % 24);
+    for (std::uint64_t days = minutes / minutesOfDay; days > 0; --days) {
+        time.dayOfWeek = (time.dayOfWeek + 1) % 7;
+        if (++time.day > daysOfMonth(time.year, time.month)) {
+            time.day = 1;
+            time.month = time.month % 12 + 1;
+            time.year += time.month == 1 ? 1 : 0;
+        }
+    }
+    return time;
+}
+
+void collectTree(const Node& directory, const std::wstring& path, std::vector<std::wstring>& all) {
+    for (const auto& [name, node] : directory.entries) {
+        const std::wstring full = path + L"\\" + node->name;
+        all.push_back(node->isDirectory() ? full + L"\\" : full);
+        collectTree(*node, full, all);
+    }
+}
+
+}  // namespace
+
+Machine::Machine(std::uint64_t seed) : state(std::make_unique<MachineState>(seed)) {
+    for (const wchar_t* drive : {L"C:", L"D:"}) {
+        auto root = std::make_shared<Node>();
+        root->attributes = platform::attributeDirectory;
+        state->drives[drive] = root;
+    }
+    setEnvironment(L"TEMP", L"C:\\Temp");
+    setEnvironment(L"HOMEDRIVE", L"C:");
+    setEnvironment(L"HOMEPATH", L"\\Users\\ann");
+    setEnvironment(L"USERNAME", L"ann");
+    setEnvironment(L"USERPROFILE", L"C:\\Users\\ann");
+    setEnvironment(L"PATH", L"C:\\Windows\\System32");
+}
+
+Machine::~Machine() {
+    for (const auto& [id, process] : state->processes) {
+        state->stopProcess(*process);
+    }
+}
+
+ProcessId Machine::start(const std::vector<std::wstring>& words, Program program) {
+    Process& process = state->addProcess(words, std::move(program));
+    process.environment = state->environment;
+    process.currentDirectory = state->currentDirectory;
+    process.module = makeFullPath(words.empty() ? L"C:\\program.exe" : words.front(), state->currentDirectory)
+                         .value_or(L"");
+    return process.id;
+}
+
+ProcessEnd Machine::waitFor(ProcessId process) {
+    const Process& target = *state->processes.at(process);
+    state->runWhile([&] { return target.state != ProcessState::ended; }, noLimit);
+    return target.end;
+}
+
+ProcessEnd Machine::run(const std::vector<std::wstring>& words, Program program) {
+    return waitFor(start(words, std::move(program)));
+}
+
+void Machine::runUntilIdle(std::uint64_t limitMilliseconds) {
+    state->runWhile(
+        [this] {
+            return std::any_of(state->processes.begin(), state->processes.end(),
+                               [](const auto& entry) { return entry.second->state != ProcessState::ended; });
+        },
+        limitMilliseconds);
+}
+
+bool Machine::isRunning(ProcessId process) const {
+    return state->processes.at(process)->state != ProcessState::ended;
+}
+
+void Machine::installProgram(const std::wstring& path, Program program) {
+    if (!exists(path)) {
+        writeFile(path, "");
+    }
+    state->programs[upperCase(path)] = std::move(program);
+}
+
+const std::vector<StartedProcess>& Machine::startedProcesses() const {
+    return state->started;
+}
+
+// The test names files in full and without limits of length.
+static Lookup find(MachineState& machine, const std::wstring& path) {
+    const bool isLong = path.starts_with(L"\\\\?\\");
+    const std::wstring full = *makeFullPath(path, L"C:\\");
+    return lookUp(machine, parsePath(isLong ? full : L"\\\\?\\" + full, L"C:\\", full.size() + 5));
+}
+
+void Machine::makeDirectory(const std::wstring& path) {
+    makeNode(*state, path, platform::attributeDirectory);
+}
+
+void Machine::writeFile(const std::wstring& path, const std::string& content) {
+    makeNode(*state, path, 0)->content = content;
+}
+
+std::optional<std::string> Machine::readFile(const std::wstring& path) const {
+    const Lookup found = find(*state, path);
+    if (!found.node || found.node->isDirectory()) {
+        return std::nullopt;
+    }
+    return found.node->content;
+}
+
+bool Machine::exists(const std::wstring& path) const {
+    return find(*state, path).node != nullptr;
+}
+
+bool Machine::isDirectory(const std::wstring& path) const {
+    const Lookup found = find(*state, path);
+    return found.node && found.node->isDirectory();
+}
+
+std::uint32_t Machine::attributes(const std::wstring& path) const {
+    const Lookup found = find(*state, path);
+    return found.node ? found.node->attributes : 0;
+}
+
+void Machine::setAttributes(const std::wstring& path, std::uint32_t attributes) {
+    const Lookup found = find(*state, path);
+    if (found.node) {
+        found.node->attributes = (found.node->attributes & platform::attributeDirectory) | attributes;
+    }
+}
+
+void Machine::remove(const std::wstring& path) {
+    const Lookup found = find(*state, path);
+    if (found.node && found.parent) {
+        found.parent->entries.erase(upperCase(found.leaf));
+    }
+}
+
+std::vector<std::wstring> Machine::tree(const std::wstring& root) const {
+    std::vector<std::wstring> all;
+    const Lookup found = find(*state, root);
+    if (found.node) {
+        collectTree(*found.node, root.back() == L'\\' ? root.substr(0, root.size() - 1) : root, all);
+    }
+    std::sort(all.begin(), all.end());
+    return all;
+}
+
+void Machine::refuse(const std::wstring& path, platform::ErrorCode error) {
+    const Lookup found = find(*state, path);
+    if (found.node) {
+        found.node->refusal = error;
+    }
+}
+
+void Machine::setFreeSpace(std::optional<std::uint64_t> bytes) {
+    state->freeSpace = bytes;
+}
+
+void Machine::holdOpen(const std::wstring& path) {
+    const Lookup found = find(*state, path);
+    if (!found.node) {
+        return;
+    }
+    auto file = std::make_unique<OpenFile>();
+    file->node = found.node;
+    file->canRead = true;
+    file->sharesRead = false;
+    file->sharesWrite = false;
+    found.node->opens.push_back(file.get());
+    state->heldOpen[upperCase(path)] = std::move(file);
+}
+
+void Machine::releaseOpen(const std::wstring& path) {
+    const auto held = state->heldOpen.find(upperCase(path));
+    if (held != state->heldOpen.end()) {
+        closeOpenFile(*held->second);
+        state->heldOpen.erase(held);
+    }
+}
+
+void Machine::setEnvironment(const std::wstring& name, const std::wstring& value) {
+    state->environment[upperCase(name)] = {name, value};
+}
+
+void Machine::unsetEnvironment(const std::wstring& name) {
+    state->environment.erase(upperCase(name));
+}
+
+void Machine::setCurrentDirectory(const std::wstring& path) {
+    state->currentDirectory = path;
+}
+
+void Machine::setUser(const std::wstring& name, const std::vector<std::wstring>& localGroups) {
+    state->userName = name;
+    state->userGroups = localGroups;
+}
+
+void Machine::setAdministratorsGroupName(const std::wstring& name) {
+    state->administratorsName = name;
+}
+
+void Machine::setRegistryText(const std::wstring& key, const std::wstring& value, const std::wstring& text) {
+    state->registry[upperCase(key)][upperCase(value)] = text;
+}
+
+void Machine::removeRegistryText(const std::wstring& key, const std::wstring& value) {
+    state->registry[upperCase(key)].erase(upperCase(value));
+}
+
+void Machine::setSystemVersion(std::uint32_t major, std::uint32_t minor) {
+    state->major = major;
+    state->minor = minor;
+}
+
+void Machine::addProcess(const std::wstring& executableName) {
+    state->otherProcesses.push_back(executableName);
+}
+
+void Machine::createSemaphore(const std::wstring& name, bool mayBeOpened) {
+    state->semaphores[name] = {mayBeOpened, 1};
+}
+
+void Machine::removeSemaphore(const std::wstring& name) {
+    state->semaphores.erase(name);
+}
+
+platform::LocalTime Machine::now() const {
+    return timeAfter(state->elapsed);
+}
+
+std::uint64_t Machine::elapsedMilliseconds() const {
+    return state->elapsed;
+}
+
+void Machine::setTickCount(std::uint32_t milliseconds) {
+    state->tickStart = milliseconds - static_cast<std::uint32_t>(state->elapsed);
+}
+
+void Machine::setConsole(const std::wstring& title) {
+    state->hasConsole = true;
+    state->consoleTitle = title;
+}
+
+std::wstring Machine::consoleTitle() const {
+    return state->consoleTitle;
+}
+
+bool Machine::isConsoleHidden() const {
+    return state->isConsoleHidden;
+}
+
+void Machine::removeShellLibrary() {
+    state->hasShellLibrary = false;
+}
+
+void Machine::removeAppIdFunction() {
+    state->hasAppIdFunction = false;
+}
+
+void Machine::inject(const Fault& fault) {
+    state->faults.push_back({fault, 0});
+}
+
+void Machine::clearFaults() {
+    state->faults.clear();
+}
+
+void Machine::stopDeadAt(std::uint64_t nth) {
+    state->stopAt = nth == 0 ? 0 : state->operations.size() + nth;
+}
+
+const std::vector<Operation>& Machine::operations() const {
+    return state->operations;
+}
+
+std::uint64_t Machine::operationCount() const {
+    return state->operations.size();
+}
+
+std::wstring Machine::appUserModelIdOf(ProcessId process) const {
+    return state->processes.at(process)->appUserModelId;
+}
+
+bool Machine::currentDirectoryInLibrarySearch(ProcessId process) const {
+    return state->processes.at(process)->searchesCurrentDirectory;
+}
+
+std::map<std::wstring, std::wstring> Machine::environmentOf(ProcessId process) const {
+    std::map<std::wstring, std::wstring> variables;
+    for (const auto& [upper, variable] : state->processes.at(process)->environment) {
+        variables[variable.first] = variable.second;
+    }
+    return variables;
+}
+
+}  // namespace simulation
+
+namespace platform {
+
+LocalTime localTime() {
+    simulation::beginOperation("localTime");
+    return simulation::timeAfter(simulation::machineOfSelf().elapsed);
+}
+
+}  // namespace platform

@@ -1,0 +1,181 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/child_processes.h"
+#include "platform/clock.h"
+#include "platform/errors.h"
+
+// A Windows machine in memory: the second implementation of the seam in src/platform, for tests.
+//
+// A machine has drives with files, processes, a clock, an environment, users, a registry. A program
+// is a function; each process runs its program on a thread of its own, but only one of them runs at
+// any time. Every operation of the seam is a point at which the machine may let another process go
+// on: which one is drawn from a generator with the machine's seed, so the same seed gives the same
+// run. The clock stands still while anybody works; when all processes sleep, it jumps to the moment
+// at which the first of them wakes. Twenty seconds of waiting thus cost no time.
+//
+// The process-wide state of the launcher is thread_local in this build (PROCESS_WIDE), so each
+// process has its own, fresh at its start.
+namespace simulation {
+
+using Program = std::function<int()>;
+
+enum class EndKind {
+    exited,           // exitProcess, or the program returned
+    accessViolation,  // endWithAccessViolation; the status is 0xC0000005
+    stoppedDead,      // killed by the test at an operation
+};
+
+struct ProcessEnd {
+    EndKind kind = EndKind::exited;
+    std::uint32_t status = 0;
+};
+
+using ProcessId = std::uint32_t;
+
+// What createProcess was asked for, in order, failed attempts included.
+struct StartedProcess {
+    std::wstring commandLine;
+    platform::StartInformation start;
+    std::map<std::wstring, std::wstring> environment;  // names as they were set
+    ProcessId id = 0;                                  // 0 when the start failed
+    ProcessId parent = 0;
+    bool started = false;
+};
+
+// One call of the seam, for assertions about access patterns.
+struct Operation {
+    std::string name;       // of the seam's function, e.g. "createDirectory"
+    std::wstring argument;  // its first text argument, or empty
+    ProcessId process = 0;
+    std::uint64_t index = 0;  // 1 for the first operation of the machine
+};
+
+// How injected failures are chosen. Operations are counted for the whole machine from 1, or, with a
+// name, among those of that name (and that begin of the argument, compared without regard to case).
+struct Fault {
+    std::string operation;          // empty: any operation that can fail
+    std::wstring argumentEndsWith;  // empty: any argument
+    std::uint64_t nth = 1;          // the first one that fails, counted from the call of inject
+    bool fromThenOn = false;        // else only that one
+    platform::ErrorCode error = platform::errorAccessDenied;
+};
+
+class MachineState;
+
+class Machine {
+public:
+    explicit Machine(std::uint64_t seed = 1);
+    ~Machine();  // processes that still run are stopped
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    // --- Running programs -----------------------------------------------------------------------
+
+    // Starts a program as somebody would from the desktop: its words are what
+    // commandLineArguments() returns, its environment is a copy of the machine's at this moment, its
+    // module file is word 0 made full. It begins to run when the machine does.
+    ProcessId start(const std::vector<std::wstring>& words, Program program);
+
+    // Runs the machine until this process has ended, others taking their turns meanwhile.
+    ProcessEnd waitFor(ProcessId process);
+
+    // start and waitFor in one.
+    ProcessEnd run(const std::vector<std::wstring>& words, Program program);
+
+    // Runs the machine until no process is left, or until this much simulated time has passed.
+    void runUntilIdle(std::uint64_t limitMilliseconds);
+
+    bool isRunning(ProcessId process) const;
+
+    // What createProcess starts for the program file at this path: the file is made (empty) and the
+    // program stands for its content. A file without a program cannot be started (error 193).
+    void installProgram(const std::wstring& path, Program program);
+
+    const std::vector<StartedProcess>& startedProcesses() const;
+
+    // --- Files, as the test sees them: nothing here counts as an operation ------------------------
+
+    void makeDirectory(const std::wstring& path);                          // all levels
+    void writeFile(const std::wstring& path, const std::string& content);  // and its directories
+    std::optional<std::string> readFile(const std::wstring& path) const;   // what is on the disk
+    bool exists(const std::wstring& path) const;
+    bool isDirectory(const std::wstring& path) const;
+    std::uint32_t attributes(const std::wstring& path) const;  // 0 when it does not exist
+    void setAttributes(const std::wstring& path, std::uint32_t attributes);
+    void remove(const std::wstring& path);  // a whole tree
+    // Every path below the root, full, with backslashes, sorted; directories end in `\`.
+    std::vector<std::wstring> tree(const std::wstring& root) const;
+    // Every open, change or removal of this file or directory (not what lies in it) fails with this
+    // error from now on; errorSuccess takes that back. Looking at it still works.
+    void refuse(const std::wstring& path, platform::ErrorCode error);
+    // Bytes that can still be written before errorDiskFull; nothing for no limit.
+    void setFreeSpace(std::optional<std::uint64_t> bytes);
+    // Holds a file open as another program would that shares nothing.
+    void holdOpen(const std::wstring& path);
+    void releaseOpen(const std::wstring& path);
+
+    // --- Environment, user, system ---------------------------------------------------------------
+
+    // For programs that are started from now on. TEMP, HOMEDRIVE, HOMEPATH, USERNAME, USERPROFILE and
+    // PATH are set at the start: C:\Temp, C:, \Users\ann, ann, C:\Users\ann, C:\Windows\System32.
+    void setEnvironment(const std::wstring& name, const std::wstring& value);
+    void unsetEnvironment(const std::wstring& name);
+    void setCurrentDirectory(const std::wstring& path);  // C:\ at the start
+
+    void setUser(const std::wstring& name, const std::vector<std::wstring>& localGroups);  // ann, Users
+    void setAdministratorsGroupName(const std::wstring& name);                             // Administrators
+    void setRegistryText(const std::wstring& key, const std::wstring& value,
+                         const std::wstring& text);  // HKLM
+    void removeRegistryText(const std::wstring& key, const std::wstring& value);
+    void setSystemVersion(std::uint32_t major, std::uint32_t minor);   // 10, 0
+    void addProcess(const std::wstring& executableName);               // an entry of the process list
+    void createSemaphore(const std::wstring& name, bool mayBeOpened);  // held by nobody in particular
+    void removeSemaphore(const std::wstring& name);
+
+    // Gives the programs a console window with this title; there is none at the start.
+    void setConsole(const std::wstring& title);
+    std::wstring consoleTitle() const;
+    bool isConsoleHidden() const;
+    // shell32.dll, and its function for the application identity, are there at the start.
+    void removeShellLibrary();
+    void removeAppIdFunction();
+
+    platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at the start
+    std::uint64_t elapsedMilliseconds() const;
+    void setTickCount(std::uint32_t milliseconds);
+
+    // --- Faults and records ----------------------------------------------------------------------
+
+    void inject(const Fault& fault);
+    void clearFaults();
+    // Stops the process that makes the nth operation of the machine, counted from now, in place of
+    // that operation: its buffers are lost, its handles closed, its locks freed. 0 takes it back.
+    void stopDeadAt(std::uint64_t nth);
+    const std::vector<Operation>& operations() const;
+    std::uint64_t operationCount() const;
+
+    // What the launcher did to itself or to the desktop.
+    std::wstring appUserModelIdOf(ProcessId process) const;  // as set by the system's function
+    bool currentDirectoryInLibrarySearch(ProcessId process) const;
+    std::map<std::wstring, std::wstring> environmentOf(ProcessId process) const;  // also after its end
+
+private:
+    friend class MachineState;
+    std::unique_ptr<MachineState> state;
+};
+
+// --- For programs that stand in for a platform: called by a process of the machine ----------------
+
+// Creates and holds a semaphore until this process ends. With mayBeOpened false others get
+// errorAccessDenied when they try.
+void holdSemaphore(const std::wstring& name, bool mayBeOpened = true);
+
+}  // namespace simulation

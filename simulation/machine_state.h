@@ -1,0 +1,218 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/errors.h"
+#include "platform/files.h"
+#include "platform/handles.h"
+#include "platform/streams.h"
+#include "platform/users.h"
+#include "simulation/machine.h"
+
+// Inside of the machine: its records, shared by the files that implement the seam.
+namespace simulation {
+
+struct OpenFile;
+
+// A file or a directory.
+struct Node {
+    std::wstring name;
+    std::uint32_t attributes = 0;
+    std::string content;                                    // of a file
+    std::map<std::wstring, std::shared_ptr<Node>> entries;  // of a directory, by upper-cased name
+    std::vector<OpenFile*> opens;
+    platform::ErrorCode refusal = platform::errorSuccess;
+
+    bool isDirectory() const { return (attributes & platform::attributeDirectory) != 0; }
+};
+
+using NodePointer = std::shared_ptr<Node>;
+
+struct OpenFile {
+    NodePointer node;
+    bool canRead = false;
+    bool canWrite = false;
+    bool sharesRead = true;
+    bool sharesWrite = true;
+    bool sharesDelete = false;
+    std::uint64_t lockLength = 0;  // 0: holds no lock
+};
+
+struct Semaphore {
+    bool mayBeOpened = true;
+    int holders = 0;
+};
+
+enum class ObjectKind { file, process, thread, semaphore, snapshot };
+
+struct Process;
+
+struct Object {
+    ObjectKind kind = ObjectKind::file;
+    std::unique_ptr<OpenFile> file;
+    ProcessId processId = 0;
+    std::wstring semaphore;
+    std::vector<std::wstring> snapshotNames;
+    std::vector<ProcessId> snapshotIds;
+    std::size_t snapshotPosition = 0;
+};
+
+struct FindState {
+    std::vector<platform::FindEntry> entries;
+    std::size_t position = 0;
+};
+
+}  // namespace simulation
+
+// A buffered stream as the runtime library keeps it.
+struct platform::Stream {
+    std::unique_ptr<simulation::OpenFile> file;
+    std::uint64_t position = 0;  // of the next byte that is read, or of the first byte in the buffer
+    std::string buffer;          // written and not yet on the disk
+    bool appends = false;
+};
+
+namespace simulation {
+
+enum class ProcessState { ready, sleeping, ended };
+
+struct Process {
+    ProcessId id = 0;
+    ProcessId parent = 0;
+    std::vector<std::wstring> words;
+    std::wstring module;
+    std::wstring currentDirectory;
+    std::map<std::wstring, std::pair<std::wstring, std::wstring>> environment;  // upper name -> name, value
+    Program program;
+    ProcessState state = ProcessState::ready;
+    std::uint64_t wakeTime = 0;
+    bool isStopped = false;  // must unwind at its next operation
+    ProcessEnd end;
+    platform::ErrorCode lastError = 0;
+    std::map<std::uintptr_t, std::unique_ptr<Object>> objects;
+    std::map<std::uintptr_t, FindState> finds;
+    std::set<std::unique_ptr<platform::Stream>> streams;
+    std::wstring appUserModelId;
+    bool searchesCurrentDirectory = true;
+    std::thread thread;
+    std::condition_variable turn;
+};
+
+struct ActiveFault {
+    Fault fault;
+    std::uint64_t seen = 0;
+};
+
+class MachineState {
+public:
+    explicit MachineState(std::uint64_t seed) : generator(seed) {}
+
+    // Scheduling (scheduler.cpp). The mutex is held by whoever runs.
+    std::mutex mutex;
+    std::condition_variable controllerTurn;
+    Process* active = nullptr;  // null: the test
+    std::map<ProcessId, std::unique_ptr<Process>> processes;
+    std::mt19937_64 generator;
+    std::uint64_t elapsed = 0;
+    ProcessId lastProcessId = 1000;
+
+    Process& addProcess(const std::vector<std::wstring>& words, Program program);
+    void runWhile(const std::function<bool()>& isWanted, std::uint64_t limit);
+    void stopProcess(Process& process);
+    void giveTurn(Process& next);
+    void waitForTurn(Process& self, std::unique_lock<std::mutex>& lock);
+    void yield(Process& self);
+    void sleep(Process& self, std::uint32_t milliseconds);
+    std::vector<Process*> readyProcesses();
+    static void finish(MachineState& machine, Process& process, const ProcessEnd& end, bool writesBuffers);
+
+    // Files (file_system.cpp).
+    std::map<std::wstring, NodePointer> drives;
+    std::optional<std::uint64_t> freeSpace;
+    std::map<std::wstring, Program> programs;  // by upper-cased full path
+    std::map<std::wstring, std::unique_ptr<OpenFile>> heldOpen;
+
+    // The system.
+    std::map<std::wstring, std::pair<std::wstring, std::wstring>> environment;
+    std::wstring currentDirectory = L"C:\\";
+    std::wstring userName = L"ann";
+    std::vector<std::wstring> userGroups = {L"Users"};
+    std::wstring administratorsName = L"Administrators";
+    std::map<std::wstring, std::map<std::wstring, std::wstring>> registry;
+    std::uint32_t major = 10;
+    std::uint32_t minor = 0;
+    std::vector<std::wstring> otherProcesses;
+    std::map<std::wstring, Semaphore> semaphores;
+    std::uint32_t tickStart = 0;
+    bool hasConsole = false;
+    std::wstring consoleTitle;
+    bool isConsoleHidden = false;
+    bool hasShellLibrary = true;
+    bool hasAppIdFunction = true;
+    std::uintptr_t lastHandle = 0x100;
+
+    // Records and faults.
+    std::vector<StartedProcess> started;
+    std::vector<Operation> operations;
+    std::deque<ActiveFault> faults;
+    std::uint64_t stopAt = 0;  // operation count at which a process is stopped
+};
+
+// Unwinds the thread of a process that has ended.
+struct ProcessEnded {
+    ProcessEnd end;
+    bool writesBuffers = false;
+};
+
+// The process that runs on this thread, and its machine. Using the seam outside of one aborts.
+Process& self();
+MachineState& machineOfSelf();
+
+// Begins an operation of the seam: records it, lets others go on, stops the process if that is due.
+// Returns the error of a fault, or success; the caller reports it as its own failure.
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument = {});
+
+// Sets the last error of the process and returns false.
+bool failWith(platform::ErrorCode error);
+
+std::wstring upperCase(const std::wstring& text);
+
+// A path as its components, the drive first.
+struct ParsedPath {
+    platform::ErrorCode error = platform::errorSuccess;
+    std::vector<std::wstring> components;
+    bool endsInSeparator = false;
+};
+ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirectory, std::size_t limit);
+std::optional<std::wstring> makeFullPath(const std::wstring& path, const std::wstring& currentDirectory);
+
+struct Lookup {
+    NodePointer node;    // null when it does not exist
+    NodePointer parent;  // null when a directory on the way is missing
+    std::wstring leaf;
+    platform::ErrorCode error = platform::errorSuccess;  // why node is null
+};
+Lookup lookUp(MachineState& machine, const ParsedPath& path);
+NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes);
+
+// Opens a node; null with `error` on a refusal or a sharing violation.
+std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool writes, bool sharesRead,
+                                   bool sharesWrite, bool sharesDelete, platform::ErrorCode& error);
+void closeOpenFile(OpenFile& file);
+bool writeOut(MachineState& machine, platform::Stream& stream);  // sets the last error
+void releaseSemaphore(MachineState& machine, const std::wstring& name);
+
+// A command line as words, by the system's rules.
+std::vector<std::wstring> splitCommandLine(const std::wstring& commandLine);
+
+}  // namespace simulation

@@ -1,0 +1,189 @@
+#include <algorithm>
+
+#include "simulation/machine_state.h"
+
+namespace simulation {
+
+namespace {
+
+constexpr std::size_t plainPathLimit = 260;
+
+wchar_t upperUnit(wchar_t unit) {
+    const bool isLatin = (unit >= L'a' && unit <= L'z') || (unit >= 0xE0 && unit <= 0xFE && unit != 0xF7);
+    const bool isGreekOrCyrillic =
+        (unit >= 0x3B1 && unit <= 0x3C9 && unit != 0x3C2) || (unit >= 0x430 && unit <= 0x44F);
+    return isLatin || isGreekOrCyrillic ? static_cast<wchar_t>(unit - 0x20) : unit;
+}
+
+bool isValidName(const std::wstring& name) {
+    return !name.empty() && std::none_of(name.begin(), name.end(), [](wchar_t unit) {
+        return unit < 0x20 || std::wstring_view(L"<>:\"/\\|?*").find(unit) != std::wstring_view::npos;
+    });
+}
+
+bool isDrive(const std::wstring& text) {
+    return text.size() == 2 && text[1] == L':' &&
+           ((text[0] >= L'a' && text[0] <= L'z') || (text[0] >= L'A' && text[0] <= L'Z'));
+}
+
+std::vector<std::wstring> split(const std::wstring& text) {
+    std::vector<std::wstring> parts(1);
+    for (const wchar_t unit : text) {
+        if (unit == L'\\') {
+            parts.emplace_back();
+        } else {
+            parts.back() += unit;
+        }
+    }
+    return parts;
+}
+
+}  // namespace
+
+std::wstring upperCase(const std::wstring& text) {
+    std::wstring upper = text;
+    std::transform(upper.begin(), upper.end(), upper.begin(), upperUnit);
+    return upper;
+}
+
+std::optional<std::wstring> makeFullPath(const std::wstring& path, const std::wstring& currentDirectory) {
+    if (path.empty()) {
+        return std::nullopt;
+    }
+    std::wstring text = path.substr(0, path.find(L'\0'));
+    if (text.starts_with(L"\\\\?\\")) {
+        return text;
+    }
+    std::replace(text.begin(), text.end(), L'/', L'\\');
+    if (text.starts_with(L"\\\\")) {
+        return text;
+    }
+    const bool hasDrive = text.size() >= 2 && isDrive(text.substr(0, 2));
+    if (!hasDrive) {
+        text =
+            text.starts_with(L"\\") ? currentDirectory.substr(0, 2) + text : currentDirectory + L"\\" + text;
+    } else if (text.size() == 2 || text[2] != L'\\') {
+        const bool isCurrent = upperCase(text.substr(0, 2)) == upperCase(currentDirectory.substr(0, 2));
+        text = (isCurrent ? currentDirectory : text.substr(0, 2)) + L"\\" + text.substr(2);
+    }
+    const bool endsInSeparator = text.back() == L'\\';
+    std::vector<std::wstring> kept;
+    const std::vector<std::wstring> parts = split(text.substr(2));
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        std::wstring part = parts[i];
+        if (part == L"..") {
+            if (!kept.empty()) {
+                kept.pop_back();
+            }
+            continue;
+        }
+        if (part.empty() || part == L".") {
+            continue;
+        }
+        while (!part.empty() && (part.back() == L'.' || (part.back() == L' ' && i + 1 == parts.size()))) {
+            part.pop_back();
+        }
+        if (!part.empty()) {
+            kept.push_back(part);
+        }
+    }
+    std::wstring full = text.substr(0, 2);
+    for (const std::wstring& part : kept) {
+        full += L"\\" + part;
+    }
+    if (kept.empty() || endsInSeparator) {
+        full += L"\\";
+    }
+    return full;
+}
+
+ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirectory, std::size_t limit) {
+    ParsedPath parsed;
+    const bool isLong = path.starts_with(L"\\\\?\\");
+    const std::optional<std::wstring> full = makeFullPath(path, currentDirectory);
+    if (!full) {
+        parsed.error = platform::errorPathNotFound;
+        return parsed;
+    }
+    if (!isLong && full->size() >= std::min(limit, plainPathLimit)) {
+        parsed.error = limit < plainPathLimit ? platform::errorFileNameTooLong : platform::errorPathNotFound;
+        return parsed;
+    }
+    std::vector<std::wstring> parts = split(isLong ? full->substr(4) : *full);
+    parsed.endsInSeparator = parts.size() > 1 && parts.back().empty();
+    if (parsed.endsInSeparator) {
+        parts.pop_back();
+    }
+    if (!isDrive(parts.front())) {
+        parsed.error = platform::errorPathNotFound;
+        return parsed;
+    }
+    if (isLong && parts.size() == 1 && !parsed.endsInSeparator) {
+        parsed.error = platform::errorAccessDenied;  // the volume itself, no directory of it
+        return parsed;
+    }
+    for (std::size_t i = 1; i < parts.size(); ++i) {
+        if (!isValidName(parts[i]) || parts[i] == L"." || parts[i] == L"..") {
+            parsed.error = platform::errorInvalidName;
+            return parsed;
+        }
+    }
+    parsed.components = std::move(parts);
+    return parsed;
+}
+
+Lookup lookUp(MachineState& machine, const ParsedPath& path) {
+    Lookup found;
+    found.error = path.error;
+    if (path.error != platform::errorSuccess) {
+        return found;
+    }
+    const auto drive = machine.drives.find(upperCase(path.components.front()));
+    if (drive == machine.drives.end()) {
+        found.error = platform::errorPathNotFound;
+        return found;
+    }
+    NodePointer node = drive->second;
+    for (std::size_t i = 1; i < path.components.size(); ++i) {
+        if (!node->isDirectory()) {
+            found.error = platform::errorPathNotFound;
+            return found;
+        }
+        const bool isLast = i + 1 == path.components.size();
+        const auto entry = node->entries.find(upperCase(path.components[i]));
+        if (isLast) {
+            found.parent = node;
+            found.leaf = path.components[i];
+        }
+        if (entry == node->entries.end()) {
+            found.error = isLast ? platform::errorFileNotFound : platform::errorPathNotFound;
+            return found;
+        }
+        node = entry->second;
+    }
+    if (path.endsInSeparator && !node->isDirectory()) {
+        found.error = platform::errorInvalidName;
+        return found;
+    }
+    found.node = node;
+    return found;
+}
+
+NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes) {
+    const bool isLong = path.starts_with(L"\\\\?\\");
+    const ParsedPath parsed =
+        parsePath(isLong ? path : L"\\\\?\\" + *makeFullPath(path, L"C:\\"), L"C:\\", plainPathLimit);
+    NodePointer node = machine.drives.at(upperCase(parsed.components.front()));
+    for (std::size_t i = 1; i < parsed.components.size(); ++i) {
+        NodePointer& entry = node->entries[upperCase(parsed.components[i])];
+        if (!entry) {
+            entry = std::make_shared<Node>();
+            entry->name = parsed.components[i];
+            entry->attributes = i + 1 == parsed.components.size() ? attributes : platform::attributeDirectory;
+        }
+        node = entry;
+    }
+    return node;
+}
+
+}  // namespace simulation

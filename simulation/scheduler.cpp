@@ -1,0 +1,245 @@
+#include <cstdio>
+#include <cstdlib>
+
+#include "simulation/machine_state.h"
+
+namespace simulation {
+
+namespace {
+
+constexpr std::uint64_t operationLimit = 20'000'000;
+constexpr std::uint64_t timeLimit = std::uint64_t{10} * 24 * 3600 * 1000;
+
+thread_local Process* currentProcess = nullptr;
+thread_local MachineState* currentMachine = nullptr;
+
+[[noreturn]] void giveUp(const char* reason) {
+    std::fprintf(stderr, "simulation: %s\n", reason);
+    std::abort();
+}
+
+bool endsWithIgnoringCase(const std::wstring& text, const std::wstring& ending) {
+    return upperCase(text).ends_with(upperCase(ending));
+}
+
+// The error of the first fault that is due for this operation.
+platform::ErrorCode faultOf(MachineState& machine, const Operation& operation) {
+    platform::ErrorCode error = platform::errorSuccess;
+    for (ActiveFault& active : machine.faults) {
+        const Fault& fault = active.fault;
+        const bool isMeant = (fault.operation.empty() || fault.operation == operation.name) &&
+                             endsWithIgnoringCase(operation.argument, fault.argumentEndsWith);
+        if (!isMeant) {
+            continue;
+        }
+        ++active.seen;
+        const bool isDue = active.seen == fault.nth || (fault.fromThenOn && active.seen > fault.nth);
+        if (isDue && error == platform::errorSuccess) {
+            error = fault.error;
+        }
+    }
+    return error;
+}
+
+void runProcess(MachineState& machine, Process& process) {
+    currentProcess = &process;
+    currentMachine = &machine;
+    std::unique_lock<std::mutex> lock(machine.mutex);
+    machine.waitForTurn(process, lock);
+    lock.release();  // held while the process runs; given up only to wait for its turn
+    ProcessEnded ended;
+    ended.writesBuffers = true;
+    try {
+        if (process.isStopped) {
+            throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+        }
+        ended.end.status = static_cast<std::uint32_t>(process.program());
+    } catch (const ProcessEnded& thrown) {
+        ended = thrown;
+    }
+    MachineState::finish(machine, process, ended.end, ended.writesBuffers);
+    machine.active = nullptr;
+    machine.controllerTurn.notify_all();
+    machine.mutex.unlock();
+}
+
+}  // namespace
+
+Process& self() {
+    if (currentProcess == nullptr) {
+        giveUp("an operation of the seam was called outside of a process");
+    }
+    return *currentProcess;
+}
+
+MachineState& machineOfSelf() {
+    self();
+    return *currentMachine;
+}
+
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument) {
+    Process& process = self();
+    MachineState& machine = *currentMachine;
+    if (process.isStopped) {
+        throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+    }
+    machine.yield(process);
+    machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1});
+    if (machine.operations.size() > operationLimit) {
+        giveUp("too many operations: something does not end");
+    }
+    if (machine.stopAt != 0 && machine.operations.size() == machine.stopAt) {
+        throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+    }
+    return faultOf(machine, machine.operations.back());
+}
+
+bool failWith(platform::ErrorCode error) {
+    self().lastError = error;
+    return false;
+}
+
+Process& MachineState::addProcess(const std::vector<std::wstring>& words, Program program) {
+    lastProcessId += 4;
+    auto process = std::make_unique<Process>();
+    process->id = lastProcessId;
+    process->words = words;
+    process->program = std::move(program);
+    Process& added = *process;
+    processes[added.id] = std::move(process);
+    return added;
+}
+
+void MachineState::giveTurn(Process& next) {
+    active = &next;
+    if (!next.thread.joinable()) {
+        next.thread = std::thread([this, &next] { runProcess(*this, next); });
+    }
+    next.turn.notify_all();
+}
+
+void MachineState::waitForTurn(Process& process, std::unique_lock<std::mutex>& lock) {
+    process.turn.wait(lock, [&] { return active == &process; });
+}
+
+std::vector<Process*> MachineState::readyProcesses() {
+    std::vector<Process*> ready;
+    for (const auto& [id, process] : processes) {
+        if (process->state == ProcessState::ready) {
+            ready.push_back(process.get());
+        }
+    }
+    return ready;
+}
+
+void MachineState::yield(Process& process) {
+    const std::vector<Process*> ready = readyProcesses();
+    if (ready.size() < 2) {
+        return;
+    }
+    Process* next = ready[generator() % ready.size()];
+    if (next == &process) {
+        return;
+    }
+    std::unique_lock<std::mutex> lock(mutex, std::adopt_lock);
+    giveTurn(*next);
+    waitForTurn(process, lock);
+    lock.release();
+    if (process.isStopped) {
+        throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+    }
+}
+
+void MachineState::sleep(Process& process, std::uint32_t milliseconds) {
+    process.state = ProcessState::sleeping;
+    process.wakeTime = elapsed + milliseconds;
+    std::unique_lock<std::mutex> lock(mutex, std::adopt_lock);
+    active = nullptr;
+    controllerTurn.notify_all();
+    waitForTurn(process, lock);
+    lock.release();
+    if (process.isStopped) {
+        throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+    }
+}
+
+// Called by the test: lets processes run, and time pass when all of them sleep, while it is wanted.
+void MachineState::runWhile(const std::function<bool()>& isWanted, std::uint64_t limit) {
+    std::unique_lock<std::mutex> lock(mutex);
+    const std::uint64_t begin = elapsed;
+    while (isWanted()) {
+        const std::vector<Process*> ready = readyProcesses();
+        if (!ready.empty()) {
+            giveTurn(*ready[generator() % ready.size()]);
+            controllerTurn.wait(lock, [&] { return active == nullptr; });
+            continue;
+        }
+        std::uint64_t next = 0;
+        bool isAnySleeping = false;
+        for (const auto& [id, process] : processes) {
+            if (process->state == ProcessState::sleeping && (!isAnySleeping || process->wakeTime < next)) {
+                next = process->wakeTime;
+                isAnySleeping = true;
+            }
+        }
+        if (!isAnySleeping) {
+            giveUp("nobody can run, and somebody is waited for");
+        }
+        if (next - begin > limit) {
+            elapsed = begin + limit;
+            return;
+        }
+        elapsed = next;
+        if (elapsed > timeLimit) {
+            giveUp("ten days have passed: something waits for ever");
+        }
+        for (const auto& [id, process] : processes) {
+            if (process->state == ProcessState::sleeping && process->wakeTime <= elapsed) {
+                process->state = ProcessState::ready;
+            }
+        }
+    }
+}
+
+void MachineState::stopProcess(Process& process) {
+    std::unique_lock<std::mutex> lock(mutex);
+    process.isStopped = true;
+    if (process.state != ProcessState::ended) {
+        if (process.thread.joinable()) {
+            giveTurn(process);
+            controllerTurn.wait(lock, [&] { return active == nullptr; });
+        } else {
+            process.state = ProcessState::ended;
+        }
+    }
+    lock.unlock();
+    if (process.thread.joinable()) {
+        process.thread.join();
+    }
+}
+
+// Gives back what the process holds, as the system does at its end.
+void MachineState::finish(MachineState& machine, Process& process, const ProcessEnd& end,
+                          bool writesBuffers) {
+    for (const auto& stream : process.streams) {
+        if (writesBuffers) {
+            writeOut(machine, *stream);
+        }
+        closeOpenFile(*stream->file);
+    }
+    process.streams.clear();
+    for (const auto& [handle, object] : process.objects) {
+        if (object->file) {
+            closeOpenFile(*object->file);
+        }
+        if (object->kind == ObjectKind::semaphore) {
+            releaseSemaphore(machine, object->semaphore);
+        }
+    }
+    process.objects.clear();
+    process.finds.clear();
+    process.end = end;
+    process.state = ProcessState::ended;
+}
+
+}  // namespace simulation

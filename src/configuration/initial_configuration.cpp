@@ -1,0 +1,85 @@
+#include "configuration/initial_configuration.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "configuration/install_configuration.h"
+#include "foundation/formatter.h"
+#include "foundation/log_channel.h"
+
+namespace zellauncher {
+
+namespace {
+
+using Entries = std::vector<const PropertyEntry*>;
+
+bool isKindWithFirstRun() {
+    return InstallConfiguration == InstallConfigurationKind::user ||
+           InstallConfiguration == InstallConfigurationKind::multiuser ||
+           InstallConfiguration == InstallConfigurationKind::userpb;
+}
+
+// Keys and values up to the first empty text; an empty value ends the count behind its key.
+std::size_t countTexts(const Entries& entries) {
+    std::size_t count = 0;
+    for (const PropertyEntry* entry : entries) {
+        if (entry->value.empty()) {
+            return count + 1;
+        }
+        count += 2;
+    }
+    return count;
+}
+
+// The entries in the order of their numbers. The test is for the beginning of the key, so a number
+// may be taken for one that it begins.
+Entries orderByNumber(const Entries& entries, std::size_t pairs) {
+    Entries ordered;
+    for (std::size_t n = 1; n <= pairs; ++n) {
+        const std::wstring name = L"config.initial" + formatText(L".%d", {static_cast<std::int64_t>(n)});
+        const auto found = std::find_if(entries.begin(), entries.end(), [&](const PropertyEntry* entry) {
+            return entry->key.starts_with(name);
+        });
+        if (found == entries.end()) {
+            logFatalF("ZLNCH0114E: Invalid config.initial arguments. %ls not found", name);
+        }
+        ordered.push_back(*found);
+    }
+    return ordered;
+}
+
+// The property that shows that the first run has been done: the value behind the flag word.
+const std::wstring& flagName(const Entries& ordered, std::size_t texts) {
+    for (std::size_t pair = 0; pair < ordered.size(); ++pair) {
+        if (!ordered[pair]->value.starts_with(L"-initialCompleteFlag")) {
+            continue;
+        }
+        const std::size_t index = pair * 2 + 1;
+        if (index + 3 <= texts && pair + 1 < ordered.size()) {
+            return ordered[pair + 1]->value;
+        }
+        break;
+    }
+    logFatal("ZLNCH0115E: Invalid config.initial arguments. -initialCompleteFlag not found");
+}
+
+}  // namespace
+
+bool readInitialConfiguration(const PropertyList& zelLauncherArray, const PropertyList& zelInstallArray) {
+    if (!isKindWithFirstRun()) {
+        return false;
+    }
+    const Entries entries = findProperties(L"config.initial.", zelLauncherArray);
+    const std::size_t texts = countTexts(entries);
+    if (texts == 0) {
+        return false;
+    }
+    const Entries ordered = orderByNumber(entries, texts / 2);
+    const std::wstring* done = lookupProperty(flagName(ordered, texts), zelInstallArray);
+    return done == nullptr || !done->starts_with(L"true");
+}
+
+}  // namespace zellauncher

@@ -1,0 +1,63 @@
+#include "configuration/install_identity.h"
+
+#include <cstdint>
+
+#include "configuration/install_configuration.h"
+#include "foundation/file_tests.h"
+#include "foundation/formatter.h"
+#include "foundation/log_channel.h"
+#include "foundation/paths.h"
+#include "foundation/text_stream.h"
+#include "platform/clock.h"
+#include "properties/property_reader.h"
+
+namespace zellauncher {
+
+namespace {
+
+constexpr const wchar_t* identityKey = L"zel.install.id";
+
+// The line is its own format. It is written out here and now, so that a full disk is found while it
+// can still be told.
+void appendIdentity(const std::wstring& propertiesPath, const std::wstring& identity) {
+    TextStream file;
+    openFile(file, propertiesPath, "a+");
+    if (file.stream == nullptr) {
+        logFatalF("ZLNCH0017E: Could not open %ls to append zel.install.id!", propertiesPath);
+    }
+    const std::wstring line = std::wstring(identityKey) + L"=" + identity + L"\n";
+    const bool isWritten = putText(file, formatText(line, {})) >= 0 && flushTextStream(file);
+    if (!isWritten) {
+        logFatalF("ZLNCH0018E: Error while writing to %ls file.", propertiesPath);
+    }
+    closeTextStream(file);
+}
+
+}  // namespace
+
+std::wstring resolveInstallId(const std::wstring& propertiesPath, PropertyList& zelLauncherArray) {
+    if (const std::wstring* identity = lookupProperty(identityKey, zelLauncherArray)) {
+        return *identity;
+    }
+    if (InstallConfiguration != InstallConfigurationKind::userpb) {
+        logFatal("ZLNCH0016E: zel.install.id is required for this configuration!");
+    }
+    const std::wstring identity = formatText(L"%lu", {std::uint64_t{platform::tickCount()}});
+    zelLauncherArray.push_back({identityKey, identity});
+    appendIdentity(propertiesPath, identity);
+    return identity;
+}
+
+bool installIdChanged(const std::wstring& installId, const std::wstring& configDirectory) {
+    std::wstring userFile = configDirectory + L"\\zelinstall.properties";
+    toBackslashes(userFile);
+    if (!fileExists(userFile)) {
+        return false;
+    }
+    PropertyList properties;
+    loadPropertyFile(userFile, properties);
+    const std::wstring* recorded = lookupProperty(identityKey, properties);
+    return recorded != nullptr && !recorded->empty() && *recorded != installId;
+}
+
+}  // namespace zellauncher

@@ -1,0 +1,199 @@
+#include "configuration/user_install_properties.h"
+
+#include <cstdint>
+#include <optional>
+
+#include "configuration/locations.h"
+#include "foundation/file_operations.h"
+#include "foundation/file_tests.h"
+#include "foundation/formatter.h"
+#include "foundation/log_channel.h"
+#include "foundation/paths.h"
+#include "foundation/text_stream.h"
+#include "launch/launch_state.h"
+#include "properties/platform_lines.h"
+
+namespace zellauncher {
+
+namespace {
+
+constexpr const wchar_t* fileName = L"zelinstall.properties";
+
+// Where the copying stands between two lines.
+struct CopyState {
+    bool isDropping = false;    // the next line belongs to an entry that was dropped
+    bool isContinuing = false;  // the next line continues one that was kept
+};
+
+// Whether the line goes to the user's file; it may lose its qualifier on the way.
+bool isKept(CopyState& state, std::wstring& line) {
+    if (state.isDropping) {
+        state = {endsInContinuation(line), false};
+        return false;
+    }
+    if (state.isContinuing) {
+        state.isContinuing = endsInContinuation(line);
+        return true;
+    }
+    if (line.starts_with(L"#") || line.starts_with(L"!")) {
+        return true;
+    }
+    state.isContinuing = endsInContinuation(line);
+    if (isForeignPlatformLine(line)) {
+        state = {state.isContinuing, false};
+        return false;
+    }
+    return true;
+}
+
+void copyLines(TextStream& source, TextStream& target) {
+    CopyState state;
+    std::wstring line;
+    while (!atEnd(source)) {
+        const ScanResult result = scanLine(source, LineBlanks::keepLeading, line);
+        if (result == ScanResult::endOfData) {
+            return;
+        }
+        if (result == ScanResult::nothing) {
+            skipWhiteSpace(source);  // the file begins with an empty line
+            continue;
+        }
+        if (isKept(state, line) && putText(target, line + L"\n") < 0) {
+            logDebug(
+                "ZLNCH0001E: Error while copying base zelinstall.properties to user specific "
+                "zelinstall.properties file.");
+        }
+    }
+}
+
+std::wstring escapePath(std::wstring path) {
+    toForwardSlashes(path);
+    std::wstring escaped;
+    escapeValue(path, escaped);
+    return escaped;
+}
+
+void appendOptionalLine(std::wstring& block, const wchar_t* key, const std::wstring* value) {
+    if (value != nullptr) {
+        block.append(key).append(L"=").append(*value).append(L"\n");
+    }
+}
+
+// What the launcher knows and the base file does not; nothing when a required key is missing.
+std::optional<std::wstring> knownLines(const PropertyList& zelLauncherArray) {
+    const std::wstring* installId = lookupProperty(L"zel.install.id", zelLauncherArray);
+    const std::wstring* jvm = lookupProperty(L"jvm.location", zelLauncherArray);
+    const std::wstring* location = lookupProperty(L"zel.base.location", zelLauncherArray);
+    const std::wstring* kind = lookupProperty(L"install.configuration", zelLauncherArray);
+    if (installId == nullptr || location == nullptr || kind == nullptr) {
+        return std::nullopt;
+    }
+    std::wstring block;
+    appendOptionalLine(block, L"zel.install.id", installId);
+    if (jvm != nullptr && !jvm->empty()) {
+        block += L"vm=" + escapePath(*jvm) + L"\n";
+    }
+    block += L"zel.base.location=" + escapePath(*location) + L"\n";
+    appendOptionalLine(block, L"install.configuration", kind);
+    appendOptionalLine(block, L"com.mivel.zel.core.locale",
+                       lookupProperty(L"com.mivel.zel.core.locale", zelLauncherArray));
+    appendOptionalLine(block, L"com.mivel.zel.core.bidi",
+                       lookupProperty(L"com.mivel.zel.core.bidi", zelLauncherArray));
+    return block;
+}
+
+// The block is its own format: `%%` is one per cent sign, any other conversion gives nothing.
+void appendKnownLines(TextStream& target, const PropertyList& zelLauncherArray) {
+    const std::optional<std::wstring> block = knownLines(zelLauncherArray);
+    if (!block) {
+        closeTextStream(target);
+        logFatal(
+            "ZLNCH0008E: Unable to calculate necessary values for user specific zelinstall.properties file.");
+    }
+    // What is buffered shows only at a flush whether the disk took it.
+    if (putText(target, formatText(*block, {})) < 0 || !flushTextStream(target)) {
+        logDebug("ZLNCH0015E: Unable to append values to user specific zelinstall.properties file.");
+    }
+    closeTextStream(target);
+}
+
+bool isEscapedMark(wchar_t unit) {
+    return unit == L'#' || unit == L'!' || unit == L'=' || unit == L':' || unit == L'\\';
+}
+
+void escapeUnit(wchar_t unit, std::wstring& out) {
+    if (unit < 32 || unit >= 127) {
+        out += formatText(L"\\u%04x", {std::uint64_t{static_cast<std::uint32_t>(unit)}});
+        return;
+    }
+    if (isEscapedMark(unit)) {
+        out += L'\\';
+    }
+    out += unit;
+}
+
+}  // namespace
+
+std::wstring ensureUserInstallProperties(const std::wstring& configDirectory,
+                                         const std::wstring& baseLocation,
+                                         const PropertyList& zelLauncherArray) {
+    std::wstring userFile = configDirectory + L"\\" + fileName;
+    toBackslashes(userFile);
+    if (fileExists(userFile)) {
+        return userFile;
+    }
+    std::wstring baseFile;
+    baseFilePath(baseFile, baseLocation, fileName);
+    if (!copyFileNoReplace(baseFile, userFile)) {
+        logFatal("ZLNCH0022E: Unable to copy zelinstall.properties to the user directory.");
+    }
+    const std::wstring temporaryFile = userFile + L".new";
+    writeUserInstallProperties(userFile, temporaryFile, zelLauncherArray);
+    deleteFile(userFile);
+    moveFile(temporaryFile, userFile);
+    initialLaunch = true;
+    return userFile;
+}
+
+int writeUserInstallProperties(const std::wstring& userFile, const std::wstring& temporaryFile,
+                               const PropertyList& zelLauncherArray) {
+    std::wstring sourcePath = userFile;
+    std::wstring targetPath = temporaryFile;
+    toBackslashes(sourcePath);
+    toBackslashes(targetPath);
+    TextStream source;
+    TextStream target;
+    openFile(source, sourcePath, "r");
+    openFile(target, targetPath, "w");
+    if (source.stream == nullptr || target.stream == nullptr) {
+        logDebug(
+            "ZLNCH0074E: Unable to open user specific zelinstall.properties and temporary "
+            "zelinstall.properties files.");
+        closeTextStream(source);
+        closeTextStream(target);
+        return -1;
+    }
+    copyLines(source, target);
+    closeTextStream(source);
+    appendKnownLines(target, zelLauncherArray);
+    return 0;
+}
+
+void escapeValue(const std::wstring& text, std::wstring& out) {
+    for (const wchar_t unit : text) {
+        escapeUnit(unit, out);
+    }
+}
+
+void escapeEntry(const std::wstring& key, const std::wstring& value, std::wstring& out) {
+    for (const wchar_t unit : key) {
+        if (unit == L' ') {
+            out += L'\\';
+        }
+        escapeUnit(unit, out);
+    }
+    out += L'=';
+    escapeValue(value, out);
+}
+
+}  // namespace zellauncher

@@ -1,0 +1,146 @@
+#include "foundation/directory_removal.h"
+
+#include <vector>
+
+#include "foundation/log_channel.h"
+#include "foundation/paths.h"
+#include "foundation/waiting.h"
+#include "platform/errors.h"
+#include "platform/files.h"
+
+namespace zellauncher {
+
+namespace {
+
+constexpr int attempts = 5;
+
+// One directory of a walk. The levels are kept in a vector and not on the machine's stack, so a tree
+// of any depth can be walked.
+struct Level {
+    std::wstring directory;
+    platform::FindHandle handle = platform::FindHandle::none;
+    platform::FindEntry entry;
+    bool hasEntry = false;
+};
+
+void appendError(std::wstring& errors, const std::wstring& what) {
+    std::wstring reason;
+    formatLastError(reason);
+    errors.append(what).append(L"  - ").append(reason).append(L"\n");
+}
+
+std::wstring searchPathOf(const std::wstring& directory, const std::wstring& pattern) {
+    const bool hasSeparator = !directory.empty() && (directory.back() == L'\\' || directory.back() == L'/');
+    return directory + (hasSeparator ? L"" : L"\\") + pattern;
+}
+
+bool openLevel(Level& level, const std::wstring& pattern, std::wstring& errors) {
+    const std::wstring searchPath = searchPathOf(level.directory, pattern);
+    level.handle = platform::findFirst(searchPath, level.entry);
+    if (level.handle == platform::FindHandle::none) {
+        appendError(errors, L"Error in " + searchPath);
+        return false;
+    }
+    level.hasEntry = true;
+    return true;
+}
+
+// The next entry of the level; false only when the walk of this directory failed.
+bool advanceLevel(Level& level, std::wstring& errors) {
+    level.hasEntry = platform::findNext(level.handle, level.entry);
+    if (level.hasEntry) {
+        return true;
+    }
+    const bool isEnd = platform::lastError() == platform::errorNoMoreFiles;
+    if (!isEnd) {
+        appendError(errors, L"FindNextFile error ");
+    }
+    platform::findClose(level.handle);
+    return isEnd;
+}
+
+}  // namespace
+
+bool walkDirectory(const std::wstring& directory, const std::wstring& pattern, std::wstring& errors,
+                   bool removeDirectories) {
+    bool isWhole = true;
+    std::vector<Level> levels(1);
+    levels.back().directory = directory;
+    if (!openLevel(levels.back(), pattern, errors)) {
+        return false;
+    }
+    while (true) {
+        Level& level = levels.back();
+        if (!level.hasEntry) {
+            const std::wstring finished = level.directory;
+            levels.pop_back();
+            if (levels.empty()) {
+                return isWhole;
+            }
+            if (removeDirectories && !platform::removeDirectory(finished)) {
+                appendError(errors, L"Can't delete dir " + finished);
+                isWhole = false;
+            }
+            isWhole = advanceLevel(levels.back(), errors) && isWhole;
+            continue;
+        }
+        const std::wstring path = level.directory + L"\\" + level.entry.name;
+        const bool isDirectory = (level.entry.attributes & platform::attributeDirectory) != 0;
+        const bool isOwn = level.entry.name == L"." || level.entry.name == L"..";
+        if (!isOwn && isDirectory && pattern == L"*") {
+            Level child;
+            child.directory = path;
+            if (!openLevel(child, pattern, errors)) {
+                isWhole = false;
+            }
+            levels.push_back(child);
+            continue;
+        }
+        if (!isOwn && !isDirectory && !platform::deleteFile(path)) {
+            appendError(errors, L"Can't delete file " + path);
+            isWhole = false;
+        }
+        isWhole = advanceLevel(level, errors) && isWhole;
+    }
+}
+
+bool removeDirectoryContents(const std::wstring& directory, std::wstring& errors) {
+    std::wstring longPath = directory;
+    toLongPath(longPath);
+    if (!walkDirectory(longPath, L"*", errors, false)) {
+        return false;
+    }
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        errors.clear();
+        if (walkDirectory(longPath, L"*", errors, true)) {
+            return true;
+        }
+        logDebugLastError(L"removeDirectoryContents");
+        sleepSeconds(1);
+    }
+    return false;
+}
+
+bool removeDirectory(const std::wstring& directory, std::wstring& errors) {
+    std::wstring longPath = directory;
+    toLongPath(longPath);
+    if (!removeDirectoryContents(longPath, errors)) {
+        return false;
+    }
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        errors.clear();
+        if (platform::removeDirectory(longPath)) {
+            return true;
+        }
+        appendError(errors, L"Can't delete dir " + directory);
+    }
+    return false;
+}
+
+bool removeMatchingFiles(const std::wstring& directory, const std::wstring& text, std::wstring& errors) {
+    std::wstring longPath = directory;
+    toLongPath(longPath);
+    return walkDirectory(longPath, L"*" + text + L"*", errors, false);
+}
+
+}  // namespace zellauncher

@@ -1,0 +1,166 @@
+#include "foundation/text_stream.h"
+
+#include <algorithm>
+
+#include "foundation/text.h"
+
+namespace zellauncher {
+
+namespace {
+
+constexpr std::size_t blockSize = 4096;
+constexpr int noCharacter = -1;
+constexpr char endMark = '\x1A';  // a Ctrl-Z ends a text file
+
+bool fillReadAhead(TextStream& text) {
+    if (text.readPosition < text.readAhead.size()) {
+        return true;
+    }
+    char block[blockSize];
+    const std::size_t count =
+        text.stream == nullptr ? 0 : platform::readStream(text.stream, block, blockSize);
+    text.readAhead.assign(block, count);
+    text.readPosition = 0;
+    return count > 0;
+}
+
+// The byte behind the current one, without taking anything; reads on when the block ends there.
+int byteBehind(TextStream& text) {
+    if (text.readPosition + 1 < text.readAhead.size()) {
+        return static_cast<unsigned char>(text.readAhead[text.readPosition + 1]);
+    }
+    char block[blockSize];
+    const std::size_t count = platform::readStream(text.stream, block, blockSize);
+    text.readAhead.erase(0, text.readPosition);
+    text.readPosition = 0;
+    text.readAhead.append(block, count);
+    return text.readAhead.size() > 1 ? static_cast<unsigned char>(text.readAhead[1]) : noCharacter;
+}
+
+// The next character as text mode gives it, still to be taken; noCharacter at the end.
+int peekCharacter(TextStream& text) {
+    if (text.endOfFile || !fillReadAhead(text) || text.readAhead[text.readPosition] == endMark) {
+        text.endOfFile = true;
+        return noCharacter;
+    }
+    if (text.readAhead[text.readPosition] == '\r' && byteBehind(text) == '\n') {
+        ++text.readPosition;
+    }
+    return static_cast<unsigned char>(text.readAhead[text.readPosition]);
+}
+
+void takeCharacter(TextStream& text) {
+    ++text.readPosition;
+}
+
+bool isWhiteSpace(int character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+bool isDigit(int character) {
+    return character >= '0' && character <= '9';
+}
+
+}  // namespace
+
+void openFile(TextStream& text, const std::wstring& path, const char* mode) {
+    text = TextStream{};
+    text.stream = platform::openStream(path, mode);
+}
+
+bool closeTextStream(TextStream& text) {
+    const bool isClosed = text.stream != nullptr && platform::closeStream(text.stream);
+    text = TextStream{};
+    return isClosed;
+}
+
+void rewindTextStream(TextStream& text) {
+    text.readAhead.clear();
+    text.readPosition = 0;
+    text.endOfFile = false;
+    if (text.stream != nullptr) {
+        platform::rewindStream(text.stream);
+    }
+}
+
+bool flushTextStream(TextStream& text) {
+    return text.stream != nullptr && platform::flushStream(text.stream);
+}
+
+bool atEnd(const TextStream& text) {
+    return text.stream == nullptr || text.endOfFile;
+}
+
+ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
+    line.clear();
+    if (blanks == LineBlanks::skipLeading) {
+        skipWhiteSpace(text);
+    }
+    int character = peekCharacter(text);
+    if (character == noCharacter) {
+        return ScanResult::endOfData;
+    }
+    if (character == '\n') {
+        return ScanResult::nothing;
+    }
+    std::size_t count = 0;
+    for (; character != noCharacter && character != '\n' && count < lineCharacters; ++count) {
+        line += static_cast<wchar_t>(character);
+        takeCharacter(text);
+        if (count + 1 < lineCharacters) {
+            character = peekCharacter(text);
+        }
+    }
+    skipWhiteSpace(text);
+    line.resize(std::min(line.size(), line.find(L'\0')));
+    return ScanResult::matched;
+}
+
+void skipWhiteSpace(TextStream& text) {
+    while (isWhiteSpace(peekCharacter(text))) {
+        takeCharacter(text);
+    }
+}
+
+ScanResult scanNumber(TextStream& text, std::int32_t& number) {
+    skipWhiteSpace(text);
+    int character = peekCharacter(text);
+    if (character == noCharacter) {
+        return ScanResult::endOfData;
+    }
+    std::wstring digits;
+    if (character == '-' || character == '+') {
+        digits += static_cast<wchar_t>(character);
+        takeCharacter(text);
+        character = peekCharacter(text);
+    }
+    if (!isDigit(character)) {
+        return ScanResult::nothing;
+    }
+    for (; isDigit(character); character = peekCharacter(text)) {
+        digits += static_cast<wchar_t>(character);
+        takeCharacter(text);
+    }
+    number = parseDecimal(digits);
+    return ScanResult::matched;
+}
+
+int putText(TextStream& text, std::wstring_view characters) {
+    std::string bytes;
+    bool isWhole = true;
+    for (const wchar_t unit : characters) {
+        char byte = 0;
+        if (!unitToByte(unit, byte)) {
+            isWhole = false;
+            break;
+        }
+        if (byte == '\n') {
+            bytes += '\r';
+        }
+        bytes += byte;
+    }
+    const bool isWritten = text.stream != nullptr && platform::writeStream(text.stream, bytes);
+    return isWritten && isWhole ? static_cast<int>(characters.size()) : -1;
+}
+
+}  // namespace zellauncher

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/handles.h"
+
+// Objects that processes share by name.
+namespace platform {
+
+inline constexpr std::uint32_t accessReadControl = 0x20000;
+inline constexpr std::uint32_t accessSemaphoreModifyState = 0x2;
+
+// Opens an existing semaphore (OpenSemaphoreW, not inheritable). `none` on failure:
+// errorFileNotFound when there is none of that name, errorAccessDenied when it is another's.
+// The semaphore lives as long as anybody holds a handle of it.
+Handle openSemaphore(const std::wstring& name, std::uint32_t access);
+
+}  // namespace platform

@@ -1,0 +1,31 @@
+#include "properties/arguments.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace zellauncher {
+
+int findArgumentIndex(const std::wstring& text, const Arguments& arguments) {
+    if (arguments.size() < 2) {
+        return -1;
+    }
+    const auto found = std::find(std::next(arguments.begin()), arguments.end(), text);
+    return found == arguments.end() ? -1 : static_cast<int>(std::distance(arguments.begin(), found));
+}
+
+bool hasArgument(const std::wstring& text, const Arguments& arguments) {
+    return findArgumentIndex(text, arguments) >= 0;
+}
+
+void removeSecondOccurrence(Arguments& arguments, const std::wstring& text) {
+    const auto first = std::find(arguments.begin(), arguments.end(), text);
+    if (first == arguments.end()) {
+        return;
+    }
+    const auto second = std::find(std::next(first), arguments.end(), text);
+    if (second != arguments.end()) {
+        arguments.erase(second);
+    }
+}
+
+}  // namespace zellauncher

@@ -1,0 +1,100 @@
+#include "properties/property_list.h"
+
+#include <cstdint>
+#include <new>
+
+#include "foundation/formatter.h"
+#include "foundation/log_channel.h"
+#include "foundation/text.h"
+
+namespace zellauncher {
+
+namespace {
+
+constexpr std::size_t escapeDigits = 4;
+constexpr std::size_t firstFoundCapacity = 10;
+
+void reserveFound(std::vector<const PropertyEntry*>& found) {
+    try {
+        found.reserve(firstFoundCapacity);
+    } catch (const std::bad_alloc&) {
+        logFatal("ZLNCH0046E: findProperties malloc for property strings failed!");
+    }
+}
+
+}  // namespace
+
+void addProperty(PropertyList& list, const std::wstring& key, const std::wstring& value) {
+    PropertyEntry entry{key, value};
+    trimSpaces(entry.key);
+    logDebugF(L"ZLNCH0126I:   key = \"%s\"", entry.key);
+    unescapeValue(entry.value);
+    logDebugF(L"ZLNCH0127I:   value  = \"%s\"", entry.value);
+    list.push_back(entry);
+}
+
+const std::wstring* lookupProperty(const std::wstring& name, const PropertyList& list) {
+    for (const PropertyEntry& entry : list) {
+        if (entry.key == name) {
+            return &entry.value;
+        }
+    }
+    return nullptr;
+}
+
+std::vector<const PropertyEntry*> findProperties(const std::wstring& prefix, const PropertyList& list) {
+    std::vector<const PropertyEntry*> found;
+    reserveFound(found);
+    for (const PropertyEntry& entry : list) {
+        if (entry.key.empty()) {
+            break;
+        }
+        if (entry.key.starts_with(prefix)) {
+            found.push_back(&entry);
+        }
+    }
+    return found;
+}
+
+void setPropertyValue(const std::wstring& key, const std::wstring& value, PropertyList& list) {
+    for (PropertyEntry& entry : list) {
+        if (entry.key == key) {
+            entry.value = value;
+            return;
+        }
+    }
+}
+
+void unescapeValue(std::wstring& text) {
+    std::wstring plain;
+    plain.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != L'\\') {
+            plain += text[i];
+            continue;
+        }
+        if (i + 1 == text.size()) {
+            break;
+        }
+        ++i;
+        if (text[i] != L'u') {
+            plain += text[i];
+            continue;
+        }
+        const std::wstring digits = text.substr(i + 1, escapeDigits);
+        plain += parseHexUnit(digits);
+        i += digits.size();
+    }
+    trimSpaces(plain);
+    text = upToNul(plain);
+}
+
+void trimSpaces(std::wstring& text) {
+    const std::size_t first = text.find_first_not_of(L' ');
+    if (first == std::wstring::npos) {
+        return;
+    }
+    text = text.substr(first, text.find_last_not_of(L' ') + 1 - first);
+}
+
+}  // namespace zellauncher

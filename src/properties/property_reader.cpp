@@ -1,0 +1,127 @@
+#include "properties/property_reader.h"
+
+#include <cstddef>
+
+#include "foundation/log_channel.h"
+#include "foundation/text_stream.h"
+
+namespace zellauncher {
+
+namespace {
+
+constexpr std::size_t plainLineLimit = 1000;
+
+// One logical line while its physical lines arrive.
+struct LogicalLine {
+    std::wstring key;
+    std::wstring value;
+    bool inValue = false;      // a separator has ended the key
+    bool isContinued = false;  // the last physical line asked for another
+    bool isJvmOption = false;  // a line such as -Xoption:value keeps its separator
+    bool isBegun = false;
+};
+
+bool isSeparator(wchar_t unit) {
+    return unit == L'\t' || unit == L' ' || unit == L':' || unit == L'=';
+}
+
+bool losesItsBackslash(wchar_t unit) {
+    return unit == L' ' || unit == L'#' || unit == L':' || unit == L'=';
+}
+
+bool isTooLong(const std::wstring& line) {
+    return !line.starts_with(L"arg") && line.size() > plainLineLimit;
+}
+
+// A character that belongs to the key, or to the value, which may be an escaped backslash. Returns
+// how many further characters it took.
+std::size_t appendCharacter(LogicalLine& logical, const std::wstring& line, std::size_t position,
+                            bool& valueStarted) {
+    if (!logical.inValue) {
+        logical.key += line[position];
+        return 0;
+    }
+    const bool isPair = line[position] == L'\\' && position + 1 < line.size() && line[position + 1] == L'\\';
+    if (isPair) {
+        logical.value += L'\\';
+    }
+    logical.isContinued = false;
+    valueStarted = true;
+    logical.value += line[position];
+    return isPair ? 1 : 0;
+}
+
+void appendLine(LogicalLine& logical, const std::wstring& line) {
+    if (!logical.isBegun && line.size() >= 2) {
+        logical.isJvmOption = line.starts_with(L"-X");
+    }
+    logical.isBegun = true;
+    bool valueStarted = false;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == L'\\' && i + 1 == line.size()) {
+            logical.isContinued = true;
+            break;
+        }
+        if (line[i] == L'\\' && losesItsBackslash(line[i + 1])) {
+            ++i;
+        }
+        if (line[i] == L'\n' || line[i] == L'\r') {
+            continue;
+        }
+        if (!valueStarted && isSeparator(line[i])) {
+            logical.inValue = true;
+            if (logical.isJvmOption) {
+                logical.value += line[i];
+            }
+            continue;
+        }
+        i += appendCharacter(logical, line, i, valueStarted);
+    }
+}
+
+// The key arg20 never has a value, whatever the file says.
+void appendEntry(PropertyList& list, LogicalLine& logical) {
+    trimSpaces(logical.key);
+    logDebugF(L"ZLNCH0023I:   attrib = \"%s\"", logical.key);
+    unescapeValue(logical.value);
+    if (logical.key == L"arg20") {
+        logical.value.clear();
+    }
+    list.push_back({logical.key, logical.value});
+    logDebugF(L"ZLNCH0024I:   value  = \"%s\"", logical.value);
+    const bool isJvmOption = logical.isJvmOption;
+    logical = LogicalLine{};
+    logical.isJvmOption = isJvmOption;  // a line of one character keeps the setting of the line before
+}
+
+}  // namespace
+
+void loadPropertyFile(const std::wstring& path, PropertyList& list) {
+    TextStream file;
+    openFile(file, path, "r");
+    if (file.stream == nullptr) {
+        logFatalF("ZLNCH0096E: Unable to load %ls file!", path);
+    }
+    rewindTextStream(file);
+    LogicalLine logical;
+    std::wstring line;
+    while (!atEnd(file) && scanLine(file, LineBlanks::skipLeading, line) != ScanResult::endOfData) {
+        logDebugF(L"ZLNCH0032I: Prop Line = \"%s\"", line);
+        if (isTooLong(line)) {
+            logDebug(
+                "ZLNCH0032I: Skipping line as it does not meet the criteria, length check reduced to 1000 "
+                "chars ");
+            continue;
+        }
+        if (line.starts_with(L"#")) {
+            continue;
+        }
+        appendLine(logical, line);
+        if (!logical.isContinued) {
+            appendEntry(list, logical);
+        }
+    }
+    closeTextStream(file);
+}
+
+}  // namespace zellauncher

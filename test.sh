@@ -1,0 +1,95 @@
+#!/usr/bin/env bash
+# Builds everything and runs every test; ends with "N passed, N failed".
+#
+#   ./test.sh            all of it
+#   ./test.sh --native   only what needs neither the cross compiler nor Wine
+#   ./test.sh --lint     the static checks instead of the tests (clang-tidy over the whole tree; takes long)
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+source cmake/setup.sh
+
+native_packages=(g++ cmake ninja-build googletest clang clang-format libclang-rt-14-dev)
+windows_packages=(g++-mingw-w64-x86-64-posix wine64)
+
+passed=0
+failed=0
+skipped=0
+
+say() { printf '\n== %s\n' "$*"; }
+
+# Adds what the test programs of a preset counted. A program that left no counts did not get to its
+# end: that is one failure.
+count_results() {
+    local preset=$1 program file
+    while read -r program; do
+        file=build/$preset/results/$program.xml
+        if [ ! -s "$file" ]; then
+            echo "$preset: $program did not finish"
+            failed=$((failed + 1))
+            continue
+        fi
+        local tests failures disabled omitted
+        tests=$(sed -n 's/.*<testsuites tests="\([0-9]*\)".*/\1/p' "$file" | head -n 1)
+        failures=$(sed -n 's/.*<testsuites .*failures="\([0-9]*\)".*/\1/p' "$file" | head -n 1)
+        disabled=$(sed -n 's/.*<testsuites .*disabled="\([0-9]*\)".*/\1/p' "$file" | head -n 1)
+        omitted=$(grep -c '<skipped' "$file" || true)
+        echo "$preset: $program: $tests tests, $failures failed, $((omitted + disabled)) skipped"
+        passed=$((passed + tests - failures - omitted - disabled))
+        failed=$((failed + failures))
+        skipped=$((skipped + omitted + disabled))
+    done < <(ctest --test-dir "build/$preset" -N | sed -n 's/^ *Test *#[0-9]*: \(.*\)$/\1/p')
+}
+
+# Configures, builds and tests one preset. A test program that fails does not keep the others from running.
+test_preset() {
+    local preset=$1 jobs=$2
+    say "preset $preset: building"
+    cmake --preset "$preset" >"build/$preset.configure.log" 2>&1 || { cat "build/$preset.configure.log"; exit 1; }
+    cmake --build --preset "$preset"
+    say "preset $preset: testing"
+    rm -rf "build/$preset/results"
+    ctest --preset "$preset" -j "$jobs" --no-tests=error || true
+    count_results "$preset"
+}
+
+check_format() {
+    say "checking the format of the sources"
+    if git ls-files -co --exclude-standard '*.h' '*.cpp' | xargs clang-format --dry-run -Werror; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+    fi
+}
+
+lint() {
+    ensure_packages "${native_packages[@]}" clang-tidy clang-tools
+    mkdir -p build
+    cmake --preset native-asan >build/lint.configure.log 2>&1
+    say "clang-tidy over the sources of the native build"
+    run-clang-tidy -quiet -p build/native-asan "$PWD/(src|simulation|tests)/.*" 2>/dev/null
+}
+
+case "${1:-}" in
+    "" | --native) ;;
+    --lint) lint; exit ;;
+    *) sed -n '2,7s/^# \{0,1\}//p' "$0"; exit 2 ;;
+esac
+
+mkdir -p build
+if [ "${1:-}" = --native ]; then
+    ensure_packages "${native_packages[@]}"
+else
+    ensure_packages "${native_packages[@]}" "${windows_packages[@]}"
+fi
+check_format
+test_preset native 2
+test_preset native-asan 2
+[ "${1:-}" = --native ] || test_preset windows 1
+
+say "result"
+if [ "$skipped" -gt 0 ]; then
+    echo "$passed passed, $failed failed, $skipped skipped"
+else
+    echo "$passed passed, $failed failed"
+fi
+[ "$failed" -eq 0 ]

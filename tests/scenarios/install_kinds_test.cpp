@@ -1,0 +1,175 @@
+#include <gtest/gtest.h>
+
+#include "scenarios/story.h"
+
+namespace {
+
+using scenarios::Story;
+
+class InstallKinds : public Story {
+protected:
+    void beKind(const std::string& value) { launcherProperties.set("install.configuration", value); }
+    void expectUserStart(const std::wstring& word) {
+        EXPECT_STARTED(launch());
+        EXPECT_TRUE(hasElement(L"-Dzel.install.config=\"" + word + L"\"")) << log();
+        EXPECT_TRUE(hasElement(L"-vmargs"));
+        EXPECT_TRUE(machine.exists(inConfig(L"zelinstall.properties")));
+    }
+};
+
+TEST_F(InstallKinds, AServiceStartsJavaDirectlyInsideTheInstall) {
+    beKind("service");
+    baseProperties.set("cp", "${zel.home}/start.jar");
+    layOut();
+    machine.installProgram(L"C:\\Apps\\framework\\Client\\jvm\\bin\\javaw.exe", [] { return 0; });
+    machine.unsetEnvironment(L"USERNAME");
+    EXPECT_STARTED(launch({L"-data", L"D:\\elsewhere", L"x"}));
+    const std::wstring area = L"C:\\Apps\\framework\\Client\\eclipse\\";
+    EXPECT_TRUE(machine.exists(area + L".workspace\\.zel.lock"));
+    EXPECT_TRUE(machine.exists(area + L".config\\zelinstall.properties"));
+    EXPECT_FALSE(machine.exists(L"D:\\elsewhere"));
+    EXPECT_EQ(elements(), (std::vector<std::wstring>{
+                              L"\"C:/Apps/framework/Client/jvm/bin/javaw.exe\"",
+                              L"-Dzel.home=\"C:\\Apps\\framework\\Client\"",
+                              L"-Dzel.data=\"C:\\Apps\\framework\\Client\\eclipse\\.workspace\"",
+                              L"-Dcom.mivel.zel.install.id=\"1234\"",
+                              L"-Dzel.install.config=\"service\"",
+                              L"-Dzel.osgi.install.area=\"C:\\Apps\\framework\\Client\\zel\\eclipse\"",
+                              L"\"-Xmx512m\"",
+                              L"-Xbootclasspath/a:\"C:/Apps/framework/Client/boot.jar\"",
+                              L"-cp",
+                              L"\"C:/Apps/framework/Client/start.jar\"",
+                              L"\"org.eclipse.core.launcher.Main\"",
+                              L"-nosplash",
+                              L"--launcher.suppressErrors",
+                              L"\"x\"",
+                              L"-data",
+                              L"\"C:\\Apps\\framework\\Client\\eclipse\\.workspace\"",
+                              L"-configuration",
+                              L"\"C:\\Apps\\framework\\Client\\eclipse\\.config\"",
+                              L"-application",
+                              L"\"com.example.app\"",
+                              L"-plugincustomization",
+                              L"\"C:/Apps/framework/Client/custom.ini\"",
+                              L"-product",
+                              L"\"com.example.product\"",
+                          }));
+}
+
+TEST_F(InstallKinds, AServiceWithoutAJvmHasNoProgramToStart) {
+    beKind("service");
+    launcherProperties.remove("jvm.location");
+    baseProperties.set("vm", "");
+    EXPECT_FATAL(launch());
+    EXPECT_TRUE(machine.startedProcesses().empty() || !machine.startedProcesses()[0].started);
+}
+
+TEST_F(InstallKinds, Lockdown) {
+    beKind("lockdown");
+    machine.setUser(L"ann", {L"Administrators"});
+    expectUserStart(L"lockdown");
+}
+
+TEST_F(InstallKinds, LockdownSupervisesWhoIsNoAdministrator) {
+    beKind("lockdown");
+    platform.exitCode = 3;
+    EXPECT_FATAL(launch());
+    EXPECT_GE(machine.elapsedMilliseconds(), platform.livesMilliseconds);
+    EXPECT_TRUE(
+        logHas("ZELLauncher> the platform ended with 3, and this version can not supervise it further"));
+}
+
+TEST_F(InstallKinds, User) {
+    expectUserStart(L"user");
+}
+
+TEST_F(InstallKinds, UserIsTheDefault) {
+    launcherProperties.remove("install.configuration");
+    baseProperties.set("install.configuration", "user");
+    // Without the key the user's properties cannot be made.
+    EXPECT_FATAL(launch());
+    EXPECT_TRUE(
+        logHas("ZLNCH0008E: Unable to calculate necessary values for user specific "
+               "zelinstall.properties file."));
+}
+
+TEST_F(InstallKinds, SerialMultiuser) {
+    beKind("serial.multiuser");
+    expectUserStart(L"serial.multiuser");
+}
+
+TEST_F(InstallKinds, AnUnknownKindIsRefusedWhenTheCommandIsBuilt) {
+    beKind("User");
+    EXPECT_FATAL(launch());
+    EXPECT_TRUE(logHas("ZLNCH0025E: The platform zel.install.id must be provided for this configuration!"));
+    EXPECT_TRUE(machine.startedProcesses().empty());
+}
+
+TEST_F(InstallKinds, Multiuser) {
+    beKind("multiuser");
+    expectUserStart(L"multiuser");
+}
+
+TEST_F(InstallKinds, UserpbMakesItsIdentityOnce) {
+    beKind("userpb");
+    launcherProperties.remove("zel.install.id");
+    machine.setTickCount(424242);
+    EXPECT_STARTED(launch());
+    const std::wstring ownWorkspace = L"C:\\Users\\ann\\Mivel\\ZEL\\424242\\ann";
+    EXPECT_TRUE(machine.exists(ownWorkspace + L"\\.config\\zelinstall.properties"));
+    EXPECT_FALSE(machine.exists(ownWorkspace + L"\\.config\\org.eclipse.update"));
+    const std::wstring properties = L"C:\\Apps\\framework\\Client\\zel\\zellauncher.properties";
+    EXPECT_TRUE(machine.readFile(properties)->ends_with("zel.install.id=424242\r\n"));
+    const auto once = machine.readFile(properties);
+    machine.waitFor(machine.startedProcesses()[0].id);
+    machine.setTickCount(1);
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(machine.readFile(properties), once);
+}
+
+TEST_F(InstallKinds, WithoutAnIdentityOtherKindsDoNotStart) {
+    launcherProperties.remove("zel.install.id");
+    EXPECT_FATAL(launch());
+    EXPECT_NE(tempLog().find("ZLNCH0016E: zel.install.id is required for this configuration!"),
+              std::string::npos);
+}
+
+TEST_F(InstallKinds, AProvisioningInstallIsNotYetServed) {
+    launcherProperties.set("provisioning", "true");
+    launcherProperties.set("provisioning.manifest.version", "1");
+    EXPECT_FATAL(launch());
+    EXPECT_TRUE(logHas("ZELLauncher> provisioning is due, and this version can not run it"));
+    EXPECT_TRUE(machine.startedProcesses().empty());
+}
+
+TEST_F(InstallKinds, ProvisioningOfAnotherWordOrKindIsNone) {
+    launcherProperties.set("provisioning", "True");
+    launcherProperties.set("provisioning.manifest.version", "1");
+    EXPECT_STARTED(launch());
+    closePlatform();
+    launcherProperties.set("provisioning", "true");
+    beKind("serial.multiuser");
+    layOut();
+    EXPECT_STARTED(launch());
+}
+
+TEST_F(InstallKinds, AKioskWithoutADesktopIsNotYetServed) {
+    machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
+                            L"KSD_SHELL", L"EXPLORER.exe");
+    machine.setUser(L"ann", {L"Administrators"});
+    EXPECT_FATAL(launch());
+    EXPECT_TRUE(machine.startedProcesses().empty());
+}
+
+TEST_F(InstallKinds, AKioskWithADesktopOrAnotherUserStartsThePlatform) {
+    machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
+                            L"KSD_SHELL", L"explorer.exe");
+    EXPECT_STARTED(launch());
+    closePlatform();
+    machine.setUser(L"ann", {L"Administrators"});
+    machine.addProcess(L"EXPLORER.EXE");
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(machine.startedProcesses().size(), 2U);
+}
+
+}  // namespace

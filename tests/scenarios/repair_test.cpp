@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include "scenarios/story.h"
+
+namespace {
+
+using scenarios::Story;
+
+// The user's zelinstall.properties was damaged between two starts.
+class Repair : public Story {
+protected:
+    void startOnce() {
+        EXPECT_STARTED(launch());
+        closePlatform();
+        good = *configFile(L"zelinstall.properties");
+    }
+    std::string without(const std::string& key) const {
+        const std::size_t start = good.find(key + "=");
+        return good.substr(0, start) + good.substr(good.find('\n', start) + 1);
+    }
+    void damage(const std::string& content) {
+        machine.writeFile(inConfig(L"zelinstall.properties"), content);
+    }
+
+    std::string good;
+};
+
+TEST_F(Repair, AFileThatLacksAKeyIsReplacedByItsBackup) {
+    startOnce();
+    for (const char* key : {"vm", "zel.install.id", "zel.base.location", "Xbootclasspath.append"}) {
+        damage(without(key));
+        EXPECT_STARTED(launch());
+        closePlatform();
+        EXPECT_EQ(configFile(L"zelinstall.properties"), good);
+        EXPECT_EQ(configFile(L"zelinstall.properties.bak"), good);
+    }
+}
+
+TEST_F(Repair, AFileCutAtHalfItsLengthIsReplacedByItsBackup) {
+    startOnce();
+    damage(good.substr(0, good.size() / 2));
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(configFile(L"zelinstall.properties"), good);
+}
+
+TEST_F(Repair, AnEmptyValueIsAValue) {
+    startOnce();
+    const std::string emptied = without("vm") + "vm=\r\n";
+    damage(emptied);
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(configFile(L"zelinstall.properties"), emptied);
+}
+
+TEST_F(Repair, ACompleteFileIsUsedAndBecomesTheBackup) {
+    startOnce();
+    damage(good + "mine=1\r\n");
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(configFile(L"zelinstall.properties.bak"), good + "mine=1\r\n");
+}
+
+TEST_F(Repair, WithoutAGoodBackupAResetWouldBeDueAndNothingIsLost) {
+    startOnce();
+    damage(without("vm"));
+    machine.writeFile(inConfig(L"zelinstall.properties.bak"), without("Xbootclasspath.append"));
+    EXPECT_FATAL(launch());
+    EXPECT_EQ(configFile(L"zelinstall.properties"), without("vm"));
+    machine.remove(inConfig(L"zelinstall.properties.bak"));
+    EXPECT_FATAL(launch());
+    EXPECT_EQ(configFile(L"zelinstall.properties"), without("vm"));
+}
+
+TEST_F(Repair, ABackupThatCannotBeCopiedBackIsReported) {
+    startOnce();
+    damage(without("vm"));
+    simulation::Fault fault;
+    fault.operation = "copyFile";
+    fault.argumentEndsWith = L"zelinstall.properties.bak";
+    machine.inject(fault);
+    EXPECT_FATAL(launch({L"-debug"}));
+    const std::string debugLog = logAt(machine.tree(inWorkspace(L"logs")).back());
+    EXPECT_NE(debugLog.find("ZLNCH0022E: Unable to recover zelinstall.properties\n"), std::string::npos);
+    EXPECT_EQ(configFile(L"zelinstall.properties.bak"), good);
+}
+
+TEST_F(Repair, ABackupThatCannotBeMadeDoesNotStopTheStart) {
+    simulation::Fault fault;
+    fault.operation = "copyFile";
+    fault.argumentEndsWith = L"zelinstall.properties";
+    fault.nth = 2;  // the first copy makes the user's file from the installation's
+    layOut();
+    machine.inject(fault);
+    EXPECT_STARTED(launch({L"-debug"}));
+    const std::string debugLog = logAt(inWorkspace(L"logs\\zellauncher_20260131_235900_000.log"));
+    EXPECT_NE(debugLog.find("ZLNCH0022E: Unable to backup zelinstall.properties\n"), std::string::npos);
+    EXPECT_FALSE(machine.exists(inConfig(L"zelinstall.properties.bak")));
+}
+
+TEST_F(Repair, AnInstallWithoutTheBootClassPathNeedsAReset) {
+    baseProperties.remove("Xbootclasspath.append");
+    EXPECT_FATAL(launch());
+    EXPECT_TRUE(machine.startedProcesses().empty());
+}
+
+}  // namespace
