@@ -7,6 +7,7 @@ namespace simulation {
 namespace {
 
 constexpr std::size_t plainPathLimit = 260;
+constexpr std::size_t longestName = 255;
 
 wchar_t upperUnit(wchar_t unit) {
     const bool isLatin = (unit >= L'a' && unit <= L'z') || (unit >= 0xE0 && unit <= 0xFE && unit != 0xF7);
@@ -16,7 +17,7 @@ wchar_t upperUnit(wchar_t unit) {
 }
 
 bool isValidName(const std::wstring& name) {
-    return !name.empty() && std::none_of(name.begin(), name.end(), [](wchar_t unit) {
+    return !name.empty() && name.size() <= longestName && std::none_of(name.begin(), name.end(), [](wchar_t unit) {
         return unit < 0x20 || std::wstring_view(L"<>:\"/\\|?*").find(unit) != std::wstring_view::npos;
     });
 }

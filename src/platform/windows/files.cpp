@@ -1,0 +1,98 @@
+#include "platform/files.h"
+
+#include "platform/windows/windows_api.h"
+
+namespace platform {
+
+namespace {
+
+void fillEntry(const WIN32_FIND_DATAW& data, FindEntry& entry) {
+    entry.name = data.cFileName;
+    entry.attributes = data.dwFileAttributes;
+}
+
+HANDLE searchHandle(FindHandle handle) {
+    return reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(handle));
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> fileAttributes(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return std::nullopt;
+    }
+    return attributes;
+}
+
+bool createDirectory(const std::wstring& path) {
+    return CreateDirectoryW(path.c_str(), nullptr) != 0;
+}
+
+bool copyFile(const std::wstring& source, const std::wstring& target, bool failIfExists) {
+    return CopyFileW(source.c_str(), target.c_str(), failIfExists ? TRUE : FALSE) != 0;
+}
+
+bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t flags) {
+    return MoveFileExW(source.c_str(), target.c_str(), flags) != 0;
+}
+
+bool deleteFile(const std::wstring& path) {
+    return DeleteFileW(path.c_str()) != 0;
+}
+
+bool removeDirectory(const std::wstring& path) {
+    return RemoveDirectoryW(path.c_str()) != 0;
+}
+
+FindHandle findFirst(const std::wstring& searchPath, FindEntry& entry) {
+    WIN32_FIND_DATAW data;
+    HANDLE handle = FindFirstFileW(searchPath.c_str(), &data);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return FindHandle::none;
+    }
+    fillEntry(data, entry);
+    return static_cast<FindHandle>(reinterpret_cast<std::uintptr_t>(handle));
+}
+
+bool findNext(FindHandle handle, FindEntry& entry) {
+    WIN32_FIND_DATAW data;
+    if (FindNextFileW(searchHandle(handle), &data) == 0) {
+        return false;
+    }
+    fillEntry(data, entry);
+    return true;
+}
+
+void findClose(FindHandle handle) {
+    if (handle != FindHandle::none) {
+        FindClose(searchHandle(handle));
+    }
+}
+
+std::optional<std::wstring> fullPathName(const std::wstring& path, std::size_t capacity) {
+    std::wstring full(capacity, L'\0');
+    const DWORD length = GetFullPathNameW(path.c_str(), static_cast<DWORD>(capacity), full.data(), nullptr);
+    if (length == 0 || length >= capacity) {
+        return std::nullopt;
+    }
+    full.resize(length);
+    return full;
+}
+
+std::optional<std::wstring> moduleFileName(std::size_t capacity) {
+    std::wstring path(capacity, L'\0');
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(capacity));
+    if (length == 0 || length >= capacity) {
+        return std::nullopt;
+    }
+    path.resize(length);
+    return path;
+}
+
+Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t sharing,
+                  std::uint32_t disposition, std::uint32_t attributes) {
+    return seamHandle(CreateFileW(path.c_str(), access, sharing, nullptr, disposition, attributes, nullptr));
+}
+
+}  // namespace platform
