@@ -1,21 +1,28 @@
 #include "foundation/file_operations.h"
 
 #include <algorithm>
+#include <string_view>
 
+#include "foundation/memory.h"
 #include "foundation/paths.h"
 #include "platform/files.h"
 
 namespace zellauncher {
 
 bool createDirectories(const std::wstring& path) {
-    constexpr std::size_t prefixLength = 4;
+    constexpr std::wstring_view longPrefix = L"\\\\?\\";
     std::wstring longPath = path;
     toLongPath(longPath);
+    std::wstring level = newString(path.size() + longPrefix.size() + 2);
+    std::wstring levels = newString(path.size() + 1);
+    level = longPrefix;
+    levels.assign(longPath, std::min(longPrefix.size(), longPath.size()));
     bool isMade = true;
-    std::size_t start = prefixLength;
-    while (start < longPath.size()) {
-        const std::size_t end = std::min(longPath.find(L'\\', start), longPath.size());
-        isMade = platform::createDirectory(longPath.substr(0, end));
+    for (std::size_t start = 0; start < levels.size();) {
+        const std::size_t end = std::min(levels.find(L'\\', start), levels.size());
+        level.append(levels, start, end - start);
+        isMade = platform::createDirectory(level);
+        level += L'\\';
         start = end + 1;
     }
     return isMade;

@@ -7,7 +7,7 @@
 namespace zellauncher {
 
 // Makes every missing level of the path. Only the last level decides: false when it exists already
-// or cannot be made, so callers ask directoryExists first.
+// or cannot be made, so callers ask directoryExists first. Without the memory: ZLNCH0004E, fatal.
 bool createDirectories(const std::wstring& path);
 
 // Copies a file; an existing target makes it fail and stays as it is. Paths go in unchanged.

@@ -120,7 +120,8 @@ void logDebug(const std::string& text) {
 
 void logDebugF(const std::wstring& format, const std::wstring& argument) {
     if (channel.isDebug && format.size() + argument.size() < debugFormatLimit) {
-        writeWideLine(formatText(format, {argument}));
+        // A wide field in a format can make the line longer than what went in.
+        writeWideLine(formatText(format, {argument}).substr(0, debugFormatLimit));
     }
 }
 
@@ -137,7 +138,9 @@ void logDebugArgs(const std::wstring& label, const std::vector<std::wstring>& wo
 
 void logDebugLastError(const std::wstring& operation) {
     const platform::ErrorCode code = platform::lastError();
-    logDebugF(L"%ls", describeError(operation + L" failed with error ", code));
+    if (channel.isDebug) {
+        logDebugF(L"%ls", describeError(operation + L" failed with error ", code));
+    }
 }
 
 void formatLastError(std::wstring& text) {

@@ -30,7 +30,7 @@ void logMessageF(const std::string& format, const std::wstring& argument, bool f
 // characters or more is dropped.
 void logDebug(const std::string& text);
 // Debug line with one wide argument for `%s` or `%ls`. Dropped when format and argument together
-// have 4000 characters or more.
+// have 4000 characters or more; the line has at most 4000.
 void logDebugF(const std::wstring& format, const std::wstring& argument);
 // Debug line `<label>="<word>, <word>, `: the label, then each word followed by a comma and a
 // blank. No closing quote, no limit.

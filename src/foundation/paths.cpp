@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "foundation/log_channel.h"
@@ -81,7 +82,7 @@ void toLongPath(std::wstring& path) {
     if (path.back() != L'\\' && path.back() != L'/') {
         result.pop_back();
     }
-    path = result;
+    path = std::move(result);
 }
 
 void resolveWorkspacePath(const std::wstring& path, std::wstring& fullPath) {

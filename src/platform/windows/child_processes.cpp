@@ -8,6 +8,10 @@ namespace platform {
 
 namespace {
 
+// The system's own limit. Not everything that the launcher runs under keeps it: a longer command
+// would then reach the platform cut.
+constexpr std::size_t longestCommandLine = 32766;
+
 bool fillEntry(bool isThere, const PROCESSENTRY32W& data, ProcessEntry& entry) {
     if (isThere) {
         entry.executableName = data.szExeFile;
@@ -26,6 +30,10 @@ PROCESSENTRY32W emptyEntry() {
 }  // namespace
 
 bool createProcess(const std::wstring& commandLine, const StartInformation& start, ChildProcess& child) {
+    if (commandLine.size() > longestCommandLine) {
+        SetLastError(ERROR_FILENAME_EXCED_RANGE);
+        return false;
+    }
     STARTUPINFOW information = {};
     static_assert(sizeof(information) == 104);
     information.cb = sizeof(information);

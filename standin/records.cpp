@@ -1,0 +1,74 @@
+#include "records.h"
+
+#include <windows.h>
+// shellapi.h needs the header above.
+#include <shellapi.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace standin {
+
+namespace {
+
+std::string utf8(const std::wstring& text) {
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), nullptr, 0,
+                                           nullptr, nullptr);
+    std::string bytes(static_cast<std::size_t>(length), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(), length, nullptr,
+                        nullptr);
+    return bytes;
+}
+
+std::string argumentLines() {
+    int count = 0;
+    wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::string lines;
+    for (int i = 0; words != nullptr && i < count; ++i) {
+        lines += utf8(words[i]) + "\n";
+    }
+    LocalFree(words);
+    return lines;
+}
+
+std::string environmentLines() {
+    std::string lines;
+    wchar_t* block = GetEnvironmentStringsW();
+    for (const wchar_t* entry = block; *entry != L'\0'; entry += std::wstring(entry).size() + 1) {
+        lines += utf8(entry) + "\n";
+    }
+    FreeEnvironmentStringsW(block);
+    return lines;
+}
+
+std::string startLines() {
+    STARTUPINFOW start = {};
+    GetStartupInfoW(&start);
+    char flags[16] = {};
+    snprintf(flags, sizeof(flags), "%lx", start.dwFlags);
+    return "pid=" + std::to_string(GetCurrentProcessId()) + "\nflags=" + flags +
+           "\ntitle=" + utf8(start.lpTitle != nullptr ? start.lpTitle : L"") + "\n";
+}
+
+}  // namespace
+
+void writeStartRecords(const std::wstring& directory) {
+    std::error_code ignored;
+    std::filesystem::create_directories(directory, ignored);
+    writeRecord(directory, L"command.txt", utf8(GetCommandLineW()));
+    writeRecord(directory, L"arguments.txt", argumentLines());
+    writeRecord(directory, L"environment.txt", environmentLines());
+    writeRecord(directory, L"start.txt", startLines());
+}
+
+void writeRecord(const std::wstring& directory, const std::wstring& name, const std::string& bytes) {
+    const std::wstring path = directory + L"\\" + name;
+    const std::wstring part = path + L".part";
+    {
+        std::ofstream file(std::filesystem::path(part), std::ios::binary);
+        file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+    MoveFileExW(part.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING);
+}
+
+}  // namespace standin

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace standin {
+
+// Writes what this process was given into the directory, which is made when it is missing.
+void writeStartRecords(const std::wstring& directory);
+
+// Writes a file whole under another name first, so that no reader ever sees half of it.
+void writeRecord(const std::wstring& directory, const std::wstring& name, const std::string& bytes);
+
+}  // namespace standin

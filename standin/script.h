@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace standin {
+
+// What the stand-in is to do; see README.md.
+struct Script {
+    std::uint32_t publishAfterMilliseconds = 0;
+    bool publishes = true;
+    std::uint32_t livesMilliseconds = 20000;
+    std::uint32_t exitCode = 0;
+};
+
+// Reads the orders of a file; an absent file gives the defaults, an unknown order is passed over.
+Script readScript(const std::wstring& path);
+
+}  // namespace standin

@@ -1,0 +1,318 @@
+#include "endtoend.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+namespace endtoend {
+
+namespace {
+
+constexpr DWORD launcherBound = 60000;
+constexpr DWORD platformBound = 15000;
+constexpr DWORD pauseMilliseconds = 50;
+
+std::wstring environmentText(const wchar_t* name) {
+    wchar_t value[32767] = {};
+    GetEnvironmentVariableW(name, value, 32767);
+    return value;
+}
+
+// The build puts the programs above the directory of this one.
+fs::path builtPrograms() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    fs::path directory = fs::path(path).parent_path();
+    while (!fs::exists(directory / L"zellauncher.exe") && directory.has_relative_path()) {
+        directory = directory.parent_path();
+    }
+    return directory;
+}
+
+// A word as the system's rules for command lines want it.
+std::wstring quoted(const std::wstring& word) {
+    std::wstring text = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t unit : word) {
+        if (unit == L'"') {
+            text.append(backslashes + 1, L'\\');
+        }
+        backslashes = unit == L'\\' ? backslashes + 1 : 0;
+        text += unit;
+    }
+    return text.append(backslashes, L'\\') + L"\"";
+}
+
+std::wstring wide(const std::string& utf8) {
+    const int length =
+        MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
+    std::wstring text(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), text.data(), length);
+    return text;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+template <typename Text>
+std::pair<Text, Text> splitAtEquals(const Text& line) {
+    const std::size_t separator = line.find(static_cast<typename Text::value_type>('='), 1);
+    return {line.substr(0, separator), separator == Text::npos ? Text() : line.substr(separator + 1)};
+}
+
+// Variables of this process with those of the test on top, as one block.
+std::wstring environmentBlock(const std::map<std::wstring, std::wstring>& own) {
+    std::map<std::wstring, std::wstring> variables;
+    wchar_t* block = GetEnvironmentStringsW();
+    for (const wchar_t* entry = block; *entry != L'\0'; entry += std::wstring(entry).size() + 1) {
+        variables.insert(splitAtEquals(std::wstring(entry)));
+    }
+    FreeEnvironmentStringsW(block);
+    for (const auto& [name, value] : own) {
+        variables[name] = value;
+    }
+    std::wstring text;
+    for (const auto& [name, value] : variables) {
+        text += name + L"=" + value + L'\0';
+    }
+    return text + L'\0';
+}
+
+std::uint32_t recordedProcess(const fs::path& directory) {
+    std::ifstream record(directory / L".zel.main");
+    std::uint32_t number = 0;
+    record >> number;
+    return number;
+}
+
+}  // namespace
+
+EndToEnd::EndToEnd() {
+    static int count = 0;
+    root = fs::path(environmentText(L"TEMP")) /
+           (L"zl-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count));
+    home = root / L"framework" / L"Client";
+    base = home / L"zel" / L"eclipse" / L"plugins" / L"base_1.0";
+    userHome = root / L"home";
+    launcherProperties = {{"zel.install.id", "1234"},
+                          {"zel.base.location", "${zel.home}/zel/eclipse/plugins/base_1.0"},
+                          {"install.configuration", "user"},
+                          {"jvm.location", "${zel.home}/jvm/bin/javaw.exe"},
+                          {"product", "com.example.product"}};
+    baseLines = {"application=com.example.app", "plugincustomization=${zel.home}/custom.ini",
+                 "Xbootclasspath.append=${zel.home}/boot.jar"};
+    jvmLines = {"-Xmx512m"};
+}
+
+EndToEnd::~EndToEnd() {
+    for (const fs::path& directory : workspaces) {
+        stopPlatform(directory);
+    }
+    std::error_code ignored;
+    fs::remove_all(root, ignored);
+}
+
+void EndToEnd::setProperty(const std::string& key, const std::string& value) {
+    removeProperty(key);
+    launcherProperties.emplace_back(key, value);
+}
+
+void EndToEnd::removeProperty(const std::string& key) {
+    std::erase_if(launcherProperties, [&](const auto& property) { return property.first == key; });
+}
+
+void EndToEnd::placeProgram(const std::wstring& name, const fs::path& target) {
+    fs::create_directories(target.parent_path());
+    if (!fs::exists(target)) {
+        fs::copy_file(builtPrograms() / name, target);
+    }
+}
+
+void EndToEnd::layOut() {
+    const auto joined = [](const std::vector<std::string>& lines) {
+        std::string text;
+        for (const std::string& line : lines) {
+            text += line + "\r\n";
+        }
+        return text;
+    };
+    isLaidOut = true;
+    std::vector<std::string> launcherLines;
+    for (const auto& [key, value] : launcherProperties) {
+        launcherLines.push_back(key + "=" + value);
+    }
+    fs::create_directories(userHome);
+    fs::create_directories(root / L"temp");
+    placeProgram(L"zellauncher.exe", home / L"zel" / L"zellauncher.exe");
+    placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");
+    write(base / L"win32" / L"x86_64" / L"standin.script", joined(scriptLines));
+    write(home / L"zel" / L"zellauncher.properties", joined(launcherLines));
+    write(base / L"zelinstall.properties", joined(baseLines));
+    write(base / L"config.ini", "osgi.bundles=example\r\n");
+    write(base / L"platform.xml", "<config>\r\n<feature id=\"${jvm.feature.id}\"/>\r\n</config>\r\n");
+    write(home / L"custom.ini", "");
+    write(home / L"zel" / L"deploy" / L"jvm.properties", joined(jvmLines));
+    write(home / L"jvm" / L"bin" / L"javaw.exe", "");
+    write(home / L"jvm" / L"bin" / L"java.exe", "");
+}
+
+Running EndToEnd::begin(const std::vector<std::wstring>& words) {
+    return beginFrom(home / L"zel" / L"zellauncher.exe", words);
+}
+
+Running EndToEnd::beginFrom(const fs::path& program, const std::vector<std::wstring>& words) {
+    if (!isLaidOut) {
+        layOut();
+    }
+    workspaces.push_back(workspace());
+    std::wstring command = quoted(program.wstring());
+    for (const std::wstring& word : words) {
+        command += L" " + quoted(word);
+    }
+    std::wstring block = environmentBlock({{L"TEMP", (root / L"temp").wstring()},
+                                           {L"HOMEDRIVE", userHome.root_name().wstring()},
+                                           {L"HOMEPATH", userHome.wstring().substr(2)},
+                                           {L"USERPROFILE", userHome.wstring()},
+                                           {L"USERNAME", userName}});
+    STARTUPINFOW start = {};
+    start.cb = sizeof(start);
+    PROCESS_INFORMATION process = {};
+    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_UNICODE_ENVIRONMENT,
+                       block.data(), nullptr, &start, &process) == 0) {
+        ADD_FAILURE() << "the launcher cannot be started: error " << GetLastError();
+        return {};
+    }
+    CloseHandle(process.hThread);
+    return {process.hProcess, process.dwProcessId};
+}
+
+Status EndToEnd::waitFor(const Running& running) {
+    Status status;
+    DWORD code = 0;
+    if (running.process != nullptr && WaitForSingleObject(running.process, launcherBound) == WAIT_OBJECT_0 &&
+        GetExitCodeProcess(running.process, &code) != 0) {
+        status = code;
+    }
+    if (running.process != nullptr) {
+        if (!status) {
+            TerminateProcess(running.process, 1);
+        }
+        CloseHandle(running.process);
+    }
+    return status;
+}
+
+Status EndToEnd::launch(const std::vector<std::wstring>& words) {
+    return waitFor(begin(words));
+}
+
+Status EndToEnd::launchFrom(const fs::path& program, const std::vector<std::wstring>& words) {
+    return waitFor(beginFrom(program, words));
+}
+
+fs::path EndToEnd::workspace() const {
+    return userHome / L"Mivel" / L"ZEL" / L"1234" / userName;
+}
+
+std::string EndToEnd::log() const {
+    return read(workspace() / L"logs" / L"zellauncher.log");
+}
+
+std::string EndToEnd::tempLog() const {
+    return read(root / L"temp" / L"zellauncher.log");
+}
+
+std::string EndToEnd::read(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    const std::string bytes = content.str();
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (bytes[i] != '\r' || i + 1 == bytes.size() || bytes[i + 1] != '\n') {
+            text += bytes[i];
+        }
+    }
+    return text;
+}
+
+void EndToEnd::write(const fs::path& path, const std::string& content) {
+    fs::create_directories(path.parent_path());
+    std::ofstream file(path, std::ios::binary);
+    file << content;
+}
+
+std::vector<std::wstring> EndToEnd::platformWords(const fs::path& directory) const {
+    EXPECT_TRUE(eventually([&] { return fs::exists(directory / L"standin" / L"running.txt"); }));
+    std::vector<std::wstring> words;
+    for (const std::string& line : linesOf(read(directory / L"standin" / L"arguments.txt"))) {
+        words.push_back(wide(line));
+    }
+    return words;
+}
+
+std::wstring EndToEnd::platformCommand(const fs::path& directory) const {
+    EXPECT_TRUE(eventually([&] { return fs::exists(directory / L"standin" / L"running.txt"); }));
+    return wide(read(directory / L"standin" / L"command.txt"));
+}
+
+std::map<std::wstring, std::wstring> EndToEnd::platformEnvironment() const {
+    EXPECT_TRUE(eventually([&] { return fs::exists(workspace() / L"standin" / L"running.txt"); }));
+    std::map<std::wstring, std::wstring> variables;
+    for (const std::string& line : linesOf(read(workspace() / L"standin" / L"environment.txt"))) {
+        variables.insert(splitAtEquals(wide(line)));
+    }
+    return variables;
+}
+
+std::map<std::string, std::string> EndToEnd::platformStart() const {
+    EXPECT_TRUE(eventually([&] { return fs::exists(workspace() / L"standin" / L"running.txt"); }));
+    std::map<std::string, std::string> entries;
+    for (const std::string& line : linesOf(read(workspace() / L"standin" / L"start.txt"))) {
+        entries.insert(splitAtEquals(line));
+    }
+    return entries;
+}
+
+bool EndToEnd::isPlatformRunning(const fs::path& directory) const {
+    HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, recordedProcess(directory));
+    if (process == nullptr) {
+        return false;
+    }
+    const bool isRunning = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
+    CloseHandle(process);
+    return isRunning;
+}
+
+void EndToEnd::stopPlatform(const fs::path& directory) {
+    std::error_code ignored;
+    if (!fs::exists(directory / L".zel.main", ignored)) {
+        return;
+    }
+    HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, recordedProcess(directory));
+    if (process != nullptr) {
+        write(directory / L"standin.stop", "");
+        WaitForSingleObject(process, platformBound);
+        CloseHandle(process);
+    }
+    fs::remove(directory / L"standin.stop", ignored);
+    fs::remove_all(directory / L"standin", ignored);
+}
+
+void EndToEnd::pause() {
+    Sleep(pauseMilliseconds);
+}
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+}  // namespace endtoend

@@ -1,0 +1,122 @@
+#include "foundation/text.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using zellauncher::byteToUnit;
+using zellauncher::parseDecimal;
+using zellauncher::parseHexUnit;
+using zellauncher::replaceFirst;
+using zellauncher::unitToByte;
+using zellauncher::upToNul;
+using zellauncher::wideToNarrow;
+using zellauncher::widen;
+
+using namespace std::string_literals;
+
+std::string narrowed(const std::wstring& wide) {
+    std::string narrow = "before";
+    wideToNarrow(narrow, wide);
+    return narrow;
+}
+
+TEST(Text, EveryByteIsTheUnitOfItsNumber) {
+    for (int number = 0; number <= 0xFF; ++number) {
+        const char byte = static_cast<char>(static_cast<unsigned char>(number));
+        EXPECT_EQ(byteToUnit(byte), static_cast<wchar_t>(number));
+        char back = '?';
+        EXPECT_TRUE(unitToByte(static_cast<wchar_t>(number), back));
+        EXPECT_EQ(back, byte);
+    }
+}
+
+TEST(Text, AUnitAbove255IsNoByte) {
+    char byte = '?';
+    EXPECT_FALSE(unitToByte(L'\u0100', byte));
+    EXPECT_FALSE(unitToByte(static_cast<wchar_t>(0xFFFF), byte));
+    EXPECT_EQ(byte, '?');
+}
+
+TEST(Text, BytesBecomeUnits) {
+    EXPECT_EQ(widen(""), L"");
+    EXPECT_EQ(widen("a\0\xE4\xFF"s), L"a\0\u00E4\u00FF"s);
+}
+
+TEST(Text, TheLogShowsWhatItCannotHoldByNumber) {
+    EXPECT_EQ(narrowed(L""), "");
+    EXPECT_EQ(narrowed(L"C:\\plain"), "C:\\plain");
+    EXPECT_EQ(narrowed(L"\u00E4\u00FF"), "\xE4\xFF");
+    EXPECT_EQ(narrowed(L"\u0100z\u0142oty"), "\\u0100z\\u0142oty");
+    EXPECT_EQ(narrowed(std::wstring{static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xFFFF)}),
+              "\\ud83d\\uffff");
+}
+
+TEST(Text, NarrowingMayReadWhatItReplaces) {
+    std::string narrow = "x";
+    wideToNarrow(narrow, widen(narrow) + L"y");
+    EXPECT_EQ(narrow, "xy");
+}
+
+TEST(Text, OnlyTheFirstOccurrenceIsReplaced) {
+    std::wstring text = L"a-b-c";
+    EXPECT_TRUE(replaceFirst(text, L"-", L"--"));
+    EXPECT_EQ(text, L"a--b-c");
+    EXPECT_TRUE(replaceFirst(text, L"--b", L""));
+    EXPECT_EQ(text, L"a-c");
+    EXPECT_FALSE(replaceFirst(text, L"A", L"x"));
+    EXPECT_FALSE(replaceFirst(text, L"a-c-", L"x"));
+    EXPECT_EQ(text, L"a-c");
+}
+
+TEST(Text, ATextEndsAtItsFirstNul) {
+    EXPECT_EQ(upToNul(L"abc"), L"abc");
+    EXPECT_EQ(upToNul(L"ab\0c\0d"s), L"ab");
+    EXPECT_EQ(upToNul(L"\0abc"s), L"");
+    EXPECT_EQ(upToNul(L""), L"");
+}
+
+TEST(Text, ReadsADecimalNumberAtTheHead) {
+    EXPECT_EQ(parseDecimal(L"42"), 42);
+    EXPECT_EQ(parseDecimal(L" \t\n\v\f\r-42abc"), -42);
+    EXPECT_EQ(parseDecimal(L"+7"), 7);
+    EXPECT_EQ(parseDecimal(L"007"), 7);
+    EXPECT_EQ(parseDecimal(L"1 2"), 1);
+}
+
+TEST(Text, WithoutDigitsANumberIsZero) {
+    for (const wchar_t* text : {L"", L" ", L"abc", L"-", L"+-1", L"- 1", L"\u00A01", L"\u0661"}) {
+        EXPECT_EQ(parseDecimal(text), 0);
+    }
+    EXPECT_EQ(parseHexUnit(L""), L'\0');
+    EXPECT_EQ(parseHexUnit(L"ghij"), L'\0');
+}
+
+TEST(Text, ADecimalNumberIsClampedTo32Bits) {
+    EXPECT_EQ(parseDecimal(L"2147483647"), 2147483647);
+    EXPECT_EQ(parseDecimal(L"2147483648"), 2147483647);
+    EXPECT_EQ(parseDecimal(L"-2147483648"), -2147483647 - 1);
+    EXPECT_EQ(parseDecimal(L"-2147483649"), -2147483647 - 1);
+    EXPECT_EQ(parseDecimal(L"-2147483647"), -2147483647);
+    EXPECT_EQ(parseDecimal(std::wstring(1000, L'9')), 2147483647);
+    EXPECT_EQ(parseDecimal(L"-" + std::wstring(1000, L'9')), -2147483647 - 1);
+}
+
+TEST(Text, ReadsANumberInBase16) {
+    EXPECT_EQ(parseHexUnit(L"0142"), L'\u0142');
+    EXPECT_EQ(parseHexUnit(L"aBcD"), L'\uABCD');
+    EXPECT_EQ(parseHexUnit(L"  41"), L'A');
+    EXPECT_EQ(parseHexUnit(L"+041"), L'A');
+    EXPECT_EQ(parseHexUnit(L"0x41"), L'A');
+    EXPECT_EQ(parseHexUnit(L"0X41"), L'A');
+    EXPECT_EQ(parseHexUnit(L"41zz"), L'A');
+    EXPECT_EQ(parseHexUnit(L"0xzz"), L'\0');
+    EXPECT_EQ(parseHexUnit(L"0x"), L'\0');
+}
+
+TEST(Text, ANegativeNumberInBase16WrapsAround) {
+    EXPECT_EQ(parseHexUnit(L"-001"), static_cast<wchar_t>(0xFFFF));
+    EXPECT_EQ(parseHexUnit(L" -2"), static_cast<wchar_t>(0xFFFE));
+}
+
+}  // namespace
