@@ -67,14 +67,18 @@ TEST_F(FileTests, APathBeyondThePlainLimitTestsAsAbsent) {
 TEST_F(FileTests, TheEndingMakesAProgramInAnyCase) {
     for (const std::wstring name : {L"a.exe", L"a.com", L"a.bat", L"a.cmd", L"A.EXE", L"b.Cmd", L".exe"}) {
         machine.writeFile(L"C:\\bin\\" + name, "");
-        run([&] { EXPECT_TRUE(isExecutableFile(L"C:\\bin\\" + name)) << std::string(name.begin(), name.end()); });
+        run([&] {
+            EXPECT_TRUE(isExecutableFile(L"C:\\bin\\" + name)) << std::string(name.begin(), name.end());
+        });
     }
 }
 
 TEST_F(FileTests, OtherFilesAreNoPrograms) {
     for (const std::wstring name : {L"a.dll", L"exe", L"a.exe.bak", L"axexe", L"x", L"a.ex", L"a.[xe"}) {
         machine.writeFile(L"C:\\bin\\" + name, "");
-        run([&] { EXPECT_FALSE(isExecutableFile(L"C:\\bin\\" + name)) << std::string(name.begin(), name.end()); });
+        run([&] {
+            EXPECT_FALSE(isExecutableFile(L"C:\\bin\\" + name)) << std::string(name.begin(), name.end());
+        });
     }
 }
 

@@ -10,8 +10,8 @@ using zellauncher::parseHexUnit;
 using zellauncher::replaceFirst;
 using zellauncher::unitToByte;
 using zellauncher::upToNul;
-using zellauncher::wideToNarrow;
 using zellauncher::widen;
+using zellauncher::wideToNarrow;
 
 using namespace std::string_literals;
 

@@ -1,0 +1,90 @@
+#include "foundation/temp_log.h"
+
+#include "foundation/log_channel.h"
+#include "support/launcher_fixture.h"
+
+namespace {
+
+class TempLog : public launchertest::OnMachine {
+protected:
+    launchertest::Outcome clean(const std::wstring& name) {
+        return run([&] {
+            zellauncher::setLogFileName(name);
+            zellauncher::removeTempLog();
+        });
+    }
+};
+
+TEST_F(TempLog, TheLogOfAnEarlierFailedStartIsDeleted) {
+    machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
+    machine.writeFile(L"C:\\Temp\\dcommand.log", "other");
+    const auto outcome = clean(L"zellauncher.log");
+    EXPECT_FALSE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+    EXPECT_TRUE(machine.exists(L"C:\\Temp\\dcommand.log"));
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(TempLog, EachKindOfStartDeletesItsOwn) {
+    machine.writeFile(L"C:\\Temp\\zellauncher.log", "other");
+    machine.writeFile(L"C:\\Temp\\dcommand.log", "old");
+    clean(L"dcommand.log");
+    EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+    EXPECT_FALSE(machine.exists(L"C:\\Temp\\dcommand.log"));
+}
+
+TEST_F(TempLog, ADirectoryWithForwardSlashesWorks) {
+    machine.setEnvironment(L"TEMP", L"C:/Temp/mine");
+    machine.writeFile(L"C:\\Temp\\mine\\zellauncher.log", "old");
+    clean(L"zellauncher.log");
+    EXPECT_FALSE(machine.exists(L"C:\\Temp\\mine\\zellauncher.log"));
+}
+
+TEST_F(TempLog, WithoutALeftOverNothingIsTouched) {
+    const auto outcome = clean(L"zellauncher.log");
+    EXPECT_EQ(outcome.end.status, 0U);
+    for (const simulation::Operation& made : machine.operations()) {
+        EXPECT_NE(made.name, "moveFile");
+        EXPECT_NE(made.name, "deleteFile");
+    }
+}
+
+TEST_F(TempLog, ALeftOverThatCannotBeDeletedIsIgnored) {
+    machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
+    machine.holdOpen(L"C:\\Temp\\zellauncher.log");
+    const auto outcome = clean(L"zellauncher.log");
+    EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(TempLog, WithoutTempALineSaysSoAndTheStartGoesOn) {
+    machine.unsetEnvironment(L"TEMP");
+    const auto outcome = clean(L"zellauncher.log");
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.log,
+              "ZLNCH0081I:  Environmental variable 'TEMP' is not set\n"
+              "ZLNCH0136E: Couldn't find the TEMP system variable!\n");
+    EXPECT_EQ(machine.operations().back().argument, L"\\zellauncher.log");
+}
+
+TEST_F(TempLog, WithoutTempALeftOverInTheRootOfTheDriveEndsTheStart) {
+    machine.unsetEnvironment(L"TEMP");
+    machine.writeFile(L"C:\\zellauncher.log", "old");
+    const auto outcome = clean(L"zellauncher.log");
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_EQ(outcome.lastLine(), "ZLNCH0140E: relative paths can not be converted to unicode path");
+    EXPECT_TRUE(machine.exists(L"C:\\zellauncher.log"));
+}
+
+TEST_F(TempLog, WhatAFatalEndLeavesInTempIsDeletedByTheNextStart) {
+    machine.makeDirectory(L"C:\\Temp");
+    machine.run({L"C:\\zellauncher.exe"}, [] {
+        zellauncher::logMessage("early", true);
+        return 0;
+    });
+    EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+    clean(L"zellauncher.log");
+    EXPECT_FALSE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+}
+
+}  // namespace

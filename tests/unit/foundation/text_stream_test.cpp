@@ -1,0 +1,530 @@
+#include "foundation/text_stream.h"
+
+#include "support/launcher_fixture.h"
+
+namespace {
+
+using zellauncher::atEnd;
+using zellauncher::closeTextStream;
+using zellauncher::flushTextStream;
+using zellauncher::LineBlanks;
+using zellauncher::lineCharacters;
+using zellauncher::openFile;
+using zellauncher::putText;
+using zellauncher::rewindTextStream;
+using zellauncher::scanLine;
+using zellauncher::scanNumber;
+using zellauncher::ScanResult;
+using zellauncher::skipWhiteSpace;
+using zellauncher::TextStream;
+
+using namespace std::string_literals;
+
+constexpr const wchar_t* path = L"C:\\data\\text.txt";
+using Lines = std::vector<std::wstring>;
+
+class TextStreams : public launchertest::OnMachine {
+protected:
+    TextStreams() { machine.makeDirectory(L"C:\\data"); }
+
+    // Runs the body with a stream over a file of this content.
+    void withFile(const std::string& content, const char* mode,
+                  const std::function<void(TextStream&)>& body) {
+        machine.writeFile(path, content);
+        const auto outcome = run([&] {
+            TextStream text;
+            openFile(text, path, mode);
+            ASSERT_NE(text.stream, nullptr);
+            body(text);
+            closeTextStream(text);
+        });
+        EXPECT_EQ(outcome.end.status, 0U);
+    }
+
+    // The lines of a file of this content, each read the same way, up to the first that is none.
+    Lines linesOf(const std::string& content, LineBlanks blanks) {
+        Lines all;
+        withFile(content, "r", [&](TextStream& text) {
+            for (std::wstring line; scanLine(text, blanks, line) == ScanResult::matched;) {
+                all.push_back(line);
+            }
+        });
+        return all;
+    }
+    Lines keptLines(const std::string& content) { return linesOf(content, LineBlanks::keepLeading); }
+    Lines skippedLines(const std::string& content) { return linesOf(content, LineBlanks::skipLeading); }
+
+    // The number at the head of a file, and what follows it on its line.
+    ScanResult number(const std::string& content, std::int32_t& value, std::wstring& rest) {
+        ScanResult result = ScanResult::nothing;
+        withFile(content, "r", [&](TextStream& text) {
+            result = scanNumber(text, value);
+            scanLine(text, LineBlanks::keepLeading, rest);
+        });
+        return result;
+    }
+
+    std::string onDisk() const { return machine.readFile(path).value_or("no file"); }
+
+    std::size_t count(const std::string& operation) const {
+        std::size_t calls = 0;
+        for (const simulation::Operation& made : machine.operations()) {
+            calls += made.name == operation ? 1U : 0U;
+        }
+        return calls;
+    }
+
+    void failNext(const std::string& operation, platform::ErrorCode error) {
+        simulation::Fault fault;
+        fault.operation = operation;
+        fault.error = error;
+        machine.inject(fault);
+    }
+};
+
+// --- Lines ------------------------------------------------------------------------------------------
+
+TEST_F(TextStreams, LinesEndInALineFeedWithOrWithoutACarriageReturn) {
+    const Lines expected = {L"one", L"two=2 ", L"three"};
+    EXPECT_EQ(keptLines("one\r\ntwo=2 \r\nthree\r\n"), expected);
+    EXPECT_EQ(keptLines("one\ntwo=2 \nthree\n"), expected);
+    EXPECT_EQ(keptLines("one\r\ntwo=2 \nthree"), expected);
+}
+
+TEST_F(TextStreams, TheBreakBehindTheLastLineLeadsToTheEnd) {
+    withFile("one\r\ntwo\r\n\r\n", "r", [](TextStream& text) {
+        std::wstring line;
+        EXPECT_FALSE(atEnd(text));
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+        EXPECT_FALSE(atEnd(text));
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+        EXPECT_EQ(line, L"two");
+        EXPECT_TRUE(atEnd(text));
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::endOfData);
+        EXPECT_EQ(line, L"");
+    });
+}
+
+TEST_F(TextStreams, ALastLineWithoutABreakMeetsTheEndToo) {
+    withFile("one", "r", [](TextStream& text) {
+        std::wstring line;
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+        EXPECT_EQ(line, L"one");
+        EXPECT_TRUE(atEnd(text));
+    });
+}
+
+TEST_F(TextStreams, AnEmptyFileIsAtItsEndOnceItWasRead) {
+    for (const LineBlanks blanks : {LineBlanks::keepLeading, LineBlanks::skipLeading}) {
+        withFile("", "r", [&](TextStream& text) {
+            EXPECT_FALSE(atEnd(text));
+            std::wstring line = L"before";
+            EXPECT_EQ(scanLine(text, blanks, line), ScanResult::endOfData);
+            EXPECT_EQ(line, L"");
+            EXPECT_TRUE(atEnd(text));
+        });
+    }
+}
+
+TEST_F(TextStreams, ALineHasAtMost2024Characters) {
+    const std::string longest(lineCharacters, 'x');
+    const std::wstring wide(lineCharacters, L'x');
+    EXPECT_EQ(keptLines(longest.substr(1) + "\r\nnext"), (Lines{wide.substr(1), L"next"}));
+    EXPECT_EQ(keptLines(longest + "\r\nnext"), (Lines{wide, L"next"}));
+    EXPECT_EQ(keptLines(longest + "y\r\nnext"), (Lines{wide, L"y", L"next"}));
+    EXPECT_EQ(keptLines(longest + longest + "y\nnext"), (Lines{wide, wide, L"y", L"next"}));
+    EXPECT_EQ(keptLines(longest), (Lines{wide}));
+    EXPECT_EQ(skippedLines("  " + longest + "y"), (Lines{wide, L"y"}));
+}
+
+TEST_F(TextStreams, BlanksAtTheCutOfALongLineAreLost) {
+    const std::string longest(lineCharacters, 'x');
+    const std::wstring wide(lineCharacters, L'x');
+    EXPECT_EQ(keptLines(longest + " \t y\nnext"), (Lines{wide, L"y", L"next"}));
+    EXPECT_EQ(keptLines(longest.substr(1) + "  y"), (Lines{wide.substr(1) + L" ", L"y"}));
+}
+
+TEST_F(TextStreams, AnEmptyFirstLineIsNothingUntilItIsSkipped) {
+    withFile("\r\n\r\n  one\r\n", "r", [](TextStream& text) {
+        std::wstring line = L"before";
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::nothing);
+        EXPECT_EQ(line, L"");
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::nothing);
+        EXPECT_FALSE(atEnd(text));
+        skipWhiteSpace(text);
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+        EXPECT_EQ(line, L"one");
+    });
+}
+
+TEST_F(TextStreams, SkippingLeadingBlanksPassesEmptyLinesOver) {
+    EXPECT_EQ(skippedLines("\r\n \t\v\f\r\n  one\r\n\r\n\r\ntwo"), (Lines{L"one", L"two"}));
+}
+
+TEST_F(TextStreams, AllWhiteSpaceBehindALineIsTaken) {
+    const Lines expected = {L"a  ", L"b", L"c"};
+    EXPECT_EQ(keptLines("a  \r\n\r\n \t b\n\v\f\r\rc"), expected);
+}
+
+TEST_F(TextStreams, LeadingBlanksOfTheFirstLineAreKeptOrSkipped) {
+    EXPECT_EQ(keptLines(" \ta\nb"), (Lines{L" \ta", L"b"}));
+    EXPECT_EQ(skippedLines(" \ta\nb"), (Lines{L"a", L"b"}));
+}
+
+TEST_F(TextStreams, WhiteSpaceAloneIsALineOnlyWhenItIsKept) {
+    EXPECT_EQ(keptLines("  \t"), (Lines{L"  \t"}));
+    EXPECT_EQ(keptLines("  \t\r\n\r\n"), (Lines{L"  \t"}));
+    withFile(" \t\r\n \v\f\n", "r", [](TextStream& text) {
+        std::wstring line;
+        EXPECT_EQ(scanLine(text, LineBlanks::skipLeading, line), ScanResult::endOfData);
+        EXPECT_TRUE(atEnd(text));
+    });
+}
+
+TEST_F(TextStreams, SixCharactersAreWhiteSpaceAndNoOthers) {
+    for (int number = 0; number <= 0xFF; ++number) {
+        if (number == 0x1A) {
+            continue;
+        }
+        const std::string content = "a\n" + std::string(1, static_cast<char>(number)) + "b";
+        const bool isWhite = number == ' ' || (number >= '\t' && number <= '\r');
+        const Lines read = keptLines(content);
+        ASSERT_EQ(read.size(), 2U) << number;
+        const std::wstring whole{static_cast<wchar_t>(number), L'b'};
+        EXPECT_EQ(read[1], isWhite ? L"b" : number == 0 ? L"" : whole) << number;
+    }
+}
+
+TEST_F(TextStreams, EveryByteIsOneCharacter) {
+    EXPECT_EQ(keptLines("\x7F\x80\xA0\xE4\xFF\nb"), (Lines{L"\u007F\u0080\u00A0\u00E4\u00FF", L"b"}));
+}
+
+TEST_F(TextStreams, ANulByteEndsTheTextOfItsLineOnly) {
+    EXPECT_EQ(keptLines("ab\0cd\r\nnext"s), (Lines{L"ab", L"next"}));
+    EXPECT_EQ(keptLines("\0cd\r\nnext"s), (Lines{L"", L"next"}));
+    EXPECT_EQ(keptLines("ab\0"s), (Lines{L"ab"}));
+}
+
+TEST_F(TextStreams, BytesBehindANulCountForTheLengthOfALine) {
+    const std::string content = "ab\0"s + std::string(lineCharacters - 3, 'x') + "next";
+    EXPECT_EQ(keptLines(content), (Lines{L"ab", L"next"}));
+}
+
+TEST_F(TextStreams, ACarriageReturnAloneIsACharacterOfItsLine) {
+    EXPECT_EQ(keptLines("a\rb\nc"), (Lines{L"a\rb", L"c"}));
+    EXPECT_EQ(keptLines("a\r"), (Lines{L"a\r"}));
+    EXPECT_EQ(keptLines("a\r\r\nb"), (Lines{L"a\r", L"b"}));
+    EXPECT_EQ(keptLines("\ra\nb"), (Lines{L"\ra", L"b"}));
+    EXPECT_EQ(keptLines("\r"), (Lines{L"\r"}));
+}
+
+TEST_F(TextStreams, ACarriageReturnAloneIsABlankBetweenLines) {
+    EXPECT_EQ(skippedLines("\ra\n\r\rb"), (Lines{L"a", L"b"}));
+    EXPECT_EQ(skippedLines("\r"), Lines{});
+}
+
+TEST_F(TextStreams, ControlZEndsTheFile) {
+    EXPECT_EQ(keptLines("a\r\nb\x1A"
+                        "c\r\nd"),
+              (Lines{L"a", L"b"}));
+    EXPECT_EQ(keptLines("a\r\x1A\n"), (Lines{L"a\r"}));
+    EXPECT_EQ(keptLines("\x1A"
+                        "a"),
+              Lines{});
+    EXPECT_EQ(skippedLines("  \x1A"
+                           "a"),
+              Lines{});
+    withFile(
+        "a\r\n\x1A"
+        "b",
+        "r", [](TextStream& text) {
+            std::wstring line;
+            EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+            EXPECT_TRUE(atEnd(text));
+            skipWhiteSpace(text);
+            EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::endOfData);
+            rewindTextStream(text);
+            EXPECT_FALSE(atEnd(text));
+            EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+            EXPECT_EQ(line, L"a");
+        });
+}
+
+TEST_F(TextStreams, AFileIn16BitCharactersIsReadByteByByte) {
+    EXPECT_EQ(keptLines("\xFF\xFE"
+                        "a\0=\0b\0\r\0\n\0c\0"s),
+              (Lines{
+                  L"\u00FF\u00FEa",
+                  L"",
+              }));
+}
+
+TEST_F(TextStreams, LineEndsAcrossBlocksOfReadingAreOneCharacter) {
+    for (std::size_t length = 4090; length <= 4100; ++length) {
+        std::string content = std::string(2000, 'a') + "\r\n";
+        content += std::string(length - 1 - content.size() - 60, 'b') + "\n" + std::string(60, 'c');
+        ASSERT_EQ(content.size(), length);
+        const Lines read = keptLines(content + "\r\nnext\r");
+        ASSERT_EQ(read.size(), 4U) << length;
+        EXPECT_EQ(read[2], std::wstring(60, L'c')) << length;
+        EXPECT_EQ(read[3], L"next\r") << length;
+    }
+}
+
+TEST_F(TextStreams, ReadsInBlocks) {
+    std::string content;
+    while (content.size() < 100000) {
+        content += "one more line of text\r\n";
+    }
+    EXPECT_EQ(keptLines(content).size(), content.size() / 23);
+    EXPECT_LE(count("readStream"), content.size() / 4096 + 3);
+}
+
+TEST_F(TextStreams, AReadingThatFailsIsTheEnd) {
+    withFile("one\r\ntwo", "r", [this](TextStream& text) {
+        failNext("readStream", platform::errorLockViolation);
+        std::wstring line;
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::endOfData);
+        EXPECT_TRUE(atEnd(text));
+    });
+}
+
+TEST_F(TextStreams, AfterARewindEverythingIsReadAgain) {
+    withFile("one\r\ntwo\r\n", "r", [](TextStream& text) {
+        for (int turn = 0; turn < 2; ++turn) {
+            std::wstring line;
+            EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+            EXPECT_EQ(line, L"one");
+            EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+            EXPECT_EQ(line, L"two");
+            EXPECT_TRUE(atEnd(text));
+            rewindTextStream(text);
+            EXPECT_FALSE(atEnd(text));
+        }
+    });
+}
+
+TEST_F(TextStreams, ARewindForgetsWhatWasReadAhead) {
+    withFile("4711\r\n", "r+", [this](TextStream& text) {
+        std::int32_t value = 0;
+        EXPECT_EQ(scanNumber(text, value), ScanResult::matched);
+        machine.writeFile(path, "815\r\n");
+        rewindTextStream(text);
+        EXPECT_EQ(scanNumber(text, value), ScanResult::matched);
+        EXPECT_EQ(value, 815);
+    });
+}
+
+// --- Numbers ----------------------------------------------------------------------------------------
+
+TEST_F(TextStreams, ReadsANumberAndStopsBehindIt) {
+    std::int32_t value = 0;
+    std::wstring rest;
+    EXPECT_EQ(number(" \r\n\t-12 rest", value, rest), ScanResult::matched);
+    EXPECT_EQ(value, -12);
+    EXPECT_EQ(rest, L" rest");
+    EXPECT_EQ(number("+7abc", value, rest), ScanResult::matched);
+    EXPECT_EQ(value, 7);
+    EXPECT_EQ(rest, L"abc");
+    EXPECT_EQ(number("0x10", value, rest), ScanResult::matched);
+    EXPECT_EQ(value, 0);
+    EXPECT_EQ(rest, L"x10");
+    EXPECT_EQ(number("12\0003"s, value, rest), ScanResult::matched);
+    EXPECT_EQ(value, 12);
+    EXPECT_EQ(rest, L"");
+}
+
+TEST_F(TextStreams, ANumberIsClampedTo32Bits) {
+    std::int32_t value = 0;
+    std::wstring rest;
+    EXPECT_EQ(number("2147483647", value, rest), ScanResult::matched);
+    EXPECT_EQ(value, 2147483647);
+    EXPECT_EQ(number("2147483648", value, rest), ScanResult::matched);
+    EXPECT_EQ(value, 2147483647);
+    EXPECT_EQ(number("-99999999999999999999999999", value, rest), ScanResult::matched);
+    EXPECT_EQ(value, -2147483647 - 1);
+    EXPECT_EQ(number(std::string(9000, '9') + " x", value, rest), ScanResult::matched);
+    EXPECT_EQ(value, 2147483647);
+    EXPECT_EQ(rest, L" x");
+}
+
+TEST_F(TextStreams, WhatIsNoNumberStaysToBeRead) {
+    std::int32_t value = 5;
+    std::wstring rest;
+    EXPECT_EQ(number("  abc", value, rest), ScanResult::nothing);
+    EXPECT_EQ(rest, L"abc");
+    EXPECT_EQ(number("-x", value, rest), ScanResult::nothing);
+    EXPECT_EQ(rest, L"x");
+    EXPECT_EQ(value, 5);
+}
+
+TEST_F(TextStreams, WithoutAnyCharacterThereIsNoNumber) {
+    std::int32_t value = 5;
+    std::wstring rest;
+    for (const std::string content : {"", " \r\n\t",
+                                      "\x1A"
+                                      "12"}) {
+        EXPECT_EQ(number(content, value, rest), ScanResult::endOfData);
+    }
+    EXPECT_EQ(value, 5);
+}
+
+TEST_F(TextStreams, ANumberAtTheEndOfTheFileMeetsTheEnd) {
+    withFile("12", "r", [](TextStream& text) {
+        std::int32_t value = 0;
+        EXPECT_EQ(scanNumber(text, value), ScanResult::matched);
+        EXPECT_TRUE(atEnd(text));
+    });
+    withFile("12\r\n", "r", [](TextStream& text) {
+        std::int32_t value = 0;
+        EXPECT_EQ(scanNumber(text, value), ScanResult::matched);
+        EXPECT_FALSE(atEnd(text));
+    });
+}
+
+// --- Writing ----------------------------------------------------------------------------------------
+
+TEST_F(TextStreams, LineFeedsAreWrittenWithACarriageReturn) {
+    withFile("old", "w", [](TextStream& text) {
+        EXPECT_EQ(putText(text, L"one\n\ntwo\r\n"), 10);
+        EXPECT_EQ(putText(text, L""), 0);
+        EXPECT_EQ(putText(text, L"\u00E4\u00FF%s"), 4);
+    });
+    EXPECT_EQ(onDisk(), "one\r\n\r\ntwo\r\r\n\xE4\xFF%s");
+}
+
+TEST_F(TextStreams, ACharacterAbove255CannotBeWritten) {
+    withFile("", "w", [](TextStream& text) {
+        EXPECT_EQ(putText(text, L"z\u0142oty\n"), -1);
+        EXPECT_EQ(putText(text, L"|\u00FF\u0100"), -1);
+        EXPECT_EQ(putText(text, L"|\n"), 2);
+    });
+    EXPECT_EQ(onDisk(), "z|\xFF|\r\n");
+}
+
+TEST_F(TextStreams, AppendsBehindWhatIsThere) {
+    withFile("one\r\n", "a+", [](TextStream& text) { EXPECT_EQ(putText(text, L"two\n"), 4); });
+    EXPECT_EQ(onDisk(), "one\r\ntwo\r\n");
+}
+
+TEST_F(TextStreams, AppendingMakesTheFile) {
+    run([] {
+        TextStream text;
+        openFile(text, path, "a+");
+        EXPECT_EQ(putText(text, L"one\n"), 4);
+        EXPECT_TRUE(closeTextStream(text));
+        EXPECT_EQ(text.stream, nullptr);
+    });
+    EXPECT_EQ(onDisk(), "one\r\n");
+}
+
+TEST_F(TextStreams, WhatWasWrittenCanBeReadAfterARewind) {
+    withFile("old", "w+", [](TextStream& text) {
+        EXPECT_EQ(putText(text, L"one\ntwo\n"), 8);
+        rewindTextStream(text);
+        std::wstring line;
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+        EXPECT_EQ(line, L"one");
+    });
+}
+
+TEST_F(TextStreams, AFileCanBeReadAndThenWrittenFromItsHead) {
+    withFile("4711\r\nrest", "r+", [](TextStream& text) {
+        std::int32_t value = 0;
+        EXPECT_EQ(scanNumber(text, value), ScanResult::matched);
+        rewindTextStream(text);
+        EXPECT_EQ(putText(text, L"0815\n"), 5);
+    });
+    EXPECT_EQ(onDisk(), "0815\r\nrest");
+}
+
+TEST_F(TextStreams, AFlushBringsTheTextToTheDisk) {
+    withFile("", "w", [this](TextStream& text) {
+        putText(text, L"one\n");
+        EXPECT_EQ(onDisk(), "");
+        EXPECT_TRUE(flushTextStream(text));
+        EXPECT_EQ(onDisk(), "one\r\n");
+    });
+}
+
+TEST_F(TextStreams, AFileThatIsOnlyReadCannotBeWritten) {
+    withFile("one", "r", [](TextStream& text) { EXPECT_EQ(putText(text, L"two"), -1); });
+    EXPECT_EQ(onDisk(), "one");
+}
+
+TEST_F(TextStreams, AFullDiskShowsWhenTheTextGoesOut) {
+    machine.writeFile(path, "");
+    run([this] {
+        machine.setFreeSpace(0);
+        TextStream text;
+        openFile(text, path, "w");
+        EXPECT_EQ(putText(text, L"one"), 3);
+        EXPECT_FALSE(flushTextStream(text));
+        EXPECT_EQ(putText(text, std::wstring(10000, L'x')), -1);
+        EXPECT_EQ(putText(text, L"one"), 3);
+        EXPECT_FALSE(closeTextStream(text));
+        EXPECT_EQ(text.stream, nullptr);
+        machine.setFreeSpace(std::nullopt);
+    });
+}
+
+// --- Streams that are not open ----------------------------------------------------------------------
+
+TEST_F(TextStreams, AFileThatCannotBeOpenedGivesNoStream) {
+    run([] {
+        for (const char* mode : {"r", "r+"}) {
+            TextStream text;
+            openFile(text, L"C:\\data\\gone.txt", mode);
+            EXPECT_EQ(text.stream, nullptr);
+        }
+        for (const char* mode : {"r", "w", "w+", "a+"}) {
+            TextStream text;
+            openFile(text, L"C:\\data", mode);
+            EXPECT_EQ(text.stream, nullptr);
+            openFile(text, L"C:\\gone\\text.txt", mode);
+            EXPECT_EQ(text.stream, nullptr);
+        }
+    });
+    EXPECT_FALSE(machine.exists(L"C:\\data\\gone.txt"));
+}
+
+TEST_F(TextStreams, WithoutAStreamEverythingFailsWithoutHarm) {
+    const auto outcome = run([] {
+        TextStream text;
+        std::wstring line = L"before";
+        std::int32_t value = 5;
+        EXPECT_TRUE(atEnd(text));
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::endOfData);
+        EXPECT_EQ(scanLine(text, LineBlanks::skipLeading, line), ScanResult::endOfData);
+        EXPECT_EQ(line, L"");
+        EXPECT_EQ(scanNumber(text, value), ScanResult::endOfData);
+        EXPECT_EQ(value, 5);
+        skipWhiteSpace(text);
+        EXPECT_EQ(putText(text, L"one"), -1);
+        EXPECT_FALSE(flushTextStream(text));
+        rewindTextStream(text);
+        EXPECT_TRUE(atEnd(text));
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::endOfData);
+        EXPECT_FALSE(closeTextStream(text));
+    });
+    EXPECT_EQ(outcome.end.status, 0U);
+}
+
+TEST_F(TextStreams, OpeningAnewForgetsTheStateOfTheOldFile) {
+    machine.writeFile(path, "one\r\n");
+    run([] {
+        TextStream text;
+        std::wstring line;
+        openFile(text, path, "r");
+        scanLine(text, LineBlanks::keepLeading, line);
+        EXPECT_TRUE(atEnd(text));
+        closeTextStream(text);
+        openFile(text, path, "r");
+        EXPECT_FALSE(atEnd(text));
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+        EXPECT_EQ(line, L"one");
+        closeTextStream(text);
+    });
+}
+
+}  // namespace
