@@ -1,0 +1,99 @@
+#include "properties/property_list.h"
+
+#include <gtest/gtest.h>
+
+#include "support/launcher_fixture.h"
+
+namespace {
+
+using zellauncher::findProperties;
+using zellauncher::lookupProperty;
+using zellauncher::PropertyEntry;
+using zellauncher::PropertyList;
+
+std::wstring unescaped(std::wstring text) {
+    zellauncher::unescapeValue(text);
+    return text;
+}
+
+std::wstring trimmed(std::wstring text) {
+    zellauncher::trimSpaces(text);
+    return text;
+}
+
+TEST(Properties, ALookupTakesTheFirstWholeKey) {
+    const PropertyList list = {{L"ab", L"0"}, {L"a", L"1"}, {L"", L"empty"}, {L"a", L"2"}, {L"A", L"3"}};
+    EXPECT_EQ(*lookupProperty(L"a", list), L"1");
+    EXPECT_EQ(*lookupProperty(L"A", list), L"3");  // behind an entry without a key
+    EXPECT_EQ(lookupProperty(L"b", list), nullptr);
+    EXPECT_EQ(lookupProperty(L"a", PropertyList{}), nullptr);
+}
+
+TEST(Properties, AFindEndsAtTheFirstEntryWithoutAKey) {
+    const PropertyList list = {{L"-Da", L"1"}, {L"x", L"2"}, {L"-D", L"3"}, {L"", L"4"}, {L"-Db", L"5"}};
+    const auto found = findProperties(L"-D", list);
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found[0]->value, L"1");
+    EXPECT_EQ(found[1]->value, L"3");
+    EXPECT_TRUE(findProperties(L"-d", list).empty());
+}
+
+TEST(Properties, AFindReturnsManyEntries) {
+    PropertyList list;
+    for (int i = 0; i < 1000; ++i) {
+        list.push_back({L"k" + std::to_wstring(i), L"v"});
+    }
+    EXPECT_EQ(findProperties(L"k", list).size(), 1000U);
+}
+
+TEST(Properties, SettingReplacesTheFirstAndNeverAdds) {
+    PropertyList list = {{L"a", L"1"}, {L"a", L"2"}};
+    zellauncher::setPropertyValue(L"a", L"x", list);
+    EXPECT_EQ(list[0].value, L"x");
+    EXPECT_EQ(list[1].value, L"2");
+    zellauncher::setPropertyValue(L"b", L"y", list);
+    EXPECT_EQ(list.size(), 2U);
+}
+
+class AddingProperties : public launchertest::OnMachine {};
+
+TEST_F(AddingProperties, TrimsTheKeyAndUnescapesTheValue) {
+    PropertyList list = {{L"a", L"1"}};
+    const auto outcome = run([&] { zellauncher::addProperty(list, L" a ", L"C:\\\\x\\u0041 "); });
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[1].key, L"a");
+    EXPECT_EQ(list[1].value, L"C:\\xA");
+    EXPECT_EQ(outcome.log, "ZLNCH0126I:   key = \"a\"\nZLNCH0127I:   value  = \"C:\\xA\"\n");
+}
+
+TEST_F(AddingProperties, KeepsAValueOfArg20) {
+    PropertyList list;
+    run([&] {
+        zellauncher::addProperty(list, L"arg20", L"kept");
+        zellauncher::addProperty(list, L"e", L"");
+    });
+    EXPECT_EQ(list.at(0).value, L"kept");
+    EXPECT_EQ(list.at(1).value, L"");
+}
+
+TEST(Unescaping, ResolvesPairsUnitsAndOtherCharacters) {
+    EXPECT_EQ(unescaped(L"\\\\"), L"\\");
+    EXPECT_EQ(unescaped(L"\\\\\\\\"), L"\\\\");
+    EXPECT_EQ(unescaped(L"a\\"), L"a");
+    EXPECT_EQ(unescaped(L"\\\\u0041"), L"\\u0041");
+    EXPECT_EQ(unescaped(L"\\u00411"), L"A1");
+    EXPECT_EQ(unescaped(L"\\u"), L"");
+    EXPECT_EQ(unescaped(L"\\u0x4z"), std::wstring(1, wchar_t(4)) + L"");
+    EXPECT_EQ(unescaped(L"\\u +9z"), std::wstring(1, wchar_t(9)));
+    EXPECT_EQ(unescaped(L"\\u-001"), std::wstring(1, wchar_t(0xFFFF)));
+    EXPECT_EQ(unescaped(L" a\\ b "), L"a b");
+}
+
+TEST(Trimming, TakesBlanksAloneOffBothEnds) {
+    EXPECT_EQ(trimmed(L"  a b  "), L"a b");
+    EXPECT_EQ(trimmed(L"\ta\t"), L"\ta\t");
+    EXPECT_EQ(trimmed(L""), L"");
+    EXPECT_EQ(trimmed(L"   "), L"   ");
+}
+
+}  // namespace

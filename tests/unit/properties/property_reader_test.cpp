@@ -1,0 +1,226 @@
+#include "properties/property_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/launcher_fixture.h"
+
+namespace {
+
+using zellauncher::PropertyEntry;
+using zellauncher::PropertyList;
+
+constexpr const wchar_t* path = L"C:\\test.properties";
+
+class PropertyReader : public launchertest::OnMachine {
+protected:
+    PropertyList list;
+    launchertest::Outcome outcome;
+
+    void load(const std::string& content) {
+        machine.writeFile(path, content);
+        list.clear();
+        outcome = run([&] { zellauncher::loadPropertyFile(path, list); });
+        EXPECT_EQ(outcome.end.status, 0U);
+    }
+    void expectEntries(const std::string& content,
+                       const std::vector<std::pair<std::wstring, std::wstring>>& entries) {
+        load(content);
+        ASSERT_EQ(list.size(), entries.size()) << content;
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            EXPECT_EQ(list[i].key, entries[i].first) << content;
+            EXPECT_EQ(list[i].value, entries[i].second) << content;
+        }
+    }
+};
+
+TEST_F(PropertyReader, ARunOfSeparatorsEndsTheKeyAndIsDropped) {
+    expectEntries("a = b\r\n", {{L"a", L"b"}});
+    expectEntries("a  :=  b\r\n", {{L"a", L"b"}});
+    expectEntries("a\tb\r\n", {{L"a", L"b"}});
+    expectEntries("a=b=c\r\n", {{L"a", L"b=c"}});
+    expectEntries("a b c\r\n", {{L"a", L"b c"}});
+    expectEntries("a=b : c \r\n", {{L"a", L"b : c"}});
+}
+
+TEST_F(PropertyReader, ABackslashDoesNotProtectASeparatorInAKey) {
+    expectEntries("a\\:b=c\r\n", {{L"a", L"b=c"}});
+    expectEntries("a\\ b=c\r\n", {{L"a", L"b=c"}});
+    expectEntries("a\\#b=c\r\n", {{L"a#b", L"c"}});
+    expectEntries("a=b\\:c\\=d\\#e\\ f\r\n", {{L"a", L"b:c=d#e f"}});
+}
+
+TEST_F(PropertyReader, AJvmOptionKeepsItsSeparators) {
+    expectEntries("-Xshare:auto\r\n", {{L"-Xshare", L":auto"}});
+    expectEntries("-Xfoo = bar\r\n", {{L"-Xfoo", L"= bar"}});
+    expectEntries("-Xmx512m\r\n", {{L"-Xmx512m", L""}});
+    expectEntries("-Xfoo   ", {{L"-Xfoo", L"   "}});
+    expectEntries("-x:a\r\n", {{L"-x", L"a"}});
+}
+
+TEST_F(PropertyReader, ALineOfOneCharacterKeepsTheSettingForJvmOptions) {
+    expectEntries("-Xa:b\r\n=\r\n", {{L"-Xa", L":b"}, {L"", L"="}});
+    expectEntries("ab=c\r\n=\r\n", {{L"ab", L"c"}, {L"", L""}});
+}
+
+TEST_F(PropertyReader, BackslashesInAValueAreEscapes) {
+    expectEntries("path=C:\\dir\\file\r\n", {{L"path", L"C:dirfile"}});
+    expectEntries("path=C:\\\\dir\r\n", {{L"path", L"C:\\dir"}});
+    expectEntries("path=C:/dir\r\n", {{L"path", L"C:/dir"}});
+    expectEntries("a=x\\ny\\tz\r\n", {{L"a", L"xnytz"}});
+}
+
+TEST_F(PropertyReader, AUnicodeEscapeIsOneUnit) {
+    expectEntries("text=a\\u0041b\r\n", {{L"text", L"aAb"}});
+    expectEntries("text=\\u12", {{L"text", L"\x12"}});
+    expectEntries("text=a\\uzzzzb\r\n", {{L"text", L"a"}});
+    expectEntries("text=\\ud83d\\uDE00\r\n", {{L"text", std::wstring{wchar_t(0xD83D), wchar_t(0xDE00)}}});
+    expectEntries("text=\\u0020x\\u0020\r\n", {{L"text", L"x"}});
+    expectEntries("text=x\\u0020\\u0000y\r\n", {{L"text", L"x "}});  // trimmed first, then cut
+}
+
+TEST_F(PropertyReader, KeysAreNotUnescaped) {
+    expectEntries("a\\nb=c\r\n", {{L"a\\nb", L"c"}});
+}
+
+TEST_F(PropertyReader, ABackslashAtTheEndContinuesTheLine) {
+    expectEntries("key=one\\\r\n  two\r\n", {{L"key", L"onetwo"}});
+    expectEntries("key\\\r\nmore=value\r\n", {{L"keymore", L"value"}});
+    expectEntries("key=one\\\r\n# comment\r\ntwo\r\n", {{L"key", L"onetwo"}});
+    expectEntries("key=one\\\r\n", {});
+    expectEntries("a=1\r\nkey=one\\", {{L"a", L"1"}});
+    expectEntries("key=one\\\\\r\ntwo=2\r\n", {{L"key", L"one\\"}, {L"two", L"2"}});
+    expectEntries("key=one\\\r\n= two\r\n", {{L"key", L"onetwo"}});
+}
+
+TEST_F(PropertyReader, AContinuationEndsOnlyWithACharacterOfAValue) {
+    expectEntries("key=one\\\r\n===\r\ntwo\r\nx=y\r\n", {{L"key", L"onetwo"}, {L"x", L"y"}});
+    expectEntries("ke\\\r\ny\r\n=v\r\n", {{L"key", L"v"}});
+}
+
+TEST_F(PropertyReader, EachLogicalLineBeginsWithItsKey) {
+    expectEntries("a=b\r\nc\r\nd=e\r\n", {{L"a", L"b"}, {L"c", L""}, {L"d", L"e"}});
+}
+
+TEST_F(PropertyReader, OnlyAHashIsAComment) {
+    expectEntries("# a=b\r\n  # c=d\r\n!e=f\r\n", {{L"!e", L"f"}});
+}
+
+TEST_F(PropertyReader, AnEntryNeedsNeitherKeyNorValue) {
+    expectEntries("alone\r\n", {{L"alone", L""}});
+    expectEntries("alone=\r\n", {{L"alone", L""}});
+    expectEntries("=value\r\n", {{L"", L"value"}});
+    expectEntries("=\r\n", {{L"", L""}});
+}
+
+TEST_F(PropertyReader, DuplicatesStay) {
+    expectEntries("a=1\r\na=2\r\n", {{L"a", L"1"}, {L"a", L"2"}});
+    EXPECT_EQ(*zellauncher::lookupProperty(L"a", list), L"1");
+}
+
+TEST_F(PropertyReader, QuotesAreOrdinaryCharacters) {
+    expectEntries("a=\"b c\"\r\n'k'='v'\r\n", {{L"a", L"\"b c\""}, {L"'k'", L"'v'"}});
+}
+
+TEST_F(PropertyReader, TheKeyArg20NeverHasAValue) {
+    expectEntries("arg20=anything\r\narg2=a\r\narg200=b\r\n",
+                  {{L"arg20", L""}, {L"arg2", L"a"}, {L"arg200", L"b"}});
+    EXPECT_TRUE(outcome.logHas("ZLNCH0023I:   attrib = \"arg20\""));
+    EXPECT_TRUE(outcome.logHas("ZLNCH0024I:   value  = \"\""));
+}
+
+TEST_F(PropertyReader, LongLinesAreSkippedUnlessTheyAreArguments) {
+    expectEntries("arx=" + std::string(997, 'x') + "\r\nb=1\r\n", {{L"b", L"1"}});
+    EXPECT_TRUE(outcome.logHas(
+        "ZLNCH0032I: Skipping line as it does not meet the criteria, length check reduced to 1000 chars "));
+    expectEntries("arx=" + std::string(996, 'x') + "\r\n", {{L"arx", std::wstring(996, L'x')}});
+    expectEntries("arg=" + std::string(997, 'x') + "\r\n", {{L"arg", std::wstring(997, L'x')}});
+}
+
+TEST_F(PropertyReader, ASkippedLineDoesNotEndALogicalLine) {
+    expectEntries("a=1\\\r\n" + std::string(1001, 'x') + "\r\n2\r\n", {{L"a", L"12"}});
+}
+
+TEST_F(PropertyReader, ALineOf5000CharactersCountsAsThree) {
+    load("arg1=" + std::string(4995, 'x') + "\r\n");
+    ASSERT_EQ(list.size(), 2U);  // the second piece does not begin with arg and is skipped
+    EXPECT_EQ(list[0].value.size(), 2019U);
+    EXPECT_EQ(list[1].key.size(), 952U);
+    const std::string arguments = "arg" + std::string(2021, 'x');
+    load(arguments + arguments + "arg" + std::string(949, 'x') + "\r\n");
+    EXPECT_EQ(list.size(), 3U);
+}
+
+TEST_F(PropertyReader, AFileWithoutEntriesIsNoFailure) {
+    expectEntries("", {});
+    expectEntries("\r\n\r\n   \r\n# nothing\r\n", {});
+}
+
+TEST_F(PropertyReader, BytesAreUnitsOfTheSameNumber) {
+    expectEntries("k\xE9y=\xA0\xFF\x85\r\n", {{L"k\u00E9y", L"\u00A0\u00FF\u0085"}});
+}
+
+TEST_F(PropertyReader, AByteOrderMarkIsPartOfTheFirstKey) {
+    expectEntries(
+        "\xEF\xBB\xBF"
+        "a=1\r\nb=2\r\n",
+        {{L"\u00EF\u00BB\u00BFa", L"1"}, {L"b", L"2"}});
+}
+
+TEST_F(PropertyReader, ANulByteEndsTheTextOfItsLine) {
+    expectEntries(std::string("a=1\0zzz\r\nb=2\r\n", 14), {{L"a", L"1"}, {L"b", L"2"}});
+}
+
+TEST_F(PropertyReader, ACtrlZEndsTheFile) {
+    expectEntries(
+        "a=1\r\n\x1A"
+        "b=2\r\n",
+        {{L"a", L"1"}});
+}
+
+TEST_F(PropertyReader, ACarriageReturnInALineIsDropped) {
+    expectEntries("a=b\rc\nd=e\n", {{L"a", L"bc"}, {L"d", L"e"}});
+}
+
+TEST_F(PropertyReader, LineFeedsAloneEndLines) {
+    expectEntries("a=1\nb=2", {{L"a", L"1"}, {L"b", L"2"}});
+}
+
+TEST_F(PropertyReader, AppendsToWhatTheListHolds) {
+    machine.writeFile(path, "b=2\r\n");
+    list = {{L"a", L"1"}};
+    run([&] { zellauncher::loadPropertyFile(path, list); });
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[1].key, L"b");
+}
+
+TEST_F(PropertyReader, AFileThatCannotBeOpenedIsFatal) {
+    const std::string message = "ZLNCH0096E: Unable to load C:\\test.properties file!";
+    const auto loadIt = [&] { zellauncher::loadPropertyFile(path, list); };
+    outcome = run(loadIt);
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_EQ(outcome.lastLine(), message);
+    machine.writeFile(path, "a=1");
+    machine.refuse(path, platform::errorAccessDenied);
+    EXPECT_EQ(run(loadIt).lastLine(), message);
+    machine.remove(path);
+    machine.makeDirectory(path);
+    EXPECT_EQ(run(loadIt).lastLine(), message);
+}
+
+TEST_F(PropertyReader, AMillionCharactersInOneLineAreReadInTime) {
+    load("arg1=" + std::string(1000000, 'x'));
+    EXPECT_GE(list.size(), 1U);
+}
+
+TEST_F(PropertyReader, TellsWhatItReadsInADebugRun) {
+    load("a = b\\u0041\r\n");
+    EXPECT_EQ(outcome.log,
+              "ZLNCH0032I: Prop Line = \"a = b\\u0041\"\n"
+              "ZLNCH0023I:   attrib = \"a\"\n"
+              "ZLNCH0024I:   value  = \"bA\"\n");
+}
+
+}  // namespace
