@@ -1,0 +1,98 @@
+#include "javalaunch/library_path.h"
+
+#include "platform/environment.h"
+#include "unit/javalaunch/command_fixture.h"
+
+namespace {
+
+class LibraryPath : public javalaunchtest::CommandTest {
+protected:
+    std::optional<std::wstring> valueAfter(const std::wstring& name, const std::function<void()>& section) {
+        std::optional<std::wstring> value;
+        write([&] {
+            section();
+            value = platform::environmentValue(name);
+        });
+        return value;
+    }
+    std::optional<std::wstring> pathAfter() {
+        return valueAfter(L"PATH", [&] { zellauncher::applyLibraryPath(install); });
+    }
+    const std::wstring* libraryPath() { return zellauncher::lookupProperty(L"-Djava.library.path", install); }
+};
+
+constexpr const wchar_t* internalKey = L"com.mivel.zel.core.internal.librarypath";
+
+TEST_F(LibraryPath, IsBuiltOfThreeParts) {
+    set(install, L"library.path.append", L"C:/x");
+    EXPECT_EQ(pathAfter(), L"C:/x");
+    set(install, L"library.path.prepend", L"C:\\p");
+    set(install, internalKey, L"i");
+    EXPECT_EQ(pathAfter(), L"C:\\p;i;C:/x");
+    EXPECT_EQ(libraryPath(), nullptr);
+    set(install, internalKey, L"");
+    EXPECT_EQ(pathAfter(), L"C:\\p;;C:/x");
+}
+
+TEST_F(LibraryPath, TheInternalPartAloneLeavesThePath) {
+    set(install, internalKey, L"i");
+    set(install, L"jvm.library.path", L"C:\\j");
+    EXPECT_EQ(pathAfter(), L"C:\\Windows\\System32");
+    EXPECT_EQ(*libraryPath(), L"C:/j;i");
+}
+
+TEST_F(LibraryPath, OfTheJvmHasForwardSlashesAndNoQuotes) {
+    set(install, L"jvm.library.path", L"\"C:\\j\"");
+    set(install, L"library.path.prepend", L"C:\\p");
+    EXPECT_EQ(pathAfter(), L"C:\\p");
+    EXPECT_EQ(*libraryPath(), L"C:/j;C:/p");
+    EXPECT_EQ(install.back().key, L"-Djava.library.path");
+}
+
+TEST_F(LibraryPath, OfTheJvmAloneEndsInASeparator) {
+    set(install, L"jvm.library.path", L"C:/j");
+    EXPECT_EQ(pathAfter(), L"C:\\Windows\\System32");
+    EXPECT_EQ(*libraryPath(), L"C:/j;");
+}
+
+TEST_F(LibraryPath, AnEmptyOneOfTheJvmAddsNothing) {
+    set(install, L"jvm.library.path", L"");
+    pathAfter();
+    EXPECT_EQ(libraryPath(), nullptr);
+}
+
+TEST_F(LibraryPath, AFilesOwnStaysInFront) {
+    install = {{L"-Djava.library.path", L"own"}, {L"jvm.library.path", L"C:/j"}};
+    pathAfter();
+    EXPECT_EQ(*libraryPath(), L"own");
+    EXPECT_EQ(install.back().value, L"C:/j;");
+}
+
+TEST_F(LibraryPath, TheEnvironmentIsUnsetThenSet) {
+    install = {{L"env.set.FOO", L"1"},     {L"env.unset.FOO", L"ignored"}, {L"env.unset.USERNAME", L""},
+               {L"env.set.PATH", L"mine"}, {L"env.setup", L"odd"},         {L"env.set.TEMP", L""},
+               {L"env.set", L"x"},         {L"env.unset", L"x"},           {L"env.unset.NEVER", L""}};
+    machine.setEnvironment(L"FOO", L"0");
+    const auto section = [&] { zellauncher::applyEnvironment(install); };
+    EXPECT_EQ(valueAfter(L"FOO", section), L"1");
+    EXPECT_EQ(valueAfter(L"USERNAME", section), std::nullopt);
+    EXPECT_EQ(valueAfter(L"PATH", section), L"mine");
+    EXPECT_EQ(valueAfter(L"p", section), L"odd");
+    EXPECT_EQ(valueAfter(L"TEMP", section), std::nullopt);
+    EXPECT_EQ(outcome.end.status, 0U);
+}
+
+TEST_F(LibraryPath, SettingAndUnsettingOneVariable) {
+    runQuietly([&] {
+        EXPECT_EQ(zellauncher::setEnvironmentValue(L"A", L"1", false), 0);
+        EXPECT_EQ(zellauncher::setEnvironmentValue(L"A", L"2", false), 0);
+        EXPECT_EQ(platform::environmentValue(L"A"), L"1");
+        EXPECT_EQ(zellauncher::setEnvironmentValue(L"A", L"2", true), 0);
+        EXPECT_EQ(platform::environmentValue(L"A"), L"2");
+        EXPECT_EQ(zellauncher::unsetEnvironmentValue(L"a"), 0);
+        EXPECT_EQ(platform::environmentValue(L"A"), std::nullopt);
+        EXPECT_EQ(zellauncher::unsetEnvironmentValue(L"A"), 1);
+    });
+}
+
+}  // namespace
