@@ -1,0 +1,110 @@
+#include "javalaunch/jvm_selection.h"
+
+#include "unit/javalaunch/command_fixture.h"
+
+namespace {
+
+using zellauncher::Arguments;
+using zellauncher::InstallConfigurationKind;
+
+class JvmSelection : public javalaunchtest::CommandTest {
+protected:
+    bool vmIsLibrary = false;
+    bool waits = false;
+
+    const std::wstring& select(const Arguments& words = {L"prog"}) {
+        return write([&] {
+            vmIsLibrary = zellauncher::appendVmSelection(install, launcher, words);
+            waits = zellauncher::waitForPlatform;
+        });
+    }
+};
+
+TEST_F(JvmSelection, TheArgumentWinsOverTheProperty) {
+    install = {{L"vm", L"C:/p/javaw.exe"}};
+    EXPECT_EQ(select(), L" -vm \"C:/p/javaw.exe\"");
+    EXPECT_EQ(select({L"prog", L"-vm", L"C:\\a\\x.exe"}), L" -vm \"C:\\a\\x.exe\"");
+    EXPECT_FALSE(vmIsLibrary);
+}
+
+TEST_F(JvmSelection, WithoutAValueNothingIsWritten) {
+    EXPECT_EQ(select(), L"");
+    EXPECT_FALSE(vmIsLibrary);
+    install = {{L"vm", L""}};
+    EXPECT_EQ(select(), L" -vm \"\"");
+}
+
+TEST_F(JvmSelection, AnOptionNeedsItsValue) {
+    select({L"prog", L"-vm"});
+    expectFatal("ZLNCH0002E: vm must be specified with -vm argument!");
+    select({L"prog", L"-vm", L""});
+    expectFatal("ZLNCH0002E: vm must be specified with -vm argument!");
+}
+
+TEST_F(JvmSelection, ADirectJavaStartHasTheVmAtItsHead) {
+    install = {{L"vm", L"C:/p/javaw.exe"}};
+    kind = InstallConfigurationKind::service;
+    EXPECT_EQ(select(), L"\"C:/p/javaw.exe\"");
+    isMain = false;
+    EXPECT_EQ(select(), L"C:/p/javaw.exe");
+}
+
+TEST_F(JvmSelection, AConsoleSwapsTheName) {
+    const std::vector<std::pair<std::wstring, std::wstring>> names = {
+        {L"javaw.exe", L"java.exe"}, {L"k7w.exe", L"k7.exe"}, {L"navarinw.exe", L"navarin.exe"}};
+    for (const auto& [windowed, console] : names) {
+        install = {{L"vm", L"C:/p/" + windowed}};
+        select({L"prog", L"-console"});
+        expectFatal("ZLNCH0003E: Specified vm (C:/p/" + std::string(console.begin(), console.end()) +
+                    ") does not exist!");
+        machine.writeFile(L"C:\\p\\" + console, "");
+        EXPECT_EQ(select({L"prog", L"-console"}), L" -vm \"C:/p/" + console + L"\"");
+        EXPECT_EQ(select({L"prog", L"-consoleLog"}), L" -vm \"C:/p/" + console + L"\"");
+    }
+    install = {{L"vm", L"C:/p/other.exe"}};
+    EXPECT_EQ(select({L"prog", L"-console"}), L" -vm \"C:/p/other.exe\"");
+}
+
+TEST_F(JvmSelection, CustomNamesApplyWhenTheirFilesExist) {
+    install = {{L"vm", L"C:/p/javaw.exe"}};
+    launcher = {{L"javaw.exe.name.win32", L"cw.exe"}, {L"java.exe.name.win32", L"c.exe"}};
+    EXPECT_EQ(select(), L" -vm \"C:/p/javaw.exe\"");
+    machine.writeFile(L"C:\\p\\cw.exe", "");
+    EXPECT_EQ(select(), L" -vm \"C:/p/cw.exe\"");
+    machine.writeFile(L"C:\\p\\java.exe", "");
+    machine.writeFile(L"C:\\p\\c.exe", "");
+    EXPECT_EQ(select({L"prog", L"-console"}), L" -vm \"C:/p/c.exe\"");
+    launcher = {{L"javaw.exe.name.win32", L""}};
+    EXPECT_EQ(select(), L" -vm \"C:/p/javaw.exe\"");
+}
+
+TEST_F(JvmSelection, ALibraryIsUsedAsItStands) {
+    EXPECT_EQ(select({L"prog", L"-vm", L"x.ee", L"-console"}), L" -vm \"x.ee\"");
+    EXPECT_TRUE(vmIsLibrary);
+    select({L"prog", L"-vm", L"C:/jvm.dll"});
+    EXPECT_TRUE(vmIsLibrary);
+    select({L"prog", L"-vm", L"C:/jvm.DLL"});
+    EXPECT_FALSE(vmIsLibrary);
+    select({L"prog", L"-vm", L"x.ee.exe"});
+    EXPECT_FALSE(vmIsLibrary);
+}
+
+TEST_F(JvmSelection, ValuesOneCharacterShorterThanAnEndingCountAsLibraries) {
+    select({L"prog", L"-vm", L"ab"});
+    EXPECT_TRUE(vmIsLibrary);
+    select({L"prog", L"-vm", L"abc"});
+    EXPECT_TRUE(vmIsLibrary);
+    select({L"prog", L"-vm", L"a"});
+    EXPECT_FALSE(vmIsLibrary);
+    select({L"prog", L"-vm", L"abcd"});
+    EXPECT_FALSE(vmIsLibrary);
+}
+
+TEST_F(JvmSelection, TheWaitOptionIsRemembered) {
+    select();
+    EXPECT_FALSE(waits);
+    select({L"prog", L"-zelLauncherWait"});
+    EXPECT_TRUE(waits);
+}
+
+}  // namespace
