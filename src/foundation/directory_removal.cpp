@@ -29,13 +29,13 @@ void appendError(std::wstring& errors, const std::wstring& what) {
     errors.append(what).append(L"  - ").append(reason).append(L"\n");
 }
 
-std::wstring searchPathOf(const std::wstring& directory, const std::wstring& pattern) {
+std::wstring joinPath(const std::wstring& directory, const std::wstring& name) {
     const bool hasSeparator = !directory.empty() && (directory.back() == L'\\' || directory.back() == L'/');
-    return directory + (hasSeparator ? L"" : L"\\") + pattern;
+    return directory + (hasSeparator ? L"" : L"\\") + name;
 }
 
 bool openLevel(Level& level, const std::wstring& pattern, std::wstring& errors) {
-    const std::wstring searchPath = searchPathOf(level.directory, pattern);
+    const std::wstring searchPath = joinPath(level.directory, pattern);
     level.handle = platform::findFirst(searchPath, level.entry);
     if (level.handle == platform::FindHandle::none) {
         appendError(errors, L"Error in " + searchPath);
@@ -84,7 +84,7 @@ bool walkDirectory(const std::wstring& directory, const std::wstring& pattern, s
             isWhole = advanceLevel(levels.back(), errors) && isWhole;
             continue;
         }
-        const std::wstring path = level.directory + L"\\" + level.entry.name;
+        const std::wstring path = joinPath(level.directory, level.entry.name);
         const bool isDirectory = (level.entry.attributes & platform::attributeDirectory) != 0;
         const bool isOwn = level.entry.name == L"." || level.entry.name == L"..";
         if (!isOwn && isDirectory && pattern == L"*") {

@@ -65,7 +65,8 @@ std::wstring logPathIn(const std::wstring& directory) {
     while (true) {
         std::wstring timestamp;
         formatTimestamp(timestamp);
-        std::wstring path = directory + L"\\zellauncher_" + timestamp + L".log";
+        std::wstring path = directory;
+        path.append(L"\\zellauncher_").append(timestamp).append(L".log");
         if (!fileExists(path)) {
             return path;
         }

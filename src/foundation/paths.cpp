@@ -29,7 +29,7 @@ std::vector<std::wstring_view> splitComponents(std::wstring_view path) {
 }
 
 bool isDrive(std::wstring_view component) {
-    return component != L"." && component != L".." && component.size() > 1 && component[1] == L':';
+    return component.size() > 1 && component[1] == L':';
 }
 
 // Appends the components with a separator behind each. A `..` takes the component in front of it

@@ -107,9 +107,7 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
     for (; character != noCharacter && character != '\n' && count < lineCharacters; ++count) {
         line += static_cast<wchar_t>(character);
         takeCharacter(text);
-        if (count + 1 < lineCharacters) {
-            character = peekCharacter(text);
-        }
+        character = peekCharacter(text);
     }
     skipWhiteSpace(text);
     line.resize(std::min(line.size(), line.find(L'\0')));

@@ -1,6 +1,7 @@
 #include "foundation/file_operations.h"
 
 #include "failing_allocation.h"
+#include "platform/files.h"
 #include "support/launcher_fixture.h"
 
 namespace {

@@ -1,5 +1,6 @@
 #include "foundation/file_tests.h"
 
+#include "platform/files.h"
 #include "support/launcher_fixture.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "failing_allocation.h"
+#include "platform/files.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -36,7 +37,7 @@ TEST_F(Memory, ANewStringWithoutTheMemoryEndsTheStartWithTheSystemsReason) {
     EXPECT_TRUE(outcome.isFatal());
     EXPECT_EQ(outcome.log,
               "ZLNCH0004E: newString malloc failed.  Failed with error 112: There is not enough space on "
-              "the disk.\n\n");
+              "the disk.\r\n\n");
 }
 
 TEST_F(Memory, ALengthThatNoStringCanHaveIsNoMemoryEither) {

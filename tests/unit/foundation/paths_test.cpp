@@ -148,6 +148,9 @@ TEST_F(Paths, AnAbsoluteWorkspaceStaysAsItIs) {
         EXPECT_EQ(workspaceOf(path), path);
         EXPECT_EQ(outcome.end.status, 0U);
     }
+    for (const simulation::Operation& made : machine.operations()) {
+        EXPECT_NE(made.name, "fullPathName");
+    }
 }
 
 TEST_F(Paths, ARelativeWorkspaceIsMadeFull) {

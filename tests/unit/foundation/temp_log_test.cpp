@@ -37,6 +37,11 @@ TEST_F(TempLog, ADirectoryWithForwardSlashesWorks) {
     machine.writeFile(L"C:\\Temp\\mine\\zellauncher.log", "old");
     clean(L"zellauncher.log");
     EXPECT_FALSE(machine.exists(L"C:\\Temp\\mine\\zellauncher.log"));
+    for (const simulation::Operation& made : machine.operations()) {
+        if (made.name == "fileAttributes") {
+            EXPECT_EQ(made.argument, L"C:\\Temp\\mine\\zellauncher.log");
+        }
+    }
 }
 
 TEST_F(TempLog, WithoutALeftOverNothingIsTouched) {
