@@ -1,0 +1,109 @@
+#include "desktop/application_identity.h"
+
+#include <gtest/gtest.h>
+
+#include "launch/launch_state.h"
+#include "support/launcher_fixture.h"
+
+namespace {
+
+using zellauncher::Arguments;
+using zellauncher::PropertyList;
+
+class ApplicationIdentity : public launchertest::OnMachine {
+protected:
+    PropertyList launcher;
+    bool isMain = true;
+    std::wstring identity;
+    bool isUsed = false;
+    bool preventsPinning = false;
+
+    void resolve(const Arguments& arguments) {
+        run([&] {
+            zellauncher::isMainProcess = isMain;
+            zellauncher::appUserModelId = L"former";
+            zellauncher::resolveApplicationIdentity(arguments, launcher);
+            identity = zellauncher::appUserModelId;
+            isUsed = zellauncher::useAppUserModelId;
+            preventsPinning = zellauncher::preventPinning;
+        });
+    }
+    std::wstring apply() {
+        const simulation::ProcessId id = machine.start({L"C:\\zel\\zellauncher.exe"}, [] {
+            zellauncher::appUserModelId = L"my.id";
+            zellauncher::applyProcessAppId();
+            return 0;
+        });
+        EXPECT_EQ(machine.waitFor(id).status, 0U);
+        return machine.appUserModelIdOf(id);
+    }
+};
+
+TEST_F(ApplicationIdentity, IsNamedAfterThePlatformWithoutPinning) {
+    resolve({L"prog"});
+    EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
+    EXPECT_TRUE(isUsed);
+    EXPECT_TRUE(preventsPinning);
+    launcher = {{L"eclipse.name", L"foo.exe"}};
+    resolve({L"prog", L"-config"});
+    EXPECT_EQ(identity, L"mivel.tarsin.client.foo.exe");
+    launcher = {{L"eclipse.name", L""}};
+    resolve({L"prog"});
+    EXPECT_EQ(identity, L"mivel.tarsin.client.");
+}
+
+TEST_F(ApplicationIdentity, OfAConfigurationMayBePinned) {
+    launcher = {{L"config.x.appID", L"abc"}};
+    resolve({L"prog", L"-config", L"x"});
+    EXPECT_EQ(identity, L"abc");
+    EXPECT_TRUE(isUsed);
+    EXPECT_FALSE(preventsPinning);
+    isMain = false;
+    resolve({L"prog", L"-config", L"x"});
+    EXPECT_EQ(identity, L"abc");
+    EXPECT_TRUE(preventsPinning);
+}
+
+TEST_F(ApplicationIdentity, AnAbsentOrEmptyOneIsTheDefault) {
+    launcher = {{L"config.x.appID", L""}};
+    resolve({L"prog", L"-config", L"x"});
+    EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
+    EXPECT_TRUE(preventsPinning);
+    resolve({L"prog", L"-config", L"y"});
+    EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
+}
+
+TEST_F(ApplicationIdentity, OlderSystemsHaveNone) {
+    machine.setSystemVersion(6, 0);
+    resolve({L"prog"});
+    EXPECT_EQ(identity, L"");
+    EXPECT_FALSE(isUsed);
+    EXPECT_FALSE(preventsPinning);
+    EXPECT_EQ(apply(), L"");
+}
+
+TEST_F(ApplicationIdentity, VersionsFromSixOneOnHaveOne) {
+    const std::vector<std::tuple<std::uint32_t, std::uint32_t, bool>> versions = {
+        {5, 2, false}, {6, 0, false}, {6, 1, true}, {7, 0, true}, {10, 0, true}};
+    for (const auto& [major, minor, isLater] : versions) {
+        machine.setSystemVersion(major, minor);
+        run([expected = isLater] { EXPECT_EQ(zellauncher::isWindows7OrLater(), expected); });
+    }
+    simulation::Fault fault;
+    fault.operation = "systemVersion";
+    machine.inject(fault);
+    run([] { EXPECT_FALSE(zellauncher::isWindows7OrLater()); });
+}
+
+TEST_F(ApplicationIdentity, IsGivenToTheProcess) {
+    EXPECT_EQ(apply(), L"my.id");
+}
+
+TEST_F(ApplicationIdentity, AMissingFunctionOrLibraryIsNoFailure) {
+    machine.removeAppIdFunction();
+    EXPECT_EQ(apply(), L"");
+    machine.removeShellLibrary();
+    EXPECT_EQ(apply(), L"");
+}
+
+}  // namespace
