@@ -4,6 +4,7 @@
 #include <optional>
 #include <string_view>
 
+#include "foundation/text.h"
 #include "platform/files.h"
 
 namespace zellauncher {
@@ -17,18 +18,8 @@ std::optional<std::uint32_t> attributesOf(const std::wstring& path) {
 }
 
 bool hasEnding(const std::wstring& path, std::wstring_view ending) {
-    if (path.size() < ending.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < ending.size(); ++i) {
-        const wchar_t unit = path[path.size() - ending.size() + i];
-        const wchar_t lower =
-            unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit + (L'a' - L'A')) : unit;
-        if (lower != ending[i]) {
-            return false;
-        }
-    }
-    return true;
+    return path.size() >= ending.size() &&
+           equalIgnoringCase(std::wstring_view(path).substr(path.size() - ending.size()), ending);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "foundation/text.h"
 
+#include <algorithm>
+
 #include "foundation/formatter.h"
 
 namespace zellauncher {
@@ -81,6 +83,15 @@ bool replaceFirst(std::wstring& text, std::wstring_view what, std::wstring_view 
     }
     text.replace(position, what.size(), replacement);
     return true;
+}
+
+wchar_t lowerAscii(wchar_t unit) {
+    return unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit + (L'a' - L'A')) : unit;
+}
+
+bool equalIgnoringCase(std::wstring_view left, std::wstring_view right) {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](wchar_t a, wchar_t b) { return lowerAscii(a) == lowerAscii(b); });
 }
 
 std::wstring upToNul(const std::wstring& text) {

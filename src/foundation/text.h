@@ -25,6 +25,12 @@ void wideToNarrow(std::string& narrow, const std::wstring& wide);
 // Replaces the first occurrence of `what` (not empty) in the text; true when there was one.
 bool replaceFirst(std::wstring& text, std::wstring_view what, std::wstring_view replacement);
 
+// The unit with A to Z as small letters; all others stay.
+wchar_t lowerAscii(wchar_t unit);
+
+// True when the texts differ in the case of A to Z at most.
+bool equalIgnoringCase(std::wstring_view left, std::wstring_view right);
+
 // The text up to its first NUL, which is where a text that is held as characters and a terminator ends.
 std::wstring upToNul(const std::wstring& text);
 

@@ -49,21 +49,6 @@ void readShell(platform::RegistryKey key, const wchar_t* valueName, std::uint32_
     }
 }
 
-bool equalIgnoringCase(const std::wstring& left, const std::wstring& right) {
-    const auto lower = [](wchar_t unit) {
-        return unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit + (L'a' - L'A')) : unit;
-    };
-    if (left.size() != right.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        if (lower(left[i]) != lower(right[i])) {
-            return false;
-        }
-    }
-    return true;
-}
-
 }  // namespace
 
 bool isKioskShellActive() {

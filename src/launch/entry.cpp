@@ -6,6 +6,7 @@
 #include "desktop/extension_jars.h"
 #include "foundation/file_tests.h"
 #include "foundation/log_channel.h"
+#include "foundation/text.h"
 #include "kiosk/shell_role.h"
 #include "launch/administrators.h"
 #include "launch/command_only_sequence.h"
@@ -89,21 +90,6 @@ void addExtensionJars(const Arguments& arguments) {
 // An install that only prepares a user: the preparation has happened, nothing is started.
 bool isPreparationOnly(const Arguments& arguments) {
     return hasArgument(L"-zelLauncherWait", arguments) && hasArgument(L"-provManifest", arguments);
-}
-
-bool equalIgnoringCase(const std::wstring& left, const std::wstring& right) {
-    if (left.size() != right.size()) {
-        return false;
-    }
-    const auto lower = [](wchar_t unit) {
-        return unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit + (L'a' - L'A')) : unit;
-    };
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        if (lower(left[i]) != lower(right[i])) {
-            return false;
-        }
-    }
-    return true;
 }
 
 bool isExplorerListed(platform::Handle snapshot) {

@@ -15,9 +15,9 @@ constexpr std::size_t plainLineLimit = 1000;
 struct LogicalLine {
     std::wstring key;
     std::wstring value;
-    bool inValue = false;      // a separator has ended the key
-    bool isContinued = false;  // the last physical line asked for another
-    bool isJvmOption = false;  // a line such as -Xoption:value keeps its separator
+    bool inValue = false;        // a separator has ended the key
+    bool continued = false;      // the last physical line asked for another
+    bool jvmOptionLine = false;  // a line such as -Xoption:value keeps its separator
     bool isBegun = false;
 };
 
@@ -45,7 +45,7 @@ std::size_t appendCharacter(LogicalLine& logical, const std::wstring& line, std:
     if (isPair) {
         logical.value += L'\\';
     }
-    logical.isContinued = false;
+    logical.continued = false;
     valueStarted = true;
     logical.value += line[position];
     return isPair ? 1 : 0;
@@ -53,13 +53,13 @@ std::size_t appendCharacter(LogicalLine& logical, const std::wstring& line, std:
 
 void appendLine(LogicalLine& logical, const std::wstring& line) {
     if (!logical.isBegun && line.size() >= 2) {
-        logical.isJvmOption = line.starts_with(L"-X");
+        logical.jvmOptionLine = line.starts_with(L"-X");
     }
     logical.isBegun = true;
     bool valueStarted = false;
     for (std::size_t i = 0; i < line.size(); ++i) {
         if (line[i] == L'\\' && i + 1 == line.size()) {
-            logical.isContinued = true;
+            logical.continued = true;
             break;
         }
         if (line[i] == L'\\' && losesItsBackslash(line[i + 1])) {
@@ -70,7 +70,7 @@ void appendLine(LogicalLine& logical, const std::wstring& line) {
         }
         if (!valueStarted && isSeparator(line[i])) {
             logical.inValue = true;
-            if (logical.isJvmOption) {
+            if (logical.jvmOptionLine) {
                 logical.value += line[i];
             }
             continue;
@@ -89,9 +89,9 @@ void appendEntry(PropertyList& list, LogicalLine& logical) {
     }
     list.push_back({logical.key, logical.value});
     logDebugF(L"ZLNCH0024I:   value  = \"%s\"", logical.value);
-    const bool isJvmOption = logical.isJvmOption;
+    const bool jvmOptionLine = logical.jvmOptionLine;
     logical = LogicalLine{};
-    logical.isJvmOption = isJvmOption;  // a line of one character keeps the setting of the line before
+    logical.jvmOptionLine = jvmOptionLine;  // a line of one character keeps the setting of the line before
 }
 
 }  // namespace
@@ -117,7 +117,7 @@ void loadPropertyFile(const std::wstring& path, PropertyList& list) {
             continue;
         }
         appendLine(logical, line);
-        if (!logical.isContinued) {
+        if (!logical.continued) {
             appendEntry(list, logical);
         }
     }

@@ -119,4 +119,14 @@ TEST(Text, ANegativeNumberInBase16WrapsAround) {
     EXPECT_EQ(parseHexUnit(L" -2"), static_cast<wchar_t>(0xFFFE));
 }
 
+TEST(Text, ComparesWithoutRegardToTheCaseOfAToZAlone) {
+    EXPECT_TRUE(zellauncher::equalIgnoringCase(L"Explorer.EXE", L"eXPLORER.exe"));
+    EXPECT_FALSE(zellauncher::equalIgnoringCase(L"a", L"ab"));
+    EXPECT_FALSE(zellauncher::equalIgnoringCase(L"\u00C9", L"\u00E9"));
+    EXPECT_FALSE(zellauncher::equalIgnoringCase(L"@[", L"`{"));
+    EXPECT_TRUE(zellauncher::equalIgnoringCase(L"", L""));
+    EXPECT_EQ(zellauncher::lowerAscii(L'Z'), L'z');
+    EXPECT_EQ(zellauncher::lowerAscii(L'['), L'[');
+}
+
 }  // namespace
