@@ -17,9 +17,10 @@ wchar_t upperUnit(wchar_t unit) {
 }
 
 bool isValidName(const std::wstring& name) {
-    return !name.empty() && name.size() <= longestName && std::none_of(name.begin(), name.end(), [](wchar_t unit) {
-        return unit < 0x20 || std::wstring_view(L"<>:\"/\\|?*").find(unit) != std::wstring_view::npos;
-    });
+    return !name.empty() && name.size() <= longestName &&
+           std::none_of(name.begin(), name.end(), [](wchar_t unit) {
+               return unit < 0x20 || std::wstring_view(L"<>:\"/\\|?*").find(unit) != std::wstring_view::npos;
+           });
 }
 
 bool isDrive(const std::wstring& text) {

@@ -75,27 +75,11 @@ std::wstring dateLine(const platform::LocalTime& time) {
                        std::int64_t{time.second}, std::int64_t{time.year}});
 }
 
-// The next line of the history; an empty line at its head is passed over.
-bool readHistoryLine(TextStream& history, std::wstring& line) {
-    while (!atEnd(history)) {
-        switch (scanLine(history, LineBlanks::keepLeading, line)) {
-            case ScanResult::matched:
-                return true;
-            case ScanResult::nothing:
-                skipWhiteSpace(history);
-                break;
-            case ScanResult::endOfData:
-                return false;
-        }
-    }
-    return false;
-}
-
 std::size_t countLines(TextStream& history) {
     std::size_t count = 0;
     std::wstring line;
     rewindTextStream(history);
-    while (readHistoryLine(history, line)) {
+    while (readNextLine(history, line)) {
         ++count;
     }
     return count;
@@ -105,7 +89,7 @@ std::size_t countLines(TextStream& history) {
 void copyLinesFrom(TextStream& history, TextStream& target, std::size_t firstLine, const std::wstring& path) {
     std::wstring line;
     rewindTextStream(history);
-    for (std::size_t number = 1; readHistoryLine(history, line); ++number) {
+    for (std::size_t number = 1; readNextLine(history, line); ++number) {
         if (number >= firstLine && putText(target, line + L"\n") < 0) {
             logDebugF(L"ZLNCH0137E: Error while truncating file.\"%s\"", path);
         }

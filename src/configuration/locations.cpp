@@ -1,22 +1,19 @@
 #include "configuration/locations.h"
 
 #include <cstddef>
-#include <optional>
 
 #include "configuration/install_configuration.h"
 #include "foundation/environment.h"
 #include "foundation/file_tests.h"
 #include "foundation/log_channel.h"
+#include "foundation/own_program.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
-#include "platform/files.h"
 #include "properties/substitution.h"
 
 namespace zellauncher {
 
 namespace {
-
-constexpr std::size_t pathCapacity = 260;
 
 void cutTrailingSeparator(std::wstring& path) {
     if (!path.empty() && (path.back() == L'/' || path.back() == L'\\')) {
@@ -139,22 +136,9 @@ void baseFilePath(std::wstring& path, const std::wstring& baseDirectory, const s
 }
 
 void locateProgram(std::wstring& path, const std::wstring& program) {
-    std::wstring tried = program;
-    if (const std::optional<std::wstring> full = platform::fullPathName(program, pathCapacity)) {
-        tried = *full;
-        if (isExecutableFile(tried)) {
-            path = tried;
-            return;
-        }
+    if (!findOwnProgram(path, program)) {
+        logFatalF("ZLNCH0047E: Unable to locate %ls", path);
     }
-    if (const std::optional<std::wstring> module = platform::moduleFileName(pathCapacity)) {
-        tried = *module;
-        if (isExecutableFile(tried)) {
-            path = tried;
-            return;
-        }
-    }
-    logFatalF("ZLNCH0047E: Unable to locate %ls", tried);
 }
 
 }  // namespace zellauncher

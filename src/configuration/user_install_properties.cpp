@@ -49,15 +49,7 @@ bool isKept(CopyState& state, std::wstring& line) {
 void copyLines(TextStream& source, TextStream& target) {
     CopyState state;
     std::wstring line;
-    while (!atEnd(source)) {
-        const ScanResult result = scanLine(source, LineBlanks::keepLeading, line);
-        if (result == ScanResult::endOfData) {
-            return;
-        }
-        if (result == ScanResult::nothing) {
-            skipWhiteSpace(source);  // the file begins with an empty line
-            continue;
-        }
+    while (readNextLine(source, line)) {
         if (isKept(state, line) && putText(target, line + L"\n") < 0) {
             logDebug(
                 "ZLNCH0001E: Error while copying base zelinstall.properties to user specific "

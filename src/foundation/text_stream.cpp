@@ -120,6 +120,21 @@ void skipWhiteSpace(TextStream& text) {
     }
 }
 
+bool readNextLine(TextStream& text, std::wstring& line) {
+    while (!atEnd(text)) {
+        switch (scanLine(text, LineBlanks::keepLeading, line)) {
+            case ScanResult::matched:
+                return true;
+            case ScanResult::nothing:
+                skipWhiteSpace(text);
+                break;
+            case ScanResult::endOfData:
+                return false;
+        }
+    }
+    return false;
+}
+
 ScanResult scanNumber(TextStream& text, std::int32_t& number) {
     skipWhiteSpace(text);
     int character = peekCharacter(text);

@@ -51,6 +51,10 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line);
 // Takes all white space at the current position: the way past an empty first line.
 void skipWhiteSpace(TextStream& text);
 
+// The next line of a file that is read line by line with keepLeading. An empty first line, at which
+// the formatted read alone would stand still for ever, is passed over. False at the end.
+bool readNextLine(TextStream& text, std::wstring& line);
+
 // The formatted read of one decimal number ("%ld"): leading white space is skipped, a sign is
 // allowed, the value is clamped to 32 bits. `nothing` when something else stands there.
 ScanResult scanNumber(TextStream& text, std::int32_t& number);

@@ -1,32 +1,19 @@
 #include "launch/install_directory.h"
 
-#include <optional>
-
 #include "foundation/file_tests.h"
 #include "foundation/log_channel.h"
-#include "platform/files.h"
+#include "foundation/own_program.h"
 
 namespace zellauncher {
 
 namespace {
 
-constexpr std::size_t pathCapacity = 260;
-
 std::wstring locateOwnProgram(const Arguments& arguments) {
-    std::wstring tried = arguments.empty() ? std::wstring() : arguments[0];
-    if (const std::optional<std::wstring> path = platform::fullPathName(tried, pathCapacity)) {
-        tried = *path;
-        if (isExecutableFile(tried)) {
-            return tried;
-        }
+    std::wstring program;
+    if (!findOwnProgram(program, arguments.empty() ? std::wstring() : arguments[0])) {
+        logFatalF("ZLNCH0129E: Unable to locate %ls", program);
     }
-    if (const std::optional<std::wstring> path = platform::moduleFileName(pathCapacity)) {
-        tried = *path;
-        if (isExecutableFile(tried)) {
-            return tried;
-        }
-    }
-    logFatalF("ZLNCH0129E: Unable to locate %ls", tried);
+    return program;
 }
 
 std::wstring directoryContaining(const std::wstring& program) {

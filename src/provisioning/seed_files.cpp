@@ -69,15 +69,7 @@ bool fillIn(std::wstring& line, const FeatureIdentity& feature, const PropertyLi
 void copyTemplate(TextStream& source, TextStream& target, const PropertyList& zelLauncherArray,
                   bool externalJvm) {
     std::wstring line;
-    while (!atEnd(source)) {
-        const ScanResult result = scanLine(source, LineBlanks::keepLeading, line);
-        if (result == ScanResult::endOfData) {
-            return;
-        }
-        if (result == ScanResult::nothing) {
-            skipWhiteSpace(source);  // the template begins with an empty line
-            continue;
-        }
+    while (readNextLine(source, line)) {
         if (!fillIn(line, jvmFeature, zelLauncherArray, externalJvm) ||
             !fillIn(line, parentFeature, zelLauncherArray, externalJvm)) {
             return;

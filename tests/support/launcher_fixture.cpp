@@ -1,6 +1,5 @@
 #include "support/launcher_fixture.h"
 
-
 #include "foundation/log_channel.h"
 
 namespace launchertest {
@@ -53,13 +52,18 @@ bool Outcome::logHas(const std::string& line) const {
     return ("\n" + log).find("\n" + line + "\n") != std::string::npos;
 }
 
-Outcome OnMachine::run(const std::function<void()>& body) { return runWithLog(machine, body, true); }
+Outcome OnMachine::run(const std::function<void()>& body) {
+    return runWithLog(machine, body, true);
+}
 
-Outcome OnMachine::runQuietly(const std::function<void()>& body) { return runWithLog(machine, body, false); }
+Outcome OnMachine::runQuietly(const std::function<void()>& body) {
+    return runWithLog(machine, body, false);
+}
 
 std::string lines(const std::vector<std::string>& texts) {
     std::string all;
-    for (const std::string& text : texts) all += text + "\n";
+    for (const std::string& text : texts)
+        all += text + "\n";
     return all;
 }
 

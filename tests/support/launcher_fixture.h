@@ -22,7 +22,7 @@ struct Outcome {
 };
 
 class OnMachine : public ::testing::Test {
-   protected:
+protected:
     simulation::Machine machine;
 
     // Runs the body as a process of the machine, C:\Apps\framework\Client\zel\zellauncher.exe, with
