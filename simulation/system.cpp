@@ -23,6 +23,7 @@ namespace {
 constexpr std::uintptr_t theKeyBase = 1;
 constexpr std::uint32_t statusMoreData = 234;
 constexpr std::uint32_t statusNoSuchFile = 2;
+constexpr ErrorCode highestKnownError = 16000;
 
 }  // namespace
 
@@ -258,7 +259,7 @@ std::wstring errorText(ErrorCode code) {
         case 193:
             return L"%1 is not a valid Win32 application.\r\n";
         default:
-            return L"The system has a text for this.\r\n";
+            return code < highestKnownError ? L"The system has a text for this.\r\n" : L"";
     }
 }
 

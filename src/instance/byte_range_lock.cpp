@@ -32,7 +32,10 @@ LockAnswer unlockFileHead(TextStream& file, std::uint32_t length) {
     if (platform::unlockStream(file.stream, length)) {
         return LockAnswer::done;
     }
-    return platform::lastError() == platform::errorNotLocked ? LockAnswer::notLocked : LockAnswer::failed;
+    // The runtime has one answer for both codes.
+    const platform::ErrorCode error = platform::lastError();
+    const bool isNotHeld = error == platform::errorNotLocked || error == platform::errorLockViolation;
+    return isNotHeld ? LockAnswer::notLocked : LockAnswer::failed;
 }
 
 }  // namespace zellauncher

@@ -49,6 +49,8 @@ TEST_F(ByteRangeLock, WhatIsNotHeldIsToldApart) {
         EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::notLocked);
         EXPECT_EQ(zellauncher::lockFileHead(file, 100), LockAnswer::done);
         EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::done);
+        fail("unlockStream", platform::errorLockViolation);
+        EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::notLocked);
         fail("unlockStream", platform::errorAccessDenied);
         EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::failed);
     });

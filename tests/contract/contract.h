@@ -1,0 +1,52 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "platform/errors.h"
+#include "platform/files.h"
+#include "platform/streams.h"
+
+// What the launcher believes about the machine below the seam. The same cases run natively against
+// the machine in memory and against Windows, so what the one promises is what the other does.
+namespace contract {
+
+// True where the system is Wine, which differs from Windows in a few places; a case that meets one
+// says so and asks for the Windows answer elsewhere alone.
+bool isWine();
+
+// A command line whose program ends with this code after so many milliseconds.
+std::wstring childCommand(std::uint32_t code, std::uint32_t milliseconds);
+
+// Runs the body as a process of the machine, with an empty directory of its own: full path,
+// backslashes, no trailing one.
+void runOnMachine(const std::function<void(const std::wstring& scratch)>& body);
+
+class Contract : public ::testing::Test {
+protected:
+    std::wstring scratch;
+
+    void onMachine(const std::function<void()>& body) {
+        runOnMachine([&](const std::wstring& directory) {
+            scratch = directory;
+            body();
+        });
+    }
+    std::wstring in(const std::wstring& name) const { return scratch + L"\\" + name; }
+};
+
+// Through the seam alone.
+void write(const std::wstring& path, const std::string& content);
+std::string read(const std::wstring& path);  // "(absent)" when it cannot be opened
+
+// Asserts a failure and its reason.
+#define EXPECT_FAILS(operation, error)             \
+    do {                                           \
+        EXPECT_FALSE(operation);                   \
+        EXPECT_EQ(platform::lastError(), (error)); \
+    } while (false)
+
+}  // namespace contract
