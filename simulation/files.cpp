@@ -14,7 +14,6 @@ using simulation::machineOfSelf;
 using simulation::MachineState;
 using simulation::Node;
 using simulation::NodePointer;
-using simulation::ParsedPath;
 using simulation::parsePath;
 using simulation::self;
 using simulation::upperCase;
@@ -312,7 +311,7 @@ std::optional<std::wstring> fullPathName(const std::wstring& path, std::size_t c
         failWith(fault);
         return std::nullopt;
     }
-    const std::optional<std::wstring> full = simulation::makeFullPath(path, self().currentDirectory);
+    std::optional<std::wstring> full = simulation::makeFullPath(path, self().currentDirectory);
     if (!full || full->size() + 1 > capacity) {
         failWith(full ? 122 : errorInvalidName);
         return std::nullopt;

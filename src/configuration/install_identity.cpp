@@ -42,7 +42,7 @@ std::wstring resolveInstallId(const std::wstring& propertiesPath, PropertyList& 
     if (InstallConfiguration != InstallConfigurationKind::userpb) {
         logFatal("ZLNCH0016E: zel.install.id is required for this configuration!");
     }
-    const std::wstring identity = formatText(L"%lu", {std::uint64_t{platform::tickCount()}});
+    std::wstring identity = formatText(L"%lu", {std::uint64_t{platform::tickCount()}});
     zelLauncherArray.push_back({identityKey, identity});
     appendIdentity(propertiesPath, identity);
     return identity;

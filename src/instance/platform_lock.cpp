@@ -36,7 +36,7 @@ std::wstring inWorkspace(const std::wstring& dataDirectory, const wchar_t* name)
 // read in its place.
 std::int32_t restartingPlatform(const Arguments& arguments) {
     const int option = findArgumentIndex(L"-zel_old_pid", arguments);
-    const std::size_t number = static_cast<std::size_t>(option + 1);
+    const std::size_t number = static_cast<std::size_t>(option) + 1;
     return number < arguments.size() ? parseDecimal(arguments[number]) : 0;
 }
 

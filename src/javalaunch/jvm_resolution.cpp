@@ -66,10 +66,15 @@ std::wstring findJvmRoot(const PropertyList& zelInstallArray, const std::wstring
     return externalJvmRoot(zelInstallArray, zelHome);
 }
 
+// The directory of jvm.properties; empty when the path is the bare name.
+std::wstring directoryOf(const std::wstring& jvmPropertiesPath) {
+    const std::size_t slash = jvmPropertiesPath.rfind(L'/');
+    return slash == std::wstring::npos ? std::wstring() : jvmPropertiesPath.substr(0, slash);
+}
+
 void addJavaHome(PropertyList& zelInstallArray, const JvmRoot& root, const std::wstring& zelHome) {
     if (!root.externalJvm) {
-        addProperty(zelInstallArray, L"java.home",
-                    root.jvmPropertiesPath.substr(0, root.jvmPropertiesPath.rfind(L'/')));
+        addProperty(zelInstallArray, L"java.home", directoryOf(root.jvmPropertiesPath));
         return;
     }
     if (lookupProperty(L"java.home", zelInstallArray) != nullptr) {

@@ -129,7 +129,7 @@ void appendUserVmArguments(const Arguments& arguments) {
     }
 }
 
-// A JVM without a console needs an option of its own; a restart never has one.
+// A JVM without a console needs an option of its own.
 void appendNoConsoleFix(const std::wstring& dataDirectory, const PropertyList& zelInstallArray) {
     const std::vector<const PropertyEntry*> fixes = findProperties(L"vmfix.noconsole", zelInstallArray);
     if (fixes.empty()) {
@@ -195,6 +195,7 @@ void appendVmArguments(const std::wstring& dataDirectory, const PropertyList& ze
         appendArgument(L"-vmargs", false);
     }
     appendUserVmArguments(arguments);
+    // A platform that was restarted has no console, whatever its words say.
     if (!vmIsLibrary && (hasArgument(L"-restart", arguments) || !hasArgument(L"-console", arguments))) {
         appendNoConsoleFix(dataDirectory, zelInstallArray);
     }

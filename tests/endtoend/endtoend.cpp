@@ -68,9 +68,16 @@ std::pair<Text, Text> splitAtEquals(const Text& line) {
     return {line.substr(0, separator), separator == Text::npos ? Text() : line.substr(separator + 1)};
 }
 
+// The system compares the names of variables without regard to case.
+struct NameOrder {
+    bool operator()(const std::wstring& left, const std::wstring& right) const {
+        return _wcsicmp(left.c_str(), right.c_str()) < 0;
+    }
+};
+
 // Variables of this process with those of the test on top, as one block.
 std::wstring environmentBlock(const std::map<std::wstring, std::wstring>& own) {
-    std::map<std::wstring, std::wstring> variables;
+    std::map<std::wstring, std::wstring, NameOrder> variables;
     wchar_t* block = GetEnvironmentStringsW();
     for (const wchar_t* entry = block; *entry != L'\0'; entry += std::wstring(entry).size() + 1) {
         variables.insert(splitAtEquals(std::wstring(entry)));
@@ -177,11 +184,13 @@ Running EndToEnd::beginFrom(const fs::path& program, const std::vector<std::wstr
     for (const std::wstring& word : words) {
         command += L" " + quoted(word);
     }
-    std::wstring block = environmentBlock({{L"TEMP", (root / L"temp").wstring()},
-                                           {L"HOMEDRIVE", userHome.root_name().wstring()},
-                                           {L"HOMEPATH", userHome.wstring().substr(2)},
-                                           {L"USERPROFILE", userHome.wstring()},
-                                           {L"USERNAME", userName}});
+    std::map<std::wstring, std::wstring> variables = {{L"TEMP", (root / L"temp").wstring()},
+                                                      {L"HOMEDRIVE", userHome.root_name().wstring()},
+                                                      {L"HOMEPATH", userHome.wstring().substr(2)},
+                                                      {L"USERPROFILE", userHome.wstring()},
+                                                      {L"USERNAME", userName}};
+    variables.insert(environment.begin(), environment.end());
+    std::wstring block = environmentBlock(variables);
     STARTUPINFOW start = {};
     start.cb = sizeof(start);
     PROCESS_INFORMATION process = {};

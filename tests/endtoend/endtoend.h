@@ -38,6 +38,7 @@ protected:
     fs::path base;  // the base location
     fs::path userHome;
     std::wstring userName = L"ann";
+    std::map<std::wstring, std::wstring> environment;  // on top of the launcher's usual variables
 
     // Lines of the files of the install; changed before the first start, or written again by layOut.
     std::vector<std::pair<std::string, std::string>> launcherProperties;

@@ -223,7 +223,8 @@ TEST_F(Starts, AnInstallPathOutsideLatin1) {
     EXPECT_TRUE(platformCommand().starts_with(L"\"" + forward(base) + L"\\win32\\x86_64\\eclipse.exe\""));
 }
 
-// The command of a whole install, element by element, as the system handed it to the platform.
+// The command of a whole install, all its 28 elements as the system handed them to the platform. A start
+// needs Xbootclasspath.append to be there, so one more element follows them.
 TEST_F(Starts, TheCommandHasAllItsElementsInOrder) {
     setProperty("osgi.splashPath", "file:/C:/Apps/Client/splash");
     baseLines = {"application=com.example.app",
@@ -231,9 +232,10 @@ TEST_F(Starts, TheCommandHasAllItsElementsInOrder) {
                  "-Dfoo=bar",
                  "vmfix.noconsole=-Dvmfix=${workspace.location}/log",
                  "library.path.prepend=${zel.home}/bin",
-                 "com.mivel.zel.core.internal.librarypath=",
                  "jvm.library.path=${prop.java.home}/jvm/bin",
                  "Xbootclasspath.append="};
+    // A PATH of more than 1000 characters is not read back, so the library path is the install's alone.
+    environment[L"PATH"] = L"C:\\windows\\system32" + std::wstring(1000, L';');
     EXPECT_EQ(launch({L"vmarg.Xss=-Xss256k"}), 0U) << log();
     const std::wstring install = home.wstring();
     const std::wstring slashed = forward(home);
@@ -250,7 +252,7 @@ TEST_F(Starts, TheCommandHasAllItsElementsInOrder) {
         L"\\log\" \"-Xss256k\" -Dzel.home=\"" + install + L"\" -Dzel.data=\"" + data +
         L"\" -Dosgi.splashPath=\"file:/C:/Apps/Client/splash\" -Dcom.mivel.zel.install.id=\"1234\" "
         L"-Dzel.install.config=\"user\" -Dfoo=\"bar\" -Djava.library.path=\"" +
-        slashed + L"/jvm/bin;" + slashed + L"/bin;\" -Dzel.osgi.install.area=\"" + install +
+        slashed + L"/jvm/bin;" + slashed + L"/bin\" -Dzel.osgi.install.area=\"" + install +
         L"\\zel\\eclipse\" \"-Xmx512m\" -Xbootclasspath/a:\"\"";
     EXPECT_EQ(platformCommand(), expected);
 }

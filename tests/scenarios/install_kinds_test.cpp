@@ -172,4 +172,37 @@ TEST_F(InstallKinds, AKioskWithADesktopOrAnotherUserStartsThePlatform) {
     EXPECT_EQ(machine.startedProcesses().size(), 2U);
 }
 
+TEST_F(InstallKinds, AKioskWhoseProcessesCannotBeListedTakesTheShellRole) {
+    machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
+                            L"KSD_SHELL", L"explorer.exe");
+    machine.setUser(L"ann", {L"Administrators"});
+    machine.addProcess(L"Explorer.exe");
+    simulation::Fault fault;
+    fault.operation = "processSnapshot";
+    machine.inject(fault);
+    EXPECT_FATAL(launch());
+    EXPECT_TRUE(logHas("ZELLauncher> this version can not give a kiosk machine its desktop"));
+}
+
+TEST_F(InstallKinds, AKioskUserWithoutANameIsNoAdministrator) {
+    machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
+                            L"KSD_SHELL", L"explorer.exe");
+    machine.setUser(L"ann", {L"Administrators"});
+    simulation::Fault fault;
+    fault.operation = "currentUserName";
+    machine.inject(fault);
+    EXPECT_STARTED(launch({L"-debug"}));
+    const std::string debugLog = logAt(inWorkspace(L"logs\\zellauncher_20260131_235900_000.log"));
+    EXPECT_NE(debugLog.find("ZLNCH0130E: ERROR calling GetUserName\n"), std::string::npos);
+}
+
+TEST_F(InstallKinds, OffAKioskTheUsersRightsAreNotLookedAtByTheEntry) {
+    EXPECT_STARTED(launch());
+    std::size_t questions = 0;
+    for (const simulation::Operation& operation : machine.operations()) {
+        questions += operation.name == "localGroupsOfUser" ? 1U : 0U;
+    }
+    EXPECT_EQ(questions, 1U);  // the one before the platform starts
+}
+
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,11 @@ protected:
             command = zellauncher::launchCommand;
         });
         return command;
+    }
+    // Something was asked of the machine with this text to the letter.
+    bool askedFor(const std::wstring& argument) const {
+        return std::any_of(machine.operations().begin(), machine.operations().end(),
+                           [&](const auto& operation) { return operation.argument == argument; });
     }
     void expectFatal(const std::string& message) {
         EXPECT_TRUE(outcome.isFatal());

@@ -37,6 +37,11 @@ TEST_F(JvmResolution, WithoutAVmTheInstallsOwnPropertiesServe) {
     resolve();
     EXPECT_EQ(root.vmPath, L"");
     EXPECT_TRUE(root.externalJvm);
+    runQuietly([&] {
+        root.externalJvm = false;  // of an earlier answer
+        zellauncher::resolveJvmRoot(install, {L"prog"}, home, root);
+    });
+    EXPECT_TRUE(root.externalJvm);
     EXPECT_EQ(root.jvmPropertiesPath, L"C:/p/zel/deploy/jvm.properties");
     EXPECT_EQ(value(L"jvm.root"), L"C:/p/zel/deploy/");
     EXPECT_EQ(outcome.log, "ZLNCH0119I: VM specified is \"external JVM\"\n");
@@ -54,7 +59,18 @@ TEST_F(JvmResolution, TheArgumentWinsOverTheProperty) {
     EXPECT_EQ(root.vmPath, L"D:/x/java.exe");
 }
 
+TEST_F(JvmResolution, TheFirstHomeTokenOfTheValueAloneIsReplaced) {
+    resolve({L"prog", L"-vm", L"${zel.home}\\a\\${zel.home}"});
+    EXPECT_EQ(root.vmPath, L"C:/p/a/${zel.home}");
+}
+
+TEST_F(JvmResolution, AnOptionBehindVmargsIsTheSourceToo) {
+    resolve({L"-vm", L"-vmargs", L"-vm", L"D:/x/java.exe", L"-vm", L"never"});
+    EXPECT_EQ(root.vmPath, L"D:/x/java.exe");
+}
+
 TEST_F(JvmResolution, AnOptionNeedsItsValue) {
+    install.push_back({L"vm", L"C:/x/java.exe"});
     const std::string message = "ZLNCH0079E: -vm on command line must be followed by a valid jvm path.";
     resolve({L"prog", L"-vm"});
     expectFatal(message);
@@ -72,6 +88,23 @@ TEST_F(JvmResolution, APluginWithPropertiesIsTheRoot) {
     EXPECT_EQ(value(L"java.home"), L"first");
     EXPECT_EQ(install.back().key, L"java.home");
     EXPECT_EQ(install.back().value, L"C:/p/eclipse/plugins/com.x.jvm_1.0");
+}
+
+TEST_F(JvmResolution, AJvmInAPluginHasThatAsItsHome) {
+    machine.writeFile(L"C:\\p\\eclipse\\plugins\\com.x.jvm_1.0\\jvm.properties", "");
+    resolve({L"prog", L"-vm", L"C:/p/eclipse/plugins/com.x.jvm_1.0/jre/bin/javaw.exe"});
+    load();
+    EXPECT_EQ(value(L"java.home"), L"C:/p/eclipse/plugins/com.x.jvm_1.0");
+}
+
+TEST_F(JvmResolution, APluginRootWithoutADirectoryHasNoHomeEither) {
+    machine.setCurrentDirectory(L"C:\\here");
+    machine.writeFile(L"C:\\here\\jvm.properties", "");
+    resolve({L"prog", L"-vm", L"C:/p/eclipse/plugins/javaw.exe"});
+    EXPECT_FALSE(root.externalJvm);
+    EXPECT_EQ(root.jvmPropertiesPath, L"jvm.properties");
+    load();
+    EXPECT_EQ(value(L"java.home"), L"");
 }
 
 TEST_F(JvmResolution, APluginWithoutPropertiesLeavesItToTheDirectoriesAbove) {
@@ -101,13 +134,45 @@ TEST_F(JvmResolution, APathWithTooFewLevelsFallsToTheWorkspace) {
     machine.writeFile(L"C:\\ws\\jvm.properties", "");
     resolve({L"prog", L"-vm", L"C:/javaw.exe"});
     EXPECT_EQ(root.jvmPropertiesPath, L"C:/ws/jvm.properties");
+    machine.writeFile(L"C:\\x\\jvm.properties", "");
     std::wstring parent = L"kept";
     machine.run({L"C:\\x.exe"}, [&] {
+        EXPECT_FALSE(zellauncher::findParentJvmRoot(L"C:/x", parent));
+        EXPECT_FALSE(zellauncher::findParentJvmRoot(L"D:/x/java.exe", parent));
         EXPECT_FALSE(zellauncher::findParentJvmRoot(L"javaw.exe", parent));
         EXPECT_FALSE(zellauncher::findParentJvmRoot(L"", parent));
         return 0;
     });
     EXPECT_EQ(parent, L"kept");
+}
+
+TEST_F(JvmResolution, FiveLevelsUpIsTooFar) {
+    machine.writeFile(L"C:\\jvm.properties", "");
+    resolve({L"prog", L"-vm", L"C:/x/y/jvm/bin/javaw.exe"});
+    EXPECT_EQ(root.jvmPropertiesPath, L"C:/p/zel/deploy/jvm.properties");
+}
+
+TEST_F(JvmResolution, ATrailingSlashIsALevel) {
+    machine.writeFile(L"C:\\x\\jvm.properties", "");
+    std::wstring parent;
+    machine.run({L"C:\\x.exe"}, [&] {
+        EXPECT_TRUE(zellauncher::findParentJvmRoot(L"C:/x/java.exe/", parent));
+        return 0;
+    });
+    EXPECT_EQ(parent, L"C:/x/");
+}
+
+TEST_F(JvmResolution, RemembersWhatItLookedForInTheWorkspace) {
+    for (const bool isThere : {false, true}) {
+        if (isThere) {
+            machine.writeFile(L"C:\\ws\\jvm.properties", "");
+        }
+        runQuietly([&] {
+            zellauncher::resolveJvmRoot(install, {L"prog"}, home, root);
+            EXPECT_EQ(zellauncher::jvmPolicyFilePath, L"C:/ws\\jvm.properties");
+            EXPECT_EQ(zellauncher::jvmPropertiesInWorkspace, isThere);
+        });
+    }
 }
 
 TEST_F(JvmResolution, WithoutAWorkspaceTheInstallServes) {
@@ -130,6 +195,9 @@ TEST_F(JvmResolution, APluginPathIsRecognisedByItsMarker) {
         EXPECT_TRUE(zellauncher::findPluginJvmRoot(L"C:/eclipse/plugins/a/b", found, external));
         EXPECT_EQ(found, L"C:/eclipse/plugins/a/");
         EXPECT_FALSE(external);
+        EXPECT_TRUE(
+            zellauncher::findPluginJvmRoot(L"C:/eclipse/plugins/a/eclipse/plugins/b/c", found, external));
+        EXPECT_EQ(found, L"C:/eclipse/plugins/a/");
         return 0;
     });
 }

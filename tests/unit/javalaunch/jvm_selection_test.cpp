@@ -12,8 +12,9 @@ protected:
     bool vmIsLibrary = false;
     bool waits = false;
 
-    const std::wstring& select(const Arguments& words = {L"prog"}) {
+    const std::wstring& select(const Arguments& words = {L"prog"}, bool waitsBefore = false) {
         return write([&] {
+            zellauncher::waitForPlatform = waitsBefore;
             vmIsLibrary = zellauncher::appendVmSelection(install, launcher, words);
             waits = zellauncher::waitForPlatform;
         });
@@ -25,6 +26,15 @@ TEST_F(JvmSelection, TheArgumentWinsOverTheProperty) {
     EXPECT_EQ(select(), L" -vm \"C:/p/javaw.exe\"");
     EXPECT_EQ(select({L"prog", L"-vm", L"C:\\a\\x.exe"}), L" -vm \"C:\\a\\x.exe\"");
     EXPECT_FALSE(vmIsLibrary);
+}
+
+TEST_F(JvmSelection, AnOptionBehindVmargsIsTheSourceToo) {
+    EXPECT_EQ(select({L"-vm", L"-vmargs", L"-vm", L"a.exe", L"-vm", L"never"}), L" -vm \"a.exe\"");
+}
+
+TEST_F(JvmSelection, ADaemonsListHasNoQuotes) {
+    isMain = false;
+    EXPECT_EQ(select({L"prog", L"-vm", L"a b.exe"}), L"\n-vm\na b.exe");
 }
 
 TEST_F(JvmSelection, WithoutAValueNothingIsWritten) {
@@ -43,8 +53,10 @@ TEST_F(JvmSelection, AnOptionNeedsItsValue) {
 
 TEST_F(JvmSelection, ADirectJavaStartHasTheVmAtItsHead) {
     install = {{L"vm", L"C:/p/javaw.exe"}};
-    kind = InstallConfigurationKind::service;
-    EXPECT_EQ(select(), L"\"C:/p/javaw.exe\"");
+    for (const auto each : {InstallConfigurationKind::service, InstallConfigurationKind::multiuserService}) {
+        kind = each;
+        EXPECT_EQ(select(), L"\"C:/p/javaw.exe\"");
+    }
     isMain = false;
     EXPECT_EQ(select(), L"C:/p/javaw.exe");
 }
@@ -78,6 +90,25 @@ TEST_F(JvmSelection, CustomNamesApplyWhenTheirFilesExist) {
     EXPECT_EQ(select(), L" -vm \"C:/p/javaw.exe\"");
 }
 
+TEST_F(JvmSelection, EachKnownNameHasItsCustomName) {
+    launcher = {{L"javaw.exe.name.win32", L"cw.exe"}, {L"java.exe.name.win32", L"c.exe"}};
+    machine.writeFile(L"C:\\p\\cw.exe", "");
+    machine.writeFile(L"C:\\p\\c.exe", "");
+    for (const std::wstring name : {L"javaw.exe", L"k7w.exe", L"navarinw.exe"}) {
+        EXPECT_EQ(select({L"prog", L"-vm", L"C:/p/" + name}), L" -vm \"C:/p/cw.exe\"");
+    }
+    for (const std::wstring name : {L"java.exe", L"k7.exe", L"navarin.exe"}) {
+        EXPECT_EQ(select({L"prog", L"-vm", L"C:/p/" + name}), L" -vm \"C:/p/c.exe\"");
+    }
+    EXPECT_EQ(select({L"prog", L"-vm", L"C:/p/JAVA.exe"}), L" -vm \"C:/p/JAVA.exe\"");
+}
+
+TEST_F(JvmSelection, CustomNamesOfTheInstallListMeanNothing) {
+    machine.writeFile(L"C:\\p\\cw.exe", "");
+    install = {{L"vm", L"C:/p/javaw.exe"}, {L"javaw.exe.name.win32", L"cw.exe"}};
+    EXPECT_EQ(select(), L" -vm \"C:/p/javaw.exe\"");
+}
+
 TEST_F(JvmSelection, ALibraryIsUsedAsItStands) {
     EXPECT_EQ(select({L"prog", L"-vm", L"x.ee", L"-console"}), L" -vm \"x.ee\"");
     EXPECT_TRUE(vmIsLibrary);
@@ -105,6 +136,10 @@ TEST_F(JvmSelection, TheWaitOptionIsRemembered) {
     EXPECT_FALSE(waits);
     select({L"prog", L"-zelLauncherWait"});
     EXPECT_TRUE(waits);
+    select({L"prog"}, true);
+    EXPECT_TRUE(waits);
+    select({L"-zelLauncherWait"});
+    EXPECT_FALSE(waits);
 }
 
 }  // namespace

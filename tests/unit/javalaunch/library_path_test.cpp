@@ -34,6 +34,16 @@ TEST_F(LibraryPath, IsBuiltOfThreeParts) {
     EXPECT_EQ(pathAfter(), L"C:\\p;;C:/x");
 }
 
+TEST_F(LibraryPath, AnEmptyPartIsAPart) {
+    set(install, L"library.path.prepend", L"");
+    set(install, L"library.path.append", L"");
+    set(install, L"jvm.library.path", L"j");
+    EXPECT_EQ(pathAfter(), L";");
+    EXPECT_EQ(*libraryPath(), L"j;;");
+    install = {{L"library.path.append", L""}};
+    EXPECT_EQ(pathAfter(), std::nullopt);  // nothing at all is how a variable is removed
+}
+
 TEST_F(LibraryPath, TheInternalPartAloneLeavesThePath) {
     set(install, internalKey, L"i");
     set(install, L"jvm.library.path", L"C:\\j");

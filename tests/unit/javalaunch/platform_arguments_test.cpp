@@ -73,6 +73,23 @@ TEST_F(PlatformArguments, WhatTheLauncherReckonsItselfIsDropped) {
               L" -plugincustomization \"C:/c.ini\"");
 }
 
+TEST_F(PlatformArguments, TheProgramsWordIsNoOption) {
+    EXPECT_EQ(platform({L"-debug", L"-restart"}), L" --launcher.suppressErrors" + tail);
+    EXPECT_EQ(platform({L"-application", L"x"}), L" --launcher.suppressErrors \"x\"" + tail);
+}
+
+TEST_F(PlatformArguments, RequestsThatThePlatformReadsTooPass) {
+    EXPECT_EQ(platform({L"prog", L"-consoleLog", L"-zelLauncherWait", L"-provManifest"}),
+              L" --launcher.suppressErrors \"-consoleLog\" \"-zelLauncherWait\" \"-provManifest\"" + tail);
+}
+
+TEST_F(PlatformArguments, ADaemonsListHasNoQuotes) {
+    isMain = false;
+    EXPECT_EQ(platform({L"prog", L"a b", L"-product", L"x"}),
+              L"\n--launcher.suppressErrors\na b\n-product\nx\n-data\nD:/w\n-configuration\nD:/w/.config"
+              L"\n-plugincustomization\nC:/c.ini");
+}
+
 TEST_F(PlatformArguments, TheSecondOfAnOptionIsAnOrdinaryWord) {
     EXPECT_EQ(platform({L"prog", L"-configuration", L"a", L"-configuration", L"b"}),
               L" --launcher.suppressErrors \"-configuration\" \"b\"" + tail);
@@ -105,15 +122,30 @@ TEST_F(PlatformArguments, AnOptionAtTheEndHasNoValueAndNoDefault) {
     EXPECT_EQ(platform({L"prog", L"-application"}), L" --launcher.suppressErrors -application" + tail);
 }
 
+TEST_F(PlatformArguments, AnOptionTakesTheBoundaryForItsValue) {
+    EXPECT_EQ(platform({L"prog", L"-product", L"-vmargs", L"b"}),
+              L" --launcher.suppressErrors -product \"-vmargs\"" + tail);
+}
+
+TEST_F(PlatformArguments, TheCustomizationIsTestedWithBackslashesAndPassedAsItStands) {
+    EXPECT_EQ(platform({L"prog"}), L" --launcher.suppressErrors" + tail);
+    EXPECT_TRUE(askedFor(L"C:\\c.ini"));
+    EXPECT_FALSE(askedFor(L"C:/c.ini"));
+}
+
 TEST_F(PlatformArguments, NothingBehindVmargsPasses) {
     EXPECT_EQ(platform({L"prog", L"-vmargs", L"-Xa"}), L" --launcher.suppressErrors" + tail);
     EXPECT_EQ(platform({L"prog", L"a", L"-vmargs", L"b"}), L" --launcher.suppressErrors \"a\"" + tail);
     EXPECT_EQ(platform({L"prog", L"-configuration", L"-vmargs", L"b"}), L" --launcher.suppressErrors" + tail);
+    EXPECT_EQ(platform({L"prog", L"-product", L"x", L"-vmargs", L"b"}),
+              L" --launcher.suppressErrors -product \"x\"" + tail);
 }
 
 TEST_F(PlatformArguments, AnOptionBehindVmargsStillCounts) {
     set(install, L"application", L"ia");
     EXPECT_EQ(platform({L"prog", L"-vmargs", L"-application", L"x"}), L" --launcher.suppressErrors" + tail);
+    unset(install, L"application");
+    EXPECT_EQ(platform({L"prog", L"-vmargs", L"-debug"}), tail);
 }
 
 TEST_F(PlatformArguments, DirectJavaStartsHaveNoSplash) {
@@ -147,6 +179,8 @@ TEST_F(PlatformArguments, TheUsersJvmArgumentsFollowVmargs) {
     EXPECT_EQ(vmArguments({L"prog", L"a", L"-vmargs", L"-Xa", L"-vm", L"v", L"-vmargs", L"b c"}),
               L" -vmargs \"-Xa\" \"-vmargs\" \"b c\"");
     EXPECT_EQ(vmArguments({L"prog", L"-vmargs", L"-vm"}), L" -vmargs");
+    EXPECT_EQ(vmArguments({L"prog", L"a"}), L" -vmargs");
+    EXPECT_EQ(vmArguments({L"-vmargs", L"a"}), L" -vmargs");
     kind = InstallConfigurationKind::service;
     EXPECT_EQ(vmArguments({L"prog", L"-vmargs", L"-Xa"}), L" \"-Xa\"");
 }

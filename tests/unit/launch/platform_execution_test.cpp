@@ -187,6 +187,18 @@ TEST_F(PlatformExecution, AUserOnALockdownInstallIsSupervisedEvenWithTheWaitOpti
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
 }
 
+TEST_F(PlatformExecution, ASupervisingLauncherHidesItsConsole) {
+    machine.setConsole(L"mine");
+    execute(L"\"C:\\p\\eclipse.exe\"", [this] { beLockdownUser(); });
+    EXPECT_TRUE(machine.isConsoleHidden());
+}
+
+TEST_F(PlatformExecution, AnyOtherLauncherLeavesItsConsole) {
+    machine.setConsole(L"mine");
+    execute(L"\"C:\\p\\eclipse.exe\"", [] { zellauncher::waitForPlatform = true; });
+    EXPECT_FALSE(machine.isConsoleHidden());
+}
+
 TEST_F(PlatformExecution, WhoseGroupsCannotBeReadIsSupervisedOnALockdownInstall) {
     simulation::Fault fault;
     fault.operation = "localGroupsOfUser";

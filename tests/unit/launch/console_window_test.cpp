@@ -1,0 +1,50 @@
+#include "launch/console_window.h"
+
+#include <gtest/gtest.h>
+
+#include "support/launcher_fixture.h"
+
+namespace {
+
+class ConsoleWindow : public launchertest::OnMachine {
+protected:
+    platform::Window find() {
+        platform::Window window = platform::Window::none;
+        run([&] { window = zellauncher::findConsoleWindow(); });
+        return window;
+    }
+};
+
+TEST_F(ConsoleWindow, IsFoundByATitleOfItsOwnAndGetsItsTitleBack) {
+    machine.setConsole(L"mine");
+    EXPECT_NE(find(), platform::Window::none);
+    EXPECT_EQ(machine.consoleTitle(), L"mine");
+    EXPECT_EQ(machine.elapsedMilliseconds(), 40U);
+}
+
+TEST_F(ConsoleWindow, TheTitleOfTheMomentIsTicksAndProcess) {
+    machine.setConsole(L"mine");
+    machine.setTickCount(4294967295U);  // as a signed number
+    find();
+    std::vector<std::wstring> titles;
+    for (const simulation::Operation& operation : machine.operations()) {
+        if (operation.name == "setConsoleTitle") {
+            titles.push_back(operation.argument);
+        }
+    }
+    ASSERT_EQ(titles.size(), 2U);
+    EXPECT_TRUE(titles[0].starts_with(L"-1/"));
+    EXPECT_EQ(titles[1], L"mine");
+}
+
+TEST_F(ConsoleWindow, ALongTitleIsCutOnRestoring) {
+    machine.setConsole(std::wstring(5000, L't'));
+    find();
+    EXPECT_EQ(machine.consoleTitle(), std::wstring(4095, L't'));
+}
+
+TEST_F(ConsoleWindow, WithoutAConsoleThereIsNone) {
+    EXPECT_EQ(find(), platform::Window::none);
+}
+
+}  // namespace
