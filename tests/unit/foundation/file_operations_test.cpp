@@ -1,7 +1,7 @@
 #include "foundation/file_operations.h"
 
-#include "failing_allocation.h"
 #include "platform/files.h"
+#include "support/failing_allocation.h"
 #include "support/launcher_fixture.h"
 
 namespace {

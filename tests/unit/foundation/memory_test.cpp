@@ -2,8 +2,8 @@
 
 #include <limits>
 
-#include "failing_allocation.h"
 #include "platform/files.h"
+#include "support/failing_allocation.h"
 #include "support/launcher_fixture.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "foundation/paths.h"
 
-#include "failing_allocation.h"
+#include "support/failing_allocation.h"
 #include "support/launcher_fixture.h"
 
 namespace {

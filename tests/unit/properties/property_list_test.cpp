@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/failing_allocation.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -53,6 +54,18 @@ TEST(Properties, SettingReplacesTheFirstAndNeverAdds) {
     EXPECT_EQ(list[1].value, L"2");
     zellauncher::setPropertyValue(L"b", L"y", list);
     EXPECT_EQ(list.size(), 2U);
+}
+
+class FindingProperties : public launchertest::OnMachine {};
+
+TEST_F(FindingProperties, WithoutMemoryIsFatal) {
+    const PropertyList list = {{L"a", L"1"}};
+    const auto outcome = run([&] {
+        const launchertest::FailingAllocation failing(10 * sizeof(void*));
+        findProperties(L"a", list);
+    });
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_EQ(outcome.lastLine(), "ZLNCH0046E: findProperties malloc for property strings failed!");
 }
 
 class AddingProperties : public launchertest::OnMachine {};

@@ -1,4 +1,4 @@
-#include "failing_allocation.h"
+#include "support/failing_allocation.h"
 
 #include <cstdlib>
 #include <new>
