@@ -23,7 +23,11 @@ namespace {
 constexpr std::uintptr_t theKeyBase = 1;
 constexpr std::uint32_t statusMoreData = 234;
 constexpr std::uint32_t statusNoSuchFile = 2;
-constexpr ErrorCode highestKnownError = 16000;
+
+// The system's own codes, and the same as results of its object model.
+bool hasText(ErrorCode code) {
+    return code < 16000 || code >> 16U == 0x8007U;
+}
 
 }  // namespace
 
@@ -259,7 +263,7 @@ std::wstring errorText(ErrorCode code) {
         case 193:
             return L"%1 is not a valid Win32 application.\r\n";
         default:
-            return code < highestKnownError ? L"The system has a text for this.\r\n" : L"";
+            return hasText(code) ? L"The system has a text for this.\r\n" : L"";
     }
 }
 
