@@ -187,6 +187,7 @@ TEST_F(Substitution, ALibraryPathLosesWhatItsSteppingLoses) {
     expectLibraryPath(L"a1;b2;c3", L"${prop.java.home}/a1;${prop.java.home}/b2;");
     expectLibraryPath(L"x;lib/y", L"${prop.java.home}/lib/y");
     expectLibraryPath(L"", L"${prop.java.home}/");
+    expectLibraryPath(L"ab;", L"${prop.java.home}/ab");
 }
 
 }  // namespace
