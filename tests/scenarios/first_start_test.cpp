@@ -182,6 +182,16 @@ TEST_F(FirstStart, ShapesTheEnvironmentOfThePlatform) {
     EXPECT_EQ(childEnvironment().count(L"USERNAME"), 0U);
 }
 
+TEST_F(FirstStart, PropertiesMayNameTheWorkspace) {
+    baseProperties.set("-Dws", "${prop.scrivia.workspace.loc}");
+    EXPECT_STARTED(launch({L"-debug"}));
+    EXPECT_TRUE(hasElement(L"-Dws=\"C:/Users/ann/Mivel/ZEL/1234/ann\""));
+    const std::string debugLog = logAt(inWorkspace(L"logs\\zellauncher_20260131_235900_000.log"));
+    EXPECT_NE(
+        debugLog.find("\nZLNCH0077I: Scrivia workspaceLocation is -  \"C:/Users/ann/Mivel/ZEL/1234/ann\"\n"),
+        std::string::npos);
+}
+
 TEST_F(FirstStart, WaitsForThePlatformWhenAsked) {
     EXPECT_STARTED(launch({L"-zelLauncherWait"}));
     EXPECT_GE(machine.elapsedMilliseconds(), platform.livesMilliseconds);

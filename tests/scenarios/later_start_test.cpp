@@ -88,7 +88,9 @@ TEST_F(LaterStart, ARestartWithoutRestartStateIsRefused) {
 
 TEST_F(LaterStart, AStartWhileThePlatformRunsStartsNoSecondOne) {
     EXPECT_STARTED(launch());
+    const auto arguments = configFile(L"args.properties");
     EXPECT_FATAL(launch({L"hello"}));
+    EXPECT_EQ(configFile(L"args.properties"), arguments);  // those of the platform that runs
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
     EXPECT_TRUE(logHas("ZLNCH0305I: We are daemon process"));
 }
