@@ -39,6 +39,12 @@ bool isAnythingOpenBelow(const Node& node) {
     });
 }
 
+bool holds(const Node& directory, const Node& other) {
+    return &directory == &other ||
+           std::any_of(directory.entries.begin(), directory.entries.end(),
+                       [&](const auto& entry) { return holds(*entry.second, other); });
+}
+
 // Why an existing entry may not be taken away from its place.
 ErrorCode whyNotRemovable(const Node& node) {
     if (node.refusal != errorSuccess) {
@@ -117,6 +123,9 @@ bool copyFile(const std::wstring& source, const std::wstring& target, bool failI
     }
     simulation::closeOpenFile(*reading);
     const Lookup to = find(target);
+    if (to.node == from.node) {
+        return failWith(errorSharingViolation);
+    }
     if (to.node) {
         if (to.node->isDirectory()) {
             return failWith(failIfExists ? errorFileExists : errorAccessDenied);
@@ -169,6 +178,9 @@ bool moveFile(const std::wstring& source, const std::wstring& target, std::uint3
     }
     if (from.node->isDirectory() && isAnythingOpenBelow(*from.node)) {
         return failWith(errorAccessDenied);
+    }
+    if (holds(*from.node, *to.parent)) {
+        return failWith(errorSharingViolation);  // a directory cannot go into itself
     }
     if (to.parent->refusal != errorSuccess) {
         return failWith(to.parent->refusal);
@@ -338,9 +350,14 @@ Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t 
         return Handle::none;
     }
     Lookup found = find(path);
-    if (!found.node) {
+    const bool isNew = !found.node;
+    if (isNew) {
         if (disposition != openFileAlways || !found.parent || found.error != errorFileNotFound) {
             failWith(found.error);
+            return Handle::none;
+        }
+        if (found.isDirectoryName) {
+            failWith(errorInvalidName);
             return Handle::none;
         }
         if (found.parent->refusal != errorSuccess) {
@@ -349,7 +366,6 @@ Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t 
         }
         found.node = std::make_shared<Node>();
         found.node->name = found.leaf;
-        found.node->attributes = attributes & ~attributeNormal;
         found.parent->entries[upperCase(found.leaf)] = found.node;
     }
     ErrorCode error = errorSuccess;
@@ -358,6 +374,9 @@ Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t 
     if (!file) {
         failWith(error);
         return Handle::none;
+    }
+    if (isNew) {  // who makes a read-only file may write to it until it is closed
+        found.node->attributes = attributes & ~attributeNormal;
     }
     auto object = std::make_unique<simulation::Object>();
     object->kind = simulation::ObjectKind::file;

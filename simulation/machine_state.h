@@ -201,6 +201,7 @@ struct Lookup {
     NodePointer parent;  // null when a directory on the way is missing
     std::wstring leaf;
     platform::ErrorCode error = platform::errorSuccess;  // why node is null
+    bool isDirectoryName = false;                        // the path ends in a separator
 };
 Lookup lookUp(MachineState& machine, const ParsedPath& path);
 NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes);

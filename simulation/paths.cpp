@@ -28,6 +28,12 @@ bool isDrive(const std::wstring& text) {
            ((text[0] >= L'a' && text[0] <= L'z') || (text[0] >= L'A' && text[0] <= L'Z'));
 }
 
+// Of `\\server\share` at the head of a text, which no `..` leads out of.
+std::size_t shareLength(const std::wstring& text) {
+    const std::size_t server = std::min(text.size(), text.find(L'\\', 2));
+    return std::min(text.size(), text.find(L'\\', server + 1));
+}
+
 std::vector<std::wstring> split(const std::wstring& text) {
     std::vector<std::wstring> parts(1);
     for (const wchar_t unit : text) {
@@ -57,20 +63,22 @@ std::optional<std::wstring> makeFullPath(const std::wstring& path, const std::ws
         return text;
     }
     std::replace(text.begin(), text.end(), L'/', L'\\');
-    if (text.starts_with(L"\\\\")) {
+    if (text.starts_with(L"\\\\.")) {
         return text;
     }
+    const bool isShare = text.starts_with(L"\\\\");
+    const std::size_t rootLength = isShare ? shareLength(text) : 2;
     const bool hasDrive = text.size() >= 2 && isDrive(text.substr(0, 2));
-    if (!hasDrive) {
+    if (!hasDrive && !isShare) {
         text =
             text.starts_with(L"\\") ? currentDirectory.substr(0, 2) + text : currentDirectory + L"\\" + text;
-    } else if (text.size() == 2 || text[2] != L'\\') {
+    } else if (!isShare && (text.size() == 2 || text[2] != L'\\')) {
         const bool isCurrent = upperCase(text.substr(0, 2)) == upperCase(currentDirectory.substr(0, 2));
         text = (isCurrent ? currentDirectory : text.substr(0, 2)) + L"\\" + text.substr(2);
     }
     const bool endsInSeparator = text.back() == L'\\';
     std::vector<std::wstring> kept;
-    const std::vector<std::wstring> parts = split(text.substr(2));
+    const std::vector<std::wstring> parts = split(text.substr(rootLength));
     for (std::size_t i = 0; i < parts.size(); ++i) {
         std::wstring part = parts[i];
         if (part == L"..") {
@@ -89,11 +97,11 @@ std::optional<std::wstring> makeFullPath(const std::wstring& path, const std::ws
             kept.push_back(part);
         }
     }
-    std::wstring full = text.substr(0, 2);
+    std::wstring full = text.substr(0, rootLength);
     for (const std::wstring& part : kept) {
         full += L"\\" + part;
     }
-    if (kept.empty() || endsInSeparator) {
+    if ((kept.empty() && !isShare) || endsInSeparator) {
         full += L"\\";
     }
     return full;
@@ -136,6 +144,7 @@ ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirect
 
 Lookup lookUp(MachineState& machine, const ParsedPath& path) {
     Lookup found;
+    found.isDirectoryName = path.endsInSeparator;
     found.error = path.error;
     if (path.error != platform::errorSuccess) {
         return found;

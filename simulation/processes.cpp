@@ -110,7 +110,9 @@ platform::ErrorCode findProgram(const std::wstring& word, std::wstring& path) {
         }
         const Lookup found = lookUp(machine, parsePath(*full, self().currentDirectory, 260));
         if (!found.node || found.node->isDirectory()) {
-            error = found.node ? platform::errorAccessDenied : found.error;
+            // That a directory has the name says more than that nothing has the next one.
+            const bool isDenied = found.node || error == platform::errorAccessDenied;
+            error = isDenied ? platform::errorAccessDenied : found.error;
             continue;
         }
         path = *full;

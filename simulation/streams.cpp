@@ -44,6 +44,10 @@ Stream* openStream(const std::wstring& path, const char* mode) {
             failWith(found.error);
             return nullptr;
         }
+        if (found.isDirectoryName) {
+            failWith(errorInvalidName);
+            return nullptr;
+        }
         if (found.parent->refusal != errorSuccess) {
             failWith(found.parent->refusal);
             return nullptr;

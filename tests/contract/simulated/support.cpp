@@ -1,3 +1,4 @@
+#include "contract/children.h"
 #include "contract/contract.h"
 #include "platform/clock.h"
 #include "platform/process.h"
@@ -9,6 +10,9 @@ namespace {
 
 int runChild() {
     const std::vector<std::wstring> words = platform::commandLineArguments();
+    if (words.at(1) == L"--as") {
+        return runChildAs();
+    }
     platform::sleepMilliseconds(static_cast<std::uint32_t>(std::stoul(words.at(2))));
     return static_cast<int>(std::stoul(words.at(1)));
 }

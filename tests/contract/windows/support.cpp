@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "contract/children.h"
 #include "contract/contract.h"
 
 namespace contract {
@@ -21,6 +22,7 @@ void removeLongPath(const std::wstring& path) {
         if (name == L"." || name == L"..") {
             continue;
         }
+        SetFileAttributesW((path + L"\\" + name).c_str(), FILE_ATTRIBUTE_NORMAL);  // it may be read-only
         if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
             removeLongPath(path + L"\\" + name);
         } else {
@@ -68,6 +70,9 @@ extern "C" int wmain(int count, wchar_t** words) {
     if (count == 4 && std::wstring_view(words[1]) == L"--child") {
         Sleep(std::wcstoul(words[3], nullptr, 10));
         return static_cast<int>(std::wcstoul(words[2], nullptr, 10));
+    }
+    if (count > 2 && std::wstring_view(words[1]) == L"--as") {
+        return contract::runChildAs();
     }
     testing::InitGoogleTest(&count, words);
     return RUN_ALL_TESTS();

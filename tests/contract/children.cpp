@@ -1,0 +1,111 @@
+#include "contract/children.h"
+
+#include <vector>
+
+#include "contract/contract.h"
+#include "platform/child_processes.h"
+#include "platform/clock.h"
+#include "platform/environment.h"
+#include "platform/process.h"
+
+namespace contract {
+
+namespace {
+
+// The cases use no characters beyond the narrow ones.
+std::string narrow(const std::wstring& text) {
+    std::string bytes;
+    for (const wchar_t unit : text) {
+        bytes += static_cast<char>(unit);
+    }
+    return bytes;
+}
+
+void writeWithoutFlush(const std::wstring& path) {
+    platform::writeStream(platform::openStream(path, "w"), "unflushed");
+}
+
+int holdLock(const std::vector<std::wstring>& words) {
+    platform::Stream* stream = platform::openStream(words.at(3), "r+");
+    if (stream == nullptr || !platform::lockStream(stream, 10)) {
+        return 1;
+    }
+    write(words.at(4), "");
+    waitForFile(words.at(5));
+    return 0;
+}
+
+int writeWords(const std::vector<std::wstring>& words) {
+    std::string text;
+    for (std::size_t i = 4; i < words.size(); ++i) {
+        text += narrow(words[i]) + "\n";
+    }
+    write(words.at(3), text);
+    return 0;
+}
+
+std::wstring childProgram() {
+    const std::wstring command = childCommand(0, 0);
+    return command.substr(0, command.find(L'"', 1) + 1);
+}
+
+}  // namespace
+
+platform::Handle startChild(const std::wstring& words) {
+    platform::ChildProcess child;
+    EXPECT_TRUE(platform::createProcess(childProgram() + L" --as " + words, {}, child))
+        << platform::lastError();
+    platform::closeHandle(child.thread);
+    return child.process;
+}
+
+std::uint32_t endOf(platform::Handle process) {
+    for (int i = 0; i < 3000; ++i) {
+        if (platform::hasProcessEnded(process)) {
+            const std::uint32_t code = platform::processExitCode(process).value_or(0xDEAD);
+            platform::closeHandle(process);
+            return code;
+        }
+        platform::sleepMilliseconds(10);
+    }
+    return 0xDEAD;
+}
+
+void waitForFile(const std::wstring& path) {
+    for (int i = 0; i < 3000 && !platform::fileAttributes(path); ++i) {
+        platform::sleepMilliseconds(10);
+    }
+}
+
+int runChildAs() {
+    const std::vector<std::wstring> words = platform::commandLineArguments();
+    const std::wstring& kind = words.at(2);
+    if (kind == L"exit") {
+        return std::stoi(words.at(3));
+    }
+    if (kind == L"leave") {
+        writeWithoutFlush(words.at(4));
+        platform::exitProcess(std::stoi(words.at(3)));
+    }
+    if (kind == L"fault") {
+        writeWithoutFlush(words.at(3));
+        platform::endWithAccessViolation();
+    }
+    if (kind == L"lock") {
+        return holdLock(words);
+    }
+    if (kind == L"words") {
+        return writeWords(words);
+    }
+    if (kind == L"variable") {
+        write(words.at(4), narrow(platform::environmentValue(words.at(3)).value_or(L"(not set)")));
+        return 0;
+    }
+    if (kind == L"where") {
+        write(words.at(3), narrow(platform::fullPathName(L".", 1000).value_or(L"(none)")));
+        return 0;
+    }
+    return 99;
+}
+
+}  // namespace contract
