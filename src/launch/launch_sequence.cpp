@@ -99,7 +99,8 @@ void launchSequence(const Arguments& arguments) {
     seedPlatformXml(context.configDirectory, context.baseLocation, context.zelLauncherArray,
                     context.jvmRoot.externalJvm);
     if (isMainProcess) {
-        runProvisioningStage(context.effectiveArgs, context.zelInstallArray, context.zelLauncherArray);
+        runProvisioningStage(context.dataDirectory, context.effectiveArgs, context.zelHome,
+                             context.zelInstallArray, context.zelLauncherArray, context.vmargOverrides);
     }
     applyInitialConfiguration(context);
     resolveApplicationIdentity(context.rawArguments, context.zelLauncherArray);

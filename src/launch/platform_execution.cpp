@@ -6,16 +6,14 @@
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
 #include "instance/argument_hand_off.h"
+#include "instance/child_start.h"
 #include "instance/platform_lock.h"
-#include "instance/process_record.h"
 #include "kiosk/termination.h"
 #include "launch/administrators.h"
 #include "launch/console_window.h"
 #include "launch/launch_state.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
-#include "platform/errors.h"
-#include "platform/process.h"
 #include "platform/users.h"
 
 namespace zellauncher {
@@ -23,9 +21,7 @@ namespace zellauncher {
 namespace {
 
 constexpr std::size_t userNameCapacity = 32767;
-constexpr std::size_t longestCommandLine = 32766;
 constexpr std::uint32_t supervisionPollMilliseconds = 500;
-constexpr std::uint32_t waitPollMilliseconds = 100;
 
 platform::StartInformation prepareStartInformation() {
     platform::StartInformation start;
@@ -47,31 +43,9 @@ void logCommand(const std::wstring& command) {
     setLogDebug(saved);
 }
 
-void logLikelyCause(const std::wstring& command, platform::ErrorCode error) {
-    if (command.size() > longestCommandLine) {
-        logDebug("ZELLauncher> the command is longer than the 32766 characters that the system can start");
-    } else if (command.empty()) {
-        logDebug("ZELLauncher> the command names no program: neither -vm nor the vm property is given");
-    } else if (error == platform::errorFileNotFound || error == platform::errorPathNotFound) {
-        logDebug("ZELLauncher> the program file that the command names is missing");
-    }
-}
-
-[[noreturn]] void endWithoutChild(const std::wstring& command) {
-    const platform::ErrorCode error = platform::lastError();
-    setLogDebug(true);
-    logDebugLastError(L"CreateProcessW");
-    logLikelyCause(command, error);
-    releasePlatformLock();
-    platform::exitProcess(-1);
-}
-
+// From here on the next launcher in line may go on.
 platform::ChildProcess startPlatform(const std::wstring& command, const platform::StartInformation& start) {
-    platform::ChildProcess child;
-    if (!platform::createProcess(command, start, child)) {
-        endWithoutChild(command);
-    }
-    recordPlatformProcess(child.processId);
+    const platform::ChildProcess child = startChild(command, start);
     releasePlatformLock();
     return child;
 }
@@ -99,11 +73,8 @@ void superviseCommand(const std::wstring& command, const platform::StartInformat
 
 void runCommand(const std::wstring& command, const platform::StartInformation& start) {
     const platform::ChildProcess child = startPlatform(command, start);
-    if (!waitForPlatform) {
-        return;
-    }
-    while (!platform::hasProcessEnded(child.process)) {
-        platform::sleepMilliseconds(waitPollMilliseconds);
+    if (waitForPlatform) {
+        waitForChild(child);
     }
 }
 

@@ -1,17 +1,110 @@
 #include "provisioning/backup_and_reset.h"
 
+#include "configuration/locations.h"
+#include "foundation/directory_removal.h"
+#include "foundation/file_operations.h"
+#include "foundation/file_tests.h"
+#include "foundation/file_transfer.h"
 #include "foundation/log_channel.h"
+#include "foundation/paths.h"
+#include "properties/property_list.h"
+#include "properties/property_reader.h"
 
 namespace zellauncher {
 
-void backupConfiguration(const std::wstring& /*dataDirectory*/, const std::wstring& configDirectory) {
-    logFatalF("ZELLauncher> the install has changed, and this version can not make %ls anew",
-              configDirectory);
+namespace {
+
+constexpr const wchar_t* updateDirectoryName = L"\\org.eclipse.update";
+
+std::wstring withBackslashes(std::wstring path) {
+    toBackslashes(path);
+    return path;
 }
 
-void resetConfiguration(const std::wstring& /*dataDirectory*/, const std::wstring& configDirectory,
-                        const std::wstring& /*baseLocation*/) {
-    logFatalF("ZELLauncher> a reset is due, and this version can not make %ls anew", configDirectory);
+std::wstring updateDirectoryOf(const std::wstring& configDirectory) {
+    return withBackslashes(configDirectory + updateDirectoryName);
+}
+
+void copyOut(const std::wstring& dataDirectory, const std::wstring& configDirectory,
+             const std::wstring& name) {
+    transferPath(dataDirectory, name + L".old", updateDirectoryOf(configDirectory), name, Presence::optional,
+                 Transfer::copy);
+}
+
+void moveBack(const std::wstring& dataDirectory, const std::wstring& configDirectory,
+              const std::wstring& name) {
+    transferPath(updateDirectoryOf(configDirectory), name, dataDirectory, name + L".old", Presence::optional,
+                 Transfer::move);
+}
+
+void moveConfigurationAside(const std::wstring& configDirectory) {
+    moveDirectoryReplacing(withBackslashes(configDirectory) + L"bak", configDirectory, Presence::required);
+}
+
+void makeUpdateDirectory(const std::wstring& configDirectory, const char* message) {
+    const std::wstring directory = updateDirectoryOf(configDirectory);
+    if (!createDirectories(directory)) {
+        logFatalF(message, directory);
+    }
+}
+
+// The user's own file names what to reset; when it is gone, the installation's does.
+std::wstring resetPropertiesPath(const std::wstring& configDirectory, const std::wstring& baseLocation) {
+    std::wstring path = withBackslashes(configDirectory + L"\\zelinstall.properties");
+    if (!fileExists(path)) {
+        baseFilePath(path, baseLocation, L"zelinstall.properties");
+    }
+    if (!fileExists(path)) {
+        logFatalF("ZLNCH0106E: Unable to locate %ls file.", path);
+    }
+    return path;
+}
+
+void removeResetDirectory(const std::wstring& directory) {
+    if (!fileExists(directory)) {
+        return;
+    }
+    std::wstring errors;
+    if (!removeDirectory(directory, errors)) {
+        logFatalF(
+            "\nZLNCH0107E begin: Error removing metadata plugin directory\n%ls\n"
+            "ZLNCH0108E end: Unable to remove all files in the metadata plugin directory. Please correct the "
+            "problems listed above",
+            errors);
+    }
+}
+
+}  // namespace
+
+void backupConfiguration(const std::wstring& dataDirectory, const std::wstring& configDirectory) {
+    copyOut(dataDirectory, configDirectory, L"platform.xml");
+    copyOut(dataDirectory, configDirectory, L"registry");
+    copyOut(dataDirectory, configDirectory, L"bookmarks.xml");
+    moveConfigurationAside(configDirectory);
+    makeUpdateDirectory(configDirectory, "ZLNCH0044E: Unable to create %ls directory.");
+    moveBack(dataDirectory, configDirectory, L"registry");
+    moveBack(dataDirectory, configDirectory, L"bookmarks.xml");
+}
+
+void resetConfiguration(const std::wstring& dataDirectory, const std::wstring& configDirectory,
+                        const std::wstring& baseLocation) {
+    copyOut(dataDirectory, configDirectory, L"registry");
+    copyOut(dataDirectory, configDirectory, L"bookmarks.xml");
+    removeResetDirectories(dataDirectory, configDirectory, baseLocation);
+    moveConfigurationAside(configDirectory);
+    makeUpdateDirectory(configDirectory, "ZLNCH0045E: Unable to create %ls directory.");
+    moveBack(dataDirectory, configDirectory, L"registry");
+    moveBack(dataDirectory, configDirectory, L"bookmarks.xml");
+}
+
+void removeResetDirectories(const std::wstring& dataDirectory, const std::wstring& configDirectory,
+                            const std::wstring& baseLocation) {
+    PropertyList properties;
+    loadPropertyFile(resetPropertiesPath(configDirectory, baseLocation), properties);
+    const std::wstring root = withBackslashes(dataDirectory + L"\\.metadata\\.plugins\\");
+    for (const PropertyEntry* entry : findProperties(L"resetDir.", properties)) {
+        removeResetDirectory(root + entry->value);
+    }
 }
 
 }  // namespace zellauncher

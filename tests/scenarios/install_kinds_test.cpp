@@ -134,25 +134,6 @@ TEST_F(InstallKinds, WithoutAnIdentityOtherKindsDoNotStart) {
               std::string::npos);
 }
 
-TEST_F(InstallKinds, AProvisioningInstallIsNotYetServed) {
-    launcherProperties.set("provisioning", "true");
-    launcherProperties.set("provisioning.manifest.version", "1");
-    EXPECT_FATAL(launch());
-    EXPECT_TRUE(logHas("ZELLauncher> provisioning is due, and this version can not run it"));
-    EXPECT_TRUE(machine.startedProcesses().empty());
-}
-
-TEST_F(InstallKinds, ProvisioningOfAnotherWordOrKindIsNone) {
-    launcherProperties.set("provisioning", "True");
-    launcherProperties.set("provisioning.manifest.version", "1");
-    EXPECT_STARTED(launch());
-    closePlatform();
-    launcherProperties.set("provisioning", "true");
-    beKind("serial.multiuser");
-    layOut();
-    EXPECT_STARTED(launch());
-}
-
 TEST_F(InstallKinds, AKioskWithoutADesktopIsNotYetServed) {
     machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
                             L"KSD_SHELL", L"EXPLORER.exe");

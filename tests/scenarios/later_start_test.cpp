@@ -130,21 +130,4 @@ TEST_F(LaterStart, TheLogOfAnEarlierFailureInTempIsDeleted) {
     EXPECT_FALSE(machine.exists(L"C:\\Temp\\zellauncher.log"));
 }
 
-TEST_F(LaterStart, AChangedInstallIsNotYetMadeAnewAndNothingIsTouched) {
-    startOnce();
-    launcherProperties.set("zel.install.id", "1235");
-    launcherProperties.set("zel.data", "C:/Users/ann/Mivel/ZEL/1234/ann");
-    layOut();
-    const auto before = configFile(L"zelinstall.properties");
-    EXPECT_FATAL(launch());
-    EXPECT_EQ(configFile(L"zelinstall.properties"), before);
-}
-
-TEST_F(LaterStart, AResetIsNotYetBuiltAndNothingIsTouched) {
-    startOnce();
-    const auto before = configFile(L"zelinstall.properties");
-    EXPECT_FATAL(launch({L"-resetconfig"}));
-    EXPECT_EQ(configFile(L"zelinstall.properties"), before);
-}
-
 }  // namespace

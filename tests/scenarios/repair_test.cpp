@@ -58,28 +58,43 @@ TEST_F(Repair, ACompleteFileIsUsedAndBecomesTheBackup) {
     EXPECT_EQ(configFile(L"zelinstall.properties.bak"), good + "mine=1\r\n");
 }
 
-TEST_F(Repair, WithoutAGoodBackupAResetWouldBeDueAndNothingIsLost) {
+TEST_F(Repair, WithoutAGoodBackupTheConfigurationIsMadeAnew) {
     startOnce();
+    machine.writeFile(inConfig(L"org.eclipse.update\\registry"), "registry");
+    machine.writeFile(inConfig(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
     damage(without("vm"));
     machine.writeFile(inConfig(L"zelinstall.properties.bak"), without("Xbootclasspath.append"));
-    EXPECT_FATAL(launch());
-    EXPECT_EQ(configFile(L"zelinstall.properties"), without("vm"));
-    machine.remove(inConfig(L"zelinstall.properties.bak"));
-    EXPECT_FATAL(launch());
-    EXPECT_EQ(configFile(L"zelinstall.properties"), without("vm"));
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(configFile(L"zelinstall.properties"), good);
+    EXPECT_EQ(configFile(L"zelinstall.properties.bak"), good);
+    EXPECT_EQ(configFile(L"org.eclipse.update\\registry"), "registry");
+    EXPECT_EQ(configFile(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
+    EXPECT_EQ(workspaceFile(L".configbak\\zelinstall.properties"), without("vm"));
+    EXPECT_TRUE(machine.exists(inConfig(L"args.properties")));
+    EXPECT_TRUE(machine.exists(inConfig(L"org.eclipse.update\\platform.xml")));
 }
 
-TEST_F(Repair, ABackupThatCannotBeCopiedBackIsReported) {
+TEST_F(Repair, WithoutAnyBackupTheSame) {
+    startOnce();
+    damage(without("vm"));
+    machine.remove(inConfig(L"zelinstall.properties.bak"));
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(configFile(L"zelinstall.properties"), good);
+    EXPECT_TRUE(machine.exists(inWorkspace(L".configbak")));
+}
+
+TEST_F(Repair, ABackupThatCannotBeCopiedBackIsReportedAndTheConfigurationMadeAnew) {
     startOnce();
     damage(without("vm"));
     simulation::Fault fault;
     fault.operation = "copyFile";
     fault.argumentEndsWith = L"zelinstall.properties.bak";
     machine.inject(fault);
-    EXPECT_FATAL(launch({L"-debug"}));
+    EXPECT_STARTED(launch({L"-debug"}));
     const std::string debugLog = logAt(machine.tree(inWorkspace(L"logs")).back());
     EXPECT_NE(debugLog.find("ZLNCH0022E: Unable to recover zelinstall.properties\n"), std::string::npos);
-    EXPECT_EQ(configFile(L"zelinstall.properties.bak"), good);
+    EXPECT_EQ(configFile(L"zelinstall.properties"), good);
+    EXPECT_TRUE(machine.exists(inWorkspace(L".configbak")));
 }
 
 TEST_F(Repair, ABackupThatCannotBeMadeDoesNotStopTheStart) {
@@ -95,10 +110,13 @@ TEST_F(Repair, ABackupThatCannotBeMadeDoesNotStopTheStart) {
     EXPECT_FALSE(machine.exists(inConfig(L"zelinstall.properties.bak")));
 }
 
-TEST_F(Repair, AnInstallWithoutTheBootClassPathNeedsAReset) {
+TEST_F(Repair, AnInstallWithoutTheBootClassPathIsResetAtEachStartAndStillStarts) {
     baseProperties.remove("Xbootclasspath.append");
-    EXPECT_FATAL(launch());
-    EXPECT_TRUE(machine.startedProcesses().empty());
+    EXPECT_STARTED(launch());
+    EXPECT_TRUE(machine.exists(inWorkspace(L".configbak")));
+    closePlatform();
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(machine.startedProcesses().size(), 2U);
 }
 
 }  // namespace

@@ -1,0 +1,143 @@
+#include "provisioning/backup_and_reset.h"
+
+#include <gtest/gtest.h>
+
+#include "configuration/install_configuration.h"
+#include "support/launcher_fixture.h"
+
+namespace {
+
+class BackupAndReset : public launchertest::OnMachine {
+protected:
+    launchertest::Outcome outcome;
+
+    BackupAndReset() {
+        machine.writeFile(L"C:\\ws\\.config\\zelinstall.properties",
+                          "resetDir.a=views\r\nRESETDIR.b=other\r\n");
+        machine.writeFile(L"C:\\ws\\.config\\org.eclipse.update\\platform.xml", "p");
+        machine.writeFile(L"C:\\ws\\.config\\org.eclipse.update\\registry", "r");
+        machine.writeFile(L"C:\\ws\\.config\\org.eclipse.update\\bookmarks.xml", "b");
+    }
+    void backup() {
+        outcome = run([] { zellauncher::backupConfiguration(L"C:/ws", L"C:/ws/.config"); });
+    }
+    void reset() {
+        outcome = run([] {
+            zellauncher::InstallConfiguration = zellauncher::InstallConfigurationKind::user;
+            zellauncher::resetConfiguration(L"C:/ws", L"C:/ws/.config", L"C:/b");
+        });
+    }
+    void expectFatal(const std::string& message) {
+        EXPECT_TRUE(outcome.isFatal());
+        EXPECT_EQ(outcome.lastLine(), message);
+    }
+    void failUpdateDirectory() {
+        simulation::Fault fault;
+        fault.operation = "createDirectory";
+        fault.argumentEndsWith = L"org.eclipse.update";
+        machine.inject(fault);
+    }
+};
+
+TEST_F(BackupAndReset, ABackupKeepsWhatIsTheUsers) {
+    backup();
+    EXPECT_EQ(
+        machine.tree(L"C:\\ws"),
+        (std::vector<std::wstring>{
+            L"C:\\ws\\.config\\", L"C:\\ws\\.configbak\\", L"C:\\ws\\.configbak\\org.eclipse.update\\",
+            L"C:\\ws\\.configbak\\org.eclipse.update\\bookmarks.xml",
+            L"C:\\ws\\.configbak\\org.eclipse.update\\platform.xml",
+            L"C:\\ws\\.configbak\\org.eclipse.update\\registry", L"C:\\ws\\.configbak\\zelinstall.properties",
+            L"C:\\ws\\.config\\org.eclipse.update\\", L"C:\\ws\\.config\\org.eclipse.update\\bookmarks.xml",
+            L"C:\\ws\\.config\\org.eclipse.update\\registry", L"C:\\ws\\platform.xml.old"}));
+    EXPECT_EQ(machine.readFile(L"C:\\ws\\platform.xml.old"), "p");
+    EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\registry"), "r");
+}
+
+TEST_F(BackupAndReset, ABackupOfAUserWithoutAnUpdateArea) {
+    machine.remove(L"C:\\ws\\.config\\org.eclipse.update");
+    backup();
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_TRUE(outcome.logHas("ZLNCH0110I: 'C:\\ws\\.config\\org.eclipse.update\\registry' not found"));
+    EXPECT_TRUE(machine.isDirectory(L"C:\\ws\\.config\\org.eclipse.update"));
+}
+
+TEST_F(BackupAndReset, AFormerBackupIsReplaced) {
+    machine.writeFile(L"C:\\ws\\.configbak\\former", "");
+    backup();
+    EXPECT_FALSE(machine.exists(L"C:\\ws\\.configbak\\former"));
+    EXPECT_TRUE(machine.exists(L"C:\\ws\\.configbak\\zelinstall.properties"));
+}
+
+TEST_F(BackupAndReset, WhatAnEarlierCutLeftIsBroughtBack) {
+    machine.remove(L"C:\\ws\\.config\\org.eclipse.update");
+    machine.writeFile(L"C:\\ws\\registry.old", "older");
+    backup();
+    EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\registry"), "older");
+}
+
+TEST_F(BackupAndReset, ABackupNeedsItsConfigurationAndItsDirectory) {
+    failUpdateDirectory();
+    backup();
+    expectFatal("ZLNCH0044E: Unable to create C:\\ws\\.config\\org.eclipse.update directory.");
+    machine.remove(L"C:\\ws\\.config");
+    backup();
+    expectFatal("ZLNCH0109E: Unable to locate 'C:\\ws\\.config' for copying");
+}
+
+TEST_F(BackupAndReset, AResetRemovesWhatIsNamed) {
+    machine.writeFile(L"C:\\ws\\.metadata\\.plugins\\views\\x", "");
+    machine.writeFile(L"C:\\ws\\.metadata\\.plugins\\other\\x", "");
+    reset();
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_FALSE(machine.exists(L"C:\\ws\\.metadata\\.plugins\\views"));
+    EXPECT_TRUE(machine.exists(L"C:\\ws\\.metadata\\.plugins\\other\\x"));
+    EXPECT_FALSE(machine.exists(L"C:\\ws\\platform.xml.old"));
+    EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\bookmarks.xml"), "b");
+    failUpdateDirectory();
+    reset();
+    expectFatal("ZLNCH0106E: Unable to locate C:\\b\\zelinstall.properties file.");
+}
+
+TEST_F(BackupAndReset, AResetThatCannotMakeItsDirectoryIsFatal) {
+    failUpdateDirectory();
+    reset();
+    expectFatal("ZLNCH0045E: Unable to create C:\\ws\\.config\\org.eclipse.update directory.");
+}
+
+TEST_F(BackupAndReset, WithoutTheUsersFileTheInstallationNames) {
+    machine.remove(L"C:\\ws\\.config\\zelinstall.properties");
+    machine.writeFile(L"C:\\b\\config\\user\\zelinstall.properties", "resetDir.a=views\r\n");
+    machine.writeFile(L"C:\\ws\\.metadata\\.plugins\\views\\x", "");
+    reset();
+    EXPECT_FALSE(machine.exists(L"C:\\ws\\.metadata\\.plugins\\views"));
+}
+
+TEST_F(BackupAndReset, AnEmptyNameNamesTheRoot) {
+    machine.writeFile(L"C:\\ws\\.config\\zelinstall.properties", "resetDir.a=\r\n");
+    machine.writeFile(L"C:\\ws\\.metadata\\.plugins\\views\\x", "");
+    machine.writeFile(L"C:\\ws\\.metadata\\other", "");
+    reset();
+    EXPECT_FALSE(machine.exists(L"C:\\ws\\.metadata\\.plugins"));
+    EXPECT_TRUE(machine.exists(L"C:\\ws\\.metadata\\other"));
+}
+
+TEST_F(BackupAndReset, WhatResistsIsListedWhole) {
+    for (int i = 0; i < 200; ++i) {
+        const std::wstring path = L"C:\\ws\\.metadata\\.plugins\\views\\held" + std::to_wstring(i);
+        machine.writeFile(path, "");
+        machine.setAttributes(path, 1);
+    }
+    reset();
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_TRUE(outcome.log.starts_with("\nZLNCH0107E begin: Error removing metadata plugin directory\n"))
+        << outcome.log.substr(0, 300);
+    EXPECT_GT(outcome.log.size(), 10000U);
+    EXPECT_TRUE(
+        outcome.log.ends_with("ZLNCH0108E end: Unable to remove all files in the metadata plugin directory. "
+                              "Please correct the problems "
+                              "listed above\n"));
+    EXPECT_TRUE(machine.exists(L"C:\\ws\\.config\\zelinstall.properties"));  // nothing was moved away yet
+}
+
+}  // namespace
