@@ -13,9 +13,13 @@ namespace {
 
 // Replacements in a row that do not move the scan to the left: the text expands to itself.
 constexpr int stuckLimit = 10;
-// Bounds that no honest value reaches; past them the text would never end or grow for ever.
-constexpr std::size_t replacementLimit = 10000;
-constexpr std::size_t lengthLimit = 1000000;
+// Bounds that no honest value reaches; past them the text would never end or grow for ever:
+// replacements that bring the scan no further to the left than it has been, and characters that the
+// text gains.
+constexpr int detourLimit = 10000;
+constexpr std::size_t growthLimit = 4000000;
+// A debug line with more characters than this is dropped, so it is not worth being put together.
+constexpr std::size_t debugTextLimit = 4000;
 
 constexpr std::wstring_view environmentPrefix = L"env.";
 constexpr std::wstring_view propertyPrefix = L"prop.";
@@ -32,23 +36,29 @@ Directories withForwardSlashes(const std::wstring& dataDirectory, const std::wst
     return directories;
 }
 
-// Replaces every occurrence, passing over what it has put in: a directory that held its own token
-// would otherwise never end.
+// Replaces every occurrence, those too that a replacement makes together with what stands around it.
+// Only a brace of the text itself closes a token, so a directory that holds its own token is put in
+// once and no more.
 bool replaceToken(std::wstring& text, std::wstring_view token, const std::wstring& directory) {
-    bool isReplaced = false;
-    for (std::size_t at = text.find(token); at != std::wstring::npos;
-         at = text.find(token, at + directory.size())) {
-        text.replace(at, token.size(), directory);
-        isReplaced = true;
+    if (text.find(token) == std::wstring::npos) {
+        return false;
     }
-    return isReplaced;
+    std::wstring result;
+    for (const wchar_t unit : text) {
+        result += unit;
+        if (unit == token.back() && result.ends_with(token)) {
+            result.replace(result.size() - token.size(), token.size(), directory);
+        }
+    }
+    text = result;
+    return true;
 }
 
+// A variable that is not set gives way to the text behind the first comma, if there is one.
 bool resolveEnvironment(const std::wstring& name, std::wstring& replacement) {
     const std::size_t comma = name.find(L',');
-    const std::wstring variable = name.substr(environmentPrefix.size(), comma - environmentPrefix.size());
-    if (getEnvironmentVariable(comma == std::wstring::npos ? name.substr(environmentPrefix.size()) : variable,
-                               replacement) != nullptr) {
+    const std::wstring variable = name.substr(0, comma).substr(environmentPrefix.size());
+    if (getEnvironmentVariable(variable, replacement) != nullptr) {
         return true;
     }
     if (comma == std::wstring::npos) {
@@ -56,6 +66,93 @@ bool resolveEnvironment(const std::wstring& name, std::wstring& replacement) {
     }
     replacement = name.substr(comma + 1);
     return true;
+}
+
+// A text while it is scanned: what the scan still looks at, with the one character behind its
+// position, and what lies further to the right, last character first. So a replacement moves nothing
+// but what it replaces, and a long text costs no more than its length.
+struct ScannedText {
+    std::wstring ahead;
+    std::wstring passed;
+};
+
+std::size_t lengthOf(const ScannedText& text) {
+    return text.ahead.size() + text.passed.size();
+}
+
+std::wstring wholeOf(const ScannedText& text) {
+    std::wstring whole = text.ahead;
+    whole.append(text.passed.rbegin(), text.passed.rend());
+    return whole;
+}
+
+void passFrom(ScannedText& text, std::size_t index) {
+    while (text.ahead.size() > index) {
+        text.passed += text.ahead.back();
+        text.ahead.pop_back();
+    }
+}
+
+// Returns the index of the replacement's last character.
+std::ptrdiff_t replaceAhead(ScannedText& text, std::size_t start, std::size_t length,
+                            const std::wstring& replacement) {
+    passFrom(text, start + length);
+    text.ahead.resize(start);
+    text.ahead += replacement;
+    const std::ptrdiff_t last = static_cast<std::ptrdiff_t>(text.ahead.size()) - 1;
+    if (!text.passed.empty()) {
+        text.ahead += text.passed.back();
+        text.passed.pop_back();
+    }
+    return last;
+}
+
+void logReplacement(const std::wstring& former, const ScannedText& text) {
+    if (isLogDebug() && former.size() + lengthOf(text) < debugTextLimit) {
+        logDebugF(L"ZLNCH0071I: Modified prop_contents %s", former + L" => " + wholeOf(text));
+    }
+}
+
+// The scan itself. It goes from right to left, but looks at each replacement again.
+bool replaceTokens(ScannedText& text, const PropertyList& list) {
+    const std::size_t lengthLimit = lengthOf(text) + growthLimit;
+    std::ptrdiff_t position = static_cast<std::ptrdiff_t>(lengthOf(text)) - 1;
+    std::ptrdiff_t lastStart = PTRDIFF_MAX;
+    std::ptrdiff_t leftmost = PTRDIFF_MAX;
+    bool isResolved = true;
+    int stuck = 0;
+    int detour = 0;
+    while (true) {
+        std::size_t length = 0;
+        std::wstring name;
+        const std::ptrdiff_t start = findLastToken(text.ahead, position, length, name);
+        if (start < 0) {
+            return isResolved;
+        }
+        detour = start < leftmost ? 0 : detour + 1;
+        leftmost = std::min(leftmost, start);
+        if (detour == detourLimit || lengthOf(text) > lengthLimit) {
+            logDebug("ZELLauncher> a property text expands without end");
+            return false;
+        }
+        const std::wstring former = isLogDebug() && lengthOf(text) < debugTextLimit ? wholeOf(text) : L"";
+        std::wstring replacement;
+        isResolved = resolveToken(name, replacement, list) && isResolved;
+        position = replaceAhead(text, static_cast<std::size_t>(start), length, replacement);
+        logReplacement(former, text);
+        stuck = start < lastStart ? 0 : stuck + 1;
+        if (stuck == stuckLimit) {
+            return false;
+        }
+        if (!isResolved) {
+            if (start == 0) {
+                return false;
+            }
+            position = start - 1;
+            passFrom(text, static_cast<std::size_t>(start) + 1);
+        }
+        lastStart = start;
+    }
 }
 
 // Both mechanisms on one value.
@@ -113,40 +210,10 @@ bool resolveToken(const std::wstring& name, std::wstring& replacement, const Pro
 }
 
 bool substituteProperties(std::wstring& text, const PropertyList& list) {
-    std::ptrdiff_t position = static_cast<std::ptrdiff_t>(text.size()) - 1;
-    std::ptrdiff_t lastStart = PTRDIFF_MAX;
-    bool isResolved = true;
-    int stuck = 0;
-    for (std::size_t replacements = 0;; ++replacements) {
-        std::size_t length = 0;
-        std::wstring name;
-        const std::ptrdiff_t start = findLastToken(text, position, length, name);
-        if (start < 0) {
-            return isResolved;
-        }
-        if (replacements == replacementLimit || text.size() > lengthLimit) {
-            logDebug("ZELLauncher> a property text expands without end");
-            return false;
-        }
-        const std::wstring former = isLogDebug() ? text : std::wstring();
-        std::wstring replacement;
-        isResolved = resolveToken(name, replacement, list) && isResolved;
-        text.replace(static_cast<std::size_t>(start), length, replacement);
-        position = start + static_cast<std::ptrdiff_t>(replacement.size()) - 1;
-        logDebugF(L"ZLNCH0071I: Modified prop_contents %s",
-                  former + L" => " + (isLogDebug() ? text : former));
-        stuck = start < lastStart ? 0 : stuck + 1;
-        if (stuck == stuckLimit) {
-            return false;
-        }
-        if (!isResolved) {
-            if (start == 0) {
-                return false;
-            }
-            position = start - 1;
-        }
-        lastStart = start;
-    }
+    ScannedText scanned{text, {}};
+    const bool isResolved = replaceTokens(scanned, list);
+    text = wholeOf(scanned);
+    return isResolved;
 }
 
 void substitutePropertyList(const std::wstring& dataDirectory, const std::wstring& homeDirectory,

@@ -41,15 +41,14 @@ protected:
 
 TEST_F(BackupAndReset, ABackupKeepsWhatIsTheUsers) {
     backup();
-    EXPECT_EQ(
-        machine.tree(L"C:\\ws"),
-        (std::vector<std::wstring>{
-            L"C:\\ws\\.config\\", L"C:\\ws\\.configbak\\", L"C:\\ws\\.configbak\\org.eclipse.update\\",
-            L"C:\\ws\\.configbak\\org.eclipse.update\\bookmarks.xml",
-            L"C:\\ws\\.configbak\\org.eclipse.update\\platform.xml",
-            L"C:\\ws\\.configbak\\org.eclipse.update\\registry", L"C:\\ws\\.configbak\\zelinstall.properties",
-            L"C:\\ws\\.config\\org.eclipse.update\\", L"C:\\ws\\.config\\org.eclipse.update\\bookmarks.xml",
-            L"C:\\ws\\.config\\org.eclipse.update\\registry", L"C:\\ws\\platform.xml.old"}));
+    const std::wstring update = L"C:\\ws\\.config\\org.eclipse.update\\";
+    const std::wstring kept = L"C:\\ws\\.configbak\\";
+    EXPECT_EQ(machine.tree(L"C:\\ws"),
+              (std::vector<std::wstring>{
+                  L"C:\\ws\\.config\\", update, update + L"bookmarks.xml", update + L"registry", kept,
+                  kept + L"org.eclipse.update\\", kept + L"org.eclipse.update\\bookmarks.xml",
+                  kept + L"org.eclipse.update\\platform.xml", kept + L"org.eclipse.update\\registry",
+                  kept + L"zelinstall.properties", L"C:\\ws\\platform.xml.old"}));
     EXPECT_EQ(machine.readFile(L"C:\\ws\\platform.xml.old"), "p");
     EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\registry"), "r");
 }
@@ -130,8 +129,9 @@ TEST_F(BackupAndReset, WhatResistsIsListedWhole) {
     }
     reset();
     EXPECT_TRUE(outcome.isFatal());
-    EXPECT_TRUE(outcome.log.starts_with("\nZLNCH0107E begin: Error removing metadata plugin directory\n"))
-        << outcome.log.substr(0, 300);
+    EXPECT_NE(outcome.log.find("\n\nZLNCH0107E begin: Error removing metadata plugin directory\n"
+                               "Can't delete file \\\\?\\C:\\ws\\.metadata\\.plugins\\views\\held0  - "),
+              std::string::npos);
     EXPECT_GT(outcome.log.size(), 10000U);
     EXPECT_TRUE(
         outcome.log.ends_with("ZLNCH0108E end: Unable to remove all files in the metadata plugin directory. "
