@@ -1,0 +1,108 @@
+#include <windows.h>
+
+#include <algorithm>
+
+#include "endtoend.h"
+
+namespace {
+
+using endtoend::contains;
+using endtoend::EndToEnd;
+using endtoend::fatalStatus;
+using endtoend::Running;
+namespace fs = std::filesystem;
+
+// A user whose configuration is made anew, or prepared by the provisioning application.
+class Renewals : public EndToEnd {
+protected:
+    fs::path config() const { return workspace() / L".config"; }
+
+    void startOnce() {
+        setProperty("zel.data", "${env.USERPROFILE}/Mivel/ZEL/1234/ann");
+        EXPECT_EQ(launch(), 0U) << log() << tempLog();
+        stopPlatform();
+        write(config() / L"org.eclipse.update" / L"registry", "registry");
+        write(config() / L"org.eclipse.update" / L"bookmarks.xml", "bookmarks");
+        write(config() / L"mine", "mine");
+    }
+    void expectRenewed() {
+        EXPECT_EQ(read(config() / L"org.eclipse.update" / L"registry"), "registry");
+        EXPECT_EQ(read(config() / L"org.eclipse.update" / L"bookmarks.xml"), "bookmarks");
+        EXPECT_FALSE(fs::exists(config() / L"mine"));
+        EXPECT_EQ(read(workspace() / L".configbak" / L"mine"), "mine");
+        EXPECT_TRUE(fs::exists(config() / L"zelinstall.properties.bak"));
+        EXPECT_TRUE(isPlatformRunning(workspace()));
+    }
+};
+
+TEST_F(Renewals, AnotherIdentityIsAnUpgrade) {
+    startOnce();
+    setProperty("zel.install.id", "1235");
+    layOut();
+    EXPECT_EQ(launch(), 0U) << log();
+    expectRenewed();
+    EXPECT_TRUE(contains(read(config() / L"zelinstall.properties"), "zel.install.id=1235\n"));
+    EXPECT_TRUE(fs::exists(workspace() / L"platform.xml.old"));
+}
+
+TEST_F(Renewals, AResetOnRequest) {
+    baseLines.push_back("resetDir.views=views");
+    startOnce();
+    write(workspace() / L".metadata" / L".plugins" / L"views" / L"sub" / L"x", "");
+    EXPECT_EQ(launch({L"-resetconfig"}), 0U) << log();
+    expectRenewed();
+    EXPECT_FALSE(fs::exists(workspace() / L".metadata" / L".plugins" / L"views"));
+}
+
+TEST_F(Renewals, PropertiesCutAtHalfTheirLengthWithoutABackup) {
+    startOnce();
+    const std::string good = read(config() / L"zelinstall.properties");
+    write(config() / L"zelinstall.properties", good.substr(0, good.size() / 2));
+    fs::remove(config() / L"zelinstall.properties.bak");
+    EXPECT_EQ(launch(), 0U) << log();
+    expectRenewed();
+    EXPECT_EQ(read(config() / L"zelinstall.properties"), good);
+}
+
+TEST_F(Renewals, AFileThatAnotherProgramHoldsStopsTheResetBeforeAnythingMoves) {
+    baseLines.push_back("resetDir.views=views");
+    startOnce();
+    const fs::path held = workspace() / L".metadata" / L".plugins" / L"views" / L"held";
+    write(held, "");
+    HANDLE file =
+        CreateFileW(held.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(launch({L"-resetconfig"}), fatalStatus);
+    CloseHandle(file);
+    EXPECT_TRUE(
+        contains(log(), "ZLNCH0107E begin: Error removing metadata plugin directory\nCan't delete file "));
+    EXPECT_TRUE(fs::exists(config() / L"mine"));
+    EXPECT_EQ(launch({L"-resetconfig"}), 0U) << log();
+    expectRenewed();
+}
+
+TEST_F(Renewals, ProvisioningRunsUnderTheLockWhileAnotherLauncherWaits) {
+    setProperty("provisioning", "true");
+    setProperty("provisioning.manifest.version", "7");
+    setProperty("provisioning.application", "com.example.prov");
+    scriptLines = {"live 2500"};
+    layOut();
+    const Running first = begin({L"vmarg.Dshare=-Xshareclasses:name=x"});
+    const std::vector<std::wstring> words = platformWords();
+    EXPECT_NE(std::find(words.begin(), words.end(), L"-userProvLaunch"), words.end());
+    EXPECT_NE(std::find(words.begin(), words.end(), L"-Xshareclasses=none"), words.end());
+    const std::string provisioning = platformStart()["pid"];
+    const Running second = begin();
+    EXPECT_EQ(waitFor(first), 0U);
+    EXPECT_EQ(read(workspace() / L".zel.main"), provisioning + std::string(5, ' '));
+    EXPECT_EQ(waitFor(second), 0U);
+    EXPECT_NE(read(workspace() / L".zel.main"),
+              provisioning + std::string(5, ' '));  // nobody had recorded the version
+    EXPECT_TRUE(contains(log(), "ZLNCH0073I: Provisioning Command = '\""));
+    write(config() / L"zelinstall.properties",
+          read(config() / L"zelinstall.properties") + "provisioning.manifest.version=7\n");
+    EXPECT_EQ(launch(), 0U) << log();
+    EXPECT_TRUE(contains(log(), "ZLNCH0072I: Command = '\""));
+}
+
+}  // namespace
