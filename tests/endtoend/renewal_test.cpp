@@ -81,6 +81,22 @@ TEST_F(Renewals, AFileThatAnotherProgramHoldsStopsTheResetBeforeAnythingMoves) {
     expectRenewed();
 }
 
+TEST_F(Renewals, ADirectoryThatAnotherProgramHoldsIsTriedForSomeSeconds) {
+    baseLines.push_back("resetDir.views=views");
+    startOnce();
+    const fs::path held = workspace() / L".metadata" / L".plugins" / L"views" / L"held";
+    fs::create_directories(held);
+    HANDLE directory = CreateFileW(held.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                   OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    ASSERT_NE(directory, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(launch({L"-resetconfig"}), fatalStatus);
+    CloseHandle(directory);
+    EXPECT_TRUE(contains(log(), "Can't delete dir "));
+    EXPECT_TRUE(fs::exists(config() / L"mine"));
+    EXPECT_EQ(launch({L"-resetconfig"}), 0U) << log();
+    expectRenewed();
+}
+
 TEST_F(Renewals, ProvisioningRunsUnderTheLockWhileAnotherLauncherWaits) {
     setProperty("provisioning", "true");
     setProperty("provisioning.manifest.version", "7");

@@ -1,0 +1,116 @@
+#include "provisioning/provisioning_stage.h"
+
+#include <gtest/gtest.h>
+
+#include "configuration/install_configuration.h"
+#include "launch/launch_state.h"
+#include "support/launcher_fixture.h"
+
+namespace {
+
+using zellauncher::Arguments;
+using zellauncher::InstallConfigurationKind;
+using zellauncher::PropertyList;
+
+// The decision. The install of these tests has no base location, so a stage that runs ends where the
+// command is put together.
+class ProvisioningStage : public launchertest::OnMachine {
+protected:
+    PropertyList launcher = {{L"provisioning", L"true"}, {L"provisioning.manifest.version", L"7"}};
+    PropertyList install = {{L"provisioning.manifest.version", L"7"}};
+    Arguments arguments = {L"prog"};
+    InstallConfigurationKind kind = InstallConfigurationKind::user;
+    zellauncher::VmargOverrides overrides;
+    bool isInitial = false;
+    launchertest::Outcome outcome;
+
+    bool isDue() {
+        machine.makeDirectory(L"C:\\ws\\logs");
+        outcome = run([&] {
+            zellauncher::InstallConfiguration = kind;
+            zellauncher::initialLaunch = isInitial;
+            zellauncher::runProvisioningStage(L"C:/ws", arguments, L"C:\\p", install, launcher, overrides);
+            EXPECT_EQ(zellauncher::initialLaunch, isInitial);
+        });
+        const bool isRun = outcome.isFatal();
+        EXPECT_EQ(isRun,
+                  outcome.logHas("ZLNCH0076I: Detected platform initial launch or user initial launch. "
+                                 "Executing platform provisioning."));
+        return isRun;
+    }
+};
+
+TEST_F(ProvisioningStage, AKnownManifestNeedsNone) {
+    EXPECT_FALSE(isDue());
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(ProvisioningStage, ANewManifestNeedsIt) {
+    install.clear();
+    EXPECT_TRUE(isDue());
+    install = {{L"provisioning.manifest.version", L"6"}};
+    EXPECT_TRUE(isDue());
+    install = {{L"provisioning.manifest.version", L"7"}};
+    launcher[1].value = L"A";
+    install[0].value = L"a";
+    EXPECT_TRUE(isDue());
+}
+
+TEST_F(ProvisioningStage, AnInitialLaunchNeedsIt) {
+    isInitial = true;
+    EXPECT_TRUE(isDue());
+}
+
+TEST_F(ProvisioningStage, APreparationNeedsItWithBothOptions) {
+    arguments = {L"prog", L"-provManifest", L"-zelLauncherWait"};
+    EXPECT_TRUE(isDue());
+    arguments = {L"prog", L"-provManifest"};
+    EXPECT_FALSE(isDue());
+    arguments = {L"prog", L"-zelLauncherWait"};
+    EXPECT_FALSE(isDue());
+    arguments = {L"-provManifest", L"-zelLauncherWait"};
+    EXPECT_FALSE(isDue());
+    arguments = {L"prog", L"-provmanifest", L"-zelLauncherWait"};
+    EXPECT_FALSE(isDue());
+}
+
+TEST_F(ProvisioningStage, OnlyTheVeryWordAsksForIt) {
+    install.clear();
+    for (const wchar_t* word : {L"True", L"true ", L"", L"yes"}) {
+        launcher[0].value = word;
+        EXPECT_FALSE(isDue());
+    }
+    launcher.erase(launcher.begin());
+    EXPECT_FALSE(isDue());
+}
+
+TEST_F(ProvisioningStage, OnlyThreeKindsHaveIt) {
+    install.clear();
+    for (int number = 1; number <= 8; ++number) {
+        kind = static_cast<InstallConfigurationKind>(number);
+        EXPECT_EQ(isDue(), number == 2 || number == 3 || number == 6) << number;
+    }
+}
+
+TEST_F(ProvisioningStage, SharedClassesAreSwitchedOff) {
+    install.clear();
+    overrides = {{L"vmarg.Dshare", L"-Xshareclasses:name=x"}, {L"vmarg.a", L"-Xa"}};
+    EXPECT_TRUE(isDue());
+    EXPECT_EQ(overrides,
+              (zellauncher::VmargOverrides{{L"vmarg.Dshare", L"-Xshareclasses=none"}, {L"vmarg.a", L"-Xa"}}));
+    EXPECT_TRUE(outcome.logHas(
+        "ZLNCH0120I: \"vmarg.Dshare\" shared classes property found. Setting -Xsharedclasses=none while "
+        "provisioning"));
+}
+
+TEST_F(ProvisioningStage, WithoutSharedClassesNothingIsAdded) {
+    install.clear();
+    EXPECT_TRUE(isDue());
+    EXPECT_TRUE(overrides.empty());
+    EXPECT_TRUE(
+        outcome.logHas("ZLNCH0121I: \"vmarg.Dshare\" shared classes property was not detected. No special "
+                       "action needed while "
+                       "provisioning"));
+}
+
+}  // namespace
