@@ -12,7 +12,6 @@
 #include "foundation/paths.h"
 #include "foundation/text_stream.h"
 #include "platform/clock.h"
-#include "properties/property_list.h"
 
 namespace zellauncher {
 
@@ -27,6 +26,11 @@ std::wstring historyPath(const std::wstring& logsDirectory) {
     return path;
 }
 
+void stripBlanks(std::wstring& text) {
+    text.erase(0, std::min(text.find_first_not_of(L' '), text.size()));
+    text.resize(text.find_last_not_of(L' ') + 1);  // a text of blanks alone ends up empty
+}
+
 // The text of an option in the cache value: from behind the first `=` at or behind the first place
 // where the letters of its name stand, up to the next comma. The letters may belong to another word.
 std::optional<std::wstring> optionText(const std::wstring& value, std::wstring_view letters) {
@@ -38,7 +42,7 @@ std::optional<std::wstring> optionText(const std::wstring& value, std::wstring_v
     const std::size_t start = assignment == std::wstring::npos ? 0 : assignment + 1;
     const std::size_t end = std::min(value.find(L',', start), value.size());
     std::wstring text = value.substr(start, end - start);
-    trimSpaces(text);
+    stripBlanks(text);
     return text;
 }
 
@@ -154,7 +158,9 @@ void trimShutdownLog(const std::wstring& logsDirectory) {
     }
     copyLinesFrom(history, target, count - linesBeforeLast, path);
     closeTextStream(history);
-    closeTextStream(target);
+    if (!closeTextStream(target)) {  // the last of the lines were still buffered
+        logDebugF(L"ZLNCH0137E: Error while truncating file.\"%s\"", path);
+    }
     deleteFile(path);
     moveFile(newPath, path);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -51,19 +52,15 @@ Entries orderByNumber(const Entries& entries, std::size_t pairs) {
     return ordered;
 }
 
-// The property that shows that the first run has been done: the value behind the flag word.
-const std::wstring& flagName(const Entries& ordered, std::size_t texts) {
-    for (std::size_t pair = 0; pair < ordered.size(); ++pair) {
-        if (!ordered[pair]->value.starts_with(L"-initialCompleteFlag")) {
-            continue;
-        }
-        const std::size_t index = pair * 2 + 1;
-        if (index + 3 <= texts && pair + 1 < ordered.size()) {
-            return ordered[pair + 1]->value;
-        }
-        break;
+// The property that shows that the first run has been done: the value behind the first flag word.
+const std::wstring& flagName(const Entries& ordered) {
+    const auto flag = std::find_if(ordered.begin(), ordered.end(), [](const PropertyEntry* entry) {
+        return entry->value.starts_with(L"-initialCompleteFlag");
+    });
+    if (std::distance(flag, ordered.end()) < 2) {
+        logFatal("ZLNCH0115E: Invalid config.initial arguments. -initialCompleteFlag not found");
     }
-    logFatal("ZLNCH0115E: Invalid config.initial arguments. -initialCompleteFlag not found");
+    return (*std::next(flag))->value;
 }
 
 }  // namespace
@@ -78,7 +75,7 @@ bool readInitialConfiguration(const PropertyList& zelLauncherArray, const Proper
         return false;
     }
     const Entries ordered = orderByNumber(entries, texts / 2);
-    const std::wstring* done = lookupProperty(flagName(ordered, texts), zelInstallArray);
+    const std::wstring* done = lookupProperty(flagName(ordered), zelInstallArray);
     return done == nullptr || !done->starts_with(L"true");
 }
 

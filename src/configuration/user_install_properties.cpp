@@ -65,9 +65,15 @@ std::wstring escapePath(std::wstring path) {
     return escaped;
 }
 
-void appendOptionalLine(std::wstring& block, const wchar_t* key, const std::wstring* value) {
-    if (value != nullptr) {
-        block.append(key).append(L"=").append(*value).append(L"\n");
+// A line is its own format: `%%` is one per cent sign, any other conversion gives nothing. A conversion
+// ends with its line, so that a value that ends in `%` leaves the next line whole.
+void appendLine(std::wstring& block, const wchar_t* key, const std::wstring& value) {
+    block += formatText(std::wstring(key) + L"=" + value, {}) + L"\n";
+}
+
+void appendOptionalLine(std::wstring& block, const wchar_t* key, const PropertyList& zelLauncherArray) {
+    if (const std::wstring* value = lookupProperty(key, zelLauncherArray)) {
+        appendLine(block, key, *value);
     }
 }
 
@@ -81,20 +87,17 @@ std::optional<std::wstring> knownLines(const PropertyList& zelLauncherArray) {
         return std::nullopt;
     }
     std::wstring block;
-    appendOptionalLine(block, L"zel.install.id", installId);
+    appendLine(block, L"zel.install.id", *installId);
     if (jvm != nullptr && !jvm->empty()) {
-        block += L"vm=" + escapePath(*jvm) + L"\n";
+        appendLine(block, L"vm", escapePath(*jvm));
     }
-    block += L"zel.base.location=" + escapePath(*location) + L"\n";
-    appendOptionalLine(block, L"install.configuration", kind);
-    appendOptionalLine(block, L"com.mivel.zel.core.locale",
-                       lookupProperty(L"com.mivel.zel.core.locale", zelLauncherArray));
-    appendOptionalLine(block, L"com.mivel.zel.core.bidi",
-                       lookupProperty(L"com.mivel.zel.core.bidi", zelLauncherArray));
+    appendLine(block, L"zel.base.location", escapePath(*location));
+    appendLine(block, L"install.configuration", *kind);
+    appendOptionalLine(block, L"com.mivel.zel.core.locale", zelLauncherArray);
+    appendOptionalLine(block, L"com.mivel.zel.core.bidi", zelLauncherArray);
     return block;
 }
 
-// The block is its own format: `%%` is one per cent sign, any other conversion gives nothing.
 void appendKnownLines(TextStream& target, const PropertyList& zelLauncherArray) {
     const std::optional<std::wstring> block = knownLines(zelLauncherArray);
     if (!block) {
@@ -103,7 +106,7 @@ void appendKnownLines(TextStream& target, const PropertyList& zelLauncherArray) 
             "ZLNCH0008E: Unable to calculate necessary values for user specific zelinstall.properties file.");
     }
     // What is buffered shows only at a flush whether the disk took it.
-    if (putText(target, formatText(*block, {})) < 0 || !flushTextStream(target)) {
+    if (putText(target, *block) < 0 || !flushTextStream(target)) {
         logDebug("ZLNCH0015E: Unable to append values to user specific zelinstall.properties file.");
     }
     closeTextStream(target);

@@ -43,22 +43,23 @@ void expandPlainly(Arguments& words, const std::wstring& zelHome) {
 // Where configured words go: in front of the user's last `-vmargs`. The place is counted as if
 // `-config` and its name stood in front of it, also when they stand behind; configurations in the
 // field were written with that.
-std::optional<std::size_t> insertionIndex(const Arguments& arguments) {
-    std::optional<std::size_t> index;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (arguments[i] == L"-vmargs") {
-            index = i >= 2 ? std::optional<std::size_t>(i - 2) : std::nullopt;
-        }
-    }
-    return index;
+std::optional<std::size_t> insertionIndex(std::size_t position) {
+    return position >= 2 ? std::optional<std::size_t>(position - 2) : std::nullopt;
 }
 
-Arguments withoutConfiguration(const Arguments& arguments, std::size_t config) {
+// The words but `-config` and its name; `index` is where configured words go, if the user's words
+// settle it.
+Arguments withoutConfiguration(const Arguments& arguments, std::size_t config,
+                               std::optional<std::size_t>& index) {
     Arguments words;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (i != config && i != config + 1) {
-            words.push_back(arguments[i]);
+        if (i == config || i == config + 1) {
+            continue;
         }
+        if (arguments[i] == L"-vmargs") {
+            index = insertionIndex(i);
+        }
+        words.push_back(arguments[i]);
     }
     return words;
 }
@@ -122,8 +123,9 @@ void expandConfiguredArguments(Arguments& effectiveArgs, const Arguments& argume
         return;
     }
     const std::size_t position = static_cast<std::size_t>(config);
-    words = withoutConfiguration(arguments, position);
-    insertConfiguredWords(words, arguments[position + 1], insertionIndex(arguments), zelLauncherArray);
+    std::optional<std::size_t> index;
+    words = withoutConfiguration(arguments, position, index);
+    insertConfiguredWords(words, arguments[position + 1], index, zelLauncherArray);
     if (provDebugHold) {
         insertDebugOptions(words);
     }

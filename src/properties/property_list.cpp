@@ -2,9 +2,11 @@
 
 #include <cstdint>
 #include <new>
+#include <utility>
 
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
+#include "foundation/memory.h"
 #include "foundation/text.h"
 
 namespace zellauncher {
@@ -22,15 +24,26 @@ void reserveFound(std::vector<const PropertyEntry*>& found) {
     }
 }
 
+// A copy of its own, or the fatal message about the lack of memory.
+std::wstring copyOf(const std::wstring& text) {
+    std::wstring copy = newString(text.size());
+    copy = text;
+    return copy;
+}
+
 }  // namespace
 
+void appendEntry(PropertyList& list, const std::wstring& key, const std::wstring& value) {
+    list.push_back({copyOf(key), copyOf(value)});
+}
+
 void addProperty(PropertyList& list, const std::wstring& key, const std::wstring& value) {
-    PropertyEntry entry{key, value};
+    PropertyEntry entry{copyOf(key), copyOf(value)};
     trimSpaces(entry.key);
     logDebugF(L"ZLNCH0126I:   key = \"%s\"", entry.key);
     unescapeValue(entry.value);
     logDebugF(L"ZLNCH0127I:   value  = \"%s\"", entry.value);
-    list.push_back(entry);
+    list.push_back(std::move(entry));
 }
 
 const std::wstring* lookupProperty(const std::wstring& name, const PropertyList& list) {
@@ -59,7 +72,7 @@ std::vector<const PropertyEntry*> findProperties(const std::wstring& prefix, con
 void setPropertyValue(const std::wstring& key, const std::wstring& value, PropertyList& list) {
     for (PropertyEntry& entry : list) {
         if (entry.key == key) {
-            entry.value = value;
+            entry.value = copyOf(value);
             return;
         }
     }

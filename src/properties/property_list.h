@@ -15,6 +15,10 @@ struct PropertyEntry {
 
 using PropertyList = std::vector<PropertyEntry>;
 
+// Appends an entry as it stands. Without the memory: ZLNCH0004E, fatal, here and in the two
+// operations below that store a text.
+void appendEntry(PropertyList& list, const std::wstring& key, const std::wstring& value);
+
 // Appends an entry: the key trimmed of blanks, the value unescaped (so callers hand paths over with
 // forward slashes). Replaces nothing.
 void addProperty(PropertyList& list, const std::wstring& key, const std::wstring& value);
@@ -24,6 +28,7 @@ const std::wstring* lookupProperty(const std::wstring& name, const PropertyList&
 
 // The entries whose key begins with the prefix, in list order, up to the first entry of the list
 // whose key is empty: what stands behind that is not seen. The pointers are good until the list changes.
+// Without the memory for a first few: ZLNCH0046E, fatal.
 std::vector<const PropertyEntry*> findProperties(const std::wstring& prefix, const PropertyList& list);
 
 // Replaces the value of the first entry with this key. Never adds one.

@@ -79,19 +79,20 @@ void appendLine(LogicalLine& logical, const std::wstring& line) {
     }
 }
 
-// The key arg20 never has a value, whatever the file says.
-void appendEntry(PropertyList& list, LogicalLine& logical) {
+// The key arg20 never has a value, whatever the file says. A line of one character keeps the setting
+// for JVM options of the line before.
+void finishLine(PropertyList& list, LogicalLine& logical) {
     trimSpaces(logical.key);
     logDebugF(L"ZLNCH0023I:   attrib = \"%s\"", logical.key);
     unescapeValue(logical.value);
     if (logical.key == L"arg20") {
         logical.value.clear();
     }
-    list.push_back({logical.key, logical.value});
+    appendEntry(list, logical.key, logical.value);
     logDebugF(L"ZLNCH0024I:   value  = \"%s\"", logical.value);
     const bool jvmOptionLine = logical.jvmOptionLine;
     logical = LogicalLine{};
-    logical.jvmOptionLine = jvmOptionLine;  // a line of one character keeps the setting of the line before
+    logical.jvmOptionLine = jvmOptionLine;
 }
 
 }  // namespace
@@ -118,7 +119,7 @@ void loadPropertyFile(const std::wstring& path, PropertyList& list) {
         }
         appendLine(logical, line);
         if (!logical.continued) {
-            appendEntry(list, logical);
+            finishLine(list, logical);
         }
     }
     closeTextStream(file);

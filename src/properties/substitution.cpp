@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 #include "foundation/environment.h"
 #include "foundation/log_channel.h"
@@ -107,21 +108,40 @@ std::ptrdiff_t replaceAhead(ScannedText& text, std::size_t start, std::size_t le
     return last;
 }
 
-void logReplacement(const std::wstring& former, const ScannedText& text) {
-    if (isLogDebug() && former.size() + lengthOf(text) < debugTextLimit) {
-        logDebugF(L"ZLNCH0071I: Modified prop_contents %s", former + L" => " + wholeOf(text));
+// The text for the debug line, or nothing when that would be dropped.
+std::optional<std::wstring> textForLog(const ScannedText& text) {
+    if (!isLogDebug() || lengthOf(text) >= debugTextLimit) {
+        return std::nullopt;
     }
+    return wholeOf(text);
+}
+
+// How the scan gets on with moving to the left.
+struct Progress {
+    std::ptrdiff_t lastStart = PTRDIFF_MAX;
+    int stuck = 0;
+    std::ptrdiff_t leftmost = PTRDIFF_MAX;
+    int detour = 0;
+};
+
+bool isStuck(Progress& progress, std::ptrdiff_t start) {
+    progress.stuck = start < progress.lastStart ? 0 : progress.stuck + 1;
+    progress.lastStart = start;
+    return progress.stuck == stuckLimit;
+}
+
+bool isDetourTooLong(Progress& progress, std::ptrdiff_t start) {
+    progress.detour = start < progress.leftmost ? 0 : progress.detour + 1;
+    progress.leftmost = std::min(progress.leftmost, start);
+    return progress.detour == detourLimit;
 }
 
 // The scan itself. It goes from right to left, but looks at each replacement again.
 bool replaceTokens(ScannedText& text, const PropertyList& list) {
     const std::size_t lengthLimit = lengthOf(text) + growthLimit;
     std::ptrdiff_t position = static_cast<std::ptrdiff_t>(lengthOf(text)) - 1;
-    std::ptrdiff_t lastStart = PTRDIFF_MAX;
-    std::ptrdiff_t leftmost = PTRDIFF_MAX;
+    Progress progress;
     bool isResolved = true;
-    int stuck = 0;
-    int detour = 0;
     while (true) {
         std::size_t length = 0;
         std::wstring name;
@@ -129,29 +149,24 @@ bool replaceTokens(ScannedText& text, const PropertyList& list) {
         if (start < 0) {
             return isResolved;
         }
-        detour = start < leftmost ? 0 : detour + 1;
-        leftmost = std::min(leftmost, start);
-        if (detour == detourLimit || lengthOf(text) > lengthLimit) {
+        if (isDetourTooLong(progress, start) || lengthOf(text) > lengthLimit) {
             logDebug("ZELLauncher> a property text expands without end");
             return false;
         }
-        const std::wstring former = isLogDebug() && lengthOf(text) < debugTextLimit ? wholeOf(text) : L"";
+        const std::optional<std::wstring> former = textForLog(text);
         std::wstring replacement;
         isResolved = resolveToken(name, replacement, list) && isResolved;
         position = replaceAhead(text, static_cast<std::size_t>(start), length, replacement);
-        logReplacement(former, text);
-        stuck = start < lastStart ? 0 : stuck + 1;
-        if (stuck == stuckLimit) {
+        if (const std::optional<std::wstring> changed = textForLog(text); former && changed) {
+            logDebugF(L"ZLNCH0071I: Modified prop_contents %s", *former + L" => " + *changed);
+        }
+        if (isStuck(progress, start) || (!isResolved && start == 0)) {
             return false;
         }
         if (!isResolved) {
-            if (start == 0) {
-                return false;
-            }
             position = start - 1;
             passFrom(text, static_cast<std::size_t>(start) + 1);
         }
-        lastStart = start;
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/clock.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -136,9 +137,50 @@ TEST_F(CacheUpkeep, ThePerCentSignCutsTheNameAlone) {
 }
 
 TEST_F(CacheUpkeep, ARelativeDirectoryIsFatal) {
-    maintain(L"name=app,controlDir=cache");
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0140E: relative paths can not be converted to unicode path");
+    for (const wchar_t* option : {L"name=app,controlDir=cache", L"name=app,controlDir=",
+                                  L"name=app,controlDir=  ,x", L"name=app,controlDir=\\ws"}) {
+        maintain(option);
+        EXPECT_TRUE(outcome.isFatal());
+        EXPECT_EQ(outcome.lastLine(), "ZLNCH0140E: relative paths can not be converted to unicode path");
+        EXPECT_FALSE(machine.exists(history));
+    }
+}
+
+TEST_F(CacheUpkeep, AnEmptyNameFitsEveryFileOfTheDirectoryAndNoneBelow) {
+    for (const wchar_t* name : {L"name=", L"name=   ", L"name=%u"}) {
+        fill(L"C:\\ws\\cache");
+        machine.writeFile(L"C:\\ws\\cache\\app_directory\\kept", "");
+        maintain(name + std::wstring(L",controlDir=C:\\ws\\cache"));
+        EXPECT_TRUE(isPurged(L"C:\\ws\\cache"));
+        EXPECT_FALSE(machine.exists(L"C:\\ws\\cache\\other"));
+        EXPECT_TRUE(machine.exists(L"C:\\ws\\cache\\app_directory\\kept"));
+        EXPECT_TRUE(purged);
+    }
+}
+
+TEST_F(CacheUpkeep, OnlyBlanksAreStripped) {
+    fill(L"C:\\ws\\cache");
+    maintain(L"name=\tapp,controlDir=C:\\ws\\cache");
+    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
+}
+
+TEST_F(CacheUpkeep, TheLettersOfAnOptionAreCaseSensitive) {
+    fill(L"C:\\ws\\cache");
+    maintain(L"Name=app,controlDir=C:\\ws\\cache");
+    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
+    maintain(L"name=app,ControlDir=C:\\ws\\cache");
+    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
+    EXPECT_EQ(machine.readFile(history), started + started);
+}
+
+TEST_F(CacheUpkeep, AnEmptyDirectoryIsNoSuccess) {
+    machine.makeDirectory(L"C:\\ws\\cache");
+    maintain(L"name=app,controlDir=C:\\ws\\cache");
+    EXPECT_FALSE(purged);
+    maintain(L"name=app,controlDir=C:\\ws\\missing");
+    EXPECT_FALSE(purged);
+    EXPECT_EQ(outcome.log, "");
+    EXPECT_EQ(machine.readFile(history), started + started);
 }
 
 TEST_F(CacheUpkeep, WhatCannotBeDeletedDoesNotStopTheStart) {
@@ -181,10 +223,66 @@ TEST_F(History, BlankAndIndentedLinesAreLostAtATrim) {
     EXPECT_EQ(machine.readFile(history), numbered(99, 198) + started);
 }
 
-TEST_F(History, AnEmptyFirstLineEnds) {
+TEST_F(History, AnEmptyFirstLineEndsAndCountsNoLine) {
     machine.writeFile(history, "\n\n\n");
     maintain();
     EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(machine.readFile(history), "\n\n\n" + started);
+    machine.writeFile(history, "\n" + numbered(1, 198));
+    maintain();
+    EXPECT_EQ(machine.readFile(history), "\n" + numbered(1, 198) + started);
+    machine.writeFile(history, "\n" + numbered(1, 199));
+    maintain();
+    EXPECT_EQ(machine.readFile(history), numbered(100, 199) + started);
+}
+
+TEST_F(History, DaysAndTimesHaveTwoDigits) {
+    const simulation::ProcessId id = machine.start({L"C:\\p.exe"}, [] {
+        platform::sleepMilliseconds(69000);  // from the end of January
+        zellauncher::recordPlatformStart(L"C:\\ws");
+        return 0;
+    });
+    machine.waitFor(id);
+    EXPECT_EQ(machine.readFile(history), "Started Sun Feb 01 00:00:09 2026\r\n");
+}
+
+TEST_F(History, ALineBeyondTheLimitCountsAsSeveral) {
+    const std::string longLine(2024 + 10, 'x');
+    machine.writeFile(history, numbered(1, 98) + longLine + "\r\n" + numbered(99, 196));
+    maintain();
+    EXPECT_EQ(machine.readFile(history), numbered(1, 98) + longLine + "\r\n" + numbered(99, 196) + started);
+    machine.writeFile(history, numbered(1, 98) + longLine + "\r\n" + numbered(99, 197));
+    maintain();
+    EXPECT_EQ(machine.readFile(history), std::string(10, 'x') + "\r\n" + numbered(99, 197) + started);
+}
+
+TEST_F(History, ALastLineWithoutItsEndIsALine) {
+    const std::string unended = numbered(1, 199) + "x";
+    machine.writeFile(history, unended);
+    run([] { zellauncher::trimShutdownLog(L"C:/ws/logs"); });
+    EXPECT_EQ(machine.readFile(history), numbered(100, 199) + "x\r\n");
+}
+
+TEST_F(History, TheLinesThatTellOfAFailedTrimAreForDebugging) {
+    machine.makeDirectory(history);
+    outcome = runQuietly([] { zellauncher::trimShutdownLog(L"C:\\ws\\logs"); });
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(History, ATrimThatTheDiskRefusesAtTheEndIsTold) {
+    machine.writeFile(history, numbered(1, 199));
+    fail("closeStream", L"shutdown.log.new");
+    maintain();
+    EXPECT_EQ(outcome.log, "ZLNCH0137E: Error while truncating file.\"C:\\ws\\logs\\shutdown.log\"\n");
+    EXPECT_EQ(outcome.end.status, 0U);
+}
+
+TEST_F(History, ALeftOverNewFileIsReplaced) {
+    machine.writeFile(std::wstring(history) + L".new", numbered(1, 500));
+    machine.writeFile(history, numbered(1, 199));
+    maintain();
+    EXPECT_EQ(machine.readFile(history), numbered(100, 199) + started);
+    EXPECT_FALSE(machine.exists(std::wstring(history) + L".new"));
 }
 
 TEST_F(History, ThatCannotBeWrittenIsFatal) {

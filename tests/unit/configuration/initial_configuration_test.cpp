@@ -112,4 +112,65 @@ TEST_F(InitialConfiguration, TheFlagAsAKeyHasNoEffect) {
     expectFatal(noFlag);
 }
 
+TEST_F(InitialConfiguration, TheFirstFlagWordCounts) {
+    launcher = {{L"config.initial.1", L"-initialCompleteFlag"},
+                {L"config.initial.2", L"first.done"},
+                {L"config.initial.3", L"-initialCompleteFlag"},
+                {L"config.initial.4", L"second.done"}};
+    install = {{L"second.done", L"true"}};
+    EXPECT_TRUE(isDue());
+    install = {{L"first.done", L"true"}};
+    EXPECT_FALSE(isDue());
+}
+
+TEST_F(InitialConfiguration, TheFirstEntryOfThePropertyCounts) {
+    install = {{L"setup.done", L"true"}, {L"setup.done", L"false"}};
+    EXPECT_FALSE(isDue());
+    install = {{L"setup.done", L"false"}, {L"setup.done", L"true"}};
+    EXPECT_TRUE(isDue());
+}
+
+TEST_F(InitialConfiguration, ARepeatedNumberLeavesALaterOneMissing) {
+    launcher.push_back({L"config.initial.4", L"other.done"});
+    expectFatal("ZLNCH0114E: Invalid config.initial arguments. config.initial.5 not found");
+}
+
+TEST_F(InitialConfiguration, TheFirstEntryOfANumberCounts) {
+    launcher = {{L"config.initial.1", L"-initialCompleteFlag"},
+                {L"config.initial.20", L"first.done"},
+                {L"config.initial.2", L"second.done"},
+                {L"config.initial.3", L"word"}};
+    for (const int n : {4, 5, 6}) {
+        launcher.push_back({L"config.initial." + std::to_wstring(n), L"word"});
+    }
+    install = {{L"first.done", L"true"}};
+    EXPECT_FALSE(isDue());
+}
+
+TEST_F(InitialConfiguration, TheFlagNeedsAWholePairBehindIt) {
+    launcher = {{L"config.initial.1", L"-initialCompleteFlag"}, {L"config.initial.2", L""}};
+    expectFatal(noFlag);  // the count ends at the empty name
+    launcher = {{L"config.initial.1", L"-initialCompleteFlag"}};
+    expectFatal(noFlag);
+}
+
+TEST_F(InitialConfiguration, MoreNumbersThanTenAreTakenInTheirOrder) {
+    launcher.clear();
+    for (int n = 1; n <= 12; ++n) {
+        const wchar_t* value = n == 11 ? L"-initialCompleteFlag" : n == 12 ? L"setup.done" : L"word";
+        launcher.push_back({L"config.initial." + std::to_wstring(n), value});
+    }
+    EXPECT_TRUE(isDue());
+    install = {{L"setup.done", L"true"}};
+    EXPECT_FALSE(isDue());
+}
+
+TEST_F(InitialConfiguration, AKindWithoutAFirstRunIgnoresADamagedList) {
+    kind = InstallConfigurationKind::service;
+    launcher = {{L"config.initial.2", L"x"}};
+    EXPECT_FALSE(isDue());
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.log, "");
+}
+
 }  // namespace

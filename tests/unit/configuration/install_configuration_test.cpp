@@ -79,4 +79,22 @@ TEST_F(InstallKind, TheSharedServiceCanBeForced) {
     });
 }
 
+TEST_F(InstallKind, TwoKindsStartJavaDirectly) {
+    run([] {
+        for (int number = 1; number <= 8; ++number) {
+            InstallConfiguration = static_cast<InstallConfigurationKind>(number);
+            EXPECT_EQ(zellauncher::isDirectJavaStart(), number == 1 || number == 7) << number;
+        }
+    });
+}
+
+TEST_F(InstallKind, AMissingKeyTakesAnEarlierLockdownBack) {
+    run([] {
+        zellauncher::readInstallConfiguration({{L"install.configuration", L"lockdown"}}, false);
+        zellauncher::readInstallConfiguration({}, false);
+        EXPECT_FALSE(zellauncher::isLockdownInstall());
+        EXPECT_EQ(InstallConfiguration, InstallConfigurationKind::user);
+    });
+}
+
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "configuration/install_configuration.h"
 #include "platform/files.h"
+#include "properties/property_reader.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -111,6 +112,48 @@ TEST_F(InstallIdentity, WhatIsNotRecordedHasNotChanged) {
     bool answer = true;
     run([&] { answer = zellauncher::installIdChanged(L"A1", L"C:/c"); });
     EXPECT_FALSE(answer);
+}
+
+TEST_F(InstallIdentity, ASecondStartFindsWhatTheFirstOneMade) {
+    machine.writeFile(path, "a=1\r\n");
+    machine.setTickCount(77);
+    resolve(InstallConfigurationKind::userpb);
+    const auto afterFirst = machine.readFile(path);
+    machine.setTickCount(88);
+    launcher.clear();
+    run([&] { zellauncher::loadPropertyFile(path, launcher); });
+    EXPECT_EQ(resolve(InstallConfigurationKind::userpb), L"77");
+    EXPECT_EQ(machine.readFile(path), afterFirst);
+}
+
+TEST_F(InstallIdentity, WhatTheDiskRefusesBehindTheBufferIsNoticed) {
+    machine.writeFile(path, "");
+    simulation::Fault fault;
+    fault.operation = "flushStream";
+    fault.argumentEndsWith = L"zellauncher.properties";
+    fault.error = platform::errorDiskFull;
+    machine.inject(fault);
+    resolve(InstallConfigurationKind::userpb);
+    expectFatal("ZLNCH0018E: Error while writing to C:\\zellauncher.properties file.");
+}
+
+TEST_F(InstallIdentity, WithoutALogTheMessageGoesToTheTemporaryDirectory) {
+    machine.makeDirectory(L"C:\\Temp");
+    const auto end = machine.run({L"C:\\prog.exe"}, [&] {
+        zellauncher::InstallConfiguration = InstallConfigurationKind::service;
+        zellauncher::resolveInstallId(path, launcher);
+        return 0;
+    });
+    EXPECT_EQ(end.status, 0xFFFFFFFFU);
+    EXPECT_NE(machine.readFile(L"C:\\Temp\\zellauncher.log")
+                  .value_or("")
+                  .find("ZLNCH0016E: zel.install.id is required for this configuration!"),
+              std::string::npos);
+}
+
+TEST_F(InstallIdentity, TheFirstRecordedOneCounts) {
+    EXPECT_FALSE(isChanged(L"A1", "zel.install.id=A1\r\nzel.install.id=B2\r\n"));
+    EXPECT_TRUE(isChanged(L"B2", "zel.install.id=A1\r\nzel.install.id=B2\r\n"));
 }
 
 }  // namespace

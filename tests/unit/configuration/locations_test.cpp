@@ -195,4 +195,80 @@ TEST_F(Locations, TheLaunchersOwnProgram) {
     expectFatal("ZLNCH0047E: Unable to locate C:\\Apps\\framework\\Client\\zel\\zellauncher.exe");
 }
 
+TEST_F(Locations, ServicesNeedNoUser) {
+    launcher = {};
+    for (const wchar_t* name : {L"USERNAME", L"HOMEDRIVE", L"HOMEPATH", L"USERPROFILE"}) {
+        machine.unsetEnvironment(name);
+    }
+    for (const InstallConfigurationKind each :
+         {InstallConfigurationKind::service, InstallConfigurationKind::multiuserService}) {
+        kind = each;
+        config();
+        EXPECT_EQ(outcome.end.status, 0U);
+        EXPECT_EQ(outcome.log, "");
+    }
+}
+
+TEST_F(Locations, EveryOtherKindNeedsAUser) {
+    machine.unsetEnvironment(L"USERNAME");
+    for (const int number : {2, 3, 4, 5, 6, 8}) {
+        kind = static_cast<InstallConfigurationKind>(number);
+        config();
+        expectFatal("ZLNCH0037E: Couldn't find the user name!");
+    }
+}
+
+TEST_F(Locations, AUserMayHaveAnyName) {
+    machine.setEnvironment(L"USERNAME", L"\u65e5\u672c %s");
+    machine.setEnvironment(L"HOMEPATH", L"\\Users\\\u0410\u043d\u043d\u0430");
+    EXPECT_EQ(data(), L"C:\\Users\\\u0410\u043d\u043d\u0430/Mivel/ZEL/1234/\u65e5\u672c %s");
+}
+
+TEST_F(Locations, TheArgumentWinsOverTheProperty) {
+    launcher.push_back({L"zel.data", L"${never}"});
+    EXPECT_EQ(data({L"prog", L"-data", L"C:/ws"}), L"C:/ws");
+    launcher.back().value = L"D:/w";
+    EXPECT_EQ(data({L"prog", L"-Data", L"C:/ws"}), L"D:/w");
+    EXPECT_EQ(data({L"prog", L"-data=C:/ws"}), L"D:/w");
+}
+
+TEST_F(Locations, ThePropertyLosesOneSeparator) {
+    launcher = {{L"zel.data", L"C:/w//"}};
+    EXPECT_EQ(data(), L"C:/w/");
+    launcher = {{L"zel.data", L"C:\\w\\"}};
+    EXPECT_EQ(data(), L"C:\\w");
+    launcher = {{L"zel.data", L"/"}};
+    EXPECT_EQ(data(), L"");
+}
+
+TEST_F(Locations, OneTokenOfTheInstallIsResolvedInTheArgument) {
+    EXPECT_EQ(data({L"prog", L"-data", L"${zel.home}/${zel.home}"}), L"C:\\p/${zel.home}");
+    launcher.push_back({L"x", L"C:/x"});
+    EXPECT_EQ(data({L"prog", L"-data", L"${prop.x}/w"}), L"C:/x/w");
+}
+
+TEST_F(Locations, FailuresOfTheWorkspaceAreThoseOfTheConfigurationToo) {
+    launcher = {};
+    config();
+    expectFatal("ZLNCH0035E: Couldn't find the zel.install.id property!");
+}
+
+TEST_F(Locations, AnIdentityWithoutAValueIsAnIdentity) {
+    launcher = {{L"zel.install.id", L""}};
+    EXPECT_EQ(data(), L"C:\\Users\\ann/Mivel/ZEL//ann");
+}
+
+TEST_F(Locations, TheSameAnswerComesOutEachTime) {
+    run([&] {
+        zellauncher::InstallConfiguration = kind;
+        std::wstring first = L"left over";
+        std::wstring second;
+        const Arguments arguments = {L"prog", L"-data", L"w"};
+        zellauncher::resolveDataDirectory(first, launcher, arguments, home);
+        zellauncher::resolveDataDirectory(second, launcher, arguments, home);
+        EXPECT_EQ(first, L"C:\\w");
+        EXPECT_EQ(first, second);
+    });
+}
+
 }  // namespace

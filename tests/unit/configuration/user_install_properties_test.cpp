@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "configuration/install_configuration.h"
 #include "launch/launch_state.h"
 #include "support/launcher_fixture.h"
@@ -108,12 +110,14 @@ TEST_F(UserInstallProperties, LinesOfOtherSystemsFallAway) {
 TEST_F(UserInstallProperties, ContinuationsStayWithTheirLine) {
     EXPECT_EQ(copied("a=1\\\r\n#x\r\nb=2\r\n"), "a=1\\\r\n#x\r\nb=2\r\n");
     EXPECT_EQ(copied("a=1\\\r\nb.linux=2\r\nc.linux=3\r\n"), "a=1\\\r\nb.linux=2\r\n");
+    EXPECT_EQ(copied("a=1\\\r\n2\\\r\nb.linux=3\r\n"), "a=1\\\r\n2\\\r\nb.linux=3\r\n");
     // Judged before the qualifier goes.
     EXPECT_EQ(copied("a.win32\\\r\nb.linux=1\r\n"), "a\r\nb.linux=1\r\n");
 }
 
 TEST_F(UserInstallProperties, ACommentDoesNotContinue) {
     EXPECT_EQ(copied("# c\\\r\na.linux=1\r\n! d\\\r\nb=2\r\n"), "# c\\\r\n! d\\\r\nb=2\r\n");
+    EXPECT_EQ(copied("! d\\\r\na.linux=1\r\n!b.linux=2\r\n"), "! d\\\r\n!b.linux=2\r\n");
     EXPECT_EQ(copied("  # c.linux=1\r\nb=2\r\n"), "# c.linux=1\r\nb=2\r\n");
 }
 
@@ -135,6 +139,134 @@ TEST_F(UserInstallProperties, APerCentSignInTheBlockIsAConversion) {
     launcher[0].value = L"50%% %s%d|%ls";
     ensure("");
     EXPECT_EQ(machine.readFile(userFile)->substr(0, 26), "zel.install.id=50% |\r\nzel.");
+}
+
+TEST_F(UserInstallProperties, APerCentSignAtTheEndOfAValueLeavesTheNextLineWhole) {
+    launcher[0].value = L"50%";
+    launcher.push_back({L"com.mivel.zel.core.locale", L"de%0"});
+    ensure("");
+    EXPECT_EQ(machine.readFile(userFile),
+              "zel.install.id=50\r\nzel.base.location=C\\:/b\r\ninstall.configuration=user\r\n"
+              "com.mivel.zel.core.locale=de\r\n");
+}
+
+TEST_F(UserInstallProperties, PathsInTheBlockAreFormatsToo) {
+    launcher[1].value = L"C:\\100%%\\b";
+    launcher.push_back({L"jvm.location", L"C:\\%s\\\u65e5\u00e9.exe"});
+    ensure("");
+    EXPECT_EQ(machine.readFile(userFile),
+              "zel.install.id=1\r\nvm=C\\:/"
+              "/\\u65e5\\u00e9.exe\r\nzel.base.location=C\\:/100%/b\r\n"
+              "install.configuration=user\r\n");
+}
+
+TEST_F(UserInstallProperties, TheFirstEntryOfAKeyIsTaken) {
+    launcher.push_back({L"zel.install.id", L"2"});
+    launcher.push_back({L"jvm.location", L"a"});
+    launcher.push_back({L"jvm.location", L"b"});
+    ensure("");
+    EXPECT_EQ(machine.readFile(userFile),
+              "zel.install.id=1\r\nvm=a\r\nzel.base.location=C\\:/b\r\ninstall.configuration=user\r\n");
+}
+
+TEST_F(UserInstallProperties, AKeyOfTheBaseFileStaysInFront) {
+    EXPECT_EQ(copied("zel.install.id=base\r\nvm=base"), "zel.install.id=base\r\nvm=base\r\n");
+}
+
+TEST_F(UserInstallProperties, TheBaseFileOfTheKindIsTaken) {
+    machine.writeFile(L"C:\\b\\config\\user\\zelinstall.properties", "kind=1\r\n");
+    EXPECT_EQ(copied("a=1\r\n"), "kind=1\r\n");
+}
+
+TEST_F(UserInstallProperties, APieceOfALongLineIsALineOfItsOwn) {
+    // The first piece ends in a backslash and so the second one belongs to it.
+    EXPECT_EQ(copied("a=" + std::string(2021, 'x') + "\\b.linux=1\r\n"),
+              "a=" + std::string(2021, 'x') + "\\\r\nb.linux=1\r\n");
+    EXPECT_EQ(copied("a=" + std::string(2022, 'x') + "b.linux=1\r\n"),
+              "a=" + std::string(2022, 'x') + "\r\n");
+}
+
+TEST_F(UserInstallProperties, AfterADroppedEntryTheNextOneIsJudgedByItself) {
+    EXPECT_EQ(copied("a.linux=1\\\r\n2\r\nb.macosx=3\r\n#c\r\nd=4\r\n"), "#c\r\nd=4\r\n");
+    EXPECT_EQ(copied("a.linux=1\\\r\n#2\r\nb=3\r\n"), "b=3\r\n");
+    EXPECT_EQ(copied("a=1\\\r\n2\r\nb.linux=3\r\n"), "a=1\\\r\n2\r\n");
+}
+
+TEST_F(UserInstallProperties, ACtrlZAndANulEndWhatIsRead) {
+    EXPECT_EQ(copied("a=1\r\n\x1A"
+                     "b=2\r\n"),
+              "a=1\r\n");
+    EXPECT_EQ(copied(std::string("a=1\0junk\r\nb=2\r\n", 15)), "a=1\r\nb=2\r\n");
+}
+
+TEST_F(UserInstallProperties, TheResultTellsWhetherTheFilesOpened) {
+    const std::wstring target = std::wstring(userFile) + L".new";
+    machine.writeFile(userFile, "a=1\r\n");
+    run([&] {
+        EXPECT_EQ(
+            zellauncher::writeUserInstallProperties(L"C:/ws/.config/zelinstall.properties",
+                                                    L"C:/ws/.config/zelinstall.properties.new", launcher),
+            0);
+        EXPECT_FALSE(zellauncher::initialLaunch);
+    });
+    EXPECT_EQ(machine.readFile(target), "a=1\r\n" + block);
+    EXPECT_EQ(machine.readFile(userFile), "a=1\r\n");
+    machine.remove(userFile);
+    outcome =
+        run([&] { EXPECT_EQ(zellauncher::writeUserInstallProperties(userFile, target, launcher), -1); });
+    EXPECT_TRUE(
+        outcome.logHas("ZLNCH0074E: Unable to open user specific zelinstall.properties and temporary "
+                       "zelinstall.properties files."));
+    run([&] { EXPECT_EQ(zellauncher::writeUserInstallProperties(target, L"C:/none/x", launcher), -1); });
+}
+
+TEST_F(UserInstallProperties, AFullDiskIsToldWhenTheBlockIsWrittenOut) {
+    fail("flushStream", L".new");
+    ensure("a=1\r\n");
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_TRUE(isInitial);
+    EXPECT_TRUE(
+        outcome.logHas("ZLNCH0015E: Unable to append values to user specific zelinstall.properties file."));
+}
+
+TEST_F(UserInstallProperties, AReplacementThatFailsLeavesTheCopyOfTheBaseFile) {
+    fail("moveFile", L"zelinstall.properties");
+    ensure("a=1\r\n");
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_TRUE(isInitial);
+    EXPECT_EQ(machine.readFile(userFile), "a=1\r\n");
+    EXPECT_EQ(machine.readFile(std::wstring(userFile) + L".new"), "a=1\r\n" + block);
+}
+
+TEST_F(UserInstallProperties, AnEarlierTemporaryFileIsNoObstacle) {
+    machine.writeFile(std::wstring(userFile) + L".new", std::string(9000, 'x'));
+    EXPECT_EQ(copied("a=1\r\n"), "a=1\r\n");
+}
+
+// A start that dies at any moment leaves a file that the next one can work with: none, the plain copy
+// that the check of the start finds incomplete, or the whole file. Never a piece of one.
+TEST_F(UserInstallProperties, ADeathAtAnyMomentLeavesNoPieceOfAFile) {
+    const std::string base = "a=1\r\nb.linux=2\r\n";
+    const std::string whole = "a=1\r\n" + block;
+    bool isDead = true;
+    int deaths = 0;
+    for (std::uint64_t nth = 1; isDead; ++nth) {
+        machine.remove(L"C:\\ws\\.config");
+        machine.makeDirectory(L"C:\\ws\\.config");
+        machine.stopDeadAt(nth);
+        ensure(base);
+        machine.stopDeadAt(0);
+        isDead = outcome.end.kind == simulation::EndKind::stoppedDead;
+        deaths += isDead ? 1 : 0;
+        const std::string left = machine.readFile(userFile).value_or(base);
+        EXPECT_TRUE(left == base || left == whole) << nth << ": " << left;
+        ensure(base);
+        EXPECT_EQ(outcome.end.status, 0U);
+        const std::string next = machine.readFile(userFile).value_or("(absent)");
+        EXPECT_TRUE(next == base || next == whole) << nth << ": " << next;
+    }
+    EXPECT_GT(deaths, 10);
+    EXPECT_EQ(machine.readFile(userFile), whole);
 }
 
 TEST_F(UserInstallProperties, AMissingBaseFileIsFatal) {
@@ -183,6 +315,12 @@ TEST(Escaping, ValuesArePlainAscii) {
     std::wstring out = L"x";
     zellauncher::escapeValue(L"a b#!=:\\\t\x7F\u00E9\uFFFF${}", out);
     EXPECT_EQ(out, L"xa b\\#\\!\\=\\:\\\\\\u0009\\u007f\\u00e9\\uffff${}");
+}
+
+TEST(Escaping, TheFirstAndTheLastPlainCharacterStay) {
+    std::wstring out;
+    zellauncher::escapeValue(L"\x1F ~\x7F", out);
+    EXPECT_EQ(out, L"\\u001f ~\\u007f");
 }
 
 TEST(Escaping, EntriesEscapeTheBlanksOfTheirKey) {

@@ -73,9 +73,27 @@ TEST_F(ApplicationIdentity, AnAbsentOrEmptyOneIsTheDefault) {
     EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
 }
 
+TEST_F(ApplicationIdentity, TheFirstWholeOptionBehindTheProgramDecides) {
+    launcher = {{L"config.x.appID", L"abc"}, {L"config.y.appID", L"def"}, {L"config..appID", L"empty"}};
+    resolve({L"prog", L"-config", L"x", L"-config", L"y"});
+    EXPECT_EQ(identity, L"abc");
+    resolve({L"prog", L"-Config", L"x", L"-configuration", L"x", L"-config", L"y"});
+    EXPECT_EQ(identity, L"def");
+    resolve({L"prog", L"-config", L""});
+    EXPECT_EQ(identity, L"empty");
+    resolve({L"-config", L"x"});
+    EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
+    resolve({L"prog", L"-config", L"X"});
+    EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
+    launcher = {{L"config.-config.appID", L"odd"}};
+    resolve({L"prog", L"-config", L"-config"});
+    EXPECT_EQ(identity, L"odd");
+}
+
 TEST_F(ApplicationIdentity, OlderSystemsHaveNone) {
     machine.setSystemVersion(6, 0);
-    resolve({L"prog"});
+    launcher = {{L"config.x.appID", L"abc"}};
+    resolve({L"prog", L"-config", L"x"});
     EXPECT_EQ(identity, L"");
     EXPECT_FALSE(isUsed);
     EXPECT_FALSE(preventsPinning);

@@ -60,6 +60,24 @@ TEST_F(LockOwner, ATextThatIsNoNumberIsFatal) {
     expectFatal("ZLNCH0092E: Error reading platform lock file.");
 }
 
+TEST_F(LockOwner, ARecordThatCannotBeReadIsNoOwner) {
+    machine.writeFile(lockFile, "4711");
+    fail("readStream", platform::errorLockViolation);
+    EXPECT_FALSE(isAlive());
+    EXPECT_EQ(outcome.lastLine(), "ZLNCH0091E: No data in the platform lock file.");
+    EXPECT_EQ(owner, 0);
+}
+
+TEST_F(LockOwner, ItsProgressIsForDebugging) {
+    machine.writeFile(lockFile, "");
+    outcome = runQuietly([] {
+        zellauncher::lockFilePath = lockFile;
+        zellauncher::openLockFile();
+        EXPECT_FALSE(zellauncher::isLockOwnerAlive(L"", SemaphoreUse::keepOpen));
+    });
+    EXPECT_EQ(outcome.log, "");
+}
+
 TEST_F(LockOwner, TheNumberIsReadWhateverTheAnswer) {
     machine.writeFile(lockFile, "  -12x");
     EXPECT_FALSE(isAlive());
@@ -84,6 +102,18 @@ TEST_F(LockOwner, ANameWithoutABackslashIsNobodys) {
     machine.createSemaphore(L"Globalabcsem", true);
     machine.createSemaphore(L"Global\\abcsem", true);
     EXPECT_FALSE(isAlive());
+}
+
+TEST_F(LockOwner, TheSemaphoreIsCalledAfterTheLastComponentAlone) {
+    machine.writeFile(lockFile, "4711");
+    machine.writeFile(endpoint, "\\\\.\\pipe\\a\\b/c\r\n");
+    machine.createSemaphore(L"Global\\a\\b/csem", true);
+    EXPECT_FALSE(isAlive());
+    machine.createSemaphore(L"Global\\b/csem", true);
+    EXPECT_TRUE(isAlive());
+    machine.writeFile(endpoint, "\\\\.\\pipe\\\r\n");
+    machine.createSemaphore(L"Global\\sem", true);
+    EXPECT_TRUE(isAlive());
 }
 
 TEST_F(LockOwner, ASemaphoreThatMayNotBeOpenedIsFatal) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "foundation/log_channel.h"
+#include "instance/process_record.h"
+#include "platform/child_processes.h"
 #include "platform/process.h"
 #include "unit/instance/workspace_fixture.h"
 
@@ -30,6 +32,24 @@ TEST_F(PlatformLock, ItsLinesStandInEveryLog) {
               "ZLNCH0090E: Existing platform lock file found - checking validity.\n"
               "ZLNCH0091E: No data in the platform lock file.\n"
               "ZLNCH0304I: We are main process\n");
+}
+
+TEST_F(PlatformLock, TheFilesOfAWorkspaceLieSideBySide) {
+    runQuietly([] {
+        zellauncher::acquirePlatformLock({L"prog"}, L"C:/ws", L"");
+        EXPECT_EQ(zellauncher::lockFilePath, lockFile);
+        EXPECT_EQ(zellauncher::endpointFilePath, endpoint);
+        EXPECT_EQ(zellauncher::mainRecordPath, instancetest::mainRecord);
+    });
+}
+
+TEST_F(PlatformLock, KeepsADebugFlagThatIsOn) {
+    run([] {
+        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+        EXPECT_TRUE(zellauncher::isLogDebug());
+        zellauncher::releasePlatformLock();
+        EXPECT_TRUE(zellauncher::isLogDebug());
+    });
 }
 
 TEST_F(PlatformLock, RestoresTheDebugFlag) {
@@ -73,6 +93,38 @@ TEST_F(PlatformLock, AFileThatCannotBeOpenedIsFatal) {
     machine.makeDirectory(lockFile);
     acquire();
     expectFatal("ZLNCH0054E: Error locating platform lock file");
+}
+
+TEST_F(PlatformLock, AWorkspaceThatIsMissingIsFatal) {
+    machine.remove(L"C:\\ws");
+    acquire();
+    expectFatal("ZLNCH0054E: Error locating platform lock file");
+}
+
+TEST_F(PlatformLock, AFileThatExistsKeepsItsContentAndAttributes) {
+    machine.writeFile(lockFile, "4711          ");
+    machine.setAttributes(lockFile, 0x80);
+    acquire();
+    EXPECT_EQ(machine.readFile(lockFile), "4711          ");
+    EXPECT_EQ(machine.attributes(lockFile), 0x80U);
+}
+
+TEST_F(PlatformLock, AnEndpointThatCannotBeDeletedIsStaleAllTheSame) {
+    machine.writeFile(endpoint, "\\\\.\\pipe\\gone\r\n");
+    machine.setAttributes(endpoint, 0x1);
+    acquire();
+    EXPECT_TRUE(isMain);
+    EXPECT_TRUE(isStale);
+    EXPECT_EQ(outcome.end.status, 0U);
+}
+
+TEST_F(PlatformLock, AnotherUsersPlatformEndsTheStart) {
+    machine.writeFile(lockFile, "4711          ");
+    machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
+    machine.createSemaphore(L"Global\\abcsem", false);
+    acquire();
+    expectFatal("ZLNCH0303E: Unable to access process. Is it elevated? '");
+    EXPECT_TRUE(machine.exists(endpoint));
 }
 
 TEST_F(PlatformLock, AFileThatCannotBeLockedIsFatalAtOnce) {
@@ -148,6 +200,68 @@ TEST_F(PlatformLock, AFailureToReleaseIsFatal) {
         zellauncher::releasePlatformLock();
     });
     expectFatal("ZLNCH0070E: Error unlocking platform lock file");
+}
+
+// Launchers in line for one workspace: the first one starts a platform, which publishes its pipe
+// after a while.
+class Line : public Workspace {
+protected:
+    void installPlatform(std::uint32_t publishesAfter) {
+        machine.installProgram(L"C:\\eclipse.exe", [publishesAfter] {
+            simulation::holdSemaphore(L"Global\\p1sem");
+            platform::sleepMilliseconds(publishesAfter);
+            zellauncher::TextStream pipe;
+            zellauncher::openFile(pipe, endpoint, "w");
+            zellauncher::putText(pipe, L"\\\\.\\pipe\\p1\n");
+            zellauncher::closeTextStream(pipe);
+            platform::sleepMilliseconds(3600000);
+            return 0;
+        });
+    }
+    simulation::ProcessId begin() {
+        return machine.start({L"C:\\zel\\zellauncher.exe"}, [this] {
+            zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"eclipse.exe");
+            owners.push_back(zellauncher::lockOwnerPid);
+            if (!zellauncher::isMainProcess) {
+                ++daemons;
+            } else {
+                platform::ChildProcess child;
+                EXPECT_TRUE(platform::createProcess(L"C:\\eclipse.exe", {}, child));
+                zellauncher::recordPlatformProcess(child.processId);
+            }
+            zellauncher::releasePlatformLock();
+            return 0;
+        });
+    }
+    void startTogether(int launchers) {
+        std::vector<simulation::ProcessId> all;
+        for (int i = 0; i < launchers; ++i) {
+            all.push_back(begin());
+        }
+        for (const simulation::ProcessId launcher : all) {
+            EXPECT_EQ(machine.waitFor(launcher).status, 0U);
+        }
+    }
+    int daemons = 0;
+    std::vector<std::int32_t> owners;
+};
+
+TEST_F(Line, OneStartsThePlatformAndTheOthersFindIt) {
+    installPlatform(14500);
+    startTogether(3);
+    ASSERT_EQ(machine.startedProcesses().size(), 1U);
+    EXPECT_EQ(daemons, 2);
+    const auto platformId = static_cast<std::int32_t>(machine.startedProcesses()[0].id);
+    EXPECT_EQ(owners, (std::vector<std::int32_t>{0, platformId, platformId}));
+    EXPECT_EQ(machine.readFile(lockFile), std::to_string(platformId) + "          ");
+}
+
+TEST_F(Line, APlatformThatPublishesTooLateGetsASecondOne) {
+    installPlatform(20000);
+    startTogether(2);
+    EXPECT_EQ(machine.startedProcesses().size(), 2U);
+    EXPECT_EQ(daemons, 0);
+    EXPECT_GE(machine.elapsedMilliseconds(), 15000U);
 }
 
 TEST_F(PlatformLock, InvalidationBlanksTheRecordInPlace) {
@@ -237,6 +351,91 @@ TEST_F(Restart, WithoutANumberTheWaitEndsAfterTheFirstLook) {
     EXPECT_FALSE(isMain);
     acquire({L"prog", L"-restart", L"-zel_old_pid"});
     EXPECT_FALSE(isMain);
+}
+
+TEST_F(Restart, WhoIsNotAskedToWaitDoesNot) {
+    startPlatform(3600000);
+    const std::uint64_t begin = machine.elapsedMilliseconds();
+    for (const zellauncher::Arguments& arguments :
+         {zellauncher::Arguments{L"-restart"}, {L"prog", L"-Restart"}, {L"prog", L"-zel_old_pid", L"1"}}) {
+        acquire(arguments);
+        EXPECT_FALSE(isMain);
+    }
+    EXPECT_EQ(machine.elapsedMilliseconds(), begin);
+}
+
+TEST_F(Restart, ANumberThatIsNoneIsZero) {
+    startPlatform(3600000);
+    const std::uint64_t begin = machine.elapsedMilliseconds();
+    acquire({L"prog", L"-restart", L"-zel_old_pid", L"p1"});
+    EXPECT_EQ(machine.elapsedMilliseconds() - begin, 1000U);
+    machine.writeFile(lockFile, "0          ");
+    acquire({L"prog", L"-restart"});
+    EXPECT_EQ(machine.elapsedMilliseconds() - begin, 21000U);  // 0 in the file fits the absent number
+    EXPECT_TRUE(isMain);
+}
+
+TEST_F(Restart, APlatformThatEndsInTimeKeepsItsRecord) {
+    const simulation::ProcessId old = startPlatform(18500);
+    acquire(restartOf(old));
+    EXPECT_TRUE(isMain);
+    EXPECT_EQ(outcome.log.find("ZLNCH0013E"), std::string::npos);
+    EXPECT_EQ(machine.readFile(lockFile), std::to_string(old) + "          ");
+}
+
+TEST_F(Restart, AnEndpointThatGoesAwayDoesNotEndTheWait) {
+    const simulation::ProcessId old = startPlatform(10000);
+    machine.start({L"C:\\eclipse.exe"}, [this] {
+        platform::sleepMilliseconds(3500);
+        machine.remove(endpoint);
+        return 0;
+    });
+    const std::uint64_t begin = machine.elapsedMilliseconds();
+    acquire(restartOf(old));
+    EXPECT_GE(machine.elapsedMilliseconds() - begin, 9999U);
+    EXPECT_LE(machine.elapsedMilliseconds() - begin, 11000U);
+    EXPECT_TRUE(isMain);
+    EXPECT_FALSE(isStale);
+}
+
+TEST_F(Restart, ANewOwnerEndsTheWait) {
+    const simulation::ProcessId old = startPlatform(3600000);
+    machine.start({L"C:\\eclipse.exe"}, [this] {
+        platform::sleepMilliseconds(4500);
+        machine.writeFile(lockFile, "1          ");
+        return 0;
+    });
+    const std::uint64_t begin = machine.elapsedMilliseconds();
+    acquire(restartOf(old));
+    EXPECT_LE(machine.elapsedMilliseconds() - begin, 5000U);
+    EXPECT_GE(machine.elapsedMilliseconds() - begin, 4499U);
+    EXPECT_FALSE(isMain);
+    EXPECT_EQ(owner, 1);
+}
+
+TEST_F(Restart, ARecordUnderALauncherAtWorkCannotBeReadAndTheLockDecides) {
+    const simulation::ProcessId old = startPlatform(30000);
+    machine.start({L"C:\\zel\\zellauncher.exe"}, [] {
+        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+        platform::sleepMilliseconds(5000);
+        return 0;
+    });
+    machine.runUntilIdle(1);
+    const std::uint64_t begin = machine.elapsedMilliseconds();
+    acquire(restartOf(old));
+    EXPECT_TRUE(outcome.logHas("ZLNCH0091E: No data in the platform lock file."));
+    EXPECT_LE(machine.elapsedMilliseconds() - begin, 6000U);
+    EXPECT_FALSE(isMain);
+    EXPECT_EQ(owner, static_cast<std::int32_t>(old));
+}
+
+TEST_F(Restart, AnotherUsersPlatformEndsTheStartBeforeTheLock) {
+    machine.writeFile(lockFile, "4711          ");
+    machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
+    machine.createSemaphore(L"Global\\abcsem", false);
+    acquire({L"prog", L"-restart", L"-zel_old_pid", L"4711"});
+    expectFatal("ZLNCH0303E: Unable to access process. Is it elevated? '");
+    EXPECT_EQ(outcome.log.find("ZLNCH0303I"), std::string::npos);
 }
 
 TEST_F(Restart, WithoutAPlatformOnlyASecondPasses) {

@@ -104,6 +104,65 @@ TEST_F(ArgumentExpansion, TheLastVmargsDecides) {
               (Arguments{L"prog", L"-vmargs", L"b", L"p", L"-vmargs"}));
 }
 
+TEST_F(ArgumentExpansion, TheNameOfAConfigurationIsNoVmargs) {
+    launcherProperties = {{L"config.-vmargs.1", L"p"}};
+    EXPECT_EQ(expand({L"prog", L"-config", L"-vmargs", L"x"}), (Arguments{L"prog", L"x", L"p"}));
+    EXPECT_EQ(expand({L"prog", L"x", L"-vmargs", L"-config", L"-vmargs"}),
+              (Arguments{L"p", L"prog", L"x", L"-vmargs"}));
+}
+
+TEST_F(ArgumentExpansion, AVmargsAsTheFirstWordsLeavesThePlaceOpen) {
+    launcherProperties = {{L"config.a.1", L"p"}};
+    EXPECT_EQ(expand({L"-vmargs", L"-config", L"a"}), (Arguments{L"-vmargs", L"p"}));
+    EXPECT_EQ(expand({L"prog", L"-vmargs", L"-config", L"a"}), (Arguments{L"prog", L"-vmargs", L"p"}));
+}
+
+TEST_F(ArgumentExpansion, OverridesAmongTheWordsCountForThePlace) {
+    launcherProperties = {{L"config.a.1", L"p"}};
+    EXPECT_EQ(expand({L"prog", L"vmarg.q=1", L"-config", L"a", L"x", L"-vmargs", L"-Xfoo"}),
+              (Arguments{L"prog", L"x", L"p", L"-vmargs", L"-Xfoo"}));
+    EXPECT_EQ(overrides, (VmargOverrides{{L"vmarg.q", L"1"}}));
+}
+
+TEST_F(ArgumentExpansion, OnlyTheFirstConfigurationCounts) {
+    launcherProperties = {{L"config.a.1", L"x"}, {L"config.b.1", L"y"}};
+    EXPECT_EQ(expand({L"prog", L"-config", L"a", L"-config", L"b"}),
+              (Arguments{L"prog", L"-config", L"b", L"x"}));
+    EXPECT_EQ(expand({L"-config", L"a"}), (Arguments{L"-config", L"a"}));  // the program is no option
+    EXPECT_EQ(expand({L"prog", L"-config", L"-config"}), (Arguments{L"prog"}));
+}
+
+TEST_F(ArgumentExpansion, EveryOnceOnlyWordLosesItsSecondOccurrence) {
+    const Arguments onceOnly = {L"-vm",          L"-data",        L"-plugincustomization",
+                                L"-application", L"-personality", L"-nl",
+                                L"-dir",         L"-console",     L"-debug",
+                                L"-pb4l"};
+    for (const std::wstring& word : onceOnly) {
+        launcherProperties = {{L"config.c.1", word}, {L"config.c.2", L"v"}, {L"config.c.3", word}};
+        EXPECT_EQ(expand({L"prog", word, L"u", L"-config", L"c"}),
+                  (Arguments{L"prog", word, L"u", L"v", word}));
+    }
+    launcherProperties = {{L"config.c.1", L"-product"},
+                          {L"config.c.2", L"v"},
+                          {L"config.c.3", L"-product"},
+                          {L"config.c.4", L"-product"}};
+    EXPECT_EQ(expand({L"prog", L"-product", L"u", L"-config", L"c"}),
+              (Arguments{L"prog", L"-product", L"u", L"v", L"-product"}));
+}
+
+TEST_F(ArgumentExpansion, WordsOfAnyLengthAndNumberPass) {
+    Arguments words = {L"prog", L"-config", L"c", std::wstring(100000, L'x'), L""};
+    for (int i = 0; i < 20000; ++i) {
+        words.push_back(L"w");
+    }
+    launcherProperties = {{L"config.c.1", std::wstring(100000, L'y')}};
+    const Arguments result = expand(words);
+    ASSERT_EQ(result.size(), words.size() - 1);
+    EXPECT_EQ(result[1], words[3]);
+    EXPECT_EQ(result[2], L"");
+    EXPECT_EQ(result.back(), std::wstring(100000, L'y'));
+}
+
 TEST_F(ArgumentExpansion, SecondOccurrencesOfSomeWordsGoAndLeaveTheirValues) {
     launcherProperties = {
         {L"config.c.1", L"-data"},    {L"config.c.2", L"b"},        {L"config.c.3", L"-vm"},
@@ -130,6 +189,23 @@ TEST_F(ArgumentExpansion, TheFirstDataWordReplacesTheProperty) {
     EXPECT_EQ(zellauncher::lookupProperty(L"zel.data", launcherProperties), nullptr);
 }
 
+TEST_F(ArgumentExpansion, TheDataWordOfTheUserBeatsTheConfiguredOne) {
+    launcherProperties = {
+        {L"zel.data", L"old"}, {L"zel.data", L"second"}, {L"config.c.1", L"-data"}, {L"config.c.2", L"b"}};
+    EXPECT_EQ(expand({L"prog", L"-data", L"a", L"-config", L"c"}),
+              (Arguments{L"prog", L"-data", L"a", L"b"}));
+    EXPECT_EQ(launcherProperties[0].value, L"a");
+    EXPECT_EQ(launcherProperties[1].value, L"second");
+}
+
+TEST_F(ArgumentExpansion, ADataWordMayBeAnOverrideOrEmpty) {
+    launcherProperties = {{L"zel.data", L"old"}};
+    EXPECT_EQ(expand({L"prog", L"-data", L"vmarg.a=1", L"-config", L"c"}), (Arguments{L"prog", L"-data"}));
+    EXPECT_EQ(launcherProperties[0].value, L"vmarg.a=1");
+    expand({L"prog", L"-config", L"c", L"-data", L""});
+    EXPECT_EQ(launcherProperties[0].value, L"");
+}
+
 TEST_F(ArgumentExpansion, ADataWordWithoutAConfigurationLeavesTheProperty) {
     launcherProperties = {{L"zel.data", L"old"}};
     expand({L"prog", L"-data", L"new"});
@@ -154,6 +230,20 @@ TEST_F(ArgumentExpansion, TheDebugMarkerBringsItsOptions) {
     EXPECT_EQ(
         expand({L"prog", L"-debug", L"-console", L"-debugFile", L"-debug"}),
         (Arguments{L"prog", L"-debugFile", L"-pb4l", L"-debug", L"-console", L"-debugFile", L"-debug"}));
+}
+
+TEST_F(ArgumentExpansion, TheMarkerIsFoundThroughAHomeWithForwardSlashes) {
+    machine.writeFile(marker, "");
+    run([&] {
+        zellauncher::expandConfiguredArguments(effective, {L"prog"}, launcherProperties, overrides,
+                                               L"C:/Apps/framework/Client");
+        EXPECT_TRUE(zellauncher::provDebugHold);
+        EXPECT_EQ(zellauncher::provDebugFile, marker);
+        machine.remove(marker);
+        zellauncher::expandConfiguredArguments(effective, {L"prog"}, launcherProperties, overrides, home);
+        EXPECT_FALSE(zellauncher::provDebugHold);
+    });
+    EXPECT_EQ(effective, (Arguments{L"prog"}));
 }
 
 TEST_F(ArgumentExpansion, AConfigurationDoesNotLookForTheMarker) {

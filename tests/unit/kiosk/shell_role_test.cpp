@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -61,6 +63,42 @@ TEST_F(ShellRole, MissingValuesAreTold) {
     EXPECT_EQ(outcome.log, "ZLNCH0058E: Error reading HKLM\\" + winLogonText +
                                "\\Shell: rc = 2\nZLNCH0134E: Error reading HKLM\\" + winLogonText +
                                "\\Shell: rc = 2\n");
+}
+
+TEST_F(ShellRole, AnUnreadableKeyIsToldWithItsCode) {
+    machine.setRegistryText(winLogon, L"Shell", L"kiosk.exe");
+    machine.setRegistryText(shells, L"KSD_SHELL", L"kiosk.exe");
+    simulation::Fault fault;
+    fault.operation = "openRegistryKey";
+    fault.nth = 2;
+    machine.inject(fault);
+    EXPECT_FALSE(isKiosk());
+    EXPECT_EQ(outcome.log, "ZLNCH0131E: Error opening HKLM\\" + winLogonText + "\\KSDShells key: rc = 5\n");
+    EXPECT_TRUE(isKiosk());
+}
+
+TEST_F(ShellRole, AKioskShellWithoutALogonShellIsComparedWithAnEmptyText) {
+    machine.setRegistryText(shells, L"KSD_SHELL", L"kiosk.exe");
+    EXPECT_FALSE(isKiosk());
+    EXPECT_EQ(outcome.log, "ZLNCH0057E: Error opening HKLM\\" + winLogonText + " key: rc = 2\n");
+    machine.setRegistryText(shells, L"KSD_SHELL", L"");
+    EXPECT_TRUE(isKiosk());
+}
+
+TEST_F(ShellRole, FailuresAreForDebugging) {
+    outcome = runQuietly([] { EXPECT_TRUE(zellauncher::isKioskShellActive()); });
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(ShellRole, BothKeysAreGivenBack) {
+    isKiosk();
+    machine.setRegistryText(winLogon, L"Shell", L"a");
+    machine.setRegistryText(shells, L"KSD_SHELL", L"a");
+    isKiosk();
+    const auto closings = std::count_if(
+        machine.operations().begin(), machine.operations().end(),
+        [](const simulation::Operation& operation) { return operation.name == "closeRegistryKey"; });
+    EXPECT_EQ(closings, 4);
 }
 
 TEST_F(ShellRole, AKioskShellLongerThanTheLogonShellIsNotRead) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "support/failing_allocation.h"
 #include "support/launcher_fixture.h"
 
@@ -68,6 +70,46 @@ TEST_F(FindingProperties, WithoutMemoryIsFatal) {
     EXPECT_EQ(outcome.lastLine(), "ZLNCH0046E: findProperties malloc for property strings failed!");
 }
 
+class StoringTexts : public launchertest::OnMachine {
+protected:
+    const std::wstring longText = std::wstring(5000, L'x');
+    PropertyList list = {{L"k", L"v"}};
+
+    void expectFatal(const std::function<void()>& store) {
+        const auto outcome = run([&] {
+            const launchertest::FailingAllocation failing(longText.size() * sizeof(wchar_t));
+            store();
+            ADD_FAILURE() << "went on without the memory";
+        });
+        EXPECT_TRUE(outcome.isFatal());
+        EXPECT_TRUE(outcome.log.starts_with("ZLNCH0004E: newString malloc failed. ")) << outcome.log;
+        EXPECT_EQ(list.size(), 1U);
+        EXPECT_EQ(list[0].value, L"v");
+    }
+};
+
+TEST_F(StoringTexts, WithoutMemoryIsFatalAndLeavesTheListAsItWas) {
+    expectFatal([&] { zellauncher::appendEntry(list, L"a", longText); });
+    expectFatal([&] { zellauncher::appendEntry(list, longText, L"a"); });
+    expectFatal([&] { zellauncher::addProperty(list, L"a", longText); });
+    expectFatal([&] { zellauncher::setPropertyValue(L"k", longText, list); });
+}
+
+TEST_F(StoringTexts, KeepsThemAsTheyStand) {
+    zellauncher::appendEntry(list, L" a ", L"b\\u0041 ");
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[1].key, L" a ");
+    EXPECT_EQ(list[1].value, L"b\\u0041 ");
+}
+
+TEST(Properties, APrefixMayBeEmptyOrAWholeKey) {
+    const PropertyList list = {{L"ab", L"1"}, {L"abc", L"2"}, {L"a", L"3"}};
+    EXPECT_EQ(findProperties(L"", list).size(), 3U);
+    EXPECT_EQ(findProperties(L"ab", list).size(), 2U);
+    EXPECT_EQ(findProperties(L"abcd", list).size(), 0U);
+    EXPECT_EQ(findProperties(L"", PropertyList{{L"", L"1"}, {L"a", L"2"}}).size(), 0U);
+}
+
 class AddingProperties : public launchertest::OnMachine {};
 
 TEST_F(AddingProperties, TrimsTheKeyAndUnescapesTheValue) {
@@ -100,6 +142,11 @@ TEST(Unescaping, ResolvesPairsUnitsAndOtherCharacters) {
     EXPECT_EQ(unescaped(L"\\u +9z"), std::wstring(1, wchar_t(9)));
     EXPECT_EQ(unescaped(L"\\u-001"), std::wstring(1, wchar_t(0xFFFF)));
     EXPECT_EQ(unescaped(L" a\\ b "), L"a b");
+    EXPECT_EQ(unescaped(L"\\n\\t\\r\\b"), L"ntrb");  // there are no control characters to escape
+    EXPECT_EQ(unescaped(L"\\U0041"), L"U0041");
+    EXPECT_EQ(unescaped(L"\\u\\\\\\\\x"), L"");  // four characters go with the escape, whatever they are
+    EXPECT_EQ(unescaped(L"\\u4g\\\\x"), std::wstring(1, wchar_t(4)) + L"x");
+    EXPECT_EQ(unescaped(L"\\uffff"), std::wstring(1, wchar_t(0xFFFF)));
 }
 
 TEST(Trimming, TakesBlanksAloneOffBothEnds) {

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "foundation/file_operations.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -210,9 +212,127 @@ TEST_F(PropertyReader, AFileThatCannotBeOpenedIsFatal) {
     EXPECT_EQ(run(loadIt).lastLine(), message);
 }
 
-TEST_F(PropertyReader, AMillionCharactersInOneLineAreReadInTime) {
-    load("arg1=" + std::string(1000000, 'x'));
-    EXPECT_GE(list.size(), 1U);
+TEST_F(PropertyReader, AMillionCharactersInOneLineComeInPieces) {
+    machine.writeFile(path, "arg1=" + std::string(1000000, 'x') + "\r\nb=2\r\n");
+    runQuietly([&] { zellauncher::loadPropertyFile(path, list); });
+    ASSERT_EQ(list.size(), 3U);
+    EXPECT_EQ(list[0].value, std::wstring(2019, L'x'));
+    EXPECT_EQ(list[1].key, std::wstring(1000005 % 2024, L'x'));  // the pieces between are too long
+    EXPECT_EQ(list[2].key, L"b");
+}
+
+TEST_F(PropertyReader, AMillionCharactersInContinuedLinesAreOneValue) {
+    std::string content = "a=b\\\r\n";
+    for (int i = 0; i < 1000; ++i) {
+        content += std::string(999, 'x') + "\\\r\n";
+    }
+    machine.writeFile(path, content + "end\r\nb=2\r\n");
+    const auto quiet = runQuietly([&] { zellauncher::loadPropertyFile(path, list); });
+    EXPECT_EQ(quiet.log, "");
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[0].value.size(), 999004U);
+    EXPECT_EQ(list[1].value, L"2");
+}
+
+TEST_F(PropertyReader, APieceOfALongLineLosesTheWhiteSpaceAtItsHead) {
+    expectEntries("arg1=" + std::string(2018, 'x') + "y  arg2=z\r\n",
+                  {{L"arg1", std::wstring(2018, L'x') + L"y"}, {L"arg2", L"z"}});
+}
+
+TEST_F(PropertyReader, ALineIsAnArgumentByItsFirstThreeLettersAlone) {
+    const std::string rest = "=" + std::string(1500, 'x') + "\r\n";
+    load("argument" + rest + "Arg1" + rest + "#arg" + rest + "-arg" + rest);
+    ASSERT_EQ(list.size(), 1U);
+    EXPECT_EQ(list[0].key, L"argument");
+}
+
+TEST_F(PropertyReader, WhetherALineIsAJvmOptionIsSettledAtItsHead) {
+    expectEntries("-Xa\\\r\nb:c\r\n", {{L"-Xab", L":c"}});
+    expectEntries("ab\\\r\n-Xc:d\r\n", {{L"ab-Xc", L"d"}});
+    expectEntries("-X\r\n:\r\n", {{L"-X", L""}, {L"", L":"}});
+    expectEntries("-Xa:b\r\n#\r\n=\r\n", {{L"-Xa", L":b"}, {L"", L"="}});
+    expectEntries("-Xa=b\r\nc\r\nde=f\r\n", {{L"-Xa", L"=b"}, {L"c", L""}, {L"de", L"f"}});
+}
+
+TEST_F(PropertyReader, ASeparatorOfAJvmOptionDoesNotBeginItsValue) {
+    expectEntries("-Xa \t:=b=c\r\n", {{L"-Xa", L"\t:=b=c"}});
+    expectEntries("-Xa:\\\r\nb\r\n", {{L"-Xa", L":b"}});
+}
+
+TEST_F(PropertyReader, BackslashesInAKeyStayOneByOne) {
+    expectEntries("a\\\\b=c\r\n", {{L"a\\\\b", L"c"}});
+    expectEntries("a\\\\=c\r\n", {{L"a\\", L"c"}});
+    expectEntries("a\\\\\r\nb=c\r\n", {{L"a\\b", L"c"}});
+    expectEntries("a\\u0041=c\r\n", {{L"a\\u0041", L"c"}});
+}
+
+TEST_F(PropertyReader, BackslashesAtTheEndOfAValueGoInPairs) {
+    expectEntries("a=b\\\\\\\r\nc\r\n", {{L"a", L"b\\c"}});
+    expectEntries("a=\\\r\nb\r\n", {{L"a", L"b"}});
+    expectEntries("\\\r\na=b\r\n", {{L"a", L"b"}});
+    expectEntries("a=b\\\r\n\\\r\nc\r\n", {{L"a", L"bc"}});
+    expectEntries("a=b\\ \r\nc=d\r\n", {{L"a", L"b"}, {L"c", L"d"}});  // a blank behind it
+}
+
+TEST_F(PropertyReader, AContinuationKeepsTheBlanksInFrontOfItsBackslash) {
+    expectEntries("a=b \\\r\n   c\r\n", {{L"a", L"b c"}});
+}
+
+TEST_F(PropertyReader, ASeparatorAtTheHeadOfAContinuationIsDroppedEvenInsideAValue) {
+    expectEntries("a=b\\\r\n:c:d\r\n", {{L"a", L"bc:d"}});
+}
+
+TEST_F(PropertyReader, BlanksAloneAreTrimmedAndTabsStay) {
+    expectEntries("a= b\t \r\n", {{L"a", L"b\t"}});
+    expectEntries("a=b\\u0009\r\n", {{L"a", L"b\t"}});
+    expectEntries("\v\f\t a=b\r\n", {{L"a", L"b"}});
+}
+
+TEST_F(PropertyReader, ALineThatBeginsWithANulIsAnEntryWithoutAnything) {
+    expectEntries(std::string("\0a=1\r\nb=2\r\n", 11), {{L"", L""}, {L"b", L"2"}});
+    expectEntries(std::string("a=1\\\r\n\0\r\n2\r\n", 12), {{L"a", L"12"}});
+}
+
+TEST_F(PropertyReader, AFileInUtf16IsReadByteByByte) {
+    expectEntries(std::string("\xFF\xFE"
+                              "a\0=\0"
+                              "1\0\r\0\n\0",
+                              12),
+                  {{L"\u00FF\u00FEa", L""}, {L"", L""}});
+}
+
+TEST_F(PropertyReader, EveryByteHasItsPlaceInAValue) {
+    std::string value;
+    std::wstring expected;
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte == '\n' || byte == '\r' || byte == '\\' || byte == 0x1A) {
+            continue;
+        }
+        value += static_cast<char>(byte);
+        expected += static_cast<wchar_t>(byte);
+    }
+    expectEntries("k=." + value + ".\r\n", {{L"k", L"." + expected + L"."}});
+}
+
+TEST_F(PropertyReader, AnyBytesAtAllAreRead) {
+    std::uint32_t state = 1;
+    for (int round = 0; round < 50; ++round) {
+        std::string content;
+        for (int i = 0; i < 400; ++i) {
+            state = state * 1664525U + 1013904223U;
+            const std::uint32_t drawn = state >> 24U;
+            content += drawn < 160 ? "\\\\\n\r =:#-Xu0a\0\t"[drawn % 15] : static_cast<char>(drawn);
+        }
+        machine.writeFile(path, content + "\n\nlast\\:x");
+        list.clear();
+        outcome = runQuietly([&] { zellauncher::loadPropertyFile(path, list); });
+        EXPECT_EQ(outcome.end.status, 0U);
+        ASSERT_FALSE(list.empty());
+        EXPECT_TRUE(list.back().value.ends_with(L"x")) << round;
+        for (const PropertyEntry& entry : list) {
+            EXPECT_EQ((entry.key + entry.value).find(L'\0'), std::wstring::npos);
+        }
+    }
 }
 
 TEST_F(PropertyReader, TellsWhatItReadsInADebugRun) {
@@ -221,6 +341,26 @@ TEST_F(PropertyReader, TellsWhatItReadsInADebugRun) {
               "ZLNCH0032I: Prop Line = \"a = b\\u0041\"\n"
               "ZLNCH0023I:   attrib = \"a\"\n"
               "ZLNCH0024I:   value  = \"bA\"\n");
+    EXPECT_EQ(runQuietly([&] { zellauncher::loadPropertyFile(path, list); }).log, "");
+}
+
+TEST_F(PropertyReader, ClosesTheFile) {
+    load("a=1\r\n");
+    run([&] {
+        zellauncher::loadPropertyFile(path, list);
+        EXPECT_TRUE(zellauncher::moveFile(path, L"C:\\moved.properties"));
+    });
+}
+
+TEST_F(PropertyReader, AReadThatFailsIsTheEndOfTheFile) {
+    machine.writeFile(path, "a=1\r\n");
+    simulation::Fault fault;
+    fault.operation = "readStream";
+    fault.fromThenOn = true;
+    machine.inject(fault);
+    outcome = run([&] { zellauncher::loadPropertyFile(path, list); });
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_TRUE(list.empty());
 }
 
 }  // namespace

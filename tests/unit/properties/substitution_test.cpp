@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -81,20 +85,170 @@ TEST_F(Substitution, ATextThatExpandsToItselfStopsAfterTheEleventhReplacement) {
     EXPECT_TRUE(outcome.logHas("ZLNCH0071I: Modified prop_contents ${prop.b} => ${prop.a}"));
 }
 
+TEST_F(Substitution, ATextThatGrowsIntoItselfStopsAfterTheEleventhReplacement) {
+    list = {{L"a", L"x${prop.a}y"}};
+    // The scan stands on the y and goes on to the token in front of it, one place further right.
+    std::wstring expected = L"${prop.a}";
+    for (int i = 0; i < 11; ++i) {
+        expected = L"x" + expected + L"y";
+    }
+    expectText(L"${prop.a}", false, expected);
+}
+
+TEST_F(Substitution, TenReplacementsThatStandStillAreOneTooMany) {
+    // Each key brings the next: the first replacement and nine that do not move left.
+    for (int i = 0; i < 9; ++i) {
+        list.push_back({std::to_wstring(i), L"${prop." + std::to_wstring(i + 1) + L"}"});
+    }
+    list.push_back({L"9", L"end"});
+    expectText(L"${prop.0}", true, L"end");
+    list.back().value = L"${env.X,end}";
+    expectText(L"${prop.0}", false, L"end");
+    expectText(L"-${prop.1}", true, L"-end");
+}
+
+TEST_F(Substitution, AMoveToTheLeftBeginsTheCountAnew) {
+    list = {{L"end", L"e"}};
+    for (int i = 0; i < 8; ++i) {
+        list.push_back(
+            {std::to_wstring(i), i == 7 ? L"${prop.end}" : L"${prop." + std::to_wstring(i + 1) + L"}"});
+    }
+    expectText(L"${prop.0}${prop.0}${prop.0}", true, L"eee");
+}
+
 TEST_F(Substitution, ATextThatMovesLeftForEverIsInvalid) {
     list = {{L"a", L"${prop.a}${env.E,}"}};
     std::wstring text = L"${prop.a}";
     bool result = true;
-    runQuietly([&] { result = zellauncher::substituteProperties(text, list); });
+    outcome = run([&] { result = zellauncher::substituteProperties(text, list); });
     EXPECT_FALSE(result);
+    EXPECT_EQ(outcome.lastLine(), "ZELLauncher> a property text expands without end");
+    EXPECT_LT(outcome.log.size(), 2000000U);
+    outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_TRUE(outcome.lastLine().starts_with("ZLNCH0088E: property substitution is invalid ("));
 }
 
 TEST_F(Substitution, ATextThatGrowsForEverIsInvalid) {
-    list = {{L"a", L"${prop.a}" + std::wstring(900, L'x') + L"${env.E,}"}};
+    list = {{L"a", L"${prop.a}" + std::wstring(5000, L'x') + L"${env.E,}"}};
     std::wstring text = L"${prop.a}";
     bool result = true;
-    runQuietly([&] { result = zellauncher::substituteProperties(text, list); });
+    outcome = run([&] { result = zellauncher::substituteProperties(text, list); });
     EXPECT_FALSE(result);
+    EXPECT_EQ(outcome.lastLine(), "ZELLauncher> a property text expands without end");
+    EXPECT_GT(text.size(), 3900000U);
+    EXPECT_LT(text.size(), 4100000U);
+}
+
+TEST_F(Substitution, ALongTextWithManyTokensIsNoMatter) {
+    list = {{L"k", L"a value"}, {L"two", L"${prop.k}${prop.k}"}};
+    std::wstring text;
+    std::wstring expected;
+    for (int i = 0; i < 100000; ++i) {
+        text += L"${prop.k};";
+        expected += L"a value;";
+    }
+    text += L"${prop.two}";
+    expected += L"a valuea value";
+    expectText(text, true, expected);
+    EXPECT_EQ(outcome.log, "");  // the lines would be too long for the log
+    expectText(std::wstring(5000000, L'x') + L"${prop.k}", true, std::wstring(5000000, L'x') + L"a value");
+}
+
+TEST_F(Substitution, ALongTextOfBrokenTokensIsNoMatterEither) {
+    std::wstring text;
+    std::wstring expected;
+    for (int i = 0; i < 200000; ++i) {
+        text += L"${ab";
+    }
+    for (int i = 0; i < 200000; ++i) {
+        expected += L"${a}";
+    }
+    std::wstring changed = text;
+    bool result = true;
+    runQuietly([&] { result = zellauncher::substituteProperties(changed, list); });
+    EXPECT_FALSE(result);
+    EXPECT_EQ(changed, expected);
+}
+
+// The scan as it is described: on one text, each replacement in place.
+bool scanPlainly(std::wstring& text, const PropertyList& list) {
+    std::ptrdiff_t position = static_cast<std::ptrdiff_t>(text.size()) - 1;
+    std::ptrdiff_t lastStart = PTRDIFF_MAX;
+    bool isResolved = true;
+    for (int stuck = 0;;) {
+        std::size_t length = 0;
+        std::wstring name;
+        const std::ptrdiff_t start = zellauncher::findLastToken(text, position, length, name);
+        if (start < 0) {
+            return isResolved;
+        }
+        std::wstring replacement;
+        isResolved = zellauncher::resolveToken(name, replacement, list) && isResolved;
+        text.replace(static_cast<std::size_t>(start), length, replacement);
+        position = isResolved ? start + static_cast<std::ptrdiff_t>(replacement.size()) - 1 : start - 1;
+        stuck = start < lastStart ? 0 : stuck + 1;
+        if (stuck == 10 || position < -1 || (!isResolved && start == 0)) {
+            return false;
+        }
+        lastStart = start;
+    }
+}
+
+TEST_F(Substitution, AnyTextComesOutAsItsTokensSay) {
+    list = {{L"a", L"${prop.b}x"}, {L"b", L"$"},        {L"c", L"{prop.b}"}, {L"d", L""},
+            {L"e", L"prop."},      {L"f", L"${prop.f"}, {L"g", L"}"},        {L"", L"none"}};
+    const std::vector<std::wstring> pieces = {
+        L"${prop.", L"${", L"$", L"{", L"}", L"a}",    L"b}",        L"c}",        L"d}",       L"e}",
+        L"f}",      L"g}", L"a", L"b", L"x", L"prop.", L"${prop.d}", L"${prop.b}", L"${prop.a}"};
+    runQuietly([&] {
+        std::uint32_t state = 7;
+        for (int round = 0; round < 20000; ++round) {
+            std::wstring text;
+            for (int i = 0; i < 8; ++i) {
+                state = state * 1664525U + 1013904223U;
+                text += pieces[(state >> 16U) % pieces.size()];
+            }
+            std::wstring expected = text;
+            std::wstring changed = text;
+            const bool isResolved = scanPlainly(expected, list);
+            ASSERT_EQ(zellauncher::substituteProperties(changed, list), isResolved)
+                << std::string(text.begin(), text.end());
+            ASSERT_EQ(changed, expected) << std::string(text.begin(), text.end());
+        }
+    });
+}
+
+TEST_F(Substitution, ADollarThatAReplacementBringsMayBeginAToken) {
+    list = {{L"d", L"$"}};
+    expectText(L"${prop.d}{x}", false, L"${}{x}");
+}
+
+TEST_F(Substitution, ALastTokenWithoutATextLeavesNothing) {
+    list = {{L"e", L""}};
+    expectText(L"${prop.e}", true, L"");
+    expectText(L"${prop.e}${prop.e}", true, L"");
+}
+
+TEST_F(Substitution, AnEmptyNameOfAVariableOrPropertyHasNoValue) {
+    expectText(L"${env.}", false, L"${env.}");
+    expectText(L"${env.,default}", true, L"default");
+    expectText(L"${prop.}", false, L"${prop.}");
+    list = {{L"", L"v"}};
+    expectText(L"${prop.}", true, L"v");
+}
+
+TEST_F(Substitution, AHugeVariableIsTakenWhole) {
+    const std::wstring huge(32000, L'v');
+    machine.setEnvironment(L"HUGE", huge);
+    expectText(L"<${env.HUGE}>", true, L"<" + huge + L">");
+}
+
+TEST_F(Substitution, TokensOfAVariableAreReplacedToo) {
+    machine.setEnvironment(L"V", L"${prop.k}");
+    list = {{L"k", L"v"}};
+    expectText(L"${env.V}", true, L"v");
+    expectText(L"${env.W,${prop.k}}", true, L"}");  // no nesting here either
 }
 
 TEST_F(Substitution, TokensDoNotNest) {
@@ -138,6 +292,47 @@ TEST_F(Substitution, TheHomeIsSearchedForTheLaterTokensAndADirectoryWithItsOwnEn
     text = L"${zel.home}";
     EXPECT_TRUE(zellauncher::replaceLocationTokens(L"D", L"x${zel.home}", text));
     EXPECT_EQ(text, L"x${zel.home}");
+}
+
+TEST_F(Substitution, ALocationTokenThatReplacementsLeaveIsReplacedToo) {
+    std::wstring text = L"${zel.${zel.data}data}|${zel.${zel.data}${zel.data}data}";
+    EXPECT_TRUE(zellauncher::replaceLocationTokens(L"", L"H", text));
+    EXPECT_EQ(text, L"|");
+    text = L"${zel.home}{zel.data}";
+    EXPECT_TRUE(zellauncher::replaceLocationTokens(L"D", L"C:/x$", text));
+    EXPECT_EQ(text, L"C:/xD");
+    text = L"${zel.home${zel.data}";
+    EXPECT_TRUE(zellauncher::replaceLocationTokens(L"D", L"H", text));
+    EXPECT_EQ(text, L"${zel.homeD");
+    text = L"${zel.data}${zel.data}";
+    EXPECT_TRUE(zellauncher::replaceLocationTokens(L"<${zel.data}>", L"H", text));
+    EXPECT_EQ(text, L"<${zel.data}><${zel.data}>");
+}
+
+TEST_F(Substitution, ManyLocationTokensAreNoMatter) {
+    std::wstring text;
+    std::wstring expected;
+    for (int i = 0; i < 100000; ++i) {
+        text += L"${zel.home};";
+        expected += L"C:/h;";
+    }
+    EXPECT_TRUE(zellauncher::replaceLocationTokens(L"C:/d", L"C:/h", text));
+    EXPECT_EQ(text, expected);
+}
+
+TEST_F(Substitution, AListOfLoopingValuesIsFatal) {
+    list = {{L"a", L"${prop.b}"}, {L"b", L"${prop.a}"}};
+    outcome = run([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_EQ(outcome.lastLine(), "ZLNCH0088E: property substitution is invalid (${prop.a})");
+}
+
+TEST_F(Substitution, AListLooksTheFirstOfTwoEntriesUp) {
+    list = {{L"a", L"${prop.k}"}, {L"k", L"1${env.X,}"}, {L"k", L"2"}};
+    run([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+    EXPECT_EQ(list[0].value, L"1");
+    EXPECT_EQ(list[1].value, L"1");
+    EXPECT_EQ(list[2].value, L"2");
 }
 
 TEST_F(Substitution, AListIsSubstitutedInItsOwnOrder) {
@@ -188,6 +383,14 @@ TEST_F(Substitution, ALibraryPathLosesWhatItsSteppingLoses) {
     expectLibraryPath(L"x;lib/y", L"${prop.java.home}/lib/y");
     expectLibraryPath(L"", L"${prop.java.home}/");
     expectLibraryPath(L"ab;", L"${prop.java.home}/ab");
+    expectLibraryPath(L"a", L"");
+    expectLibraryPath(L"ab;y", L"${prop.java.home}/ab;");
+    expectLibraryPath(L";ab", L"${prop.java.home}/;${prop.java.home}/ab");
+    expectLibraryPath(L"ab;;cd", L"${prop.java.home}/ab;${prop.java.home}/;");
+    // Behind the second entry the walk goes on at 3 + 1 + 7 = 11, in the middle of the fourth.
+    expectLibraryPath(L"ab;long;x;four;five",
+                      L"${prop.java.home}/ab;${prop.java.home}/long;"
+                      L"${prop.java.home}/our;");
 }
 
 }  // namespace

@@ -196,4 +196,101 @@ TEST_F(SeedFiles, AWriteThatFailsStopsTheCopy) {
         outcome.logHas("ZLNCH0103E: Error while copying platform.xml to user specific platform.xml file."));
 }
 
+TEST_F(SeedFiles, AllOtherKindsHaveAnUpdateArea) {
+    for (const int number : {1, 2, 3, 4, 5, 6, 7}) {
+        kind = static_cast<InstallConfigurationKind>(number);
+        EXPECT_EQ(seeded("<a>\n"), "<a>\r\n") << number;
+    }
+}
+
+TEST_F(SeedFiles, AnUpdateAreaOfTheKindHasItsOwnTemplate) {
+    machine.writeFile(L"C:\\b\\config\\user\\platform.xml", "<user>\n");
+    EXPECT_EQ(seeded("<base>\n"), "<user>\r\n");
+}
+
+TEST_F(SeedFiles, BothIdentitiesMayStandOnOneLine) {
+    EXPECT_EQ(seeded("${jvm.feature.id} ${jvm.parent.feature.id} ${jvm.feature.version} "
+                     "${jvm.parent.feature.version} ${jvm.parent.feature.version}\n"),
+              "JF PF 1.0 2.0 2.0\r\n");
+    EXPECT_EQ(seeded("${jvm.feature.id} ${jvm.parent.feature.id}\n", true), "<feature>\r\n");
+}
+
+TEST_F(SeedFiles, AnIdMayNameItsVersion) {
+    launcher[0].value = L"JF-${jvm.feature.version}";
+    EXPECT_EQ(seeded("${jvm.feature.id}\n"), "JF-1.0\r\n");
+}
+
+TEST_F(SeedFiles, AnIdMayBringInTheParents) {
+    launcher[0].value = L"${jvm.parent.feature.id}";
+    EXPECT_EQ(seeded("${jvm.feature.id} ${jvm.parent.feature.version}\n"), "PF 2.0\r\n");
+}
+
+TEST_F(SeedFiles, AnEmptyValueIsAValue) {
+    launcher[0].value = L"";
+    launcher[1].value = L"";
+    EXPECT_EQ(seeded("<${jvm.feature.id}${jvm.feature.version}>\n"), "<>\r\n");
+}
+
+TEST_F(SeedFiles, AVersionThatHoldsItsPlaceholderIsReplacedOnce) {
+    launcher[1].value = L"${jvm.feature.version}1";
+    EXPECT_EQ(seeded("${jvm.feature.id} ${jvm.feature.version}\n"), "JF ${jvm.feature.version}1\r\n");
+}
+
+TEST_F(SeedFiles, OtherTokensStay) {
+    EXPECT_EQ(seeded("${JVM.feature.id} ${jvm.feature.name} $ %s\n"),
+              "${JVM.feature.id} ${jvm.feature.name} $ %s\r\n");
+}
+
+TEST_F(SeedFiles, ATemplatesBytesPassUnchanged) {
+    EXPECT_EQ(seeded("<\xE9\xFF>\r\n\r\n<b>\r\n"), "<\xE9\xFF>\r\n<b>\r\n");
+}
+
+TEST_F(SeedFiles, APartialFileIsLeftAlone) {
+    launcher.clear();
+    EXPECT_EQ(seeded("<a>\n${jvm.feature.id}\n<b>\n"), "<a>\r\n");
+    launcher = {{L"jvm.feature.id", L"JF"}, {L"jvm.feature.version", L"1"}};
+    seedXml();
+    EXPECT_EQ(machine.readFile(platformXml), "<a>\r\n");
+    EXPECT_FALSE(isInitial);
+}
+
+TEST_F(SeedFiles, ATemplateThatIsADirectoryCannotBeOpened) {
+    machine.makeDirectory(L"C:\\b\\platform.xml");
+    seedXml();
+    EXPECT_EQ(result, -1);
+    EXPECT_FALSE(machine.exists(platformXml));
+    EXPECT_TRUE(isInitial);  // by the directory
+    EXPECT_TRUE(outcome.logHas("ZLNCH0104E: Unable to open platform.xml.\"C:\\b\\platform.xml\""));
+}
+
+TEST_F(SeedFiles, AFullDiskIsToldWhenTheFileIsWrittenOut) {
+    simulation::Fault fault;
+    fault.operation = "closeStream";
+    fault.argumentEndsWith = L"platform.xml";
+    fault.nth = 2;
+    fault.error = platform::errorDiskFull;
+    machine.inject(fault);
+    seeded("<a>\n");
+    EXPECT_TRUE(
+        outcome.logHas("ZLNCH0103E: Error while copying platform.xml to user specific platform.xml file."));
+}
+
+TEST_F(SeedFiles, AConfigurationThatCannotBeCopiedIsFatal) {
+    machine.writeFile(L"C:\\b\\config.ini", "x");
+    machine.setFreeSpace(0);
+    outcome = runQuietly([&] {
+        zellauncher::InstallConfiguration = kind;
+        zellauncher::seedConfigIni(L"C:/c", L"C:\\b");
+    });
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_FALSE(machine.exists(configIni));
+}
+
+TEST_F(SeedFiles, AnythingOfTheNameCountsAsTheConfiguration) {
+    machine.makeDirectory(configIni);
+    seedIni();
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_FALSE(isInitial);
+}
+
 }  // namespace
