@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Shell functions that the project's scripts share; to be sourced.
 
 # Installs those of Debian's packages that are missing, without questions. Costs nothing when all are there.

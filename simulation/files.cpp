@@ -349,6 +349,15 @@ Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t 
         failWith(fault);
         return Handle::none;
     }
+    if (upperCase(path).starts_with(L"\\\\.\\PIPE\\")) {
+        auto client = simulation::openPipe(machineOfSelf(), path);
+        if (!client) {
+            return Handle::none;
+        }
+        const std::uintptr_t handle = machineOfSelf().lastHandle += 4;
+        self().objects[handle] = std::move(client);
+        return static_cast<Handle>(handle);
+    }
     Lookup found = find(path);
     const bool isNew = !found.node;
     if (isNew) {
@@ -392,12 +401,7 @@ void closeHandle(Handle handle) {
     if (found == self().objects.end()) {
         return;
     }
-    if (found->second->file) {
-        simulation::closeOpenFile(*found->second->file);
-    }
-    if (found->second->kind == simulation::ObjectKind::semaphore) {
-        simulation::releaseSemaphore(machineOfSelf(), found->second->semaphore);
-    }
+    simulation::releaseObject(machineOfSelf(), *found->second);
     self().objects.erase(found);
 }
 

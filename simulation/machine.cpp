@@ -276,6 +276,11 @@ void Machine::removeSemaphore(const std::wstring& name) {
     state->semaphores.erase(name);
 }
 
+std::vector<std::string> Machine::pipePayloads(const std::wstring& name) const {
+    const auto found = state->pipes.find(upperCase(name));
+    return found == state->pipes.end() ? std::vector<std::string>() : found->second.payloads;
+}
+
 platform::LocalTime Machine::now() const {
     return timeAfter(state->elapsed);
 }

@@ -148,6 +148,9 @@ public:
     void removeShellLibrary();
     void removeAppIdFunction();
 
+    // What clients wrote to a pipe, one text a connection, also after its server has gone.
+    std::vector<std::string> pipePayloads(const std::wstring& name) const;
+
     platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at the start
     std::uint64_t elapsedMilliseconds() const;
     void setTickCount(std::uint32_t milliseconds);
@@ -177,5 +180,8 @@ private:
 // Creates and holds a semaphore until this process ends. With mayBeOpened false others get
 // errorAccessDenied when they try.
 void holdSemaphore(const std::wstring& name, bool mayBeOpened = true);
+
+// Makes a named pipe, `\\.\pipe\<leaf>`, and serves it, one client after the other, until this process ends.
+void servePipe(const std::wstring& name);
 
 }  // namespace simulation

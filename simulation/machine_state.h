@@ -53,7 +53,14 @@ struct Semaphore {
     int holders = 0;
 };
 
-enum class ObjectKind { file, process, thread, semaphore, snapshot };
+enum class ObjectKind { file, process, thread, semaphore, snapshot, pipe };
+
+// A named pipe with one instance at a time: a client that comes while another is connected waits.
+struct Pipe {
+    bool isBusy = false;
+    bool isServed = true;
+    std::vector<std::string> payloads;  // one for each connection
+};
 
 struct Process;
 
@@ -62,6 +69,8 @@ struct Object {
     std::unique_ptr<OpenFile> file;
     ProcessId processId = 0;
     std::wstring semaphore;
+    std::wstring pipe;  // of a client's end
+    std::wstring servedPipe;
     std::vector<std::wstring> snapshotNames;
     std::vector<ProcessId> snapshotIds;
     std::size_t snapshotPosition = 0;
@@ -153,6 +162,7 @@ public:
     std::uint32_t minor = 0;
     std::vector<std::wstring> otherProcesses;
     std::map<std::wstring, Semaphore> semaphores;
+    std::map<std::wstring, Pipe> pipes;  // by upper-cased name
     std::uint32_t tickStart = 0;
     bool hasConsole = false;
     std::wstring consoleTitle;
@@ -212,6 +222,10 @@ std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool wri
 void closeOpenFile(OpenFile& file);
 bool writeOut(MachineState& machine, platform::Stream& stream);  // sets the last error
 void releaseSemaphore(MachineState& machine, const std::wstring& name);
+// Gives back what an object stands for, when its handle is closed or its process ends.
+void releaseObject(MachineState& machine, Object& object);
+// Opens the client's end of a pipe; null with the last error set.
+std::unique_ptr<Object> openPipe(MachineState& machine, const std::wstring& name);
 
 // A command line as words, by the system's rules.
 std::vector<std::wstring> splitCommandLine(const std::wstring& commandLine);

@@ -229,12 +229,7 @@ void MachineState::finish(MachineState& machine, Process& process, const Process
     }
     process.streams.clear();
     for (const auto& [handle, object] : process.objects) {
-        if (object->file) {
-            closeOpenFile(*object->file);
-        }
-        if (object->kind == ObjectKind::semaphore) {
-            releaseSemaphore(machine, object->semaphore);
-        }
+        releaseObject(machine, *object);
     }
     process.objects.clear();
     process.finds.clear();

@@ -1,13 +1,15 @@
+// A platform that does what the launcher needs of one and nothing else. README.md tells the contract.
+
 #include <windows.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "pipe_server.h"
 #include "records.h"
 #include "script.h"
+#include "sign_of_life.h"
 
 namespace {
 
@@ -19,9 +21,10 @@ std::wstring ownDirectory() {
     return std::filesystem::path(path).parent_path().wstring();
 }
 
-std::wstring workspaceOf(int count, wchar_t** words) {
-    for (int i = 1; i + 1 < count; ++i) {
-        if (std::wstring_view(words[i]) == L"-data") {
+// The launcher names the workspace in every start of a platform.
+std::wstring workspaceOf(const std::vector<std::wstring>& words) {
+    for (std::size_t i = 1; i + 1 < words.size(); ++i) {
+        if (words[i] == L"-data") {
             return words[i + 1];
         }
     }
@@ -29,13 +32,17 @@ std::wstring workspaceOf(int count, wchar_t** words) {
 }
 
 // The sign of life first, then the pipe, then the file that tells of both.
-void publish(const std::wstring& workspace, const std::wstring& records) {
+void publish(const std::wstring& workspace, const std::wstring& records, const standin::Script& script) {
     const std::wstring leaf = L"standin-" + std::to_wstring(GetCurrentProcessId());
     const std::wstring pipeName = L"\\\\.\\pipe\\" + leaf;
-    CreateSemaphoreW(nullptr, 0, 1, (L"Global\\" + leaf + L"sem").c_str());  // kept to the end
-    if (standin::startPipeServer(pipeName, records)) {
-        std::string line(pipeName.begin(), pipeName.end());
-        standin::writeRecord(workspace, L".pipe", line + "\r\n");
+    standin::createSignOfLife(leaf, script.semaphore);
+    if (!script.servesPipe || standin::startPipeServer(pipeName, records)) {
+        const std::string line(pipeName.begin(), pipeName.end());
+        std::string content;
+        for (std::uint32_t i = 0; i < script.blankLines; ++i) {
+            content += "\r\n";
+        }
+        standin::writeRecord(workspace, L".pipe", content + line + "\r\n");
     }
 }
 
@@ -43,22 +50,28 @@ bool isToldToStop(const std::wstring& workspace) {
     return DeleteFileW((workspace + L"\\standin.stop").c_str()) != 0;
 }
 
-}  // namespace
-
-extern "C" int wmain(int count, wchar_t** words) {
-    const std::wstring workspace = workspaceOf(count, words);
-    const std::wstring records = workspace + L"\\standin";
-    const standin::Script script = standin::readScript(ownDirectory() + L"\\standin.script");
+void live(const standin::Script& script, const std::wstring& workspace, const std::wstring& records) {
     const ULONGLONG begin = GetTickCount64();
-    standin::writeStartRecords(records);
-    standin::writeRecord(records, L"running.txt", "");
     bool isPublished = !script.publishes;
     while (GetTickCount64() - begin < script.livesMilliseconds && !isToldToStop(workspace)) {
         if (!isPublished && GetTickCount64() - begin >= script.publishAfterMilliseconds) {
-            publish(workspace, records);
+            publish(workspace, records, script);
             isPublished = true;
         }
         Sleep(pollMilliseconds);
     }
+}
+
+}  // namespace
+
+extern "C" int wmain() {
+    const std::wstring workspace = workspaceOf(standin::commandLineWords());
+    const std::wstring records = workspace + L"\\standin";
+    const standin::Script script = standin::readScript(ownDirectory() + L"\\standin.script");
+    DeleteFileW((records + L"\\ended.txt").c_str());
+    standin::writeStartRecords(records);
+    standin::writeRecord(records, L"running.txt", "");
+    live(script, workspace, records);
+    standin::writeRecord(records, L"ended.txt", "exit=" + std::to_string(script.exitCode) + "\n");
     return static_cast<int>(script.exitCode);
 }

@@ -21,13 +21,10 @@ std::string utf8(const std::wstring& text) {
 }
 
 std::string argumentLines() {
-    int count = 0;
-    wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
     std::string lines;
-    for (int i = 0; words != nullptr && i < count; ++i) {
-        lines += utf8(words[i]) + "\n";
+    for (const std::wstring& word : commandLineWords()) {
+        lines += utf8(word) + "\n";
     }
-    LocalFree(words);
     return lines;
 }
 
@@ -51,6 +48,17 @@ std::string startLines() {
 }
 
 }  // namespace
+
+std::vector<std::wstring> commandLineWords() {
+    int count = 0;
+    wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::wstring> list;
+    if (words != nullptr) {
+        list.assign(words, words + count);
+    }
+    LocalFree(words);
+    return list;
+}
 
 void writeStartRecords(const std::wstring& directory) {
     std::error_code ignored;

@@ -1,8 +1,12 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace standin {
+
+// The words of this process's command line by the system's own rules, the program first.
+std::vector<std::wstring> commandLineWords();
 
 // Writes what this process was given into the directory, which is made when it is missing.
 void writeStartRecords(const std::wstring& directory);

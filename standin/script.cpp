@@ -8,6 +8,7 @@ namespace standin {
 
 namespace {
 
+// Whatever a script says, no stand-in outlives the test that started it by long.
 constexpr std::uint32_t longestLife = 120000;
 
 }  // namespace
@@ -21,6 +22,14 @@ Script readScript(const std::wstring& path) {
             script.publishes = false;
         } else if (order == "publish-after") {
             file >> script.publishAfterMilliseconds;
+        } else if (order == "no-pipe") {
+            script.servesPipe = false;
+        } else if (order == "blank-lines") {
+            file >> script.blankLines;
+        } else if (order == "semaphore") {
+            std::string word;
+            file >> word;
+            script.semaphore = word == "denied" ? Semaphore::denied : Semaphore::open;
         } else if (order == "live") {
             file >> script.livesMilliseconds;
         } else if (order == "exit") {

@@ -1,13 +1,79 @@
 #include "desktop/extension_jars.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
 #include "foundation/log_channel.h"
+#include "foundation/paths.h"
+#include "launch/launch_command.h"
 #include "launch/launch_state.h"
+#include "platform/files.h"
 
 namespace zellauncher {
 
+namespace {
+
+constexpr std::size_t longestClassPath = 2000;
+constexpr int mostFiles = 100;
+
+// Ends in a separator once the `*` is gone.
+void cutPattern() {
+    extensionDirPattern.resize(extensionDirPattern.find(L'*'));
+    toForwardSlashes(extensionDirPattern);
+}
+
+bool isJar(const platform::FindEntry& entry) {
+    if ((entry.attributes & platform::attributeDirectory) != 0) {
+        logDebug("ZELLauncher> Scanning directory..");
+        return false;
+    }
+    const std::size_t dot = entry.name.rfind(L'.');
+    const std::wstring ending = dot == std::wstring::npos ? std::wstring() : entry.name.substr(dot);
+    return ending == L".jar" || ending == L".zip";
+}
+
+// Adds one file to the list; false when there are too many.
+bool appendJar(std::wstring& classPath, int& files, const std::wstring& name) {
+    if (++files > mostFiles) {
+        logDebug("ZELLauncher> Number of jar files greater than MAX jar files (100)");
+        return false;
+    }
+    classPath += (files == 1 ? L"-cp=" : L";") + extensionDirPattern + name;
+    classPath.resize(std::min(classPath.size(), longestClassPath));
+    return true;
+}
+
+std::wstring listJars() {
+    std::wstring classPath;
+    platform::FindEntry entry;
+    const platform::FindHandle search = extensionDirPattern.empty()
+                                            ? platform::FindHandle::none
+                                            : platform::findFirst(extensionDirPattern, entry);
+    if (search == platform::FindHandle::none) {
+        logDebug("ZELLauncher> Invalid file handle..");
+        return classPath;
+    }
+    cutPattern();
+    int files = 0;
+    bool goesOn = true;
+    while (goesOn) {
+        goesOn = !isJar(entry) || appendJar(classPath, files, entry.name);
+        goesOn = goesOn && platform::findNext(search, entry);
+    }
+    platform::findClose(search);
+    return classPath;
+}
+
+}  // namespace
+
 void scanExtensionJars() {
-    logFatalF("ZELLauncher> %ls exists, and this version can not add its jars to the class path",
-              extensionDirPattern);
+    const std::wstring extensionClassPath = listJars();
+    if (extensionClassPath.empty()) {
+        return;
+    }
+    logDebug("ZELLauncher> appending classpath with vxext jars");
+    appendArgument(extensionClassPath, true);
 }
 
 }  // namespace zellauncher

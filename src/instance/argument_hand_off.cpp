@@ -1,11 +1,62 @@
 #include "instance/argument_hand_off.h"
 
+#include <cstdint>
+
 #include "foundation/log_channel.h"
+#include "foundation/text.h"
+#include "instance/lock_owner.h"
+#include "instance/platform_lock.h"
+#include "platform/files.h"
+#include "platform/interprocess.h"
 
 namespace zellauncher {
 
-void handOffToPlatform(const std::wstring& /*command*/) {
-    logFatal("ZELLauncher> the platform runs already, and this version can not hand arguments to it");
+namespace {
+
+[[noreturn]] void endWithReason(const char* message) {
+    std::wstring reason;
+    formatLastError(reason);
+    logFatalF(message, reason);
+}
+
+// The text in UTF-16 little-endian, the terminating NUL included.
+std::string payloadOf(const std::wstring& text) {
+    std::string bytes;
+    bytes.reserve((text.size() + 1) * 2);
+    for (std::size_t i = 0; i <= text.size(); ++i) {
+        const std::uint32_t unit = i < text.size() ? static_cast<std::uint32_t>(text[i]) : 0U;
+        bytes += static_cast<char>(static_cast<unsigned char>(unit & 0xFFU));
+        bytes += static_cast<char>(static_cast<unsigned char>((unit >> 8U) & 0xFFU));
+    }
+    return bytes;
+}
+
+platform::Handle connectTo(const std::wstring& pipe) {
+    if (!platform::waitNamedPipe(pipe, platform::waitForever)) {
+        endWithReason("ZLNCH0142E: Unable to find pipe %ls");
+    }
+    const platform::Handle client =
+        platform::createFile(pipe, platform::accessRead | platform::accessWrite, 0,
+                             platform::openExistingFile, platform::attributeNormal);
+    if (client == platform::Handle::none) {
+        endWithReason("ZLNCH0143E: Unable to connect to pipe '%ls'");
+    }
+    return client;
+}
+
+}  // namespace
+
+void handOffToPlatform(const std::wstring& command) {
+    const std::wstring text = upToNul(command);
+    std::wstring pipe;
+    readPipeName(pipe);
+    const platform::Handle client = connectTo(pipe);
+    if (!platform::writePipe(client, payloadOf(text))) {
+        endWithReason("ZLNCH0144E: Unable to write to pipe '%ls'");
+    }
+    platform::closeHandle(client);
+    logDebugF(L"ZLNCH0146I: Pipe args = %s", text);
+    releasePlatformLock();
 }
 
 }  // namespace zellauncher

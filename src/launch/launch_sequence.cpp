@@ -8,12 +8,12 @@
 #include "foundation/waiting.h"
 #include "instance/platform_lock.h"
 #include "javalaunch/command_assembly.h"
-#include "javalaunch/jvm_resolution.h"
 #include "launch/argument_screening.h"
 #include "launch/configuration_seeding.h"
 #include "launch/first_run.h"
 #include "launch/install_directory.h"
 #include "launch/install_reading.h"
+#include "launch/jvm_loading.h"
 #include "launch/launch_context.h"
 #include "launch/launch_state.h"
 #include "launch/user_directories.h"
@@ -60,20 +60,6 @@ void loadRunProperties(LaunchContext& context) {
     addProperty(context.zelInstallArray, L"scrivia.workspace.loc", context.dataDirectory);
     collectVmProperties(context.vmargOverrides, context.zelInstallArray);
     loadPropertyFile(context.configDirectory + L"\\args.properties", context.zelInstallArray);
-}
-
-void resolveJvm(LaunchContext& context) {
-    const bool isResolved =
-        resolveJvmRoot(context.zelInstallArray, context.effectiveArgs, context.zelHome, context.jvmRoot);
-    if (isResolved) {
-        loadJvmProperties(context.zelInstallArray, context.vmargOverrides, context.jvmRoot, context.zelHome);
-        return;
-    }
-    bool saved = false;
-    swapLogDebug(true, saved);
-    logDebugF(L"ZLNCH0125I: No jvm.properties file was loaded. A default file should be at \"%s\"",
-              L"${zel.home}/zel/deploy");
-    setLogDebug(saved);
 }
 
 }  // namespace

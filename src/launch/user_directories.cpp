@@ -13,7 +13,11 @@ void ensureUserDirectory(const std::wstring& path, const char* message) {
     }
     initialLaunch = true;
     // An empty workspace names no directory at all; the long form of a path has no answer for it.
-    if (path.empty() || !createDirectories(path)) {
+    if (path.empty()) {
+        logFatalF(message, path);
+    }
+    // Another launcher that starts at the same moment may have made it between the look and the call.
+    if (!createDirectories(path) && !directoryExists(path)) {
         logFatalF(message, path);
     }
 }

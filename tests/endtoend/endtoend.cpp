@@ -3,6 +3,9 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -68,16 +71,9 @@ std::pair<Text, Text> splitAtEquals(const Text& line) {
     return {line.substr(0, separator), separator == Text::npos ? Text() : line.substr(separator + 1)};
 }
 
-// The system compares the names of variables without regard to case.
-struct NameOrder {
-    bool operator()(const std::wstring& left, const std::wstring& right) const {
-        return _wcsicmp(left.c_str(), right.c_str()) < 0;
-    }
-};
-
-// Variables of this process with those of the test on top, as one block.
-std::wstring environmentBlock(const std::map<std::wstring, std::wstring>& own) {
-    std::map<std::wstring, std::wstring, NameOrder> variables;
+// Variables of this process with those of the test on top and without the missing ones, as one block.
+std::wstring environmentBlock(const Variables& own, const std::set<std::wstring>& missing) {
+    Variables variables;
     wchar_t* block = GetEnvironmentStringsW();
     for (const wchar_t* entry = block; *entry != L'\0'; entry += std::wstring(entry).size() + 1) {
         variables.insert(splitAtEquals(std::wstring(entry)));
@@ -86,6 +82,9 @@ std::wstring environmentBlock(const std::map<std::wstring, std::wstring>& own) {
     for (const auto& [name, value] : own) {
         variables[name] = value;
     }
+    for (const std::wstring& name : missing) {
+        variables.erase(name);
+    }
     std::wstring text;
     for (const auto& [name, value] : variables) {
         text += name + L"=" + value + L'\0';
@@ -93,14 +92,39 @@ std::wstring environmentBlock(const std::map<std::wstring, std::wstring>& own) {
     return text + L'\0';
 }
 
-std::uint32_t recordedProcess(const fs::path& directory) {
+// The process that the launcher recorded, with these rights; null when there is none.
+HANDLE openRecordedProcess(const fs::path& directory, DWORD rights) {
     std::ifstream record(directory / L".zel.main");
-    std::uint32_t number = 0;
+    DWORD number = 0;
     record >> number;
-    return number;
+    return number == 0 ? nullptr : OpenProcess(rights, FALSE, number);
+}
+
+bool holdsAdministrators(const TOKEN_GROUPS& groups) {
+    std::array<std::byte, SECURITY_MAX_SID_SIZE> administrators{};
+    DWORD size = SECURITY_MAX_SID_SIZE;
+    CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators.data(), &size);
+    return std::any_of(
+        groups.Groups, groups.Groups + groups.GroupCount,
+        [&](const SID_AND_ATTRIBUTES& group) { return EqualSid(group.Sid, administrators.data()) != 0; });
+}
+
+std::string bytesOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+fs::path payloadFile(const fs::path& workspace, int number) {
+    return workspace / L"standin" / (L"payload-" + std::to_wstring(number) + L".bin");
 }
 
 }  // namespace
+
+bool VariableOrder::operator()(const std::wstring& left, const std::wstring& right) const {
+    return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+}
 
 EndToEnd::EndToEnd() {
     static int count = 0;
@@ -109,6 +133,8 @@ EndToEnd::EndToEnd() {
     home = root / L"framework" / L"Client";
     base = home / L"zel" / L"eclipse" / L"plugins" / L"base_1.0";
     userHome = root / L"home";
+    std::error_code ignored;
+    fs::remove_all(root, ignored);  // process numbers come again, and so may this name
     launcherProperties = {{"zel.install.id", "1234"},
                           {"zel.base.location", "${zel.home}/zel/eclipse/plugins/base_1.0"},
                           {"install.configuration", "user"},
@@ -163,12 +189,24 @@ void EndToEnd::layOut() {
     write(base / L"win32" / L"x86_64" / L"standin.script", joined(scriptLines));
     write(home / L"zel" / L"zellauncher.properties", joined(launcherLines));
     write(base / L"zelinstall.properties", joined(baseLines));
-    write(base / L"config.ini", "osgi.bundles=example\r\n");
+    write(base / L"config.ini", "seeded=base\r\n");
+    write(base / L"config" / L"user" / L"config.ini", "seeded=user\r\n");
+    write(base / L"config" / L"pbuilder" / L"config.ini", "seeded=pbuilder\r\n");
     write(base / L"platform.xml", "<config>\r\n<feature id=\"${jvm.feature.id}\"/>\r\n</config>\r\n");
     write(home / L"custom.ini", "");
     write(home / L"zel" / L"deploy" / L"jvm.properties", joined(jvmLines));
     write(home / L"jvm" / L"bin" / L"javaw.exe", "");
     write(home / L"jvm" / L"bin" / L"java.exe", "");
+}
+
+void EndToEnd::layOutExample() {
+    isLaidOut = true;
+    fs::create_directories(userHome);
+    fs::create_directories(root / L"temp");
+    fs::create_directories(home);
+    fs::copy(builtPrograms() / L"example-install", home, fs::copy_options::recursive);
+    placeProgram(L"zellauncher.exe", home / L"zel" / L"zellauncher.exe");
+    placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");
 }
 
 Running EndToEnd::begin(const std::vector<std::wstring>& words) {
@@ -184,13 +222,15 @@ Running EndToEnd::beginFrom(const fs::path& program, const std::vector<std::wstr
     for (const std::wstring& word : words) {
         command += L" " + quoted(word);
     }
-    std::map<std::wstring, std::wstring> variables = {{L"TEMP", (root / L"temp").wstring()},
-                                                      {L"HOMEDRIVE", userHome.root_name().wstring()},
-                                                      {L"HOMEPATH", userHome.wstring().substr(2)},
-                                                      {L"USERPROFILE", userHome.wstring()},
-                                                      {L"USERNAME", userName}};
-    variables.insert(environment.begin(), environment.end());
-    std::wstring block = environmentBlock(variables);
+    Variables variables = {{L"TEMP", (root / L"temp").wstring()},
+                           {L"HOMEDRIVE", userHome.root_name().wstring()},
+                           {L"HOMEPATH", userHome.wstring().substr(2)},
+                           {L"USERPROFILE", userHome.wstring()},
+                           {L"USERNAME", userName}};
+    for (const auto& [name, value] : environment) {
+        variables[name] = value;
+    }
+    std::wstring block = environmentBlock(variables, missingVariables);
     STARTUPINFOW start = {};
     start.cb = sizeof(start);
     PROCESS_INFORMATION process = {};
@@ -239,11 +279,23 @@ std::string EndToEnd::tempLog() const {
     return read(root / L"temp" / L"zellauncher.log");
 }
 
+std::vector<std::string> EndToEnd::stampedLogs(const fs::path& directory) {
+    std::vector<std::string> logs;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
+        if (entry.path().filename().wstring().starts_with(L"zellauncher_")) {
+            logs.push_back(read(entry.path()));
+        }
+    }
+    return logs;
+}
+
+std::string EndToEnd::lockLog() const {
+    const std::vector<std::string> logs = stampedLogs(root / L"temp");
+    return logs.size() == 1 ? logs.front() : std::string();
+}
+
 std::string EndToEnd::read(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    const std::string bytes = content.str();
+    const std::string bytes = bytesOf(path);
     std::string text;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (bytes[i] != '\r' || i + 1 == bytes.size() || bytes[i + 1] != '\n') {
@@ -273,9 +325,9 @@ std::wstring EndToEnd::platformCommand(const fs::path& directory) const {
     return wide(read(directory / L"standin" / L"command.txt"));
 }
 
-std::map<std::wstring, std::wstring> EndToEnd::platformEnvironment() const {
+Variables EndToEnd::platformEnvironment() const {
     EXPECT_TRUE(eventually([&] { return fs::exists(workspace() / L"standin" / L"running.txt"); }));
-    std::map<std::wstring, std::wstring> variables;
+    Variables variables;
     for (const std::string& line : linesOf(read(workspace() / L"standin" / L"environment.txt"))) {
         variables.insert(splitAtEquals(wide(line)));
     }
@@ -291,8 +343,32 @@ std::map<std::string, std::string> EndToEnd::platformStart() const {
     return entries;
 }
 
+bool EndToEnd::hasWord(const std::wstring& word) const {
+    const std::vector<std::wstring> words = platformWords();
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+std::wstring EndToEnd::wordBehind(const std::wstring& option) const {
+    const std::vector<std::wstring> words = platformWords();
+    const auto found = std::find(words.begin(), words.end(), option);
+    return found == words.end() || found + 1 == words.end() ? std::wstring() : *(found + 1);
+}
+
+bool EndToEnd::hasPayload(int number) const {
+    return fs::exists(payloadFile(workspace(), number));
+}
+
+std::wstring EndToEnd::payload(int number) const {
+    EXPECT_TRUE(eventually([&] { return hasPayload(number); })) << "payload " << number;
+    const std::string bytes = bytesOf(payloadFile(workspace(), number));
+    EXPECT_EQ(bytes.size() % sizeof(wchar_t), 0U);
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return text;
+}
+
 bool EndToEnd::isPlatformRunning(const fs::path& directory) const {
-    HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, recordedProcess(directory));
+    HANDLE process = openRecordedProcess(directory, SYNCHRONIZE);
     if (process == nullptr) {
         return false;
     }
@@ -303,10 +379,7 @@ bool EndToEnd::isPlatformRunning(const fs::path& directory) const {
 
 void EndToEnd::stopPlatform(const fs::path& directory) {
     std::error_code ignored;
-    if (!fs::exists(directory / L".zel.main", ignored)) {
-        return;
-    }
-    HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, recordedProcess(directory));
+    HANDLE process = openRecordedProcess(directory, SYNCHRONIZE);
     if (process != nullptr) {
         write(directory / L"standin.stop", "");
         WaitForSingleObject(process, platformBound);
@@ -316,12 +389,56 @@ void EndToEnd::stopPlatform(const fs::path& directory) {
     fs::remove_all(directory / L"standin", ignored);
 }
 
+void EndToEnd::crashPlatform() {
+    HANDLE process = openRecordedProcess(workspace(), PROCESS_TERMINATE | SYNCHRONIZE);
+    ASSERT_NE(process, nullptr);
+    EXPECT_NE(TerminateProcess(process, 1), 0);
+    EXPECT_EQ(WaitForSingleObject(process, platformBound), WAIT_OBJECT_0);
+    CloseHandle(process);
+    fs::remove_all(workspace() / L"standin");
+}
+
+bool EndToEnd::isLockFree() const {
+    constexpr DWORD lockedBytes = 100;
+    HANDLE file = CreateFileW((workspace() / L".zel.lock").c_str(), GENERIC_READ | GENERIC_WRITE,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND;
+    }
+    const bool isFree = LockFile(file, 0, 0, lockedBytes, 0) != 0;
+    CloseHandle(file);
+    return isFree;
+}
+
 void EndToEnd::pause() {
     Sleep(pauseMilliseconds);
 }
 
 bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
+}
+
+std::wstring forward(const fs::path& path) {
+    return path.generic_wstring();
+}
+
+std::wstring backward(const fs::path& path) {
+    return fs::path(path).make_preferred().wstring();
+}
+
+bool isUserAdministrator() {
+    HANDLE token = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == 0) {
+        return false;
+    }
+    DWORD size = 0;
+    GetTokenInformation(token, TokenGroups, nullptr, 0, &size);
+    // As pointers, for the alignment that the groups need.
+    std::vector<void*> groups(size / sizeof(void*) + 1);
+    const bool isRead = GetTokenInformation(token, TokenGroups, groups.data(), size, &size) != 0;
+    CloseHandle(token);
+    return isRead && holdsAdministrators(*reinterpret_cast<const TOKEN_GROUPS*>(groups.data()));
 }
 
 }  // namespace endtoend

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +28,12 @@ struct Running {
     std::uint32_t processId = 0;
 };
 
+// Variables of an environment; their names are told apart as the system does.
+struct VariableOrder {
+    bool operator()(const std::wstring& left, const std::wstring& right) const;
+};
+using Variables = std::map<std::wstring, std::wstring, VariableOrder>;
+
 class EndToEnd : public ::testing::Test {
 protected:
     EndToEnd();
@@ -38,7 +45,8 @@ protected:
     fs::path base;  // the base location
     fs::path userHome;
     std::wstring userName = L"ann";
-    std::map<std::wstring, std::wstring> environment;  // on top of the launcher's usual variables
+    Variables environment;                    // on top of the launcher's usual variables
+    std::set<std::wstring> missingVariables;  // which the launcher does not have at all
 
     // Lines of the files of the install; changed before the first start, or written again by layOut.
     std::vector<std::pair<std::string, std::string>> launcherProperties;
@@ -49,6 +57,8 @@ protected:
     void setProperty(const std::string& key, const std::string& value);
     void removeProperty(const std::string& key);
     void layOut();
+    // The install that stands in the repository as an example, in place of the usual one.
+    void layOutExample();
 
     // Starts the launcher with these words behind the program and waits for its end.
     Status launch(const std::vector<std::wstring>& words = {});
@@ -60,6 +70,9 @@ protected:
     fs::path workspace() const;  // the default one of the user
     std::string log() const;     // of the default workspace, line feeds
     std::string tempLog() const;
+    // Logs with a time stamp in their names: each start that debugs has one of its own.
+    std::vector<std::string> debugLogs() const { return stampedLogs(workspace() / L"logs"); }
+    std::string lockLog() const;  // of the one start that ended at the lock, which debugs by itself
     static std::string read(const fs::path& path);  // whole, CR LF as line feeds; empty when missing
     static void write(const fs::path& path, const std::string& content);
 
@@ -68,12 +81,24 @@ protected:
     std::vector<std::wstring> platformWords(const fs::path& directory) const;
     std::wstring platformCommand() const { return platformCommand(workspace()); }
     std::wstring platformCommand(const fs::path& directory) const;
-    std::map<std::wstring, std::wstring> platformEnvironment() const;
+    bool hasWord(const std::wstring& word) const;
+    std::wstring wordBehind(const std::wstring& option) const;  // empty without the option
+    Variables platformEnvironment() const;
+    // The n-th text, from 1 on, that came through the platform's pipe, its NUL included; waits for it.
+    std::wstring payload(int number) const;
+    bool hasPayload(int number) const;
     std::map<std::string, std::string> platformStart() const;
+    // The process that the launcher recorded.
+    bool isPlatformRunning() const { return isPlatformRunning(workspace()); }
     bool isPlatformRunning(const fs::path& directory) const;
     // Asks the platform to end and waits for that; its records are removed.
     void stopPlatform() { stopPlatform(workspace()); }
     void stopPlatform(const fs::path& directory);
+    // Ends it in the middle of whatever it does, as a crash would.
+    void crashPlatform();
+
+    // Whether the next launcher of this workspace would get the lock at once.
+    bool isLockFree() const;
 
     // True when the condition holds within ten seconds.
     template <typename Condition>
@@ -89,6 +114,7 @@ protected:
 
 private:
     static void pause();
+    static std::vector<std::string> stampedLogs(const fs::path& directory);
     static void placeProgram(const std::wstring& name, const fs::path& target);
 
     bool isLaidOut = false;
@@ -96,5 +122,11 @@ private:
 };
 
 bool contains(const std::string& text, const std::string& part);
+
+std::wstring forward(const fs::path& path);   // with forward slashes
+std::wstring backward(const fs::path& path);  // with backslashes
+
+// Whether the user of the tests is in the local Administrators group. Wine makes everybody one.
+bool isUserAdministrator();
 
 }  // namespace endtoend

@@ -254,18 +254,6 @@ TEST_F(RefusedStart, AnInstallOutsideAFrameworkDirectoryEndsAsAMemoryFaultWithIt
     EXPECT_TRUE(machine.startedProcesses().empty());
 }
 
-TEST_F(RefusedStart, ADirectoryOfExtensionJarsIsNotYetServed) {
-    layOut();
-    machine.makeDirectory(L"C:\\Apps\\vxext");
-    EXPECT_FATAL(launch());
-    EXPECT_TRUE(machine.startedProcesses().empty());
-}
-
-TEST_F(RefusedStart, ACommandAloneIsNotYetSent) {
-    EXPECT_FATAL(launch({L"-dcommand_only"}));
-    EXPECT_FALSE(machine.exists(workspace));
-}
-
 TEST_F(RefusedStart, AFullDiskEndsWithALine) {
     layOut();
     machine.setFreeSpace(0);

@@ -37,7 +37,11 @@ int runPlatform(const PlatformBehaviour& behaviour) {
     platform::sleepMilliseconds(behaviour.publishAfterMilliseconds);
     if (behaviour.publishes) {
         const std::string leaf = "platform-" + std::to_string(platform::currentProcessId());
-        simulation::holdSemaphore(L"Global\\" + std::wstring(leaf.begin(), leaf.end()) + L"sem");
+        const std::wstring wideLeaf(leaf.begin(), leaf.end());
+        simulation::holdSemaphore(L"Global\\" + wideLeaf + L"sem");
+        if (behaviour.servesPipe) {
+            simulation::servePipe(L"\\\\.\\pipe\\" + wideLeaf);
+        }
         platform::Stream* endpoint = platform::openStream(directory + L"\\.pipe", "w");
         if (endpoint != nullptr) {
             platform::writeStream(endpoint, "\\\\.\\pipe\\" + leaf + "\r\n");
@@ -161,6 +165,23 @@ std::string Story::tempLog() const {
 
 bool Story::logHas(const std::string& line) const {
     return ("\n" + log()).find("\n" + line + "\n") != std::string::npos;
+}
+
+std::vector<std::wstring> Story::payloads() const {
+    std::vector<std::wstring> texts;
+    for (const simulation::StartedProcess& child : machine.startedProcesses()) {
+        const std::wstring name = L"\\\\.\\pipe\\platform-" + std::to_wstring(child.id);
+        for (const std::string& bytes : machine.pipePayloads(name)) {
+            std::wstring text;
+            for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+                const auto low = static_cast<unsigned char>(bytes[i]);
+                const auto high = static_cast<unsigned char>(bytes[i + 1]);
+                text += static_cast<wchar_t>(low + high * 256);
+            }
+            texts.push_back(text);
+        }
+    }
+    return texts;
 }
 
 std::wstring Story::command() const {

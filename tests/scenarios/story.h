@@ -18,6 +18,7 @@ namespace scenarios {
 struct PlatformBehaviour {
     std::uint32_t publishAfterMilliseconds = 200;  // until `.pipe` and the semaphore are there
     bool publishes = true;
+    bool servesPipe = true;
     std::uint32_t livesMilliseconds = 60000;
     int exitCode = 0;
 };
@@ -84,6 +85,8 @@ protected:
     // The element behind the first one that equals `option`, or empty.
     std::wstring elementBehind(const std::wstring& option) const;
     std::map<std::wstring, std::wstring> childEnvironment() const;
+    // The texts that came through the pipes of the platforms, their terminating NUL included.
+    std::vector<std::wstring> payloads() const;
 
     // A file of the user's: below the workspace, and below its configuration directory.
     std::optional<std::string> workspaceFile(const std::wstring& name) const;

@@ -8,4 +8,14 @@ Handle openSemaphore(const std::wstring& name, std::uint32_t access) {
     return seamHandle(OpenSemaphoreW(access, FALSE, name.c_str()));
 }
 
+bool waitNamedPipe(const std::wstring& name, std::uint32_t milliseconds) {
+    return WaitNamedPipeW(name.c_str(), milliseconds) != 0;
+}
+
+bool writePipe(Handle pipe, const std::string& bytes) {
+    DWORD written = 0;
+    return WriteFile(systemHandle(pipe), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) !=
+           0;
+}
+
 }  // namespace platform

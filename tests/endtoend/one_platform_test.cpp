@@ -1,0 +1,142 @@
+#include <algorithm>
+
+#include "endtoend.h"
+
+// One workspace, one platform: who starts it, who finds it, and what becomes of it.
+namespace {
+
+using endtoend::contains;
+using endtoend::EndToEnd;
+using endtoend::fatalStatus;
+using endtoend::Running;
+using endtoend::Status;
+namespace fs = std::filesystem;
+
+class OnePlatform : public EndToEnd {};
+
+TEST_F(OnePlatform, OfTwoLaunchersAtOnceOneStartsIt) {
+    scriptLines = {"publish-after 1500"};
+    layOut();
+    // With -debug each of them has a log of its own.
+    const Running first = begin({L"-debug", L"one"});
+    const Running second = begin({L"-debug", L"two"});
+    const Status firstStatus = waitFor(first);
+    const Status secondStatus = waitFor(second);
+    ASSERT_TRUE(firstStatus && secondStatus);
+    EXPECT_EQ(*firstStatus, 0U);
+    EXPECT_EQ(*secondStatus, 0U);
+    const std::wstring started = hasWord(L"one") ? L"one" : L"two";
+    EXPECT_TRUE(hasWord(started));
+    EXPECT_NE(payload(1).find(started == L"one" ? L"\ntwo\n" : L"\none\n"), std::wstring::npos);
+    const std::string number = platformStart()["pid"];
+    EXPECT_EQ(read(workspace() / L".zel.lock"), number + std::string(10, ' '));
+
+    const std::vector<std::string> logs = debugLogs();
+    ASSERT_EQ(logs.size(), 2U);
+    EXPECT_EQ(std::count_if(logs.begin(), logs.end(),
+                            [](const std::string& text) {
+                                return contains(text, "ZLNCH0305I: We are daemon process\n") &&
+                                       contains(text, "ZLNCH0146I: Pipe args = ");
+                            }),
+              1);
+}
+
+TEST_F(OnePlatform, ALaterLauncherLeavesTheRunningOnesFilesAlone) {
+    EXPECT_EQ(launch({L"first"}), 0U);
+    const std::string arguments = read(workspace() / L".config" / L"args.properties");
+    const std::string record = read(workspace() / L".zel.lock");
+    EXPECT_EQ(launch({L"second"}), 0U) << log();
+    EXPECT_TRUE(isPlatformRunning());
+    EXPECT_TRUE(hasWord(L"first"));
+    EXPECT_EQ(read(workspace() / L".config" / L"args.properties"), arguments);
+    EXPECT_EQ(read(workspace() / L".zel.lock"), record);
+    EXPECT_TRUE(isLockFree());
+}
+
+TEST_F(OnePlatform, NothingIsInstalledWhileItRuns) {
+    EXPECT_EQ(launch(), 0U);
+    const std::string number = platformStart()["pid"];
+    EXPECT_EQ(launch({L"-provManifest"}), fatalStatus);
+    EXPECT_TRUE(
+        log().ends_with("ZLNCH0122E: Attempting to install while process " + number + " is running.\n"));
+}
+
+TEST_F(OnePlatform, OneOfOtherRightsIsNotTakenOver) {
+    scriptLines = {"semaphore denied"};
+    EXPECT_EQ(launch(), 0U);
+    EXPECT_EQ(launch(), fatalStatus);
+    EXPECT_TRUE(
+        contains(lockLog(), "ZLNCH0303E: Unable to access process. Is it elevated? ' Failed with error 5: "));
+    EXPECT_TRUE(isPlatformRunning());
+}
+
+// Until the platform can be found, no other launcher may look for it.
+TEST_F(OnePlatform, TheLockIsHeldUntilItHasPublished) {
+    scriptLines = {"publish-after 3000"};
+    const Running launcher = begin();
+    platformWords();
+    EXPECT_FALSE(isLockFree());
+    EXPECT_FALSE(fs::exists(workspace() / L".pipe"));
+    EXPECT_EQ(waitFor(launcher), 0U);
+    EXPECT_TRUE(fs::exists(workspace() / L".pipe"));
+    EXPECT_TRUE(isLockFree());
+}
+
+TEST_F(OnePlatform, TheLauncherStaysBesideItWhenAsked) {
+    scriptLines = {"live 4000", "exit 7"};
+    const Running launcher = begin({L"-zelLauncherWait"});
+    EXPECT_TRUE(eventually([&] { return fs::exists(workspace() / L".pipe") && isLockFree(); }));
+    EXPECT_TRUE(isPlatformRunning());
+    EXPECT_EQ(waitFor(launcher), 0U);
+    EXPECT_FALSE(isPlatformRunning());
+    EXPECT_EQ(read(workspace() / L"standin" / L"ended.txt"), "exit=7\n");
+}
+
+TEST_F(OnePlatform, ThePreparationAloneStartsNone) {
+    EXPECT_EQ(launch({L"-zelLauncherWait", L"-provManifest"}), 0U) << log();
+    EXPECT_TRUE(fs::exists(workspace() / L".config" / L"zelinstall.properties"));
+    EXPECT_FALSE(fs::exists(workspace() / L".zel.main"));
+    EXPECT_FALSE(fs::exists(workspace() / L"standin"));
+    EXPECT_TRUE(isLockFree());
+}
+
+TEST_F(OnePlatform, ACrashedOneIsReplaced) {
+    EXPECT_EQ(launch({L"first"}), 0U);
+    const std::string endpoint = read(workspace() / L".pipe");
+    crashPlatform();
+    EXPECT_EQ(read(workspace() / L".pipe"), endpoint);
+    EXPECT_EQ(launch({L"second"}), 0U) << log();
+    EXPECT_TRUE(contains(log(), "ZLNCH0304I: We are main process\n"));
+    EXPECT_TRUE(hasWord(L"second"));
+    EXPECT_NE(read(workspace() / L".pipe"), endpoint);
+}
+
+TEST_F(OnePlatform, TheEndpointOfADeadOneIsNoSignOfLife) {
+    layOut();
+    write(workspace() / L".pipe", "\\\\.\\pipe\\gone\r\n");
+    write(workspace() / L".zel.lock", "4711          ");
+    EXPECT_EQ(launch(), 0U) << log();
+    EXPECT_TRUE(contains(log(), "ZLNCH0304I: We are main process\n"));
+    EXPECT_FALSE(contains(read(workspace() / L".pipe"), "gone"));
+}
+
+TEST_F(OnePlatform, ALockFileThatHoldsNoNumberStopsTheStart) {
+    layOut();
+    write(workspace() / L".zel.lock", "abc");
+    EXPECT_EQ(launch(), fatalStatus);
+    EXPECT_TRUE(contains(lockLog(), "ZLNCH0092E: Error reading platform lock file.\n"));
+    EXPECT_EQ(read(workspace() / L".zel.lock"), "abc");
+}
+
+TEST_F(OnePlatform, ARestartWaitsForTheOneThatAskedForIt) {
+    EXPECT_EQ(launch({L"first"}), 0U);
+    const std::string arguments = read(workspace() / L".config" / L"args.properties");
+    const std::wstring number = std::to_wstring(std::stoul(platformStart()["pid"]));
+    const Running restart = begin({L"-restart", L"-zel_old_pid", number});
+    stopPlatform();
+    EXPECT_EQ(waitFor(restart), 0U) << log();
+    EXPECT_EQ(read(workspace() / L".config" / L"args.properties"), arguments);
+    EXPECT_FALSE(hasWord(L"-restart"));
+}
+
+}  // namespace
