@@ -251,14 +251,6 @@ void Machine::setAdministratorsGroupName(const std::wstring& name) {
     state->administratorsName = name;
 }
 
-void Machine::setRegistryText(const std::wstring& key, const std::wstring& value, const std::wstring& text) {
-    state->registry[upperCase(key)][upperCase(value)] = text;
-}
-
-void Machine::removeRegistryText(const std::wstring& key, const std::wstring& value) {
-    state->registry[upperCase(key)].erase(upperCase(value));
-}
-
 void Machine::setSystemVersion(std::uint32_t major, std::uint32_t minor) {
     state->major = major;
     state->minor = minor;
@@ -274,6 +266,26 @@ void Machine::createSemaphore(const std::wstring& name, bool mayBeOpened) {
 
 void Machine::removeSemaphore(const std::wstring& name) {
     state->semaphores.erase(name);
+}
+
+void Machine::refusePrivileges() {
+    state->hasShutdownPrivilege = false;
+}
+
+bool Machine::isShutdownEnabled() const {
+    return state->isShutdownEnabled;
+}
+
+const std::vector<SessionEnd>& Machine::sessionEnds() const {
+    return state->sessionEnds;
+}
+
+const std::vector<std::wstring>& Machine::debuggerTexts() const {
+    return state->debuggerTexts;
+}
+
+std::size_t Machine::openHandlesOf(ProcessId process) const {
+    return state->processes.at(process)->objects.size();
 }
 
 std::vector<std::string> Machine::pipePayloads(const std::wstring& name) const {

@@ -11,6 +11,7 @@
 #include "platform/child_processes.h"
 #include "platform/clock.h"
 #include "platform/errors.h"
+#include "platform/registry.h"
 
 // A Windows machine in memory: the second implementation of the seam in src/platform, for tests.
 //
@@ -56,6 +57,19 @@ struct Operation {
     std::wstring argument;  // its first text argument, or empty
     ProcessId process = 0;
     std::uint64_t index = 0;  // 1 for the first operation of the machine
+};
+
+// A value of the registry: a text, or a 32-bit number.
+struct RegistryValue {
+    std::wstring text;
+    std::optional<std::uint32_t> number;
+};
+
+// A call that would have ended the user's session. On this machine the session goes on.
+struct SessionEnd {
+    std::uint32_t how = 0;
+    std::uint32_t reason = 0;
+    bool wasPrivileged = false;  // the privilege to shut down was enabled at that moment
 };
 
 // How injected failures are chosen. Operations are counted for the whole machine from 1, or, with a
@@ -135,6 +149,10 @@ public:
     void setRegistryText(const std::wstring& key, const std::wstring& value,
                          const std::wstring& text);  // HKLM
     void removeRegistryText(const std::wstring& key, const std::wstring& value);
+    void makeRegistryKey(platform::RegistryRoot root, const std::wstring& key);
+    void refuseRegistryChanges(platform::RegistryRoot root);  // its keys can be opened for reading alone
+    std::optional<RegistryValue> registryValue(platform::RegistryRoot root, const std::wstring& key,
+                                               const std::wstring& value) const;
     void setSystemVersion(std::uint32_t major, std::uint32_t minor);   // 10, 0
     void addProcess(const std::wstring& executableName);               // an entry of the process list
     void createSemaphore(const std::wstring& name, bool mayBeOpened);  // held by nobody in particular
@@ -147,6 +165,13 @@ public:
     // shell32.dll, and its function for the application identity, are there at the start.
     void removeShellLibrary();
     void removeAppIdFunction();
+
+    // The privilege to shut the machine down is not the user's.
+    void refusePrivileges();
+    bool isShutdownEnabled() const;
+    const std::vector<SessionEnd>& sessionEnds() const;
+    const std::vector<std::wstring>& debuggerTexts() const;
+    std::size_t openHandlesOf(ProcessId process) const;  // of one that runs
 
     // What clients wrote to a pipe, one text a connection, also after its server has gone.
     std::vector<std::string> pipePayloads(const std::wstring& name) const;

@@ -53,7 +53,7 @@ struct Semaphore {
     int holders = 0;
 };
 
-enum class ObjectKind { file, process, thread, semaphore, snapshot, pipe };
+enum class ObjectKind { file, process, thread, semaphore, snapshot, pipe, registryKey, token };
 
 // A named pipe with one instance at a time: a client that comes while another is connected waits.
 struct Pipe {
@@ -74,7 +74,11 @@ struct Object {
     std::vector<std::wstring> snapshotNames;
     std::vector<ProcessId> snapshotIds;
     std::size_t snapshotPosition = 0;
+    std::wstring registryKey;
+    std::uint32_t registryAccess = 0;
 };
+
+using RegistryValues = std::map<std::wstring, RegistryValue>;  // by upper-cased name
 
 struct FindState {
     std::vector<platform::FindEntry> entries;
@@ -157,7 +161,12 @@ public:
     std::wstring userName = L"ann";
     std::vector<std::wstring> userGroups = {L"Users"};
     std::wstring administratorsName = L"Administrators";
-    std::map<std::wstring, std::map<std::wstring, std::wstring>> registry;
+    std::map<std::wstring, RegistryValues> registry;  // by root and upper-cased path
+    std::set<platform::RegistryRoot> readOnlyRoots;
+    bool hasShutdownPrivilege = true;
+    bool isShutdownEnabled = false;
+    std::vector<SessionEnd> sessionEnds;
+    std::vector<std::wstring> debuggerTexts;
     std::uint32_t major = 10;
     std::uint32_t minor = 0;
     std::vector<std::wstring> otherProcesses;

@@ -215,6 +215,25 @@ std::optional<std::uint32_t> processExitCode(Handle process) {
     return child.state == simulation::ProcessState::ended ? child.end.status : exitCodeStillActive;
 }
 
+void waitForInputIdle(Handle /*process*/, std::uint32_t /*milliseconds*/) {
+    beginOperation("waitForInputIdle");
+}
+
+Handle openProcess(std::uint32_t processId) {
+    if (const ErrorCode fault = beginOperation("openProcess")) {
+        failWith(fault);
+        return Handle::none;
+    }
+    if (machineOfSelf().processes.count(processId) == 0) {
+        failWith(errorInvalidParameter);
+        return Handle::none;
+    }
+    auto object = std::make_unique<Object>();
+    object->kind = ObjectKind::process;
+    object->processId = processId;
+    return static_cast<Handle>(addObject(std::move(object)));
+}
+
 Handle processSnapshot() {
     if (const ErrorCode fault = beginOperation("processSnapshot")) {
         failWith(fault);

@@ -4,11 +4,10 @@
 #include "platform/console.h"
 #include "platform/desktop.h"
 #include "platform/environment.h"
-#include "platform/registry.h"
 #include "platform/users.h"
 #include "simulation/machine_state.h"
 
-// What the machine answers about its clock, environment, users, registry, console and libraries.
+// What the machine answers about its clock, environment, users, console and libraries.
 namespace platform {
 
 using simulation::beginOperation;
@@ -19,10 +18,6 @@ using simulation::self;
 using simulation::upperCase;
 
 namespace {
-
-constexpr std::uintptr_t theKeyBase = 1;
-constexpr std::uint32_t statusMoreData = 234;
-constexpr std::uint32_t statusNoSuchFile = 2;
 
 // The system's own codes, and the same as results of its object model.
 bool hasText(ErrorCode code) {
@@ -128,51 +123,6 @@ LocalGroups localGroupsOfUser(const std::wstring& userName, std::uint32_t /*pref
     groups.entriesRead = groups.totalEntries;
     groups.names = machine.userGroups;
     return groups;
-}
-
-std::uint32_t openRegistryKey(RegistryRoot root, const std::wstring& path, std::uint32_t /*access*/,
-                              RegistryKey& key) {
-    key = RegistryKey::none;
-    if (const ErrorCode fault = beginOperation("openRegistryKey", path)) {
-        return fault;
-    }
-    const auto& registry = machineOfSelf().registry;
-    const auto found = registry.find(upperCase(path));
-    if (root != RegistryRoot::localMachine || found == registry.end()) {
-        return statusNoSuchFile;
-    }
-    key = static_cast<RegistryKey>(theKeyBase +
-                                   static_cast<std::uintptr_t>(std::distance(registry.begin(), found)));
-    return 0;
-}
-
-std::uint32_t queryRegistryText(RegistryKey key, const std::wstring& valueName, std::uint32_t& size,
-                                std::wstring& text) {
-    if (const ErrorCode fault = beginOperation("queryRegistryText", valueName)) {
-        return fault;
-    }
-    const auto& registry = machineOfSelf().registry;
-    const std::uintptr_t index = static_cast<std::uintptr_t>(key) - theKeyBase;
-    if (key == RegistryKey::none || index >= registry.size()) {
-        return errorInvalidHandle;
-    }
-    const auto& values = std::next(registry.begin(), static_cast<std::ptrdiff_t>(index))->second;
-    const auto value = values.find(upperCase(valueName));
-    if (value == values.end()) {
-        return statusNoSuchFile;
-    }
-    const auto needed = static_cast<std::uint32_t>((value->second.size() + 1) * 2);
-    const bool fits = needed <= size;
-    size = needed;
-    if (!fits) {
-        return statusMoreData;
-    }
-    text = value->second;
-    return 0;
-}
-
-void closeRegistryKey(RegistryKey /*key*/) {
-    beginOperation("closeRegistryKey");
 }
 
 bool systemVersion(std::uint32_t& major, std::uint32_t& minor) {

@@ -1,11 +1,14 @@
 #include "kiosk/shell_role.h"
 
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
+#include "platform/child_processes.h"
+#include "platform/process.h"
 #include "platform/registry.h"
 
 namespace zellauncher {
@@ -17,7 +20,23 @@ constexpr const wchar_t* kioskShellsKey =
     L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells";
 constexpr const wchar_t* shellValue = L"Shell";
 constexpr const wchar_t* kioskShellValue = L"KSD_SHELL";
+constexpr const wchar_t* adminShellValue = L"ADMIN_SHELL";
+constexpr const wchar_t* explorerPoliciesKey =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\Explorer";
+constexpr const wchar_t* systemPoliciesKey =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\System";
 constexpr std::uint32_t shellBytes = 1000;
+constexpr std::uint32_t desktopWaitMilliseconds = 5000;
+
+// A policy of the user's desktop, and what is said when it cannot be cleared.
+struct Policy {
+    const wchar_t* name;
+    const char* failure;
+};
+
+std::int64_t numberOf(std::uint32_t code) {
+    return static_cast<std::int32_t>(code);
+}
 
 void logRegistryFailure(const wchar_t* format, std::initializer_list<FormatArgument> arguments) {
     std::string line;
@@ -31,7 +50,7 @@ platform::RegistryKey openForReading(const wchar_t* path, const wchar_t* message
     const std::uint32_t code = platform::openRegistryKey(platform::RegistryRoot::localMachine, path,
                                                          platform::registryQueryValue, key);
     if (code != 0) {
-        logRegistryFailure(message, {std::wstring(path), std::int64_t{static_cast<std::int32_t>(code)}});
+        logRegistryFailure(message, {std::wstring(path), numberOf(code)});
     }
     return key;
 }
@@ -44,9 +63,34 @@ void readShell(platform::RegistryKey key, const wchar_t* valueName, std::uint32_
     }
     const std::uint32_t code = platform::queryRegistryText(key, valueName, size, text);
     if (code != 0) {
-        logRegistryFailure(message, {std::wstring(winLogonKey), std::wstring(shellValue),
-                                     std::int64_t{static_cast<std::int32_t>(code)}});
+        logRegistryFailure(message, {std::wstring(winLogonKey), std::wstring(shellValue), numberOf(code)});
     }
+}
+
+// `none`, without a line, for a user who may not change it.
+platform::RegistryKey openLogonShell() {
+    platform::RegistryKey key = platform::RegistryKey::none;
+    platform::openRegistryKey(platform::RegistryRoot::localMachine, winLogonKey,
+                              platform::registryQueryValue | platform::registrySetValue, key);
+    return key;
+}
+
+bool clearPolicies(const wchar_t* path, const wchar_t* message, std::initializer_list<Policy> policies) {
+    platform::RegistryKey key = platform::RegistryKey::none;
+    const std::uint32_t code = platform::openRegistryKey(platform::RegistryRoot::currentUser, path,
+                                                         platform::registryAllAccess, key);
+    if (code != 0) {
+        logRegistryFailure(message, {std::wstring(path), numberOf(code)});
+        return true;  // a user without such policies needs none cleared
+    }
+    for (const Policy& policy : policies) {
+        if (platform::setRegistryNumber(key, policy.name, 0) != 0) {
+            logDebug(policy.failure);
+            return false;
+        }
+    }
+    platform::closeRegistryKey(key);
+    return true;
 }
 
 }  // namespace
@@ -68,7 +112,77 @@ bool isKioskShellActive() {
 }
 
 void runKioskShellRole() {
-    logFatal("ZELLauncher> this version can not give a kiosk machine its desktop");
+    setShellToAdmin();
+    clearDesktopPolicies();
+    platform::ChildProcess desktop;
+    platform::createProcess(L"Explorer.exe", platform::StartInformation(), desktop);
+    platform::waitForInputIdle(desktop.process, desktopWaitMilliseconds);
+    setShellToKiosk();
+    platform::exitProcess(0);
+}
+
+bool readKioskShellValue(KioskShell kind, std::wstring& shell) {
+    const platform::RegistryKey key =
+        openForReading(kioskShellsKey, L"ZLNCH0132E: Error opening HKLM\\%S key: rc = %d");
+    if (key == platform::RegistryKey::none) {
+        return false;
+    }
+    if (kind != KioskShell::administrators && kind != KioskShell::kiosk) {
+        logRegistryFailure(L"ZLNCH0059E: Error Invalid value type of %d",
+                           {std::int64_t{static_cast<int>(kind)}});
+        platform::closeRegistryKey(key);
+        return false;
+    }
+    const wchar_t* valueName = kind == KioskShell::administrators ? adminShellValue : kioskShellValue;
+    std::uint32_t size = shellBytes;
+    const std::uint32_t code = platform::queryRegistryText(key, valueName, size, shell);
+    if (code != 0) {
+        logRegistryFailure(L"ZLNCH0135E: Error reading HKLM\\%S\\%S: rc = %d",
+                           {std::wstring(kioskShellsKey), std::wstring(valueName), numberOf(code)});
+    }
+    platform::closeRegistryKey(key);
+    return code == 0;
+}
+
+bool setShellToAdmin() {
+    const platform::RegistryKey key = openLogonShell();
+    if (key == platform::RegistryKey::none) {
+        return false;
+    }
+    std::wstring shell;
+    if (!readKioskShellValue(KioskShell::administrators, shell)) {
+        logDebug("ZLNCH0060E: Error getting Shell name ADMIN_SHELL");
+    }
+    // The key stays open: the process ends soon.
+    if (platform::setRegistryText(key, shellValue, shell) != 0) {
+        logDebug("Problem calling RegSetValueEx with ADMIN_SHELL");
+        return false;
+    }
+    return true;
+}
+
+bool setShellToKiosk() {
+    const platform::RegistryKey key = openLogonShell();
+    if (key == platform::RegistryKey::none) {
+        return false;
+    }
+    std::wstring shell;
+    if (!readKioskShellValue(KioskShell::kiosk, shell)) {
+        logDebug("ZLNCH0066E: Could not retrieve KSD_SHELL");
+    }
+    return platform::setRegistryText(key, shellValue, shell) == 0;
+}
+
+bool clearDesktopPolicies() {
+    // The words of the last three lines are settled, wrong as two of them are.
+    return clearPolicies(explorerPoliciesKey, L"ZLNCH0080E: Error opening HKCU\\%S key: rc = %d",
+                         {{L"NoClose", "ZLNCH0061E: Problem setting NoClose to 0"},
+                          {L"NoLogoff", "ZLNCH0062E: Problem setting NoLogoff to 0"}}) &&
+           clearPolicies(
+               systemPoliciesKey, L"ZLNCH0133E: Error opening HKCU\\%S key: rc = %d",
+               {{L"DisableChangePassword", "ZLNCH0063E: Problem setting DisableChangePassword to 0"},
+                {L"DisableLockworkstation", "ZLNCH0064E: Problem setting DisableTaskMgr to 0"},
+                {L"DisableTaskMgr", "ZLNCH0065E: Problem setting DisableTaskMg to 0"}});
 }
 
 }  // namespace zellauncher

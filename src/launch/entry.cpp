@@ -8,6 +8,7 @@
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
 #include "kiosk/shell_role.h"
+#include "kiosk/termination.h"
 #include "launch/administrators.h"
 #include "launch/command_only_sequence.h"
 #include "launch/install_directory.h"
@@ -124,6 +125,7 @@ void takeShellRoleIfDue() {
 }  // namespace
 
 int wmain() {
+    settleExitDataPath();
     const Arguments arguments = platform::commandLineArguments();
     setLogDebug(hasArgument(L"-debug", arguments));
     answerVersionQuery(arguments);

@@ -1,6 +1,7 @@
 #include "launch/platform_execution.h"
 
 #include <cstdint>
+#include <optional>
 
 #include "configuration/install_configuration.h"
 #include "foundation/log_channel.h"
@@ -58,9 +59,8 @@ bool isCurrentUserAdministrator() {
     return isUserInAdminGroup(userName);
 }
 
-// The locked-down desktop: the launcher stays, without its window, to decide what the platform's
-// end means.
-void superviseCommand(const std::wstring& command, const platform::StartInformation& start) {
+// The locked-down desktop: the launcher stays, without its window, until the platform has ended.
+std::uint32_t superviseCommand(const std::wstring& command, const platform::StartInformation& start) {
     const platform::ChildProcess child = startPlatform(command, start);
     platform::hideWindow(findConsoleWindow());
     std::uint32_t exitCode = platform::processExitCode(child.process).value_or(0);
@@ -68,7 +68,7 @@ void superviseCommand(const std::wstring& command, const platform::StartInformat
         platform::sleepMilliseconds(supervisionPollMilliseconds);
         exitCode = platform::processExitCode(child.process).value_or(0);
     }
-    HandleTermination(exitCode);
+    return exitCode;
 }
 
 void runCommand(const std::wstring& command, const platform::StartInformation& start) {
@@ -76,6 +76,21 @@ void runCommand(const std::wstring& command, const platform::StartInformation& s
     if (waitForPlatform) {
         waitForChild(child);
     }
+}
+
+// The platform's exit code when it was supervised. Never part of its caller: what is on its stack would
+// else stay there for as long as the end is handled.
+[[gnu::noinline]] std::optional<std::uint32_t> startAndWatch(const std::wstring& command) {
+    const platform::StartInformation start = prepareStartInformation();
+    const std::wstring commandLine = upToNul(command);
+    logCommand(commandLine);
+    const bool isLockdown = isLockdownInstall();
+    const bool isAdministrator = isCurrentUserAdministrator();
+    if (!isAdministrator && isLockdown) {
+        return superviseCommand(commandLine, start);
+    }
+    runCommand(commandLine, start);
+    return std::nullopt;
 }
 
 }  // namespace
@@ -88,16 +103,11 @@ void handOffOrExecute(const std::wstring& command) {
     }
 }
 
+// Handling the end may start the platform again, level below level, for as long as the machine runs.
 void executeCommand(const std::wstring& command) {
-    const platform::StartInformation start = prepareStartInformation();
-    const std::wstring commandLine = upToNul(command);
-    logCommand(commandLine);
-    const bool isLockdown = isLockdownInstall();
-    const bool isAdministrator = isCurrentUserAdministrator();
-    if (!isAdministrator && isLockdown) {
-        superviseCommand(commandLine, start);
-    } else {
-        runCommand(commandLine, start);
+    const std::optional<std::uint32_t> exitCode = startAndWatch(command);
+    if (exitCode) {
+        HandleTermination(*exitCode);
     }
 }
 

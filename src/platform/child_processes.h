@@ -38,6 +38,14 @@ bool hasProcessEnded(Handle process);
 // of a process.
 std::optional<std::uint32_t> processExitCode(Handle process);
 
+// Waits until the process has started up and waits for its user, at most so many milliseconds
+// (WaitForInputIdle). A program without windows is not waited for.
+void waitForInputIdle(Handle process, std::uint32_t milliseconds);
+
+// Opens a process that somebody else started, to ask for its exit code (OpenProcess with
+// PROCESS_QUERY_INFORMATION, the handle inheritable); `none` on failure.
+Handle openProcess(std::uint32_t processId);
+
 struct ProcessEntry {
     std::wstring executableName;  // file name without its directory
     std::uint32_t processId = 0;

@@ -21,6 +21,9 @@ bool isWine();
 // A command line whose program ends with this code after so many milliseconds.
 std::wstring childCommand(std::uint32_t code, std::uint32_t milliseconds);
 
+// A key of the user's registry that is there, empty, for the cases alone.
+inline constexpr const wchar_t* registryScratch = L"Software\\zl-contract";
+
 // Runs the body as a process of the machine, with an empty directory of its own: full path,
 // backslashes, no trailing one.
 void runOnMachine(const std::function<void(const std::wstring& scratch)>& body);

@@ -70,15 +70,6 @@ TEST_F(InstallKinds, Lockdown) {
     expectUserStart(L"lockdown");
 }
 
-TEST_F(InstallKinds, LockdownSupervisesWhoIsNoAdministrator) {
-    beKind("lockdown");
-    platform.exitCode = 3;
-    EXPECT_FATAL(launch());
-    EXPECT_GE(machine.elapsedMilliseconds(), platform.livesMilliseconds);
-    EXPECT_TRUE(
-        logHas("ZELLauncher> the platform ended with 3, and this version can not supervise it further"));
-}
-
 TEST_F(InstallKinds, User) {
     expectUserStart(L"user");
 }
@@ -132,58 +123,6 @@ TEST_F(InstallKinds, WithoutAnIdentityOtherKindsDoNotStart) {
     EXPECT_FATAL(launch());
     EXPECT_NE(tempLog().find("ZLNCH0016E: zel.install.id is required for this configuration!"),
               std::string::npos);
-}
-
-TEST_F(InstallKinds, AKioskWithoutADesktopIsNotYetServed) {
-    machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
-                            L"KSD_SHELL", L"EXPLORER.exe");
-    machine.setUser(L"ann", {L"Administrators"});
-    EXPECT_FATAL(launch());
-    EXPECT_TRUE(machine.startedProcesses().empty());
-}
-
-TEST_F(InstallKinds, AKioskWithADesktopOrAnotherUserStartsThePlatform) {
-    machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
-                            L"KSD_SHELL", L"explorer.exe");
-    EXPECT_STARTED(launch());
-    closePlatform();
-    machine.setUser(L"ann", {L"Administrators"});
-    machine.addProcess(L"EXPLORER.EXE");
-    EXPECT_STARTED(launch());
-    EXPECT_EQ(machine.startedProcesses().size(), 2U);
-}
-
-TEST_F(InstallKinds, AKioskWhoseProcessesCannotBeListedTakesTheShellRole) {
-    machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
-                            L"KSD_SHELL", L"explorer.exe");
-    machine.setUser(L"ann", {L"Administrators"});
-    machine.addProcess(L"Explorer.exe");
-    simulation::Fault fault;
-    fault.operation = "processSnapshot";
-    machine.inject(fault);
-    EXPECT_FATAL(launch());
-    EXPECT_TRUE(logHas("ZELLauncher> this version can not give a kiosk machine its desktop"));
-}
-
-TEST_F(InstallKinds, AKioskUserWithoutANameIsNoAdministrator) {
-    machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells",
-                            L"KSD_SHELL", L"explorer.exe");
-    machine.setUser(L"ann", {L"Administrators"});
-    simulation::Fault fault;
-    fault.operation = "currentUserName";
-    machine.inject(fault);
-    EXPECT_STARTED(launch({L"-debug"}));
-    const std::string debugLog = logAt(inWorkspace(L"logs\\zellauncher_20260131_235900_000.log"));
-    EXPECT_NE(debugLog.find("ZLNCH0130E: ERROR calling GetUserName\n"), std::string::npos);
-}
-
-TEST_F(InstallKinds, OffAKioskTheUsersRightsAreNotLookedAtByTheEntry) {
-    EXPECT_STARTED(launch());
-    std::size_t questions = 0;
-    for (const simulation::Operation& operation : machine.operations()) {
-        questions += operation.name == "localGroupsOfUser" ? 1U : 0U;
-    }
-    EXPECT_EQ(questions, 1U);  // the one before the platform starts
 }
 
 }  // namespace

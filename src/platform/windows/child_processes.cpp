@@ -66,6 +66,14 @@ std::optional<std::uint32_t> processExitCode(Handle process) {
     return code;
 }
 
+void waitForInputIdle(Handle process, std::uint32_t milliseconds) {
+    WaitForInputIdle(systemHandle(process), milliseconds);
+}
+
+Handle openProcess(std::uint32_t processId) {
+    return seamHandle(OpenProcess(PROCESS_QUERY_INFORMATION, TRUE, processId));
+}
+
 Handle processSnapshot() {
     return seamHandle(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
 }

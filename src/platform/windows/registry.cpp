@@ -44,6 +44,19 @@ std::uint32_t queryRegistryText(RegistryKey key, const std::wstring& valueName, 
     return 0;
 }
 
+std::uint32_t setRegistryText(RegistryKey key, const std::wstring& valueName, const std::wstring& text) {
+    const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    return static_cast<std::uint32_t>(RegSetValueExW(systemKey(key), valueName.c_str(), 0, REG_SZ,
+                                                     reinterpret_cast<const BYTE*>(text.c_str()), bytes));
+}
+
+std::uint32_t setRegistryNumber(RegistryKey key, const std::wstring& valueName, std::uint32_t number) {
+    BYTE data[sizeof(number)];
+    std::memcpy(data, &number, sizeof(number));
+    return static_cast<std::uint32_t>(
+        RegSetValueExW(systemKey(key), valueName.c_str(), 0, REG_DWORD, data, sizeof(data)));
+}
+
 void closeRegistryKey(RegistryKey key) {
     if (key != RegistryKey::none) {
         RegCloseKey(systemKey(key));

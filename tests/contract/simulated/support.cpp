@@ -33,6 +33,7 @@ void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) 
     machine.installProgram(L"C:\\child.exe", runChild);
     machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Winlogon", L"Shell",
                             L"explorer.exe");
+    machine.makeRegistryKey(platform::RegistryRoot::currentUser, registryScratch);
     machine.createSemaphore(L"Global\\contract", true);
     const simulation::ProcessEnd end = machine.run({L"C:\\contract.exe"}, [&] {
         body(L"C:\\scratch");

@@ -60,7 +60,13 @@ void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) 
                                  std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
     removeTree(scratch);
     std::filesystem::create_directories(scratch);
+    HKEY registry = nullptr;
+    EXPECT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, registryScratch, 0, nullptr, 0, KEY_READ, nullptr, &registry,
+                              nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(registry);
     body(scratch);
+    RegDeleteKeyW(HKEY_CURRENT_USER, registryScratch);
     removeTree(scratch);
 }
 
