@@ -1,0 +1,91 @@
+#include <windows.h>
+
+#include "endtoend.h"
+
+// A kiosk machine: the registry of this system is made one for the time of a test.
+namespace {
+
+using endtoend::EndToEnd;
+using endtoend::Running;
+namespace fs = std::filesystem;
+
+constexpr const wchar_t* winLogon = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
+constexpr const wchar_t* shells = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells";
+constexpr const wchar_t* policies = L"Software\\Microsoft\\Windows\\CurrentVersion\\Policies";
+
+std::wstring textOf(HKEY root, const std::wstring& key, const wchar_t* name) {
+    wchar_t text[500] = {};
+    DWORD size = sizeof(text);
+    return RegGetValueW(root, key.c_str(), name, RRF_RT_REG_SZ, nullptr, text, &size) == ERROR_SUCCESS
+               ? text
+               : L"(absent)";
+}
+
+DWORD numberOf(const std::wstring& key, const wchar_t* name) {
+    DWORD number = 99;
+    DWORD size = sizeof(number);
+    RegGetValueW(HKEY_CURRENT_USER, (policies + key).c_str(), name, RRF_RT_REG_DWORD, nullptr, &number,
+                 &size);
+    return number;
+}
+
+void setText(const wchar_t* key, const wchar_t* name, const std::wstring& text) {
+    EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, name, REG_SZ, text.c_str(),
+                              static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t))),
+              ERROR_SUCCESS);
+}
+
+class Kiosk : public EndToEnd {
+protected:
+    Kiosk() : formerShell(textOf(HKEY_LOCAL_MACHINE, winLogon, L"Shell")) {
+        setText(winLogon, L"Shell", L"kiosk.exe");
+        setText(shells, L"KSD_SHELL", L"KIOSK.EXE");
+        setText(shells, L"ADMIN_SHELL", L"explorer.exe");
+        for (const wchar_t* name : {L"NoClose", L"NoLogoff"}) {
+            setPolicy(L"\\Explorer", name);
+        }
+        for (const wchar_t* name : {L"DisableChangePassword", L"DisableLockworkstation", L"DisableTaskMgr"}) {
+            setPolicy(L"\\System", name);
+        }
+    }
+    ~Kiosk() override {
+        RegDeleteKeyW(HKEY_LOCAL_MACHINE, shells);
+        setText(winLogon, L"Shell", formerShell);
+    }
+    static void setPolicy(const std::wstring& key, const wchar_t* name) {
+        const DWORD one = 1;
+        EXPECT_EQ(
+            RegSetKeyValueW(HKEY_CURRENT_USER, (policies + key).c_str(), name, REG_DWORD, &one, sizeof(one)),
+            ERROR_SUCCESS);
+    }
+
+    std::wstring formerShell;
+};
+
+// Wine has a desktop process of that name as soon as a program has windows, so what follows without one is
+// told on the simulated machine alone.
+TEST_F(Kiosk, AnAdministratorWithADesktopGetsThePlatform) {
+    layOut();
+    const fs::path desktop = home / L"desktop" / L"Explorer.exe";
+    fs::create_directories(desktop.parent_path());
+    fs::copy_file(base / L"win32" / L"x86_64" / L"eclipse.exe", desktop);
+    const Running explorer = beginFrom(desktop, {});
+    EXPECT_EQ(launch({L"-debug"}), 0U) << log();
+    EXPECT_TRUE(isPlatformRunning());
+    EXPECT_EQ(textOf(HKEY_LOCAL_MACHINE, winLogon, L"Shell"), L"kiosk.exe");
+    EXPECT_EQ(numberOf(L"\\Explorer", L"NoClose"), 1U);
+    EXPECT_EQ(numberOf(L"\\System", L"DisableTaskMgr"), 1U);
+    EXPECT_NE(TerminateProcess(explorer.process, 0), 0);
+    EXPECT_EQ(waitFor(explorer), 0U);
+}
+
+TEST_F(Kiosk, ElsewhereThePlatformStartsAndNothingIsWritten) {
+    setText(winLogon, L"Shell", L"explorer.exe");
+    EXPECT_EQ(launch(), 0U) << log();
+    EXPECT_TRUE(isPlatformRunning());
+    EXPECT_EQ(textOf(HKEY_LOCAL_MACHINE, winLogon, L"Shell"), L"explorer.exe");
+    EXPECT_EQ(numberOf(L"\\Explorer", L"NoClose"), 1U);
+    EXPECT_EQ(numberOf(L"\\System", L"DisableTaskMgr"), 1U);
+}
+
+}  // namespace
