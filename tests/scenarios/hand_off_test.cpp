@@ -207,6 +207,124 @@ TEST_F(CommandOnly, TheLeftOverInTempIsThatOfItsKind) {
     EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher.log"));
 }
 
+TEST_F(CommandOnly, ADebugMarkerHoldsNothingUp) {
+    EXPECT_STARTED(launch());
+    machine.writeFile(L"C:\\Apps\\framework\\Client\\zel\\prov.debug\\debug.txt", "");
+    const std::uint64_t before = machine.elapsedMilliseconds();
+    EXPECT_STARTED(launch({L"-dcommand_only"}));
+    EXPECT_LE(machine.elapsedMilliseconds() - before, 1000U);
+    EXPECT_EQ(payloads().size(), 1U);
+}
+
+TEST_F(CommandOnly, ResetsAndRenewsNothing) {
+    EXPECT_STARTED(launch());
+    launcherProperties.set("zel.install.id", "1234");
+    machine.writeFile(inConfig(L"org.eclipse.update\\registry"), "mine");
+    machine.remove(inConfig(L"org.eclipse.update\\platform.xml"));
+    const std::vector<std::wstring> before = machine.tree(workspace);
+    EXPECT_STARTED(launch({L"-dcommand_only", L"-resetconfig"}));
+    EXPECT_EQ(machine.tree(workspace), before);
+    EXPECT_EQ(configFile(L"org.eclipse.update\\registry"), "mine");
+}
+
+TEST_F(CommandOnly, RepairsNoDamagedProperties) {
+    EXPECT_STARTED(launch());
+    const std::string damaged =
+        "zel.install.id=1234\r\nzel.base.location=C:/Apps/framework/Client/zel/eclipse/plugins/"
+        "base_1.0\r\nvm=C:/Apps/framework/Client/jvm/bin/javaw.exe\r\n"
+        "application=com.example.app\r\nplugincustomization=${zel.home}/custom.ini\r\n";
+    machine.writeFile(inConfig(L"zelinstall.properties"), damaged);
+    const auto backup = configFile(L"zelinstall.properties.bak");
+    const std::vector<std::wstring> before = machine.tree(workspace);
+    EXPECT_STARTED(launch({L"-dcommand_only"}));
+    EXPECT_EQ(machine.tree(workspace), before);
+    EXPECT_EQ(configFile(L"zelinstall.properties"), damaged);
+    EXPECT_EQ(configFile(L"zelinstall.properties.bak"), backup);
+    EXPECT_EQ(payloads().size(), 1U);
+}
+
+TEST_F(CommandOnly, WritesNoArgumentsForARestart) {
+    EXPECT_STARTED(launch({L"first"}));
+    const auto arguments = configFile(L"args.properties");
+    EXPECT_STARTED(launch({L"-dcommand_only", L"second"}));
+    EXPECT_EQ(configFile(L"args.properties"), arguments);
+}
+
+TEST_F(CommandOnly, NeitherProvisionsNorRunsAFirstTime) {
+    EXPECT_STARTED(launch());
+    const std::wstring properties = L"C:\\Apps\\framework\\Client\\zel\\zellauncher.properties";
+    machine.writeFile(properties,
+                      *machine.readFile(properties) +
+                          "provisioning=true\r\nprovisioning.manifest.version=9\r\n"
+                          "provisioning.application=com.example.prov\r\n"
+                          "config.initial.1=-application\r\nconfig.initial.2=com.example.setup\r\n"
+                          "config.initial.3=-initialCompleteFlag\r\nconfig.initial.4=done\r\n");
+    EXPECT_STARTED(launch({L"-dcommand_only", L"hello"}));
+    EXPECT_EQ(machine.startedProcesses().size(), 1U);
+    const std::vector<std::wstring> words = lastWords();
+    EXPECT_NE(std::find(words.begin(), words.end(), L"hello"), words.end());
+    EXPECT_EQ(std::find(words.begin(), words.end(), L"com.example.setup"), words.end());
+    EXPECT_EQ(std::find(words.begin(), words.end(), L"com.example.prov"), words.end());
+}
+
+// The other kinds of start tell properties where the workspace is; this one does not.
+TEST_F(CommandOnly, TheWorkspaceIsNoProperty) {
+    EXPECT_STARTED(launch());
+    EXPECT_STARTED(launch());
+    const std::wstring properties = inConfig(L"zelinstall.properties");
+    machine.writeFile(properties, *machine.readFile(properties) + "-Dws=${prop.scrivia.workspace.loc}\r\n");
+    EXPECT_STARTED(launch());
+    const std::vector<std::wstring> words = lastWords();
+    EXPECT_NE(std::find(words.begin(), words.end(), L"-Dws=C:/Users/ann/Mivel/ZEL/1234/ann"), words.end());
+    EXPECT_FATAL(launch({L"-dcommand_only"}));
+    EXPECT_NE(log().find("ZLNCH0088E: property substitution is invalid"), std::string::npos) << log();
+}
+
+// A platform that restarts by itself: it starts a launcher and ends so many milliseconds later.
+class OwnRestart : public HandOff {
+protected:
+    simulation::ProcessId restartWith(std::uint32_t endsAfter) {
+        platform.livesMilliseconds = 2000 + endsAfter;
+        EXPECT_STARTED(launch({L"first"}));
+        machine.runUntilIdle(1000);
+        platform.livesMilliseconds = 60000;
+        return begin({L"-restart", L"-zel_old_pid", std::to_wstring(machine.startedProcesses().back().id)});
+    }
+};
+
+TEST_F(OwnRestart, APlatformThatEndsAtOnceIsFollowedWithinASecond) {
+    const simulation::ProcessId restart = restartWith(0);
+    const std::uint64_t before = machine.elapsedMilliseconds();
+    EXPECT_STARTED(machine.waitFor(restart));
+    EXPECT_LE(machine.elapsedMilliseconds() - before, 3000U);  // of which one for the next one's `.pipe`
+    EXPECT_EQ(machine.startedProcesses().size(), 2U);
+    EXPECT_NE(configFile(L"args.properties")->find("arg1=first"), std::string::npos);
+}
+
+TEST_F(OwnRestart, APlatformThatNeedsFiveSecondsIsWaitedFor) {
+    const simulation::ProcessId restart = restartWith(5000);
+    EXPECT_STARTED(machine.waitFor(restart));
+    EXPECT_EQ(machine.startedProcesses().size(), 2U);
+    EXPECT_TRUE(logHas("ZLNCH0304I: We are main process"));
+    EXPECT_TRUE(payloads().empty());
+}
+
+// After twenty seconds the user gets a platform, whatever has become of the old one.
+TEST_F(OwnRestart, APlatformThatStaysIsLeftBehindAfterTwentySeconds) {
+    for (const std::uint32_t endsAfter : {30000U, 1000000U}) {
+        const std::size_t started = machine.startedProcesses().size();
+        const simulation::ProcessId restart = restartWith(endsAfter);
+        const simulation::ProcessId old = machine.startedProcesses()[started].id;
+        const std::uint64_t before = machine.elapsedMilliseconds();
+        EXPECT_STARTED(machine.waitFor(restart));
+        EXPECT_GE(machine.elapsedMilliseconds() - before, 20000U);
+        EXPECT_LE(machine.elapsedMilliseconds() - before, 23000U);
+        EXPECT_TRUE(machine.isRunning(old));
+        EXPECT_EQ(machine.startedProcesses().size(), started + 2);
+        closePlatform();
+    }
+}
+
 // The jars of a companion application, beside the platform's own directory.
 class ExtensionJars : public Story {
 protected:

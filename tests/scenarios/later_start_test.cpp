@@ -70,9 +70,9 @@ TEST_F(LaterStart, ARestartKeepsTheArgumentsOfTheFirstStart) {
 }
 
 TEST_F(LaterStart, ARestartWaitsForThePlatformThatAskedForIt) {
+    platform.livesMilliseconds = 5000;
     EXPECT_STARTED(launch());
     const simulation::ProcessId old = machine.startedProcesses()[0].id;
-    platform.livesMilliseconds = 5000;
     EXPECT_STARTED(launch({L"-restart", L"-zel_old_pid", std::to_wstring(old)}));
     EXPECT_FALSE(machine.isRunning(old));
     EXPECT_EQ(machine.startedProcesses().size(), 2U);

@@ -31,7 +31,7 @@ std::wstring wordBehind(const std::vector<std::wstring>& words, const std::wstri
 
 // The program of the platform: it publishes its endpoint in the workspace that its command names,
 // holds its semaphore, and lives until its time is over or somebody asks it to end.
-int runPlatform(const PlatformBehaviour& behaviour) {
+int runPlatform(const PlatformBehaviour behaviour) {
     constexpr std::uint32_t step = 100;
     const std::wstring directory = wordBehind(platform::commandLineArguments(), L"-data");
     platform::sleepMilliseconds(behaviour.publishAfterMilliseconds);

@@ -56,7 +56,7 @@ protected:
     PropertyFile launcherProperties;  // zel\zellauncher.properties
     PropertyFile baseProperties;      // zelinstall.properties of the base location
     PropertyFile jvmProperties;       // zel\deploy\jvm.properties
-    PlatformBehaviour platform;
+    PlatformBehaviour platform;       // of those that start from now on
 
     // Writes the install to the disk. Called by the first launch when the test has not.
     void layOut();
