@@ -12,7 +12,8 @@ bool systemVersion(std::uint32_t& major, std::uint32_t& minor);
 enum class Library : std::uintptr_t { none = 0 };
 enum class TextFunction : std::uintptr_t { none = 0 };
 
-// Loads a library of the system by name (LoadLibraryW); `none` when there is none.
+// Loads a library of the system by its file name, from the system's own directory and from nowhere else
+// (LoadLibraryExW); `none` when there is none.
 Library loadLibrary(const std::wstring& name);
 
 // The address of an exported function that takes one wide text and returns a number; `none` when

@@ -214,14 +214,22 @@ Running EndToEnd::begin(const std::vector<std::wstring>& words) {
 }
 
 Running EndToEnd::beginFrom(const fs::path& program, const std::vector<std::wstring>& words) {
-    if (!isLaidOut) {
-        layOut();
-    }
-    workspaces.push_back(workspace());
     std::wstring command = quoted(program.wstring());
     for (const std::wstring& word : words) {
         command += L" " + quoted(word);
     }
+    return beginCommand(command);
+}
+
+Status EndToEnd::launchLine(const std::wstring& tail) {
+    return waitFor(beginCommand(quoted((home / L"zel" / L"zellauncher.exe").wstring()) + L" " + tail));
+}
+
+Running EndToEnd::beginCommand(std::wstring command) {
+    if (!isLaidOut) {
+        layOut();
+    }
+    workspaces.push_back(workspace());
     Variables variables = {{L"TEMP", (root / L"temp").wstring()},
                            {L"HOMEDRIVE", userHome.root_name().wstring()},
                            {L"HOMEPATH", userHome.wstring().substr(2)},
@@ -235,7 +243,8 @@ Running EndToEnd::beginFrom(const fs::path& program, const std::vector<std::wstr
     start.cb = sizeof(start);
     PROCESS_INFORMATION process = {};
     if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_UNICODE_ENVIRONMENT,
-                       block.data(), nullptr, &start, &process) == 0) {
+                       block.data(), currentDirectory.empty() ? nullptr : currentDirectory.c_str(), &start,
+                       &process) == 0) {
         ADD_FAILURE() << "the launcher cannot be started: error " << GetLastError();
         return {};
     }

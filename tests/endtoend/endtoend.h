@@ -47,6 +47,7 @@ protected:
     std::wstring userName = L"ann";
     Variables environment;                    // on top of the launcher's usual variables
     std::set<std::wstring> missingVariables;  // which the launcher does not have at all
+    fs::path currentDirectory;                // of the launchers; that of the tests when empty
 
     // Lines of the files of the install; changed before the first start, or written again by layOut.
     std::vector<std::pair<std::string, std::string>> launcherProperties;
@@ -63,6 +64,8 @@ protected:
     // Starts the launcher with these words behind the program and waits for its end.
     Status launch(const std::vector<std::wstring>& words = {});
     Status launchFrom(const fs::path& program, const std::vector<std::wstring>& words = {});
+    // Starts it with this text behind the program, as whoever calls by a command line of his own.
+    Status launchLine(const std::wstring& tail);
     Running begin(const std::vector<std::wstring>& words = {});
     Running beginFrom(const fs::path& program, const std::vector<std::wstring>& words);
     static Status waitFor(const Running& running);
@@ -75,6 +78,8 @@ protected:
     std::string lockLog() const;  // of the one start that ended at the lock, which debugs by itself
     static std::string read(const fs::path& path);  // whole, CR LF as line feeds; empty when missing
     static void write(const fs::path& path, const std::string& content);
+    // Copies a file that the build made, by its path below the build directory.
+    static void placeProgram(const std::wstring& name, const fs::path& target);
 
     // What the platform recorded; waits for it.
     std::vector<std::wstring> platformWords() const { return platformWords(workspace()); }
@@ -115,7 +120,7 @@ protected:
 private:
     static void pause();
     static std::vector<std::string> stampedLogs(const fs::path& directory);
-    static void placeProgram(const std::wstring& name, const fs::path& target);
+    Running beginCommand(std::wstring command);
 
     bool isLaidOut = false;
     std::vector<fs::path> workspaces;  // in which a platform may run

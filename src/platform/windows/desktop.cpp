@@ -1,5 +1,6 @@
 #include "platform/desktop.h"
 
+#include "platform/windows/system_libraries.h"
 #include "platform/windows/windows_api.h"
 
 namespace platform {
@@ -27,7 +28,7 @@ bool systemVersion(std::uint32_t& major, std::uint32_t& minor) {
 }
 
 Library loadLibrary(const std::wstring& name) {
-    return static_cast<Library>(reinterpret_cast<std::uintptr_t>(LoadLibraryW(name.c_str())));
+    return static_cast<Library>(reinterpret_cast<std::uintptr_t>(loadSystemLibrary(name.c_str())));
 }
 
 TextFunction textFunction(Library library, const std::string& name) {

@@ -1,5 +1,6 @@
 #include "platform/users.h"
 
+#include "platform/windows/system_libraries.h"
 #include "platform/windows/windows_api.h"
 // lmaccess.h needs the headers above.
 #include <lmcons.h>
@@ -13,12 +14,6 @@ namespace {
 using GetLocalGroups = NET_API_STATUS(NET_API_FUNCTION*)(LPCWSTR, LPCWSTR, DWORD, DWORD, LPBYTE*, DWORD,
                                                          LPDWORD, LPDWORD);
 using FreeBuffer = NET_API_STATUS(NET_API_FUNCTION*)(LPVOID);
-
-// The network library is bound at run time and from the system's directory alone: named among the
-// imports it would be looked for beside the program first, where anybody could have put one.
-HMODULE networkLibrary() {
-    return LoadLibraryExW(L"netapi32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-}
 
 template <typename Function>
 Function networkFunction(HMODULE library, const char* name) {
@@ -96,7 +91,7 @@ bool accountName(SecurityId id, std::size_t capacity, std::wstring& name) {
 
 LocalGroups localGroupsOfUser(const std::wstring& userName, std::uint32_t preferredSize) {
     LocalGroups groups;
-    HMODULE library = networkLibrary();
+    HMODULE library = loadSystemLibrary(L"netapi32.dll");
     if (library == nullptr) {
         groups.status = GetLastError();
         return groups;

@@ -1,0 +1,21 @@
+# Makes the programs that link a library find the functions of these libraries of the system at their
+# first use instead of at their start: what stands among the imports is looked for beside the program
+# before any of its own code can say otherwise. The import libraries of the toolchain tell which functions
+# there are.
+function(zellauncher_delay_imports target)
+  foreach(library ${ARGN})
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=lib${library}.a
+                    OUTPUT_VARIABLE imports OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    set(delayed ${CMAKE_CURRENT_BINARY_DIR}/lib${library}_delayed.a)
+    add_custom_command(
+      OUTPUT ${delayed}
+      COMMAND ${CMAKE_COMMAND} -DNM=${CMAKE_NM} -DDLLTOOL=${CMAKE_DLLTOOL} -DIMPORTS=${imports} -DLIBRARY=${library}
+              -DDELAYED=${delayed} -P ${CMAKE_SOURCE_DIR}/cmake/make_delayed_imports.cmake
+      DEPENDS ${imports} ${CMAKE_SOURCE_DIR}/cmake/make_delayed_imports.cmake
+      VERBATIM)
+    add_custom_target(${target}_${library}_delayed DEPENDS ${delayed})
+    add_dependencies(${target} ${target}_${library}_delayed)
+    target_link_libraries(${target} PUBLIC ${delayed})
+  endforeach()
+  target_link_libraries(${target} PUBLIC delayimp)
+endfunction()
