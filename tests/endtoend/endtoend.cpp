@@ -221,8 +221,8 @@ Running EndToEnd::beginFrom(const fs::path& program, const std::vector<std::wstr
     return beginCommand(command);
 }
 
-Status EndToEnd::launchLine(const std::wstring& tail) {
-    return waitFor(beginCommand(quoted((home / L"zel" / L"zellauncher.exe").wstring()) + L" " + tail));
+Running EndToEnd::beginLine(const std::wstring& tail) {
+    return beginCommand(quoted((home / L"zel" / L"zellauncher.exe").wstring()) + L" " + tail);
 }
 
 Running EndToEnd::beginCommand(std::wstring command) {

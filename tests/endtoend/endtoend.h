@@ -65,8 +65,9 @@ protected:
     Status launch(const std::vector<std::wstring>& words = {});
     Status launchFrom(const fs::path& program, const std::vector<std::wstring>& words = {});
     // Starts it with this text behind the program, as whoever calls by a command line of his own.
-    Status launchLine(const std::wstring& tail);
+    Status launchLine(const std::wstring& tail) { return waitFor(beginLine(tail)); }
     Running begin(const std::vector<std::wstring>& words = {});
+    Running beginLine(const std::wstring& tail);
     Running beginFrom(const fs::path& program, const std::vector<std::wstring>& words);
     static Status waitFor(const Running& running);
 
