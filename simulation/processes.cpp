@@ -23,7 +23,7 @@ std::wstring takeProgram(const std::wstring& text, std::size_t& position) {
 }
 
 // Backslashes count as themselves, but in front of a double quote two stand for one and an odd one
-// makes the quote a character. Two quotes inside of quotes are one.
+// makes the quote a character. Two quotes inside of quotes are one character, and the quoting ends.
 std::wstring takeWord(const std::wstring& text, std::size_t& position) {
     std::wstring word;
     bool isQuoted = false;
@@ -42,6 +42,7 @@ std::wstring takeWord(const std::wstring& text, std::size_t& position) {
         } else if (isQuoted && position + 1 < text.size() && text[position + 1] == L'"') {
             word += L'"';
             position += 2;
+            isQuoted = false;
         } else {
             isQuoted = !isQuoted;
             ++position;

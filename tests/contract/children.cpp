@@ -35,6 +35,31 @@ int holdLock(const std::vector<std::wstring>& words) {
     return 0;
 }
 
+int holdNamedSemaphore(const std::vector<std::wstring>& words) {
+    holdSemaphore(words.at(3));
+    write(words.at(4), "");
+    waitForFile(words.at(5));
+    return 0;
+}
+
+int serveNamedPipe(const std::vector<std::wstring>& words) {
+    servePipe(words.at(3));
+    write(words.at(4), "");
+    waitForFile(words.at(5));
+    const auto count = static_cast<std::size_t>(std::stoi(words.at(6)));
+    const std::vector<std::string> texts = servedTexts(words.at(3), count);
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        write(words.at(5) + L"." + std::to_wstring(i + 1), texts[i]);
+    }
+    return 0;
+}
+
+int writeLate(const std::vector<std::wstring>& words) {
+    platform::sleepMilliseconds(200);
+    write(words.at(3), "late");
+    return 0;
+}
+
 int writeWords(const std::vector<std::wstring>& words) {
     std::string text;
     for (std::size_t i = 4; i < words.size(); ++i) {
@@ -77,6 +102,25 @@ void waitForFile(const std::wstring& path) {
     }
 }
 
+Holder startHolder(const std::wstring& scratch, const std::wstring& kind, const std::wstring& what,
+                   int count) {
+    const auto quoted = [](const std::wstring& word) { return L" \"" + word + L"\""; };
+    Holder holder;
+    for (int i = 1; holder.go.empty() || platform::fileAttributes(holder.go + L".ready"); ++i) {
+        holder.go = scratch + L"\\go-" + std::to_wstring(i);
+    }
+    const std::wstring ready = holder.go + L".ready";
+    holder.process =
+        startChild(kind + quoted(what) + quoted(ready) + quoted(holder.go) + L" " + std::to_wstring(count));
+    waitForFile(ready);
+    return holder;
+}
+
+void letGo(const Holder& holder) {
+    write(holder.go, "");
+    EXPECT_EQ(endOf(holder.process), 0U);
+}
+
 int runChildAs() {
     const std::vector<std::wstring> words = platform::commandLineArguments();
     const std::wstring& kind = words.at(2);
@@ -93,6 +137,23 @@ int runChildAs() {
     }
     if (kind == L"lock") {
         return holdLock(words);
+    }
+    if (kind == L"semaphore") {
+        return holdNamedSemaphore(words);
+    }
+    if (kind == L"pipe") {
+        return serveNamedPipe(words);
+    }
+    if (kind == L"number") {
+        write(words.at(3), std::to_string(platform::currentProcessId()));
+        return 0;
+    }
+    if (kind == L"orphan") {
+        startChild(L"late \"" + words.at(3) + L"\"");
+        return 0;
+    }
+    if (kind == L"late") {
+        return writeLate(words);
     }
     if (kind == L"words") {
         return writeWords(words);

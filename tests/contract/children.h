@@ -13,15 +13,28 @@ namespace contract {
 //   leave STATUS FILE  writes to FILE without a flush and ends the normal way
 //   fault FILE         writes to FILE without a flush and ends with an access violation
 //   lock FILE READY GO takes a lock on FILE, makes READY, and ends without giving it back when GO is there
-//   words FILE ...     writes its further words to FILE, one a line
-//   variable NAME FILE writes the variable's value to FILE
-//   where FILE         writes its current directory to FILE
+//   semaphore NAME READY GO    holds a semaphore in the same way
+//   pipe NAME READY GO COUNT   serves a pipe in the same way; the texts of COUNT clients are then in GO.1,
+//   ... number FILE        writes its process number to FILE orphan FILE        starts a child that writes to
+//   FILE a little later, and ends at once late FILE          writes to FILE a little later words FILE ...
+//   writes its further words to FILE, one a line variable NAME FILE writes the variable's value to FILE where
+//   FILE         writes its current directory to FILE
 platform::Handle startChild(const std::wstring& words);
 
 // Waits for its end, gives its exit code, and closes the handle; 0xDEAD when it takes half a minute.
 std::uint32_t endOf(platform::Handle process);
 
 void waitForFile(const std::wstring& path);
+
+// A child that holds something until it is let go: `lock`, `semaphore` or `pipe` as above, begun when it
+// has what it is to hold.
+struct Holder {
+    platform::Handle process = platform::Handle::none;
+    std::wstring go;
+};
+Holder startHolder(const std::wstring& scratch, const std::wstring& kind, const std::wstring& what,
+                   int count = 0);
+void letGo(const Holder& holder);
 
 // What the program does as such a child: its words are its path, `--as`, and the above.
 int runChildAs();

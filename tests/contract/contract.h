@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "platform/errors.h"
 #include "platform/files.h"
@@ -27,6 +28,13 @@ inline constexpr const wchar_t* registryScratch = L"Software\\zl-contract";
 // Runs the body as a process of the machine, with an empty directory of its own: full path,
 // backslashes, no trailing one.
 void runOnMachine(const std::function<void(const std::wstring& scratch)>& body);
+
+// What a child of the suite does in the place of a platform, until its process ends: it holds a semaphore
+// that everybody may open, or serves a pipe, one client after the other.
+void holdSemaphore(const std::wstring& name);
+void servePipe(const std::wstring& name);
+// What the first `count` clients of a pipe of this process have written, once they have gone.
+std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count);
 
 class Contract : public ::testing::Test {
 protected:

@@ -1,7 +1,11 @@
 #include <windows.h>
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
+#include <thread>
 
 #include "contract/children.h"
 #include "contract/contract.h"
@@ -37,6 +41,49 @@ void removeTree(const std::wstring& path) {
     removeLongPath(L"\\\\?\\" + path);
 }
 
+// A list of permissions with no entry in it permits nothing to anybody.
+HANDLE makeDeniedSemaphore(const wchar_t* name) {
+    ACL permissions = {};
+    SECURITY_DESCRIPTOR descriptor = {};
+    SECURITY_ATTRIBUTES attributes = {sizeof(attributes), &descriptor, FALSE};
+    InitializeAcl(&permissions, sizeof(permissions), ACL_REVISION);
+    InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&descriptor, TRUE, &permissions, FALSE);
+    return CreateSemaphoreW(&attributes, 0, 1, name);
+}
+
+// The texts of the clients of the one pipe that a process serves.
+struct ServedTexts {
+    std::mutex mutex;
+    std::condition_variable grown;
+    std::vector<std::string> texts;
+};
+
+ServedTexts& served() {
+    static ServedTexts texts;
+    return texts;
+}
+
+std::string readToTheEnd(HANDLE pipe) {
+    std::string text;
+    char buffer[4096];
+    DWORD count = 0;
+    while (ReadFile(pipe, buffer, sizeof(buffer), &count, nullptr) != 0) {
+        text.append(buffer, count);
+    }
+    return text;
+}
+
+void serveClients(HANDLE pipe) {
+    while (ConnectNamedPipe(pipe, nullptr) != 0 || GetLastError() == ERROR_PIPE_CONNECTED) {
+        std::string text = readToTheEnd(pipe);
+        DisconnectNamedPipe(pipe);
+        const std::lock_guard<std::mutex> lock(served().mutex);
+        served().texts.push_back(std::move(text));
+        served().grown.notify_all();
+    }
+}
+
 }  // namespace
 
 bool isWine() {
@@ -53,7 +100,9 @@ std::wstring childCommand(std::uint32_t code, std::uint32_t milliseconds) {
 void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) {
     static int count = 0;
     static HANDLE semaphore = CreateSemaphoreW(nullptr, 0, 1, L"Global\\contract");
+    static HANDLE denied = makeDeniedSemaphore(L"Global\\contract-denied");
     EXPECT_NE(semaphore, nullptr);
+    EXPECT_NE(denied, nullptr);
     wchar_t temp[MAX_PATH] = {};
     GetTempPathW(MAX_PATH, temp);
     const std::wstring scratch = std::wstring(temp) + L"zl-contract-" +
@@ -68,6 +117,24 @@ void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) 
     body(scratch);
     RegDeleteKeyW(HKEY_CURRENT_USER, registryScratch);
     removeTree(scratch);
+}
+
+void holdSemaphore(const std::wstring& name) {
+    EXPECT_NE(CreateSemaphoreW(nullptr, 0, 1, name.c_str()), nullptr);
+}
+
+void servePipe(const std::wstring& name) {
+    HANDLE pipe = CreateNamedPipeW(name.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE | PIPE_WAIT, 1, 65536,
+                                   65536, 0, nullptr);
+    EXPECT_NE(pipe, INVALID_HANDLE_VALUE) << GetLastError();
+    std::thread(serveClients, pipe).detach();
+}
+
+std::vector<std::string> servedTexts(const std::wstring& /*name*/, std::size_t count) {
+    std::unique_lock<std::mutex> lock(served().mutex);
+    EXPECT_TRUE(served().grown.wait_for(lock, std::chrono::seconds(30),
+                                        [&] { return served().texts.size() >= count; }));
+    return served().texts;
 }
 
 }  // namespace contract
