@@ -23,17 +23,6 @@ std::wstring environmentText(const wchar_t* name) {
     return value;
 }
 
-// The build puts the programs above the directory of this one.
-fs::path builtPrograms() {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    fs::path directory = fs::path(path).parent_path();
-    while (!fs::exists(directory / L"zellauncher.exe") && directory.has_relative_path()) {
-        directory = directory.parent_path();
-    }
-    return directory;
-}
-
 // A word as the system's rules for command lines want it.
 std::wstring quoted(const std::wstring& word) {
     std::wstring text = L"\"";
@@ -46,23 +35,6 @@ std::wstring quoted(const std::wstring& word) {
         text += unit;
     }
     return text.append(backslashes, L'\\') + L"\"";
-}
-
-std::wstring wide(const std::string& utf8) {
-    const int length =
-        MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-    std::wstring text(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), text.data(), length);
-    return text;
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
 }
 
 template <typename Text>
@@ -121,6 +93,34 @@ fs::path payloadFile(const fs::path& workspace, int number) {
 }
 
 }  // namespace
+
+// The build puts the programs above the directory of this one.
+fs::path builtPrograms() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    fs::path directory = fs::path(path).parent_path();
+    while (!fs::exists(directory / L"zellauncher.exe") && directory.has_relative_path()) {
+        directory = directory.parent_path();
+    }
+    return directory;
+}
+
+std::wstring wide(const std::string& utf8) {
+    const int length =
+        MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
+    std::wstring text(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), text.data(), length);
+    return text;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
 
 bool VariableOrder::operator()(const std::wstring& left, const std::wstring& right) const {
     return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_LESS_THAN;

@@ -34,6 +34,9 @@ struct VariableOrder {
 };
 using Variables = std::map<std::wstring, std::wstring, VariableOrder>;
 
+// Where the build put the programs.
+fs::path builtPrograms();
+
 class EndToEnd : public ::testing::Test {
 protected:
     EndToEnd();
@@ -57,7 +60,7 @@ protected:
 
     void setProperty(const std::string& key, const std::string& value);
     void removeProperty(const std::string& key);
-    void layOut();
+    virtual void layOut();
     // The install that stands in the repository as an example, in place of the usual one.
     void layOutExample();
 
@@ -106,10 +109,11 @@ protected:
     // Whether the next launcher of this workspace would get the lock at once.
     bool isLockFree() const;
 
-    // True when the condition holds within ten seconds.
+    // True when the condition holds within this time.
     template <typename Condition>
-    static bool eventually(Condition condition) {
-        for (int i = 0; i < 200; ++i) {
+    static bool eventually(Condition condition, int seconds = 10) {
+        constexpr int looksInASecond = 20;
+        for (int i = 0; i < seconds * looksInASecond; ++i) {
             if (condition()) {
                 return true;
             }
@@ -128,6 +132,10 @@ private:
 };
 
 bool contains(const std::string& text, const std::string& part);
+
+// A UTF-8 text as the system's; the lines of a text.
+std::wstring wide(const std::string& utf8);
+std::vector<std::string> linesOf(const std::string& text);
 
 std::wstring forward(const fs::path& path);   // with forward slashes
 std::wstring backward(const fs::path& path);  // with backslashes
