@@ -48,7 +48,7 @@ fetch() {
 }
 
 pack_with_npm() { npm pack --silent --fetch-retries=1 "$1"; }
-download_with_apt() { apt-get download -qq "$1" || { update_package_lists && apt-get download -qq "$1"; }; }
+download_with_apt() { apt-get download -qq "$1" || { as_root apt-get update -qq && apt-get download -qq "$1"; }; }
 
 fetch_parts() {
     mkdir -p "$parts"

@@ -81,13 +81,6 @@ bool holdsAdministrators(const TOKEN_GROUPS& groups) {
         [&](const SID_AND_ATTRIBUTES& group) { return EqualSid(group.Sid, administrators.data()) != 0; });
 }
 
-std::string bytesOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
 fs::path payloadFile(const fs::path& workspace, int number) {
     return workspace / L"standin" / (L"payload-" + std::to_wstring(number) + L".bin");
 }
@@ -120,6 +113,13 @@ std::vector<std::string> linesOf(const std::string& text) {
         lines.push_back(line);
     }
     return lines;
+}
+
+std::string bytesOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
 }
 
 bool VariableOrder::operator()(const std::wstring& left, const std::wstring& right) const {

@@ -125,25 +125,25 @@ StartReport RealPlatform::readReport(const std::wstring& name) const {
     return report;
 }
 
+fs::path RealPlatform::handOffFile(int number) const {
+    return platformWorkspace() / L"platform" / (L"payload-" + std::to_wstring(number) + L".bin");
+}
+
 bool RealPlatform::hasHandOff(int number) const {
-    return fs::exists(platformWorkspace() / L"platform" / (L"payload-" + std::to_wstring(number) + L".bin"));
+    return fs::exists(handOffFile(number));
 }
 
 Words RealPlatform::handOff(int number) const {
     EXPECT_TRUE(eventually([&] { return hasHandOff(number); })) << "text " << number;
-    // The bytes as they came, and not what Java made of them. A text mode reading would lose carriage
-    // returns.
-    std::string bytes =
-        read(platformWorkspace() / L"platform" / (L"payload-" + std::to_wstring(number) + L".bin"));
+    const std::string bytes = endtoend::bytesOf(handOffFile(number));
     std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
     EXPECT_EQ(text.find(L'\0'), text.size() - 1);
-    text.pop_back();
     Words words(1);
     for (const wchar_t unit : text) {
         if (unit == L'\n') {
             words.emplace_back();
-        } else {
+        } else if (unit != L'\0') {
             words.back() += unit;
         }
     }

@@ -64,6 +64,7 @@ protected:
 private:
     void setJvm(const std::string& program);
     fs::path platformWorkspace() const { return place.empty() ? workspace() : place; }
+    fs::path handOffFile(int number) const;
     StartReport readReport(const std::wstring& name) const;
 };
 

@@ -2,9 +2,11 @@ package com.example.platform;
 
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
+import java.nio.file.DirectoryStream;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardCopyOption;
+import java.util.Arrays;
 import java.util.LinkedHashMap;
 import java.util.Map;
 import java.util.TreeMap;
@@ -26,7 +28,7 @@ final class Report {
 
     Report(Path directory) throws IOException {
         this.directory = Files.createDirectories(directory);
-        Files.deleteIfExists(directory.resolve("ended.txt"));
+        removeEarlierFiles();
     }
 
     /** Everything that is known at the start. */
@@ -57,6 +59,14 @@ final class Report {
         write("ended.txt", "exit=" + exitCode + "\n");
     }
 
+    private void removeEarlierFiles() throws IOException {
+        try (DirectoryStream<Path> files = Files.newDirectoryStream(directory)) {
+            for (Path file : files) {
+                Files.delete(file);
+            }
+        }
+    }
+
     private static Map<String, String> summary(
             IApplicationContext application, BundleContext context, Directories directories) {
         Bundle framework = context.getBundle(Constants.SYSTEM_BUNDLE_LOCATION);
@@ -81,7 +91,7 @@ final class Report {
     }
 
     private static String lines(String[] words) {
-        return java.util.Arrays.stream(words).map(word -> word + "\n").collect(Collectors.joining());
+        return Arrays.stream(words).map(word -> word + "\n").collect(Collectors.joining());
     }
 
     /** One entry a line, in the order of a sorted map for the large ones; line ends in values become visible. */
