@@ -81,7 +81,7 @@ std::optional<std::uint32_t> fileAttributes(const std::wstring& path) {
 }
 
 bool createDirectory(const std::wstring& path) {
-    if (const ErrorCode fault = beginOperation("createDirectory", path)) {
+    if (const ErrorCode fault = beginOperation("createDirectory", path, true)) {
         return failWith(fault);
     }
     const Lookup found = find(path, directoryLimit);
@@ -105,7 +105,7 @@ bool createDirectory(const std::wstring& path) {
 }
 
 bool copyFile(const std::wstring& source, const std::wstring& target, bool failIfExists) {
-    if (const ErrorCode fault = beginOperation("copyFile", source)) {
+    if (const ErrorCode fault = beginOperation("copyFile", source, true)) {
         return failWith(fault);
     }
     MachineState& machine = machineOfSelf();
@@ -153,7 +153,8 @@ bool copyFile(const std::wstring& source, const std::wstring& target, bool failI
         copy->name = to.leaf;
         to.parent->entries[upperCase(to.leaf)] = copy;
     }
-    copy->content = from.node->content;
+    const std::size_t size = from.node->content.size();
+    copy->content = from.node->content.substr(0, self().isCutShort ? size / 2 : size);
     copy->attributes = from.node->attributes;
     return true;
 }
@@ -345,7 +346,7 @@ std::optional<std::wstring> moduleFileName(std::size_t capacity) {
 
 Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t sharing,
                   std::uint32_t disposition, std::uint32_t attributes) {
-    if (const ErrorCode fault = beginOperation("createFile", path)) {
+    if (const ErrorCode fault = beginOperation("createFile", path, disposition == openFileAlways)) {
         failWith(fault);
         return Handle::none;
     }

@@ -15,11 +15,12 @@
 // beginOperation stands at the head of every operation of the seam. There the machine records the
 // call, lets another process go on if the seeded generator says so, stops the process dead if the
 // test asked for that, and answers whether an injected fault is due. An operation that fails by a
-// fault has no effect.
+// fault has no effect. Which errors an operation can give at all stands in failures.cpp.
 //
 // The end of a process is an exception that unwinds its thread (ProcessEnded). The launcher catches
 // nothing that could hold it up. At the normal end the buffers of open streams are written out, at
-// any other they are lost; handles and locks are given back in both cases.
+// any other they are lost, or kept in whole or in part where the test says so; handles and locks are
+// given back in all cases.
 //
 // Time is a number of milliseconds. It moves in runWhile alone, when all processes sleep.
 
@@ -71,6 +72,17 @@ void collectTree(const Node& directory, const std::wstring& path, std::vector<st
     }
 }
 
+NodePointer copyTree(const Node& node) {
+    auto copy = std::make_shared<Node>();
+    copy->name = node.name;
+    copy->attributes = node.attributes;
+    copy->content = node.content;
+    for (const auto& [name, entry] : node.entries) {
+        copy->entries[name] = copyTree(*entry);
+    }
+    return copy;
+}
+
 }  // namespace
 
 Machine::Machine(std::uint64_t seed) : state(std::make_unique<MachineState>(seed)) {
@@ -106,6 +118,16 @@ ProcessEnd Machine::waitFor(ProcessId process) {
     const Process& target = *state->processes.at(process);
     state->runWhile([&] { return target.state != ProcessState::ended; }, noLimit);
     return target.end;
+}
+
+std::optional<ProcessEnd> Machine::waitFor(ProcessId process, std::uint64_t limitMilliseconds) {
+    const Process& target = *state->processes.at(process);
+    state->runWhile([&] { return target.state != ProcessState::ended; }, limitMilliseconds);
+    return target.state == ProcessState::ended ? std::optional(target.end) : std::nullopt;
+}
+
+void Machine::limitOperations(std::uint64_t ofEachProcess) {
+    state->operationLimit = ofEachProcess;
 }
 
 ProcessEnd Machine::run(const std::vector<std::wstring>& words, Program program) {
@@ -195,6 +217,27 @@ std::vector<std::wstring> Machine::tree(const std::wstring& root) const {
     }
     std::sort(all.begin(), all.end());
     return all;
+}
+
+struct DiskImage::Content {
+    std::map<std::wstring, NodePointer> drives;
+};
+
+DiskImage Machine::saveDisks() const {
+    auto content = std::make_shared<DiskImage::Content>();
+    for (const auto& [drive, root] : state->drives) {
+        content->drives[drive] = copyTree(*root);
+    }
+    DiskImage image;
+    image.content = std::move(content);
+    return image;
+}
+
+void Machine::loadDisks(const DiskImage& image) {
+    state->drives.clear();
+    for (const auto& [drive, root] : image.content->drives) {
+        state->drives[drive] = copyTree(*root);
+    }
 }
 
 void Machine::refuse(const std::wstring& path, platform::ErrorCode error) {
@@ -335,7 +378,15 @@ void Machine::clearFaults() {
 }
 
 void Machine::stopDeadAt(std::uint64_t nth) {
-    state->stopAt = nth == 0 ? 0 : state->operations.size() + nth;
+    state->stop.reset();
+    if (nth != 0) {
+        stopDead({nth, 0, UnflushedData::lost});
+    }
+}
+
+void Machine::stopDead(const Stop& stop) {
+    state->stop = stop;
+    state->seenOfStop = 0;
 }
 
 const std::vector<Operation>& Machine::operations() const {

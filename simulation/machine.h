@@ -32,6 +32,7 @@ enum class EndKind {
     exited,           // exitProcess, or the program returned
     accessViolation,  // endWithAccessViolation; the status is 0xC0000005
     stoppedDead,      // killed by the test at an operation
+    ranAway,          // ended by the machine: more operations than limitOperations allows
 };
 
 struct ProcessEnd {
@@ -57,6 +58,8 @@ struct Operation {
     std::wstring argument;  // its first text argument, or empty
     ProcessId process = 0;
     std::uint64_t index = 0;  // 1 for the first operation of the machine
+    bool writes = false;      // it needs room on the disk: makes a file, writes, or writes out
+    platform::ErrorCode fault = platform::errorSuccess;  // the error that a fault gave it
 };
 
 // A value of the registry: a text, or a 32-bit number.
@@ -72,6 +75,11 @@ struct SessionEnd {
     bool wasPrivileged = false;  // the privilege to shut down was enabled at that moment
 };
 
+// The errors that the system can give for such an operation, besides those that follow from what the
+// machine holds: what a scanner, another program, a full or failing disk or a share does to a caller
+// at any moment. Empty for an operation that cannot fail, or whose failure nobody can see.
+std::vector<platform::ErrorCode> errorsOf(const Operation& operation);
+
 // How injected failures are chosen. Operations are counted for the whole machine from 1, or, with a
 // name, among those of that name (and that begin of the argument, compared without regard to case).
 struct Fault {
@@ -80,6 +88,27 @@ struct Fault {
     std::uint64_t nth = 1;          // the first one that fails, counted from the call of inject
     bool fromThenOn = false;        // else only that one
     platform::ErrorCode error = platform::errorAccessDenied;
+    ProcessId process = 0;           // 0: of any process
+    bool onlyWherePossible = false;  // an operation whose errorsOf does not hold the error is spared
+};
+
+// What becomes of the data that a process has in its hands when it is stopped dead: what it wrote and
+// its streams have not written out, and a copy that it is making.
+enum class UnflushedData { lost, kept, partlyWritten };
+
+struct Stop {
+    std::uint64_t nth = 1;  // in place of this operation, counted from the call of stopDead
+    ProcessId process = 0;  // 0: of any process, and the one that makes it is stopped
+    // Partly written: half of each buffer, and of the file when the operation is copyFile.
+    UnflushedData data = UnflushedData::lost;
+};
+
+// The files and directories of all drives at one moment.
+class DiskImage {
+private:
+    friend class Machine;
+    struct Content;
+    std::shared_ptr<const Content> content;
 };
 
 class MachineState;
@@ -104,8 +133,15 @@ public:
     // start and waitFor in one.
     ProcessEnd run(const std::vector<std::wstring>& words, Program program);
 
+    // The same for at most this much simulated time; nothing when it still runs then.
+    std::optional<ProcessEnd> waitFor(ProcessId process, std::uint64_t limitMilliseconds);
+
     // Runs the machine until no process is left, or until this much simulated time has passed.
     void runUntilIdle(std::uint64_t limitMilliseconds);
+
+    // A process that makes more operations than this is ended (ranAway). At the start it is a bound
+    // that only a program that never ends can reach, and that ends the test.
+    void limitOperations(std::uint64_t ofEachProcess);
 
     bool isRunning(ProcessId process) const;
 
@@ -127,6 +163,10 @@ public:
     void remove(const std::wstring& path);  // a whole tree
     // Every path below the root, full, with backslashes, sorted; directories end in `\`.
     std::vector<std::wstring> tree(const std::wstring& root) const;
+    // The disks as they are now, and as they were: for many runs from one beginning. Nothing may be open
+    // when they are put back; what was refused is no more, and programs stay where they were installed.
+    DiskImage saveDisks() const;
+    void loadDisks(const DiskImage& image);
     // Every open, change or removal of this file or directory (not what lies in it) fails with this
     // error from now on; errorSuccess takes that back. Looking at it still works.
     void refuse(const std::wstring& path, platform::ErrorCode error);
@@ -187,6 +227,7 @@ public:
     // Stops the process that makes the nth operation of the machine, counted from now, in place of
     // that operation: its buffers are lost, its handles closed, its locks freed. 0 takes it back.
     void stopDeadAt(std::uint64_t nth);
+    void stopDead(const Stop& stop);
     const std::vector<Operation>& operations() const;
     std::uint64_t operationCount() const;
 

@@ -111,6 +111,8 @@ struct Process {
     std::uint64_t wakeTime = 0;
     bool isStopped = false;  // must unwind at its next operation
     ProcessEnd end;
+    std::uint64_t operationCount = 0;
+    bool isCutShort = false;  // its present operation is the last one, and only partly done
     platform::ErrorCode lastError = 0;
     std::map<std::uintptr_t, std::unique_ptr<Object>> objects;
     std::map<std::uintptr_t, FindState> finds;
@@ -147,7 +149,8 @@ public:
     void yield(Process& self);
     void sleep(Process& self, std::uint32_t milliseconds);
     std::vector<Process*> readyProcesses();
-    static void finish(MachineState& machine, Process& process, const ProcessEnd& end, bool writesBuffers);
+    static void finish(MachineState& machine, Process& process, const ProcessEnd& end, UnflushedData data);
+    bool isStopDue(const Operation& operation);
 
     // Files (file_system.cpp).
     std::map<std::wstring, NodePointer> drives;
@@ -184,13 +187,15 @@ public:
     std::vector<StartedProcess> started;
     std::vector<Operation> operations;
     std::deque<ActiveFault> faults;
-    std::uint64_t stopAt = 0;  // operation count at which a process is stopped
+    std::optional<Stop> stop;
+    std::uint64_t seenOfStop = 0;
+    std::uint64_t operationLimit = 0;  // of each process; 0: none
 };
 
 // Unwinds the thread of a process that has ended.
 struct ProcessEnded {
     ProcessEnd end;
-    bool writesBuffers = false;
+    UnflushedData data = UnflushedData::lost;
 };
 
 // The process that runs on this thread, and its machine. Using the seam outside of one aborts.
@@ -199,7 +204,7 @@ MachineState& machineOfSelf();
 
 // Begins an operation of the seam: records it, lets others go on, stops the process if that is due.
 // Returns the error of a fault, or success; the caller reports it as its own failure.
-platform::ErrorCode beginOperation(const char* name, const std::wstring& argument = {});
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument = {}, bool writes = false);
 
 // Sets the last error of the process and returns false.
 bool failWith(platform::ErrorCode error);

@@ -311,12 +311,14 @@ std::uint32_t currentProcessId() {
 
 void exitProcess(int status) {
     beginOperation("exitProcess");
-    throw simulation::ProcessEnded{{simulation::EndKind::exited, static_cast<std::uint32_t>(status)}, true};
+    throw simulation::ProcessEnded{{simulation::EndKind::exited, static_cast<std::uint32_t>(status)},
+                                   simulation::UnflushedData::kept};
 }
 
 void endWithAccessViolation() {
     beginOperation("endWithAccessViolation");
-    throw simulation::ProcessEnded{{simulation::EndKind::accessViolation, 0xC0000005U}, false};
+    throw simulation::ProcessEnded{{simulation::EndKind::accessViolation, 0xC0000005U},
+                                   simulation::UnflushedData::lost};
 }
 
 ErrorCode lastError() {

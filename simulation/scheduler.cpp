@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -7,7 +8,7 @@ namespace simulation {
 
 namespace {
 
-constexpr std::uint64_t operationLimit = 20'000'000;
+constexpr std::uint64_t lastOperation = 20'000'000;
 constexpr std::uint64_t timeLimit = std::uint64_t{10} * 24 * 3600 * 1000;
 
 thread_local Process* currentProcess = nullptr;
@@ -19,7 +20,15 @@ thread_local MachineState* currentMachine = nullptr;
 }
 
 bool endsWithIgnoringCase(const std::wstring& text, const std::wstring& ending) {
-    return upperCase(text).ends_with(upperCase(ending));
+    return ending.empty() || upperCase(text).ends_with(upperCase(ending));
+}
+
+bool isPossible(const Fault& fault, const Operation& operation) {
+    if (!fault.onlyWherePossible) {
+        return true;
+    }
+    const std::vector<platform::ErrorCode> errors = errorsOf(operation);
+    return std::find(errors.begin(), errors.end(), fault.error) != errors.end();
 }
 
 // The error of the first fault that is due for this operation.
@@ -27,14 +36,15 @@ platform::ErrorCode faultOf(MachineState& machine, const Operation& operation) {
     platform::ErrorCode error = platform::errorSuccess;
     for (ActiveFault& active : machine.faults) {
         const Fault& fault = active.fault;
-        const bool isMeant = (fault.operation.empty() || fault.operation == operation.name) &&
+        const bool isMeant = (fault.process == 0 || fault.process == operation.process) &&
+                             (fault.operation.empty() || fault.operation == operation.name) &&
                              endsWithIgnoringCase(operation.argument, fault.argumentEndsWith);
         if (!isMeant) {
             continue;
         }
         ++active.seen;
         const bool isDue = active.seen == fault.nth || (fault.fromThenOn && active.seen > fault.nth);
-        if (isDue && error == platform::errorSuccess) {
+        if (isDue && error == platform::errorSuccess && isPossible(fault, operation)) {
             error = fault.error;
         }
     }
@@ -48,16 +58,16 @@ void runProcess(MachineState& machine, Process& process) {
     machine.waitForTurn(process, lock);
     lock.release();  // held while the process runs; given up only to wait for its turn
     ProcessEnded ended;
-    ended.writesBuffers = true;
+    ended.data = UnflushedData::kept;
     try {
         if (process.isStopped) {
-            throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+            throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::lost};
         }
         ended.end.status = static_cast<std::uint32_t>(process.program());
     } catch (const ProcessEnded& thrown) {
         ended = thrown;
     }
-    MachineState::finish(machine, process, ended.end, ended.writesBuffers);
+    MachineState::finish(machine, process, ended.end, ended.data);
     machine.active = nullptr;
     machine.controllerTurn.notify_all();
     machine.mutex.unlock();
@@ -77,21 +87,38 @@ MachineState& machineOfSelf() {
     return *currentMachine;
 }
 
-platform::ErrorCode beginOperation(const char* name, const std::wstring& argument) {
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, bool writes) {
     Process& process = self();
     MachineState& machine = *currentMachine;
-    if (process.isStopped) {
-        throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+    if (process.isStopped || process.isCutShort) {
+        throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::partlyWritten};
     }
     machine.yield(process);
-    machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1});
-    if (machine.operations.size() > operationLimit) {
+    machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1, writes});
+    Operation& operation = machine.operations.back();
+    ++process.operationCount;
+    if (machine.operationLimit != 0 && process.operationCount > machine.operationLimit) {
+        throw ProcessEnded{{EndKind::ranAway, 0}, UnflushedData::lost};
+    }
+    if (machine.operations.size() > lastOperation) {
         giveUp("too many operations: something does not end");
     }
-    if (machine.stopAt != 0 && machine.operations.size() == machine.stopAt) {
-        throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+    if (machine.isStopDue(operation)) {
+        process.isCutShort =
+            machine.stop->data == UnflushedData::partlyWritten && operation.name == "copyFile";
+        if (!process.isCutShort) {
+            throw ProcessEnded{{EndKind::stoppedDead, 0}, machine.stop->data};
+        }
     }
-    return faultOf(machine, machine.operations.back());
+    operation.fault = faultOf(machine, operation);
+    return operation.fault;
+}
+
+bool MachineState::isStopDue(const Operation& operation) {
+    if (!stop || (stop->process != 0 && stop->process != operation.process)) {
+        return false;
+    }
+    return ++seenOfStop == stop->nth;
 }
 
 bool failWith(platform::ErrorCode error) {
@@ -146,7 +173,7 @@ void MachineState::yield(Process& process) {
     waitForTurn(process, lock);
     lock.release();
     if (process.isStopped) {
-        throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+        throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::lost};
     }
 }
 
@@ -159,7 +186,7 @@ void MachineState::sleep(Process& process, std::uint32_t milliseconds) {
     waitForTurn(process, lock);
     lock.release();
     if (process.isStopped) {
-        throw ProcessEnded{{EndKind::stoppedDead, 0}, false};
+        throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::lost};
     }
 }
 
@@ -220,9 +247,12 @@ void MachineState::stopProcess(Process& process) {
 
 // Gives back what the process holds, as the system does at its end.
 void MachineState::finish(MachineState& machine, Process& process, const ProcessEnd& end,
-                          bool writesBuffers) {
+                          UnflushedData data) {
     for (const auto& stream : process.streams) {
-        if (writesBuffers) {
+        if (data == UnflushedData::partlyWritten) {
+            stream->buffer.resize(stream->buffer.size() / 2);
+        }
+        if (data != UnflushedData::lost) {
             writeOut(machine, *stream);
         }
         closeOpenFile(*stream->file);

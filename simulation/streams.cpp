@@ -30,7 +30,7 @@ bool isLockedByOther(const OpenFile& file, std::uint64_t begin, std::uint64_t le
 
 Stream* openStream(const std::wstring& path, const char* mode) {
     const std::string modeText = mode;
-    if (const ErrorCode fault = beginOperation("openStream", path)) {
+    if (const ErrorCode fault = beginOperation("openStream", path, modeText[0] != 'r')) {
         failWith(fault);
         return nullptr;
     }
@@ -102,7 +102,7 @@ std::size_t readStream(Stream* stream, char* buffer, std::size_t capacity) {
 }
 
 bool writeStream(Stream* stream, const std::string& bytes) {
-    if (const ErrorCode fault = beginOperation("writeStream", stream->file->node->name)) {
+    if (const ErrorCode fault = beginOperation("writeStream", stream->file->node->name, true)) {
         return failWith(fault);
     }
     if (!stream->file->canWrite) {
@@ -113,14 +113,16 @@ bool writeStream(Stream* stream, const std::string& bytes) {
 }
 
 bool flushStream(Stream* stream) {
-    if (const ErrorCode fault = beginOperation("flushStream", stream->file->node->name)) {
+    if (const ErrorCode fault =
+            beginOperation("flushStream", stream->file->node->name, !stream->buffer.empty())) {
         return failWith(fault);
     }
     return writeOut(machineOfSelf(), *stream);
 }
 
 bool rewindStream(Stream* stream) {
-    if (const ErrorCode fault = beginOperation("rewindStream", stream->file->node->name)) {
+    if (const ErrorCode fault =
+            beginOperation("rewindStream", stream->file->node->name, !stream->buffer.empty())) {
         return failWith(fault);
     }
     const bool isWritten = writeOut(machineOfSelf(), *stream);
@@ -129,7 +131,7 @@ bool rewindStream(Stream* stream) {
 }
 
 bool closeStream(Stream* stream) {
-    const ErrorCode fault = beginOperation("closeStream", stream->file->node->name);
+    const ErrorCode fault = beginOperation("closeStream", stream->file->node->name, !stream->buffer.empty());
     const bool isWritten = fault == errorSuccess && writeOut(machineOfSelf(), *stream);
     simulation::closeOpenFile(*stream->file);
     std::erase_if(self().streams, [&](const auto& open) { return open.get() == stream; });
