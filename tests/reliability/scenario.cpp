@@ -1,0 +1,166 @@
+#include "reliability/scenario.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+
+#include "launch/entry.h"
+
+namespace reliability {
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr std::uint64_t slowness = 5;  // the sanitizers take their time
+#elif defined(__has_feature)
+constexpr std::uint64_t slowness = __has_feature(address_sanitizer) ? 5 : 1;
+#else
+constexpr std::uint64_t slowness = 1;
+#endif
+
+constexpr std::uint64_t longestRun = std::uint64_t{10} * 60 * 1000;
+constexpr std::uint64_t mostOperations = 100'000;
+constexpr std::uint64_t platformsEndWithin = std::uint64_t{60} * 60 * 1000;
+
+using Logs = std::map<std::wstring, std::string>;
+
+// Logs of starts: in TEMP, and in the workspace, but for the history of starts there.
+Logs readLogs(const Stage& stage, const std::wstring& workspace) {
+    Logs logs;
+    for (const std::wstring& directory : {std::wstring(L"C:\\Temp"), workspace + L"\\logs"}) {
+        for (const std::wstring& path : stage.machine.tree(directory)) {
+            if (path.ends_with(L".log") && !path.ends_with(L"\\shutdown.log")) {
+                logs[path] = stage.machine.readFile(path).value_or("");
+            }
+        }
+    }
+    return logs;
+}
+
+void appendLines(const std::string& text, std::vector<std::string>& lines) {
+    std::string line;
+    for (const char unit : text + "\n") {
+        if (unit == '\n' && !line.empty()) {
+            lines.push_back(line);
+        }
+        if (unit == '\n') {
+            line.clear();
+        } else if (unit != '\r') {
+            line += unit;
+        }
+    }
+}
+
+std::vector<std::string> linesOfChanged(const Logs& before, const Logs& after) {
+    std::vector<std::string> lines;
+    for (const auto& [path, text] : after) {
+        const auto old = before.find(path);
+        if (old == before.end() || old->second != text) {
+            appendLines(text, lines);
+        }
+    }
+    return lines;
+}
+
+}  // namespace
+
+Stage::Stage(const Scenario& scenarioOfStage) : scenario(scenarioOfStage) {
+    machine.limitOperations(mostOperations);
+    scenario.world(*this);
+}
+
+simulation::ProcessId Stage::begin(const Words& words) {
+    Words commandLine = {scenario.program};
+    for (const std::wstring& word : words) {
+        const bool isNumber = word == platformNumber && !machine.startedProcesses().empty();
+        commandLine.push_back(isNumber ? std::to_wstring(machine.startedProcesses().back().id) : word);
+    }
+    return machine.start(commandLine, [] { return zellauncher::wmain(); });
+}
+
+void Stage::startAndClose(const Words& words) {
+    machine.waitFor(begin(words));
+    closePlatforms();
+}
+
+void Stage::closePlatforms() {
+    const std::wstring request = scenario.workspace + L"\\platform.stop";
+    machine.writeFile(request, "");
+    machine.runUntilIdle(platformsEndWithin);
+    machine.remove(request);
+}
+
+void Stage::addUserFile(const std::wstring& path, const std::string& content) {
+    machine.writeFile(path, content);
+    userFiles.push_back({path, content});
+}
+
+bool Performance::endedWell() const {
+    return end && end->kind == simulation::EndKind::exited && end->status == 0;
+}
+
+bool Performance::failed() const {
+    return end && end->kind == simulation::EndKind::exited && end->status == scenarios::fatalStatus;
+}
+
+bool Performance::didAs(const Performance& other) const {
+    return end && other.end && end->kind == other.end->kind && end->status == other.end->status &&
+           commands == other.commands && payloads == other.payloads;
+}
+
+Rehearsal::Rehearsal(const Scenario& scenarioToPrepare) : scenario(scenarioToPrepare) {
+    Stage stage(scenario);
+    stage.layOut();
+    scenario.past(stage);
+    disks = stage.machine.saveDisks();
+    userFiles = stage.userFiles;
+}
+
+std::unique_ptr<Stage> Rehearsal::stage() const {
+    auto stage = std::make_unique<Stage>(scenario);
+    stage->layOut();  // for the programs that it installs
+    stage->machine.loadDisks(disks);
+    if (scenario.platformRuns) {
+        stage->machine.waitFor(stage->begin({}));
+    }
+    return stage;
+}
+
+Performance perform(Stage& stage, const Words& words,
+                    const std::function<void(simulation::ProcessId)>& arrange) {
+    simulation::Machine& machine = stage.machine;
+    const std::size_t startedBefore = machine.startedProcesses().size();
+    const std::size_t payloadsBefore = stage.payloads().size();
+    const std::size_t operationsBefore = machine.operations().size();
+    const std::uint64_t begun = machine.elapsedMilliseconds();
+    const Logs logsBefore = readLogs(stage, stage.workspaceOfScenario());
+    Performance run;
+    const simulation::ProcessId launcher = stage.begin(words);
+    arrange(launcher);
+    run.end = machine.waitFor(launcher, longestRun);
+    run.milliseconds = machine.elapsedMilliseconds() - begun;
+    for (std::size_t i = startedBefore; i < machine.startedProcesses().size(); ++i) {
+        const simulation::StartedProcess& child = machine.startedProcesses()[i];
+        if (child.started && child.parent == launcher) {
+            run.commands.push_back(child.commandLine);
+        }
+    }
+    const std::vector<std::wstring> payloads = stage.payloads();
+    run.payloads.assign(payloads.begin() + static_cast<std::ptrdiff_t>(payloadsBefore), payloads.end());
+    std::copy_if(machine.operations().begin() + static_cast<std::ptrdiff_t>(operationsBefore),
+                 machine.operations().end(), std::back_inserter(run.operations),
+                 [&](const simulation::Operation& operation) { return operation.process == launcher; });
+    run.logLines = linesOfChanged(logsBefore, readLogs(stage, stage.workspaceOfScenario()));
+    return run;
+}
+
+bool isLongRun() {
+    const char* value = std::getenv("ZELLAUNCHER_LONG");
+    return value != nullptr && std::string(value) == "1";
+}
+
+bool isInShare(std::uint64_t number, std::size_t scenarioNumber, std::uint64_t every) {
+    return isLongRun() || (number + scenarioNumber) % (every * slowness) == 0;
+}
+
+}  // namespace reliability
