@@ -8,14 +8,14 @@
 //
 // A test builds a Machine, puts files and settings on it, and starts programs. A program is a
 // function that is linked against this implementation of the seam. Each process has a thread, but
-// the machine's mutex passes from one to the next like a baton: whoever runs holds it, from the
-// moment at which it gets its turn to the moment at which it sleeps, ends, or hands the turn on.
-// Nothing else synchronises anything, and nothing depends on the speed of the machine underneath.
+// there is one turn, which passes from one to the next like a baton: each waits on a semaphore of its
+// own, which whoever runs releases when it sleeps, ends, or hands the turn on. Nothing else
+// synchronises anything, and nothing depends on the speed of the machine underneath.
 //
 // beginOperation stands at the head of every operation of the seam. There the machine records the
-// call, lets another process go on if the seeded generator says so, stops the process dead if the
-// test asked for that, and answers whether an injected fault is due. An operation that fails by a
-// fault has no effect. Which errors an operation can give at all stands in failures.cpp.
+// call, lets another process go on if the seeded generator or the test's plan says so, stops the process
+// dead if the test asked for that, and answers whether an injected fault is due. An operation that fails
+// by a fault has no effect. Which errors an operation can give at all stands in failures.cpp.
 //
 // The end of a process is an exception that unwinds its thread (ProcessEnded). The launcher catches
 // nothing that could hold it up. At the normal end the buffers of open streams are written out, at
@@ -28,7 +28,6 @@ namespace simulation {
 
 namespace {
 
-constexpr std::uint64_t noLimit = UINT64_MAX;
 constexpr int minutesOfDay = 24 * 60;
 
 bool isLeapYear(int year) {
@@ -100,6 +99,7 @@ Machine::Machine(std::uint64_t seed) : state(std::make_unique<MachineState>(seed
 }
 
 Machine::~Machine() {
+    state->whenEnded = nullptr;
     for (const auto& [id, process] : state->processes) {
         state->stopProcess(*process);
     }
@@ -116,7 +116,7 @@ ProcessId Machine::start(const std::vector<std::wstring>& words, Program program
 
 ProcessEnd Machine::waitFor(ProcessId process) {
     const Process& target = *state->processes.at(process);
-    state->runWhile([&] { return target.state != ProcessState::ended; }, noLimit);
+    state->runWhile([&] { return target.state != ProcessState::ended; }, never);
     return target.end;
 }
 
@@ -145,6 +145,35 @@ void Machine::runUntilIdle(std::uint64_t limitMilliseconds) {
 
 bool Machine::isRunning(ProcessId process) const {
     return state->processes.at(process)->state != ProcessState::ended;
+}
+
+ProcessEnd Machine::endOf(ProcessId process) const {
+    return state->processes.at(process)->end;
+}
+
+void Machine::setSwitching(const Switching& switching) {
+    state->switchOdds = switching.oneIn;
+    state->stallOdds = switching.stallOneIn;
+    state->longestStall = switching.longestStallMilliseconds;
+}
+
+void Machine::switchOnlyAt(std::function<bool(const char*, const std::wstring&)> isSwitchingOperation) {
+    state->isSwitchingOperation = std::move(isSwitchingOperation);
+}
+
+void Machine::followChoices(const std::vector<Choice>& choices) {
+    state->followsChoices = true;
+    state->choices = choices;
+    state->nextChoice = 0;
+    state->switchingPoints.clear();
+}
+
+const std::vector<SwitchingPoint>& Machine::switchingPoints() const {
+    return state->switchingPoints;
+}
+
+void Machine::whenEnded(std::function<void(ProcessId)> observer) {
+    state->whenEnded = std::move(observer);
 }
 
 void Machine::installProgram(const std::wstring& path, Program program) {

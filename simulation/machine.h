@@ -111,6 +111,30 @@ private:
     std::shared_ptr<const Content> content;
 };
 
+// How often the seeded generator interferes. Rare switches let one process get far ahead of another,
+// which many switches hardly ever do; stalls let time pass in the middle of somebody's work.
+struct Switching {
+    std::uint32_t oneIn = 1;       // operations at whose head the next process is drawn
+    std::uint32_t stallOneIn = 0;  // operations at whose head the process stalls; 0 for none
+    std::uint32_t longestStallMilliseconds = 1;
+};
+
+// A point at which more than one process could go on, as followChoices met it.
+struct SwitchingPoint {
+    std::size_t candidates = 0;
+    std::size_t habit = 0;        // the candidate who goes on without a choice
+    std::size_t chosen = 0;       // the candidate who did
+    bool canContinue = false;     // the process that ran is a candidate: another one pre-empts it
+    std::uint64_t operation = 0;  // of the machine, the last one before this point
+};
+
+// The candidate, counted from 0 in the order of their numbers, who goes on at a switching point,
+// counted from 0.
+struct Choice {
+    std::uint64_t point = 0;
+    std::size_t candidate = 0;
+};
+
 class MachineState;
 
 class Machine {
@@ -144,6 +168,23 @@ public:
     void limitOperations(std::uint64_t ofEachProcess);
 
     bool isRunning(ProcessId process) const;
+    ProcessEnd endOf(ProcessId process) const;  // of one that has ended
+
+    // --- Who goes on ----------------------------------------------------------------------------
+
+    void setSwitching(const Switching& switching);
+
+    // Only the operations (name, first text argument) that this says are switching points.
+    void switchOnlyAt(std::function<bool(const char*, const std::wstring&)> isSwitchingOperation);
+
+    // From now on nothing is drawn: a process goes on until it sleeps or ends, then the first one that
+    // can, but where a choice names another. Choices are sorted by their points. What a run without
+    // choices met, and every choice that can be made there, tells how to go through all schedules.
+    void followChoices(const std::vector<Choice>& choices);
+    const std::vector<SwitchingPoint>& switchingPoints() const;
+
+    // Called at the end of each process, when it has given back what it held.
+    void whenEnded(std::function<void(ProcessId)> observer);
 
     // What createProcess starts for the program file at this path: the file is made (empty) and the
     // program stands for its content. A file without a program cannot be started (error 193).
@@ -249,5 +290,9 @@ void holdSemaphore(const std::wstring& name, bool mayBeOpened = true);
 
 // Makes a named pipe, `\\.\pipe\<leaf>`, and serves it, one client after the other, until this process ends.
 void servePipe(const std::wstring& name);
+
+// Makes a named pipe whose only instance stays with a client that is never let go: whoever comes waits
+// until this process ends.
+void servePipeToNobody(const std::wstring& name);
 
 }  // namespace simulation

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <random>
+#include <semaphore>
 #include <set>
 #include <string>
 #include <thread>
@@ -21,6 +20,8 @@
 
 // Inside of the machine: its records, shared by the files that implement the seam.
 namespace simulation {
+
+inline constexpr std::uint64_t never = UINT64_MAX;
 
 struct OpenFile;
 
@@ -119,8 +120,9 @@ struct Process {
     std::set<std::unique_ptr<platform::Stream>> streams;
     std::wstring appUserModelId;
     bool searchesCurrentDirectory = true;
+    std::wstring awaitedPipe;  // asleep until this pipe changes
     std::thread thread;
-    std::condition_variable turn;
+    std::binary_semaphore turn{0};
 };
 
 struct ActiveFault {
@@ -132,22 +134,34 @@ class MachineState {
 public:
     explicit MachineState(std::uint64_t seed) : generator(seed) {}
 
-    // Scheduling (scheduler.cpp). The mutex is held by whoever runs.
-    std::mutex mutex;
-    std::condition_variable controllerTurn;
-    Process* active = nullptr;  // null: the test
+    // Scheduling (scheduler.cpp). One process has the turn, or the test has it.
+    std::binary_semaphore controllerTurn{0};
     std::map<ProcessId, std::unique_ptr<Process>> processes;
     std::mt19937_64 generator;
     std::uint64_t elapsed = 0;
     ProcessId lastProcessId = 1000;
+    std::uint32_t switchOdds = 1;
+    std::uint32_t stallOdds = 0;
+    std::uint32_t longestStall = 1;
+    std::function<bool(const char*, const std::wstring&)> isSwitchingOperation;
+    bool followsChoices = false;
+    std::vector<Choice> choices;
+    std::size_t nextChoice = 0;
+    std::vector<SwitchingPoint> switchingPoints;
+    std::function<void(ProcessId)> whenEnded;
 
     Process& addProcess(const std::vector<std::wstring>& words, Program program);
     void runWhile(const std::function<bool()>& isWanted, std::uint64_t limit);
     void stopProcess(Process& process);
     void giveTurn(Process& next);
-    void waitForTurn(Process& self, std::unique_lock<std::mutex>& lock);
-    void yield(Process& self);
+    void giveTurnAndWait(Process& next);
+    void passTurn(Process& from, Process* next);
+    Process* chooseNext(Process* current);
+    Process* chooseByPlan(Process* current, const std::vector<Process*>& ready);
+    void yield(Process& self, const char* name, const std::wstring& argument);
     void sleep(Process& self, std::uint32_t milliseconds);
+    bool waitForPipe(Process& self, const std::wstring& pipe, std::uint64_t wakeTime);
+    void wakePipeWaiters(const std::wstring& pipe);
     std::vector<Process*> readyProcesses();
     static void finish(MachineState& machine, Process& process, const ProcessEnd& end, UnflushedData data);
     bool isStopDue(const Operation& operation);

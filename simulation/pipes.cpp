@@ -23,6 +23,11 @@ void servePipe(const std::wstring& name) {
     self().objects[machine.lastHandle += 4] = std::move(object);
 }
 
+void servePipeToNobody(const std::wstring& name) {
+    servePipe(name);
+    machineOfSelf().pipes[upperCase(name)].isBusy = true;
+}
+
 void releaseObject(MachineState& machine, Object& object) {
     if (object.file) {
         closeOpenFile(*object.file);
@@ -32,9 +37,11 @@ void releaseObject(MachineState& machine, Object& object) {
     }
     if (!object.pipe.empty()) {
         machine.pipes[upperCase(object.pipe)].isBusy = false;
+        machine.wakePipeWaiters(upperCase(object.pipe));
     }
     if (!object.servedPipe.empty()) {
         machine.pipes[upperCase(object.servedPipe)].isServed = false;
+        machine.wakePipeWaiters(upperCase(object.servedPipe));
     }
 }
 
@@ -61,7 +68,10 @@ bool waitNamedPipe(const std::wstring& name, std::uint32_t milliseconds) {
         return simulation::failWith(fault);
     }
     simulation::MachineState& machine = simulation::machineOfSelf();
-    for (std::uint32_t waited = 0;; ++waited) {
+    const std::uint64_t end =
+        milliseconds == waitForever ? simulation::never : machine.elapsed + milliseconds;
+    for (bool isInTime = true;;
+         isInTime = machine.waitForPipe(simulation::self(), simulation::upperCase(name), end)) {
         const simulation::Pipe* pipe = simulation::findPipe(machine, name);
         if (pipe == nullptr) {
             return simulation::failWith(errorFileNotFound);
@@ -69,10 +79,9 @@ bool waitNamedPipe(const std::wstring& name, std::uint32_t milliseconds) {
         if (!pipe->isBusy) {
             return true;
         }
-        if (waited >= milliseconds && milliseconds != waitForever) {
+        if (!isInTime || machine.elapsed >= end) {
             return simulation::failWith(121);  // the time is over
         }
-        machine.sleep(simulation::self(), 1);
     }
 }
 

@@ -54,9 +54,7 @@ platform::ErrorCode faultOf(MachineState& machine, const Operation& operation) {
 void runProcess(MachineState& machine, Process& process) {
     currentProcess = &process;
     currentMachine = &machine;
-    std::unique_lock<std::mutex> lock(machine.mutex);
-    machine.waitForTurn(process, lock);
-    lock.release();  // held while the process runs; given up only to wait for its turn
+    process.turn.acquire();
     ProcessEnded ended;
     ended.data = UnflushedData::kept;
     try {
@@ -68,9 +66,7 @@ void runProcess(MachineState& machine, Process& process) {
         ended = thrown;
     }
     MachineState::finish(machine, process, ended.end, ended.data);
-    machine.active = nullptr;
-    machine.controllerTurn.notify_all();
-    machine.mutex.unlock();
+    machine.controllerTurn.release();
 }
 
 }  // namespace
@@ -93,7 +89,7 @@ platform::ErrorCode beginOperation(const char* name, const std::wstring& argumen
     if (process.isStopped || process.isCutShort) {
         throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::partlyWritten};
     }
-    machine.yield(process);
+    machine.yield(process, name, argument);
     machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1, writes});
     Operation& operation = machine.operations.back();
     ++process.operationCount;
@@ -138,15 +134,31 @@ Process& MachineState::addProcess(const std::vector<std::wstring>& words, Progra
 }
 
 void MachineState::giveTurn(Process& next) {
-    active = &next;
     if (!next.thread.joinable()) {
         next.thread = std::thread([this, &next] { runProcess(*this, next); });
     }
-    next.turn.notify_all();
+    next.turn.release();
 }
 
-void MachineState::waitForTurn(Process& process, std::unique_lock<std::mutex>& lock) {
-    process.turn.wait(lock, [&] { return active == &process; });
+// Lets another process go on, or the test when there is none, until somebody gives the turn back.
+void MachineState::passTurn(Process& from, Process* next) {
+    if (next == &from) {
+        return;
+    }
+    if (next != nullptr) {
+        giveTurn(*next);
+    } else {
+        controllerTurn.release();
+    }
+    from.turn.acquire();
+    if (from.isStopped) {
+        throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::lost};
+    }
+}
+
+void MachineState::giveTurnAndWait(Process& next) {
+    giveTurn(next);
+    controllerTurn.acquire();
 }
 
 std::vector<Process*> MachineState::readyProcesses() {
@@ -159,57 +171,88 @@ std::vector<Process*> MachineState::readyProcesses() {
     return ready;
 }
 
-void MachineState::yield(Process& process) {
+// Who goes on at a switching point. `current` is null when the process that ran cannot go on.
+Process* MachineState::chooseNext(Process* current) {
     const std::vector<Process*> ready = readyProcesses();
-    if (ready.size() < 2) {
+    if (ready.empty()) {
+        return nullptr;
+    }
+    if (!followsChoices) {
+        return current != nullptr && ready.size() == 1 ? current : ready[generator() % ready.size()];
+    }
+    return ready.size() == 1 ? ready.front() : chooseByPlan(current, ready);
+}
+
+// Without a choice of the test's the current process goes on, or else the one that came first.
+Process* MachineState::chooseByPlan(Process* current, const std::vector<Process*>& ready) {
+    const auto place = std::find(ready.begin(), ready.end(), current);
+    SwitchingPoint point;
+    point.canContinue = place != ready.end();
+    point.candidates = ready.size();
+    point.habit = point.canContinue ? static_cast<std::size_t>(place - ready.begin()) : 0;
+    point.operation = operations.size();
+    point.chosen = point.habit;
+    if (nextChoice < choices.size() && choices[nextChoice].point == switchingPoints.size()) {
+        point.chosen = std::min(choices[nextChoice++].candidate, ready.size() - 1);
+    }
+    switchingPoints.push_back(point);
+    return ready[point.chosen];
+}
+
+// The head of an operation, which has not happened yet.
+void MachineState::yield(Process& process, const char* name, const std::wstring& argument) {
+    if (isSwitchingOperation && !isSwitchingOperation(name, argument)) {
         return;
     }
-    Process* next = ready[generator() % ready.size()];
-    if (next == &process) {
+    if (stallOdds != 0 && generator() % stallOdds == 0) {
+        sleep(process, static_cast<std::uint32_t>(generator() % longestStall));
         return;
     }
-    std::unique_lock<std::mutex> lock(mutex, std::adopt_lock);
-    giveTurn(*next);
-    waitForTurn(process, lock);
-    lock.release();
-    if (process.isStopped) {
-        throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::lost};
+    if (switchOdds > 1 && generator() % switchOdds != 0) {
+        return;
     }
+    passTurn(process, chooseNext(&process));
 }
 
 void MachineState::sleep(Process& process, std::uint32_t milliseconds) {
     process.state = ProcessState::sleeping;
     process.wakeTime = elapsed + milliseconds;
-    std::unique_lock<std::mutex> lock(mutex, std::adopt_lock);
-    active = nullptr;
-    controllerTurn.notify_all();
-    waitForTurn(process, lock);
-    lock.release();
-    if (process.isStopped) {
-        throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::lost};
+    passTurn(process, chooseNext(nullptr));
+}
+
+// Sleeps until somebody changes this pipe, or until the time is over; false then.
+bool MachineState::waitForPipe(Process& process, const std::wstring& pipe, std::uint64_t wakeTime) {
+    process.state = ProcessState::sleeping;
+    process.wakeTime = wakeTime;
+    process.awaitedPipe = pipe;
+    passTurn(process, chooseNext(nullptr));
+    process.awaitedPipe.clear();
+    return elapsed < wakeTime;
+}
+
+void MachineState::wakePipeWaiters(const std::wstring& pipe) {
+    for (const auto& [id, process] : processes) {
+        if (process->state == ProcessState::sleeping && process->awaitedPipe == pipe) {
+            process->state = ProcessState::ready;
+        }
     }
 }
 
 // Called by the test: lets processes run, and time pass when all of them sleep, while it is wanted.
 void MachineState::runWhile(const std::function<bool()>& isWanted, std::uint64_t limit) {
-    std::unique_lock<std::mutex> lock(mutex);
     const std::uint64_t begin = elapsed;
     while (isWanted()) {
-        const std::vector<Process*> ready = readyProcesses();
-        if (!ready.empty()) {
-            giveTurn(*ready[generator() % ready.size()]);
-            controllerTurn.wait(lock, [&] { return active == nullptr; });
+        if (Process* ready = chooseNext(nullptr)) {
+            giveTurnAndWait(*ready);
             continue;
         }
-        std::uint64_t next = 0;
-        bool isAnySleeping = false;
+        std::uint64_t next = never;
         for (const auto& [id, process] : processes) {
-            if (process->state == ProcessState::sleeping && (!isAnySleeping || process->wakeTime < next)) {
-                next = process->wakeTime;
-                isAnySleeping = true;
+            if (process->state == ProcessState::sleeping) {
+                next = std::min(next, process->wakeTime);
             }
         }
-        if (!isAnySleeping) {
+        if (next == never && limit == never) {
             giveUp("nobody can run, and somebody is waited for");
         }
         if (next - begin > limit) {
@@ -229,17 +272,14 @@ void MachineState::runWhile(const std::function<bool()>& isWanted, std::uint64_t
 }
 
 void MachineState::stopProcess(Process& process) {
-    std::unique_lock<std::mutex> lock(mutex);
     process.isStopped = true;
     if (process.state != ProcessState::ended) {
         if (process.thread.joinable()) {
-            giveTurn(process);
-            controllerTurn.wait(lock, [&] { return active == nullptr; });
+            giveTurnAndWait(process);
         } else {
             process.state = ProcessState::ended;
         }
     }
-    lock.unlock();
     if (process.thread.joinable()) {
         process.thread.join();
     }
@@ -265,6 +305,9 @@ void MachineState::finish(MachineState& machine, Process& process, const Process
     process.finds.clear();
     process.end = end;
     process.state = ProcessState::ended;
+    if (machine.whenEnded) {
+        machine.whenEnded(process.id);
+    }
 }
 
 }  // namespace simulation

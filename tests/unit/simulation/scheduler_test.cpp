@@ -2,7 +2,7 @@
 
 #include <functional>
 #include <optional>
-
+#include <set>
 #include <string>
 #include <vector>
 
@@ -111,6 +111,130 @@ TEST(Scheduling, AMachineThatGoesAwayStopsItsProcesses) {
         machine.runUntilIdle(10);
     }
     EXPECT_FALSE(isOver);
+}
+
+// Two processes that make these operations each, under a plan; a text of who came when.
+std::string orderUnder(Machine& machine, int operations) {
+    std::string order;
+    for (const char name : {'a', 'b'}) {
+        machine.start({program}, [&order, name, operations] {
+            for (int i = 0; i < operations; ++i) {
+                platform::tickCount();
+                order += name;
+            }
+            return 0;
+        });
+    }
+    machine.runUntilIdle(100'000'000);
+    return order;
+}
+
+TEST(Plans, WithoutAChoiceEachGoesOnToItsEnd) {
+    Machine machine;
+    machine.followChoices({});
+    EXPECT_EQ(orderUnder(machine, 3), "aaabbb");
+    const auto& points = machine.switchingPoints();
+    ASSERT_EQ(points.size(), 4U);  // the first turn, and the head of each operation of the first one
+    EXPECT_FALSE(points[0].canContinue);
+    EXPECT_TRUE(points[1].canContinue);
+    EXPECT_EQ(points[1].candidates, 2U);
+    EXPECT_EQ(points[1].habit, 0U);
+}
+
+TEST(Plans, AChoiceNamesWhoGoesOn) {
+    Machine first;
+    first.followChoices({{0, 1}});
+    EXPECT_EQ(orderUnder(first, 2), "bbaa");
+    Machine preempted;
+    preempted.followChoices({{2, 1}, {4, 0}});
+    EXPECT_EQ(orderUnder(preempted, 2), "abab");
+}
+
+TEST(Plans, EveryOrderOfTwoTimesTwoOperationsCanBeChosen) {
+    std::set<std::string> orders;
+    const std::function<void(std::vector<simulation::Choice>)> explore =
+        [&](const std::vector<simulation::Choice>& choices) {
+            Machine machine;
+            machine.followChoices(choices);
+            orders.insert(orderUnder(machine, 2));
+            const std::size_t from = choices.empty() ? 0 : choices.back().point + 1;
+            for (std::size_t point = from; point < machine.switchingPoints().size(); ++point) {
+                std::vector<simulation::Choice> more = choices;
+                more.push_back({point, 1 - machine.switchingPoints()[point].habit});
+                explore(more);
+            }
+        };
+    explore({});
+    EXPECT_EQ(orders, (std::set<std::string>{"aabb", "abab", "abba", "baab", "baba", "bbaa"}));
+}
+
+TEST(Switching, OnlyAtTheOperationsThatAreMeant) {
+    Machine machine(3);
+    machine.switchOnlyAt(
+        [](const char* name, const std::wstring&) { return std::string(name) != "tickCount"; });
+    const std::string order = orderUnder(machine, 20);
+    EXPECT_TRUE(order == std::string(20, 'a') + std::string(20, 'b') ||
+                order == std::string(20, 'b') + std::string(20, 'a'));
+}
+
+TEST(Switching, CanBeRare) {
+    const auto switchesUnder = [](std::uint32_t oneIn) {
+        Machine machine(5);
+        simulation::Switching switching;
+        switching.oneIn = oneIn;
+        machine.setSwitching(switching);
+        const std::string order = orderUnder(machine, 500);
+        int switches = 0;
+        for (std::size_t i = 1; i < order.size(); ++i) {
+            switches += order[i] != order[i - 1] ? 1 : 0;
+        }
+        return switches;
+    };
+    EXPECT_GT(switchesUnder(1), 200);
+    EXPECT_LT(switchesUnder(50), 30);
+    EXPECT_GT(switchesUnder(50), 1);
+}
+
+TEST(Switching, StallsLetTimePassInTheMiddleOfWork) {
+    Machine machine(5);
+    simulation::Switching switching;
+    switching.stallOneIn = 10;
+    switching.longestStallMilliseconds = 1000;
+    machine.setSwitching(switching);
+    orderUnder(machine, 100);
+    EXPECT_GT(machine.elapsedMilliseconds(), 1000U);
+    EXPECT_LT(machine.elapsedMilliseconds(), 40'000U);
+}
+
+TEST(Ends, AreTold) {
+    Machine machine;
+    std::vector<ProcessId> ended;
+    machine.whenEnded([&](ProcessId id) {
+        EXPECT_FALSE(machine.isRunning(id));
+        EXPECT_EQ(machine.endOf(id).status, 7U);
+        ended.push_back(id);
+    });
+    const ProcessId id = machine.start({program}, [] { return 7; });
+    machine.waitFor(id);
+    EXPECT_EQ(ended, std::vector<ProcessId>{id});
+}
+
+TEST(Pipes, AServerThatLetsNobodyInIsWaitedForUntilItEnds) {
+    Machine machine;
+    machine.start({program}, [] {
+        simulation::servePipeToNobody(L"\\\\.\\pipe\\p");
+        platform::sleepMilliseconds(5000);
+        return 0;
+    });
+    machine.runUntilIdle(10);
+    machine.run({program}, [] {
+        EXPECT_FALSE(platform::waitNamedPipe(L"\\\\.\\pipe\\p", 100));
+        EXPECT_EQ(platform::lastError(), 121U);
+        EXPECT_FALSE(platform::waitNamedPipe(L"\\\\.\\pipe\\p", platform::waitForever));
+        EXPECT_EQ(platform::lastError(), platform::errorFileNotFound);
+        return 0;
+    });
+    EXPECT_EQ(machine.elapsedMilliseconds(), 5000U);
 }
 
 TEST(Clock, CountsDaysMonthsAndYears) {
