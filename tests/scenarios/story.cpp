@@ -86,7 +86,7 @@ std::string PropertyFile::content() const {
     return text;
 }
 
-Story::Story() {
+Story::Story(std::uint64_t seed) : machine(seed) {
     launcherProperties.set("zel.install.id", "1234");
     launcherProperties.set("zel.base.location", "${zel.home}/zel/eclipse/plugins/base_1.0");
     launcherProperties.set("install.configuration", "user");

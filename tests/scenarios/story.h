@@ -43,7 +43,7 @@ private:
 class Story : public ::testing::Test {
 protected:
     // An install of kind `user` that starts: everything below may be changed before layOut.
-    Story();
+    explicit Story(std::uint64_t seed = 1);
 
     static constexpr const wchar_t* home = L"C:\\Apps\\framework\\Client";
     static constexpr const wchar_t* base = L"C:\\Apps\\framework\\Client\\zel\\eclipse\\plugins\\base_1.0";

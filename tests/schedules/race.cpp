@@ -1,0 +1,204 @@
+#include "schedules/race.h"
+
+#include <algorithm>
+
+#include "launch/entry.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/process.h"
+
+// The method.
+//
+// A race lays out an install, puts launchers on the machine that arrive at the planned moments, and
+// runs it until everybody has ended or ten minutes have passed, which no honest wait lasts. Each
+// launcher is the whole program with a word of its own among its arguments; where that word turns up
+// tells where its arguments went. What must hold is looked at from the outside alone: the children
+// that were started, the texts that came through the pipes, the files, the logs, the ends.
+
+namespace schedules {
+
+namespace {
+
+constexpr std::uint64_t timeLimit = 600'000;
+
+std::wstring launcherWord(std::size_t number) {
+    return L"word-" + std::to_wstring(number) + L"-";
+}
+
+bool startsProgram(const simulation::StartedProcess& child, const std::wstring& program) {
+    std::wstring text = child.commandLine.substr(0, program.size() + 2);
+    std::replace(text.begin(), text.end(), L'/', L'\\');
+    return child.started && text.find(program) != std::wstring::npos;
+}
+
+}  // namespace
+
+std::string describe(const RacePlan& plan) {
+    constexpr const char* befores[] = {"nothing", "a dead platform", "a running platform"};
+    constexpr const char* fates[] = {"lives", "dies", "restarts", "never publishes", "never serves"};
+    std::string text = "  before: " + std::string(befores[static_cast<int>(plan.before)]) + "\n";
+    for (const LauncherPlan& launcher : plan.launchers) {
+        text += "  launcher after " + std::to_string(launcher.arrivesAfter) + " ms:";
+        for (const std::wstring& word : launcher.words) {
+            text += " " + std::string(word.begin(), word.end());
+        }
+        text += "\n";
+    }
+    for (const PlatformPlan& platform : plan.platforms) {
+        text += "  platform: " + std::string(fates[static_cast<int>(platform.fate)]) + ", publishes after " +
+                std::to_string(platform.publishesAfter) + " ms, lives for " +
+                std::to_string(platform.livesFor) + " ms, ends " + std::to_string(platform.endsAfterRestart) +
+                " ms after a restart\n";
+    }
+    const simulation::Switching& switching = plan.switching;
+    return text + "  switches: one in " + std::to_string(switching.oneIn) + ", stalls: one in " +
+           std::to_string(switching.stallOneIn) + " of up to " +
+           std::to_string(switching.longestStallMilliseconds) + " ms\n";
+}
+
+const char* nameOf(Overlap overlap) {
+    switch (overlap) {
+        case Overlap::slowPlatform:
+            return "the first platform needed more than 15 seconds for its endpoint";
+        case Overlap::recordBlanked:
+            return "a restart blanked the record after 20 seconds";
+        case Overlap::rememberedName:
+            return "a restart kept to the pipe's name of an earlier platform";
+        case Overlap::tornEndpoint:
+            return "the first platform made its endpoint before it wrote the name";
+        case Overlap::consequence:
+            return "the first platform already shared the workspace with another";
+        case Overlap::notAccepted:
+            break;
+    }
+    return "no accepted reason";
+}
+
+Race::Race(const RacePlan& racePlan) : Story(racePlan.seed), plan(racePlan) {
+    layOut();
+    machine.installProgram(nativeLauncher, [this] { return runPlatformProcess(); });
+    machine.installProgram(launcher, [] { return zellauncher::wmain(); });
+    machine.whenEnded([this](simulation::ProcessId id) { noteEnd(id); });
+    layWorkspace();
+    for (std::size_t number = 0; number < plan.launchers.size(); ++number) {
+        const LauncherPlan& launcherPlan = plan.launchers[number];
+        std::vector<std::wstring> words = {launcher};
+        words.insert(words.end(), launcherPlan.words.begin(), launcherPlan.words.end());
+        words.push_back(launcherWord(number));
+        const simulation::ProcessId id = machine.start(words, [arrival = launcherPlan.arrivesAfter] {
+            platform::sleepMilliseconds(arrival);
+            return zellauncher::wmain();
+        });
+        LauncherRecord& added = launchers[id];
+        added.word = words.back();
+        added.isRestart = std::find(words.begin(), words.end(), L"-restart") != words.end();
+        added.arrival = machine.elapsedMilliseconds() + launcherPlan.arrivesAfter;
+    }
+}
+
+void Race::followChoices(const std::vector<simulation::Choice>& choices) {
+    machine.followChoices(choices);
+}
+
+void Race::switchOnlyAt(std::function<bool(const char*, const std::wstring&)> isSwitchingOperation) {
+    machine.switchOnlyAt(std::move(isSwitchingOperation));
+}
+
+void Race::layWorkspace() {
+    if (plan.before == Before::deadPlatform) {
+        machine.writeFile(inWorkspace(L".zel.lock"), "999999          ");
+        machine.writeFile(inWorkspace(L".pipe"), "\\\\.\\pipe\\platform-999999\r\n");
+    } else if (plan.before == Before::runningPlatform) {
+        startRunningPlatform();
+    }
+    if (plan.before != Before::nothing) {
+        machine.writeFile(inConfig(L"args.properties"), "arg0=zellauncher.exe\r\nargc=1\r\n");
+        machine.setAttributes(inWorkspace(L".zel.lock"),
+                              ::platform::attributeHidden | ::platform::attributeNotContentIndexed);
+    }
+}
+
+void Race::startRunningPlatform() {
+    machine.makeDirectory(workspace);
+    const simulation::ProcessId id =
+        machine.start({nativeLauncher, L"-data", workspace}, [this] { return runPlatformProcess(); });
+    machine.writeFile(inWorkspace(L".zel.lock"), std::to_string(id) + "          ");
+    machine.writeFile(inWorkspace(L".zel.main"), std::to_string(id) + "     ");
+    machine.runUntilIdle(plan.platforms.front().publishesAfter + 1);
+}
+
+int Race::runPlatformProcess() {
+    const std::uint64_t begin = machine.elapsedMilliseconds();  // before anything can stall it
+    PlatformRecord& own = platforms[::platform::currentProcessId()];
+    own.plan = plan.platforms[std::min(platformsBegun++, plan.platforms.size() - 1)];
+    own.createdTime = begin;
+    return runPlatform(own.plan, launcher, [&] {
+        own.publishedOperation = machine.operationCount();
+        own.publishedTime = machine.elapsedMilliseconds();
+    });
+}
+
+void Race::noteEnd(simulation::ProcessId id) {
+    const auto found = platforms.find(id);
+    if (found != platforms.end()) {
+        found->second.endedOperation = machine.operationCount();
+        return;
+    }
+    LauncherRecord& ended = launchers[id];  // one that a platform started gets its word later
+    ended.hasEnded = true;
+    ended.endTime = machine.elapsedMilliseconds();
+    ended.end = machine.endOf(id);
+    if (ended.end.status != 0) {
+        noteFatalLine(id, ended);
+    }
+}
+
+RaceReport Race::run() {
+    machine.setSwitching(plan.switching);
+    machine.runUntilIdle(timeLimit);
+    machine.whenEnded(nullptr);
+    collectStarts();
+    checkLaunchers();
+    checkPlatforms();
+    checkPayloads();
+    checkRecords();
+    return report;
+}
+
+// What the launchers and the platforms started, in the order of the operations that did it.
+void Race::collectStarts() {
+    std::size_t next = 0;
+    for (const simulation::Operation& operation : machine.operations()) {
+        if (operation.name != "createProcess") {
+            continue;
+        }
+        const simulation::StartedProcess& child = machine.startedProcesses().at(next++);
+        if (startsProgram(child, nativeLauncher)) {
+            platforms[child.id].launcher = child.parent;
+            platforms[child.id].createdOperation = operation.index;
+        } else if (startsProgram(child, launcher)) {
+            launchers[child.id].word = restartWordOf(child.parent);
+            launchers[child.id].isRestart = true;
+        }
+    }
+}
+
+std::string Race::record() const {
+    std::string text;
+    for (const simulation::Operation& operation : machine.operations()) {
+        text += std::to_string(operation.process) + " " + operation.name + " " +
+                std::string(operation.argument.begin(), operation.argument.end()) + "\n";
+    }
+    for (const auto& [id, launcherRecord] : launchers) {
+        text += std::to_string(id) + " ended at " + std::to_string(launcherRecord.endTime) + " with " +
+                std::to_string(launcherRecord.end.status) + "\n";
+    }
+    for (const wchar_t* drive : {L"C:\\", L"D:\\"}) {
+        for (const std::wstring& path : machine.tree(drive)) {
+            text += std::string(path.begin(), path.end()) + "\n" + machine.readFile(path).value_or("") + "\n";
+        }
+    }
+    return text;
+}
+
+}  // namespace schedules

@@ -1,0 +1,253 @@
+#include <algorithm>
+
+#include "schedules/race.h"
+
+// What must hold at the end of a race.
+namespace schedules {
+
+namespace {
+
+constexpr std::uint64_t endpointWait = 15'000;
+
+std::size_t countOf(const std::wstring& text, const std::wstring& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::wstring::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+std::wstring wideText(const std::string& bytes) {
+    std::wstring text;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        text += static_cast<wchar_t>(static_cast<unsigned char>(bytes[i]) +
+                                     static_cast<unsigned char>(bytes[i + 1]) * 256);
+    }
+    return text;
+}
+
+std::string narrowText(const std::wstring& text) {
+    return std::string(text.begin(), text.end());
+}
+
+// `ZLNCH0142E: ...` and the like; the lines of the owner's check tell of no error.
+bool isFatalLine(const std::string& line) {
+    const bool isError = line.size() > 11 && line.starts_with("ZLNCH") && line[9] == 'E' && line[10] == ':';
+    return isError && !line.starts_with("ZLNCH0090E") && !line.starts_with("ZLNCH0091E") &&
+           !line.starts_with("ZLNCH0013E");
+}
+
+bool isLauncherLog(const std::wstring& path) {
+    const std::size_t name = path.rfind(L'\\') + 1;
+    return path.compare(name, 11, L"zellauncher") == 0 && path.ends_with(L".log");
+}
+
+// A number and blanks, blanks alone, or nothing.
+bool isOwnerRecord(const std::string& content) {
+    const std::size_t digits = content.find_first_not_of("0123456789");
+    return content.find_first_not_of(' ', digits == std::string::npos ? content.size() : digits) ==
+               std::string::npos &&
+           (digits != std::string::npos || content.empty());
+}
+
+}  // namespace
+
+void Race::fail(const std::string& text) {
+    report.violations.push_back(text);
+}
+
+// The line that says why this launcher ended, in the log that it opened. Logs of one name are shared:
+// who opens one empties it, also while another launcher still writes to it.
+void Race::noteFatalLine(simulation::ProcessId id, LauncherRecord& ended) const {
+    std::map<simulation::ProcessId, std::wstring> logOf;
+    for (const simulation::Operation& operation : machine.operations()) {
+        if (operation.name != "openStream" || !isLauncherLog(operation.argument)) {
+            continue;
+        }
+        logOf[operation.process] = operation.argument;
+        ended.hasSharedLog |= operation.process != id && logOf[id] == operation.argument;
+    }
+    for (const auto& [other, path] : logOf) {
+        const auto found = launchers.find(other);
+        const bool ranLater = found == launchers.end() || !found->second.hasEnded;
+        ended.hasSharedLog |= other != id && path == logOf[id] && ranLater;
+    }
+    std::string line;
+    for (const char byte : logAt(logOf[id]) + "\n") {
+        if (byte != '\n') {
+            line += byte;
+            continue;
+        }
+        if (isFatalLine(line)) {
+            ended.fatalLine = line;
+        }
+        line.clear();
+    }
+}
+
+int Race::deliveriesOf(const std::wstring& word) const {
+    std::size_t count = 0;
+    for (const simulation::StartedProcess& child : machine.startedProcesses()) {
+        if (platforms.count(child.id) != 0) {
+            count += countOf(child.commandLine, word);
+        }
+    }
+    for (const auto& [id, record] : platforms) {
+        for (const std::string& bytes : machine.pipePayloads(pipeNameOf(id))) {
+            count += countOf(wideText(bytes), word);
+        }
+    }
+    return static_cast<int>(count);
+}
+
+// Every argument list went to a platform, once, or its launcher said why not. Nobody waits for ever,
+// but behind a platform that lets nobody in.
+void Race::checkLaunchers() {
+    const bool isAnyHanging = std::any_of(platforms.begin(), platforms.end(), [](const auto& entry) {
+        return entry.second.plan.fate == Fate::neverServes && entry.second.endedOperation == never &&
+               entry.second.publishedOperation != never;
+    });
+    for (const auto& [id, record] : launchers) {
+        const std::string who = "launcher " + std::to_string(id) + " (" + narrowText(record.word) + ")";
+        const int deliveries = deliveriesOf(record.word);
+        if (!record.hasEnded) {
+            ++report.outcomes["waits behind a platform that lets nobody in"];
+            if (!isAnyHanging) {
+                fail(who + " has not ended");
+            }
+            continue;
+        }
+        report.longestWait = std::max(report.longestWait, record.endTime - record.arrival);
+        if (record.end.kind == simulation::EndKind::exited && record.end.status == 0) {
+            ++report.outcomes["delivered"];
+            if (deliveries != 1) {
+                fail(who + " ended well and its arguments were delivered " + std::to_string(deliveries) +
+                     " times");
+            }
+        } else if (record.end.kind != simulation::EndKind::exited ||
+                   record.end.status != scenarios::fatalStatus) {
+            fail(who + " ended with the status " + std::to_string(record.end.status));
+        } else {
+            ++report.outcomes[record.fatalLine.empty() ? "fatal, and another launcher emptied its log"
+                                                       : record.fatalLine.substr(0, 10)];
+            if (deliveries != 0) {
+                fail(who + " ended fatally, and its arguments were delivered all the same");
+            }
+            if (record.fatalLine.empty() && !record.hasSharedLog) {
+                fail(who + " ended fatally without a line in its log that says why");
+            }
+        }
+    }
+}
+
+// Why `second` was started while `first` ran.
+Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second) const {
+    if (first.publishedTime == never || first.publishedTime >= first.createdTime + endpointWait) {
+        return Overlap::slowPlatform;
+    }
+    std::set<simulation::ProcessId> haveLocked;
+    for (const simulation::Operation& operation : machine.operations()) {
+        if (operation.index >= second.createdOperation) {
+            break;
+        }
+        if (operation.name == "lockStream") {
+            haveLocked.insert(operation.process);
+        }
+        const bool isBlanking = operation.name == "writeStream" && operation.argument == L".zel.lock" &&
+                                haveLocked.count(operation.process) == 0;
+        if (isBlanking) {
+            return Overlap::recordBlanked;
+        }
+        const bool isEarlyReading = operation.name == "openStream" && operation.process == second.launcher &&
+                                    operation.argument.ends_with(L"\\.pipe") &&
+                                    operation.index <= first.publishedOperation;
+        if (isEarlyReading) {
+            const bool isTorn =
+                first.plan.publishing == Publishing::inTwoSteps && !launchers.at(second.launcher).isRestart;
+            return isTorn ? Overlap::tornEndpoint : Overlap::rememberedName;
+        }
+    }
+    return Overlap::notAccepted;
+}
+
+// Never two platforms at the same time, but for the accepted reasons.
+void Race::checkPlatforms() {
+    std::vector<std::pair<simulation::ProcessId, const PlatformRecord*>> started;
+    for (const auto& [id, record] : platforms) {
+        started.emplace_back(id, &record);
+    }
+    std::sort(started.begin(), started.end(), [](const auto& a, const auto& b) {
+        return a.second->createdOperation < b.second->createdOperation;
+    });
+    std::set<simulation::ProcessId> sharing;
+    for (const auto& [secondId, second] : started) {
+        std::set<simulation::ProcessId> together;
+        for (const auto& [firstId, first] : started) {
+            const bool isOverlap = first->createdOperation < second->createdOperation &&
+                                   first->endedOperation >= second->createdOperation;
+            if (!isOverlap) {
+                continue;
+            }
+            together.insert({firstId, secondId});
+            Overlap reason = explain(*first, *second);
+            if (reason == Overlap::notAccepted && sharing.count(firstId) != 0) {
+                reason = Overlap::consequence;
+            }
+            ++report.overlaps[reason];
+            if (reason == Overlap::notAccepted) {
+                fail("platform " + std::to_string(secondId) + " was started while " +
+                     std::to_string(firstId) + " ran");
+            }
+        }
+        sharing.merge(together);
+    }
+}
+
+// Each text that came through a pipe is one whole list of one launcher, meant for this platform.
+void Race::checkPayloads() {
+    for (const auto& [id, record] : platforms) {
+        for (const std::string& bytes : machine.pipePayloads(pipeNameOf(id))) {
+            if (bytes.empty()) {
+                continue;  // a client that found nobody to write to
+            }
+            const std::wstring text = wideText(bytes);
+            std::size_t words = 0;
+            for (const auto& [launcherId, launcherRecord] : launchers) {
+                words += countOf(text, launcherRecord.word);
+            }
+            const bool isWhole = bytes.size() % 2 == 0 && text.find(L'\0') + 1 == text.size() &&
+                                 text.starts_with(L"C:/Apps/framework/Client/") &&
+                                 text.find(L"\n-vmargs\n") != std::wstring::npos;
+            if (words != 1 || !isWhole) {
+                fail("a mixed payload: " + narrowText(text));
+            }
+            if (text.find(L"\n-useDaemon\n" + std::to_wstring(id) + L"\n") == std::wstring::npos) {
+                ++report.outcomes["payload with the number of another platform"];
+            }
+        }
+    }
+}
+
+// The lock file holds a record, and the last platform is the one that is recorded.
+void Race::checkRecords() {
+    const std::string lock = workspaceFile(L".zel.lock").value_or("");
+    if (!isOwnerRecord(lock)) {
+        fail("the lock file holds \"" + lock + "\"");
+    }
+    const auto last = std::max_element(platforms.begin(), platforms.end(), [](const auto& a, const auto& b) {
+        return a.second.createdOperation < b.second.createdOperation;
+    });
+    if (last == platforms.end()) {
+        return;
+    }
+    const std::string number = std::to_string(last->first);
+    if (lock.find_first_not_of(' ') != std::string::npos && lock.substr(0, lock.find(' ')) != number) {
+        fail("the lock file holds \"" + lock + "\", and the last platform is " + number);
+    }
+    if (workspaceFile(L".zel.main") != number + "     ") {
+        fail(".zel.main holds \"" + workspaceFile(L".zel.main").value_or("") +
+             "\", and the last platform is " + number);
+    }
+}
+
+}  // namespace schedules

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+#include "schedules/race.h"
+
+namespace schedules {
+
+// Draws a race of two to eight launchers: who comes when and with what, what the platforms do, and how
+// often the machine switches. The same seed always gives the same race.
+RacePlan planOf(std::uint64_t seed);
+
+}  // namespace schedules
