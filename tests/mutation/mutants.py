@@ -1,0 +1,101 @@
+"""Makes the mutants of a source file from the list of mutations in operators.txt."""
+
+import hashlib
+import re
+from dataclasses import dataclass
+from pathlib import Path
+
+LITERAL_MARK = "\x01"
+BALANCED = r"\((?:[^()]|\((?:[^()]|\((?:[^()]|\([^()]*\))*\))*\))*\)"
+PARENS = r"\(((?:[^()]|" + BALANCED + r")*)\)"
+TOKENS = re.compile(
+    r"//[^\n]*|/\*.*?\*/|^[ \t]*#[^\n]*|\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])*'", re.MULTILINE | re.DOTALL
+)
+
+
+@dataclass(frozen=True)
+class Operator:
+    name: str
+    pattern: re.Pattern
+    replacement: str
+
+
+@dataclass(frozen=True)
+class Mutant:
+    file: str  # below the repository
+    operator: str
+    line: int
+    before: str  # the lines that change, on one line
+    after: str
+    text: str  # the whole mutated file
+
+    @property
+    def key(self):
+        return hashlib.sha1(f"{self.file}\n{self.text}".encode()).hexdigest()
+
+
+def read_operators(path):
+    operators = []
+    for line in Path(path).read_text().splitlines():
+        if not line.strip() or line.startswith("#"):
+            continue
+        name, pattern, replacement = (field.strip() for field in (line + " ").split("~> ", 2))
+        pattern = pattern.replace("{parens}", PARENS).replace("{marks}", LITERAL_MARK + "+")
+        operators.append(Operator(name, re.compile(pattern), replacement))
+    return operators
+
+
+def masked(text):
+    """The text with comments and the preprocessor's lines blanked and literals marked, the same length."""
+
+    def mask(match):
+        token = match.group(0)
+        if token[0] in "\"'":
+            return token[0] + LITERAL_MARK * (len(token) - 2) + token[-1]
+        return re.sub(r"[^\n]", " ", token)
+
+    return TOKENS.sub(mask, text)
+
+
+def expand(operator, match, text):
+    """The replacement with its groups as they stand in the text."""
+
+    def group(reference):
+        start, end = match.span(int(reference.group(1)))
+        return text[start:end]
+
+    return re.sub(r"\\(\d)", group, operator.replacement)
+
+
+def on_one_line(text, start, end):
+    """The whole lines around the place, without the blanks that only lay them out."""
+    begin = text.rfind("\n", 0, start) + 1
+    finish = text.find("\n", end)
+    return " ".join(text[begin : finish if finish >= 0 else len(text)].split())
+
+
+def mutants_of(file, operators):
+    text = Path(file).read_text()
+    mask = masked(text)
+    seen = set()
+    for operator in operators:
+        position = 0
+        while (match := operator.pattern.search(mask, position)) is not None:
+            position = match.start() + 1
+            start, end = match.span()
+            replacement = expand(operator, match, text)
+            # What a pattern needs in front of its place is no part of the change.
+            while start < end and replacement and text[start] == replacement[0]:
+                start, replacement = start + 1, replacement[1:]
+            mutated = text[:start] + replacement + text[end:]
+            if mutated == text or mutated in seen:
+                continue
+            seen.add(mutated)
+            yield Mutant(
+                file=file,
+                operator=operator.name,
+                line=text.count("\n", 0, start) + 1,
+                before=on_one_line(text, start, end),
+                after=on_one_line(mutated, start, start + len(replacement)),
+                text=mutated,
+            )

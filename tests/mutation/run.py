@@ -1,0 +1,309 @@
+"""Builds and tests mutants of the launcher's sources; run.sh prepares what it needs and tells its options.
+
+One mutant is one file compiled anew, linked in front of the libraries of the build with the test programs
+that matter to it: those of its subsystem first, whole starts when they let it live. It is killed when a
+program fails, crashes, or takes more processor time than an honest run can.
+"""
+
+import argparse
+import collections
+import concurrent.futures
+import hashlib
+import json
+import os
+import random
+import re
+import resource
+import shlex
+import subprocess
+import sys
+import threading
+from dataclasses import dataclass
+from pathlib import Path
+
+from mutants import mutants_of, read_operators
+
+HERE = Path(__file__).parent
+BUILD = Path("build/native-mutation").resolve()
+WORK = BUILD / "mutants"
+SUBSYSTEMS = ("properties", "configuration", "javalaunch")
+# Simulated processes are threads; with small stacks and one heap they leave room for a limit that holds.
+MEMORY_LIMIT = 4 << 30
+STACK_LIMIT = 1 << 20
+REQUIRED = 90  # per cent
+# Indices out of bounds end the program instead of reading what lies there.
+CHECKS = ["-w", "-D_GLIBCXX_ASSERTIONS"]
+
+
+@dataclass
+class Program:
+    name: str
+    link: list  # the command that links it
+    seconds: float = 0  # of processor time, without a mutant
+
+    def limits(self):
+        return int(self.seconds * 10) + 3
+
+
+def run(command, **options):
+    return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, **options)
+
+
+def compile_flags(file):
+    """The flags with which the build compiles a file; warnings are no matter to a mutant."""
+    for entry in json.loads((BUILD / "compile_commands.json").read_text()):
+        if entry["file"].endswith("/" + file):
+            words = shlex.split(entry["command"])
+            words = words[words.index(next(word for word in words if word.endswith("clang++"))) :]
+            return [word for word in words[1 : words.index("-o")] if not word.startswith("-W") and word != "-O1"]
+    sys.exit(f"{file} is not part of the build")
+
+
+def link_command(program):
+    commands = run(["ninja", "-C", str(BUILD), "-t", "commands", f"tests/{program}"], text=True).stdout
+    words = shlex.split(commands.strip().splitlines()[-1])
+    words = [word for word in words if word not in (":", "&&")]
+    return words[: words.index("-o")] + words[words.index("-o") + 2 :]
+
+
+class Builder:
+    """Compiles and links mutants. The headers are compiled once."""
+
+    def __init__(self, files):
+        WORK.mkdir(parents=True, exist_ok=True)
+        self.flags = compile_flags(files[0])
+        includes = sorted({line for file in files for line in re.findall(r"^#include .*$", Path(file).read_text(), re.M)})
+        header = WORK / "headers.h"
+        header.write_text("\n".join(includes) + "\n")
+        self.headers = WORK / "headers.pch"
+        made = run(["clang++", *self.flags, *CHECKS, "-x", "c++-header", str(header), "-o", str(self.headers)])
+        if made.returncode:
+            sys.exit(made.stderr.decode())
+
+    def compile(self, directory, file, text):
+        """The object file and a digest of its code, or None for what does not compile."""
+        source, target = directory / Path(file).name, directory / "mutant.o"
+        source.write_text(text)
+        command = ["clang++", *self.flags, *CHECKS, "-include-pch", str(self.headers)]
+        if run([*command, "-c", str(source), "-o", str(target)]).returncode:
+            return None
+        return target, hashlib.sha1(target.read_bytes()).hexdigest()
+
+    def optimised_code(self, directory, file, text):
+        source, target = directory / Path(file).name, directory / "optimised.o"
+        source.write_text(text)
+        made = run(["clang++", *self.flags, "-w", "-O2", "-c", str(source), "-o", str(target)])
+        return None if made.returncode else hashlib.sha1(target.read_bytes()).hexdigest()
+
+    def link(self, directory, program, mutant):
+        target = directory / program.name
+        made = run([*program.link[:1], str(mutant), *program.link[1:], "-o", str(target)], cwd=BUILD)
+        return target if made.returncode == 0 else None
+
+
+def run_tests(executable, cpu_seconds, directory):
+    """How the program ended: nothing when every test passed."""
+
+    def limit():
+        resource.setrlimit(resource.RLIMIT_CPU, (cpu_seconds, cpu_seconds + 1))
+        resource.setrlimit(resource.RLIMIT_STACK, (STACK_LIMIT, STACK_LIMIT))
+        resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+    try:
+        # The wall clock ends only what waits for ever: the machine may be busy.
+        ended = run([str(executable), "--gtest_brief=1", "--gtest_fail_fast"], cwd=directory, preexec_fn=limit,
+                    timeout=60 + 10 * cpu_seconds, env={**os.environ, "MALLOC_ARENA_MAX": "1"})
+    except subprocess.TimeoutExpired:
+        return "hangs"
+    if ended.returncode == 0:
+        return ""
+    if ended.returncode in (-24, -9):  # SIGXCPU, SIGKILL
+        return "takes too long"
+    if ended.returncode < 0:
+        return f"crashes by signal {-ended.returncode}"
+    failed = re.search(rb"\[  FAILED  \] ([\w/.]+)", ended.stdout)
+    return f"fails {failed.group(1).decode() if failed else ended.returncode}"
+
+
+class Results:
+    """What is known about mutants, kept in a file from run to run.
+
+    A kill holds as long as the file is the same. A survivor is tried again when the tests have changed.
+    """
+
+    def __init__(self, path, tests_digest, start_anew):
+        self.path, self.tests_digest, self.lock = path, tests_digest, threading.Lock()
+        self.known, self.codes = {}, {}
+        if start_anew:
+            path.unlink(missing_ok=True)
+        if path.exists():
+            for line in path.read_text().splitlines():
+                record = json.loads(line)
+                if record["state"] != "survived" or record["tests"] == tests_digest:
+                    self.known[record["key"]] = record
+                else:
+                    self.known.pop(record["key"], None)
+
+    def store(self, mutant, state, by=""):
+        record = {"key": mutant.key, "state": state, "by": by, "tests": self.tests_digest, "file": mutant.file,
+                  "line": mutant.line, "operator": mutant.operator}
+        with self.lock:
+            self.known[mutant.key] = record
+            with self.path.open("a") as file:
+                file.write(json.dumps(record) + "\n")
+        return record
+
+    def is_first_with(self, mutant, code):
+        with self.lock:
+            return self.codes.setdefault((mutant.file, code), mutant.key) == mutant.key
+
+
+class Laboratory:
+    def __init__(self, files, results):
+        self.builder, self.results = Builder(files), results
+        self.scenarios = Program("scenarios", link_command("scenarios"))
+        self.units = {name: Program(f"unit_{name}", link_command(f"unit_{name}")) for name in SUBSYSTEMS}
+        self.original_code = {}
+        self.local = threading.local()
+
+    def directory(self):
+        if not hasattr(self.local, "directory"):
+            self.local.directory = WORK / f"job-{threading.get_ident()}"
+            self.local.directory.mkdir(exist_ok=True)
+        return self.local.directory
+
+    def prepare(self, files):
+        """The originals have to pass, in the very way in which mutants are built; tells how long that takes."""
+        for file in files:
+            mutant = self.builder.compile(self.directory(), file, Path(file).read_text())
+            self.original_code[file] = mutant[1]
+        for program, file in [(self.units[Path(f).parent.name], f) for f in files] + [(self.scenarios, files[0])]:
+            if program.seconds:
+                continue
+            mutant, _ = self.builder.compile(self.directory(), file, Path(file).read_text())
+            executable = self.builder.link(self.directory(), program, mutant)
+            before = resource.getrusage(resource.RUSAGE_CHILDREN)
+            end = run_tests(executable, 300, self.directory())
+            after = resource.getrusage(resource.RUSAGE_CHILDREN)
+            if end:
+                sys.exit(f"{program.name} {end} without a mutant")
+            program.seconds = after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
+            print(f"{program.name}: {program.seconds:.1f} s of processor time", flush=True)
+
+    def examine(self, mutant):
+        compiled = self.builder.compile(self.directory(), mutant.file, mutant.text)
+        if compiled is None:
+            return self.results.store(mutant, "does not compile")
+        target, code = compiled
+        if code == self.original_code[mutant.file]:
+            return self.results.store(mutant, "same code")
+        if not self.results.is_first_with(mutant, code):
+            return self.results.store(mutant, "same as another")
+        for program in (self.units[Path(mutant.file).parent.name], self.scenarios):
+            executable = self.builder.link(self.directory(), program, target)
+            if executable is None:
+                return self.results.store(mutant, "does not compile")
+            end = run_tests(executable, program.limits(), self.directory())
+            if end:
+                return self.results.store(mutant, "killed", f"{program.name} {end}")
+        original = Path(mutant.file).read_text()
+        optimised = self.builder.optimised_code(self.directory(), mutant.file, mutant.text)
+        if optimised == self.builder.optimised_code(self.directory(), mutant.file, original):
+            return self.results.store(mutant, "same code")
+        return self.results.store(mutant, "survived")
+
+
+def tests_digest():
+    digest = hashlib.sha1()
+    for name in ["scenarios", *(f"unit_{subsystem}" for subsystem in SUBSYSTEMS)]:
+        digest.update((BUILD / "tests" / name).read_bytes())
+    return digest.hexdigest()
+
+
+def read_equivalents(path):
+    """{(file, before, after): reason}"""
+    equivalents = {}
+    for number, line in enumerate(path.read_text().splitlines(), 1):
+        if not line.strip() or line.startswith("#"):
+            continue
+        change, separator, reason = line.rpartition(" | ")
+        file, _, change = change.partition(" | ")
+        before, arrow, after = change.partition(" => ")
+        if not separator or not arrow:
+            sys.exit(f"{path}:{number}: not `file | line => mutated line | reason`")
+        equivalents[file, before.strip(), after.strip()] = reason
+    return equivalents
+
+
+def report(mutants, results, equivalents, verbose):
+    table = collections.defaultdict(collections.Counter)
+    survivors = []
+    for mutant in mutants:
+        record = results.known.get(mutant.key)
+        state = record["state"] if record else "not run"
+        if state == "survived" and (mutant.file, mutant.before, mutant.after) in equivalents:
+            state = "equivalent"
+        elif state == "survived":
+            survivors.append(mutant)
+        table[mutant.file][state] += 1
+        if verbose and state == "killed":
+            print(f"{mutant.file}:{mutant.line}: {mutant.operator}: {record['by']}")
+    print("\nSurvivors to look at:" if survivors else "\nNo survivor without a reason.")
+    for mutant in survivors:
+        print(f"{mutant.file} | {mutant.before} => {mutant.after} | {mutant.line} {mutant.operator}")
+
+    print(f"\n{'file':48}{'mutants':>8}{'killed':>8}{'equal':>8}{'lives':>8}{'not run':>8}{'killed':>9}")
+    total = collections.Counter()
+    for file, counts in sorted(table.items()):
+        total.update(counts)
+        print_row(file, counts)
+    print_row("all", total)
+    print(f"left out: {total['does not compile']} that do not compile, {total['same code']} with the same code,"
+          f" {total['same as another']} with the code of another mutant")
+    counted = total["killed"] + total["survived"] + total["equivalent"]
+    return counted > 0 and 100 * total["killed"] >= REQUIRED * counted and not survivors
+
+
+def print_row(name, counts):
+    counted = counts["killed"] + counts["survived"] + counts["equivalent"]
+    share = f"{100 * counts['killed'] / counted:.1f} %" if counted else "-"
+    print(f"{name:48}{counted:8}{counts['killed']:8}{counts['equivalent']:8}{counts['survived']:8}"
+          f"{counts['not run']:8}{share:>9}")
+
+
+def read_options():
+    parser = argparse.ArgumentParser(prog="tests/mutation/run.sh")
+    parser.add_argument("files", nargs="*", help="only these sources")
+    parser.add_argument("--sample", type=int, help="so many mutants, drawn by the seed")
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--jobs", type=int, default=1)
+    parser.add_argument("--fresh", action="store_true", help="forget the results of earlier runs")
+    parser.add_argument("--report", action="store_true", help="run nothing; tell what is known")
+    parser.add_argument("--verbose", action="store_true", help="tell what killed each mutant")
+    return parser.parse_args()
+
+
+def main():
+    options = read_options()
+    files = options.files or sorted(str(file) for name in SUBSYSTEMS for file in Path("src", name).glob("*.cpp"))
+    operators = read_operators(HERE / "operators.txt")
+    mutants = [mutant for file in files for mutant in mutants_of(file, operators)]
+    if options.sample and options.sample < len(mutants):
+        mutants = random.Random(options.seed).sample(mutants, options.sample)
+    results = Results(BUILD / "mutants.jsonl", tests_digest(), options.fresh)
+
+    unknown = [mutant for mutant in mutants if mutant.key not in results.known]
+    if unknown and not options.report:
+        laboratory = Laboratory(files, results)
+        laboratory.prepare(files)
+        with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+            for number, record in enumerate(pool.map(laboratory.examine, unknown), 1):
+                if record["state"] == "survived" or number % 50 == 0:
+                    print(f"{number} of {len(unknown)}: {record['file']}:{record['line']}: {record['operator']}:"
+                          f" {record['state']}", flush=True)
+    is_enough = report(mutants, results, read_equivalents(HERE / "equivalents.txt"), options.verbose)
+    sys.exit(0 if is_enough else 1)
+
+
+main()
