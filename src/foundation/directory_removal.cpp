@@ -30,7 +30,7 @@ void appendError(std::wstring& errors, const std::wstring& what) {
 }
 
 std::wstring joinPath(const std::wstring& directory, const std::wstring& name) {
-    const bool hasSeparator = !directory.empty() && (directory.back() == L'\\' || directory.back() == L'/');
+    const bool hasSeparator = directory.ends_with(L'\\') || directory.ends_with(L'/');
     return directory + (hasSeparator ? L"" : L"\\") + name;
 }
 

@@ -71,9 +71,6 @@ void prepareCommand(const Arguments& arguments) {
 void addExtensionJars(const Arguments& arguments) {
     std::wstring installDirectory;
     locateInstallDir(installDirectory, arguments);
-    if (installDirectory.empty()) {
-        return;
-    }
     const std::size_t framework = installDirectory.find(L"framework");
     if (framework == std::wstring::npos) {
         endWithoutFramework(installDirectory);

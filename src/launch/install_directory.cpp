@@ -17,16 +17,16 @@ std::wstring locateOwnProgram(const Arguments& arguments) {
 }
 
 std::wstring directoryContaining(const std::wstring& program) {
-    const std::size_t separator = program.rfind(L'\\');
-    if (separator != std::wstring::npos && directoryExists(program.substr(0, separator))) {
-        return program.substr(0, separator);
+    std::wstring directory = program.substr(0, program.rfind(L'\\'));
+    if (directoryExists(directory)) {
+        return directory;
     }
     logFatalF("ZLNCH0048E: Unable to locate the directory containing %ls", program);
 }
 
 // A drive counts as a directory by its root: `C:` alone would be its current directory.
 bool isInstallDirectory(const std::wstring& directory) {
-    const bool isDrive = !directory.empty() && directory.back() == L':';
+    const bool isDrive = directory.ends_with(L':');
     return directoryExists(isDrive ? directory + L'\\' : directory);
 }
 

@@ -41,7 +41,7 @@ std::size_t appendCharacter(LogicalLine& logical, const std::wstring& line, std:
         logical.key += line[position];
         return 0;
     }
-    const bool isPair = line[position] == L'\\' && position + 1 < line.size() && line[position + 1] == L'\\';
+    const bool isPair = line[position] == L'\\' && line[position + 1] == L'\\';
     if (isPair) {
         logical.value += L'\\';
     }
@@ -65,8 +65,8 @@ void appendLine(LogicalLine& logical, const std::wstring& line) {
         if (line[i] == L'\\' && losesItsBackslash(line[i + 1])) {
             ++i;
         }
-        if (line[i] == L'\n' || line[i] == L'\r') {
-            continue;
+        if (line[i] == L'\r') {
+            continue;  // one without a line feed, which alone ends a line
         }
         if (!valueStarted && isSeparator(line[i])) {
             logical.inValue = true;

@@ -261,8 +261,8 @@ void prefixJavaHomeEntries(std::wstring& text) {
     toForwardSlashes(text);
     std::wstring result;
     std::size_t start = 0;
-    std::size_t end = text.find(L';');
-    while (end != std::wstring::npos) {
+    do {
+        const std::size_t end = text.find(L';', start);  // the one behind the text at the latest
         const std::wstring entry = text.substr(start, end - start);
         if (entry.size() != 1) {
             if (entry.find(L"${prop.java.home}") == std::wstring::npos) {
@@ -276,11 +276,7 @@ void prefixJavaHomeEntries(std::wstring& text) {
         // The step adds the absolute index to the former start, so from the third entry on it lands
         // too far to the right. Installs are written with that in mind.
         start = start + 1 + end;
-        if (start >= length) {
-            break;
-        }
-        end = text.find(L';', start);
-    }
+    } while (start < length);
     text = result;
 }
 

@@ -186,6 +186,16 @@ TEST_F(DirectoryRemoval, ASearchThatBreaksOffEndsItsDirectoryAlone) {
     EXPECT_EQ(count("findClose"), count("findFirst"));
 }
 
+TEST_F(DirectoryRemoval, ASearchThatBreaksOffBehindASubdirectoryIsAFailureToo) {
+    machine.makeDirectory(L"C:\\t\\a");
+    machine.writeFile(L"C:\\t\\b.txt", "");
+    // Behind `..` and `a`, and the inner search's `..` and end.
+    failOne("findNext", L"", 5);
+    EXPECT_FALSE(walk(L"C:\\t", L"*", true));
+    EXPECT_EQ(errors, std::wstring(L"FindNextFile error ") + accessDenied);
+    EXPECT_EQ(machine.tree(L"C:\\t"), (Texts{L"C:\\t\\b.txt"}));
+}
+
 TEST_F(DirectoryRemoval, ADeepTreeIsRemoved) {
     std::wstring path = L"C:\\t";
     for (int level = 0; level < 200; ++level) {

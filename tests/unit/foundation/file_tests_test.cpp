@@ -83,6 +83,14 @@ TEST_F(FileTests, OtherFilesAreNoPrograms) {
     }
 }
 
+TEST_F(FileTests, APathShorterThanAnEndingIsNoProgram) {
+    machine.writeFile(L"C:\\x", "");
+    run([] {
+        EXPECT_TRUE(fileExists(L"x"));
+        EXPECT_FALSE(isExecutableFile(L"x"));
+    });
+}
+
 TEST_F(FileTests, ADirectoryCountsAsExecutableAndAMissingProgramDoesNot) {
     machine.makeDirectory(L"C:\\bin");
     run([] {

@@ -95,6 +95,7 @@ TEST(Formatter, AnArgumentOfTheOtherKindGivesNothingAndIsUsedUp) {
     EXPECT_EQ(formatText(L"<%d><%s>", {std::wstring(L"text"), std::wstring(L"next")}), L"<><next>");
     EXPECT_EQ(formatText(L"<%s><%d>", {std::int64_t{1}, std::int64_t{2}}), L"<><2>");
     EXPECT_EQ(formatText(L"<%u><%d>", {std::int64_t{1}, std::uint64_t{2}}), L"<><>");
+    EXPECT_EQ(formatText(L"<%x><%X>", {std::int64_t{1}, std::wstring(L"text")}), L"<><>");
 }
 
 TEST(Formatter, AnUnknownConversionGivesNothingAndUsesItsArgumentUp) {

@@ -112,6 +112,7 @@ TEST(Text, ReadsANumberInBase16) {
     EXPECT_EQ(parseHexUnit(L"41zz"), L'A');
     EXPECT_EQ(parseHexUnit(L"0xzz"), L'\0');
     EXPECT_EQ(parseHexUnit(L"0x"), L'\0');
+    EXPECT_EQ(parseHexUnit(L"\b41"), L'\0');
 }
 
 TEST(Text, ANegativeNumberInBase16WrapsAround) {

@@ -232,6 +232,11 @@ TEST_F(ArgumentExpansion, TheDebugMarkerBringsItsOptions) {
         (Arguments{L"prog", L"-debugFile", L"-pb4l", L"-debug", L"-console", L"-debugFile", L"-debug"}));
 }
 
+TEST_F(ArgumentExpansion, TheMarkersOptionsNeedNoProgramInFrontOfThem) {
+    machine.writeFile(marker, "");
+    EXPECT_EQ(expand({}), (Arguments{L"-debugFile", L"-pb4l", L"-debug", L"-console"}));
+}
+
 TEST_F(ArgumentExpansion, TheMarkerIsFoundThroughAHomeWithForwardSlashes) {
     machine.writeFile(marker, "");
     run([&] {

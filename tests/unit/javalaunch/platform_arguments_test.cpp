@@ -173,6 +173,8 @@ TEST_F(PlatformArguments, TheStartupJar) {
     EXPECT_EQ(startup({L"prog"}), L" -startup \"C:\\b/launcher.jar\"");
     EXPECT_EQ(startup({L"prog", L"-perfJar", L"x.jar"}), L" -startup \"x.jar\"");
     EXPECT_EQ(startup({L"prog", L"-perfJar"}), L" -startup \"C:\\b/launcher.jar\"");
+    unset(install, L"zel.base.location");
+    EXPECT_EQ(startup({L"prog"}), L" -startup \"/launcher.jar\"");
 }
 
 TEST_F(PlatformArguments, TheUsersJvmArgumentsFollowVmargs) {

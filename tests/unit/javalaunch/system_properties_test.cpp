@@ -121,6 +121,8 @@ TEST_F(SystemProperties, TheClassPath) {
     kind = InstallConfigurationKind::multiuserService;
     set(install, L"zel.base.location", L"C:/b");
     EXPECT_EQ(classPath(), L" -cp \"C:/b/startup.jar\"");
+    unset(install, L"zel.base.location");
+    EXPECT_EQ(classPath(), L" -cp \"/startup.jar\"");
 }
 
 }  // namespace

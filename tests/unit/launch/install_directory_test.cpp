@@ -17,11 +17,14 @@ protected:
 
     InstallDirectory() { machine.makeDirectory(L"C:\\Temp"); }
 
-    simulation::ProcessEnd locate(const std::wstring& module, const std::wstring& wordZero) {
+    simulation::ProcessEnd locateBy(const std::wstring& module, const zellauncher::Arguments& words) {
         return machine.run({module}, [&] {
-            zellauncher::locateInstallDir(found, {wordZero});
+            zellauncher::locateInstallDir(found, words);
             return 0;
         });
+    }
+    simulation::ProcessEnd locate(const std::wstring& module, const std::wstring& wordZero) {
+        return locateBy(module, {wordZero});
     }
     simulation::ProcessEnd locate(const std::wstring& module) { return locate(module, module); }
 
@@ -54,6 +57,12 @@ TEST_F(InstallDirectory, ARelativeProgramIsMadeFull) {
 TEST_F(InstallDirectory, TheRunningModuleHelpsWhenWordZeroNamesNoProgram) {
     machine.writeFile(L"C:\\Apps\\zel\\zellauncher.exe", "");
     EXPECT_EQ(locate(L"C:\\Apps\\zel\\zellauncher.exe", L"zellauncher").status, 0U);
+    EXPECT_EQ(found, L"C:\\Apps");
+}
+
+TEST_F(InstallDirectory, TheRunningModuleHelpsWhenThereIsNoWordAtAll) {
+    machine.writeFile(L"C:\\Apps\\zel\\zellauncher.exe", "");
+    EXPECT_EQ(locateBy(L"C:\\Apps\\zel\\zellauncher.exe", {}).status, 0U);
     EXPECT_EQ(found, L"C:\\Apps");
 }
 

@@ -145,6 +145,13 @@ TEST_F(PlatformExecution, AMissingProgramIsReportedAndTheLockReleased) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
+TEST_F(PlatformExecution, AMissingDirectoryIsAMissingProgram) {
+    const Outcome outcome = execute(L"\"C:\\gone\\eclipse.exe\"");
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_NE(outcome.log.find("CreateProcessW failed with error 3: "), std::string::npos) << outcome.log;
+    EXPECT_TRUE(outcome.logHas("ZELLauncher> the program file that the command names is missing"));
+}
+
 TEST_F(PlatformExecution, ATooLongCommandIsReportedAsSuch) {
     const Outcome outcome = execute(L"\"C:\\p\\eclipse.exe\" " + std::wstring(32766 - 18, L'x'));
     EXPECT_TRUE(outcome.isFatal());

@@ -56,6 +56,13 @@ TEST_F(ProvisioningStage, ANewManifestNeedsIt) {
     EXPECT_TRUE(isDue());
 }
 
+TEST_F(ProvisioningStage, AnInstallThatTellsNoManifestHasANewOne) {
+    launcher.pop_back();
+    EXPECT_TRUE(isDue());
+    install.clear();
+    EXPECT_TRUE(isDue());
+}
+
 TEST_F(ProvisioningStage, AnInitialLaunchNeedsIt) {
     isInitial = true;
     EXPECT_TRUE(isDue());
