@@ -1,6 +1,7 @@
 #include "platform/streams.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "simulation/machine_state.h"
 
@@ -18,6 +19,7 @@ using simulation::self;
 namespace {
 
 constexpr std::size_t bufferSize = 4096;
+constexpr const char* knownModes[] = {"r", "r+", "w", "w+", "a+"};
 
 // Another open file holds a lock on a byte of the range.
 bool isLockedByOther(const OpenFile& file, std::uint64_t begin, std::uint64_t length) {
@@ -32,6 +34,10 @@ Stream* openStream(const std::wstring& path, const char* mode) {
     const std::string modeText = mode;
     if (const ErrorCode fault = beginOperation("openStream", path, modeText[0] != 'r')) {
         failWith(fault);
+        return nullptr;
+    }
+    if (std::find(std::begin(knownModes), std::end(knownModes), modeText) == std::end(knownModes)) {
+        failWith(errorInvalidParameter);
         return nullptr;
     }
     MachineState& machine = machineOfSelf();

@@ -15,7 +15,7 @@ struct Stream;
 
 // Opens a file with one of the runtime's modes: "r" reads an existing file, "r+" reads and writes
 // an existing file, "w" and "w+" make it or empty it, "a+" makes it or keeps it and writes at its
-// end. Others may read and write the file meanwhile. Null on failure, with the reason in
+// end; there is no other mode. Others may read and write the file meanwhile. Null on failure, with the reason in
 // lastError(): a missing file or directory, a directory in place of a file, missing rights.
 Stream* openStream(const std::wstring& path, const char* mode);
 

@@ -42,7 +42,7 @@ class Program:
     seconds: float = 0  # of processor time, without a mutant
 
     def limits(self):
-        return int(self.seconds * 10) + 3
+        return int(self.seconds * 5) + 2
 
 
 def run(command, **options):
@@ -85,7 +85,10 @@ class Builder:
         source, target = directory / Path(file).name, directory / "mutant.o"
         source.write_text(text)
         command = ["clang++", *self.flags, *CHECKS, "-include-pch", str(self.headers)]
-        if run([*command, "-c", str(source), "-o", str(target)]).returncode:
+        made = run([*command, "-c", str(source), "-o", str(target)], text=True)
+        if "has been modified since" in made.stderr:
+            raise RuntimeError("a header has changed meanwhile; start again")
+        if made.returncode:
             return None
         return target, hashlib.sha1(target.read_bytes()).hexdigest()
 
@@ -160,9 +163,9 @@ class Results:
 
 
 class Laboratory:
-    def __init__(self, files, results):
+    def __init__(self, files, results, units_only):
         self.builder, self.results = Builder(files), results
-        self.scenarios = Program("scenarios", link_command("scenarios"))
+        self.whole_starts = [] if units_only else [Program("scenarios", link_command("scenarios"))]
         self.units = {name: Program(f"unit_{name}", link_command(f"unit_{name}")) for name in SUBSYSTEMS}
         self.original_code = {}
         self.local = threading.local()
@@ -178,7 +181,8 @@ class Laboratory:
         for file in files:
             mutant = self.builder.compile(self.directory(), file, Path(file).read_text())
             self.original_code[file] = mutant[1]
-        for program, file in [(self.units[Path(f).parent.name], f) for f in files] + [(self.scenarios, files[0])]:
+        programs = [(self.units[Path(file).parent.name], file) for file in files]
+        for program, file in programs + [(program, files[0]) for program in self.whole_starts]:
             if program.seconds:
                 continue
             mutant, _ = self.builder.compile(self.directory(), file, Path(file).read_text())
@@ -200,7 +204,7 @@ class Laboratory:
             return self.results.store(mutant, "same code")
         if not self.results.is_first_with(mutant, code):
             return self.results.store(mutant, "same as another")
-        for program in (self.units[Path(mutant.file).parent.name], self.scenarios):
+        for program in (self.units[Path(mutant.file).parent.name], *self.whole_starts):
             executable = self.builder.link(self.directory(), program, target)
             if executable is None:
                 return self.results.store(mutant, "does not compile")
@@ -214,8 +218,8 @@ class Laboratory:
         return self.results.store(mutant, "survived")
 
 
-def tests_digest():
-    digest = hashlib.sha1()
+def tests_digest(units_only):
+    digest = hashlib.sha1(str(units_only).encode())
     for name in ["scenarios", *(f"unit_{subsystem}" for subsystem in SUBSYSTEMS)]:
         digest.update((BUILD / "tests" / name).read_bytes())
     return digest.hexdigest()
@@ -278,6 +282,7 @@ def read_options():
     parser.add_argument("--sample", type=int, help="so many mutants, drawn by the seed")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=1)
+    parser.add_argument("--units", action="store_true", help="without whole starts: what lives is tried again later")
     parser.add_argument("--fresh", action="store_true", help="forget the results of earlier runs")
     parser.add_argument("--report", action="store_true", help="run nothing; tell what is known")
     parser.add_argument("--verbose", action="store_true", help="tell what killed each mutant")
@@ -291,11 +296,11 @@ def main():
     mutants = [mutant for file in files for mutant in mutants_of(file, operators)]
     if options.sample and options.sample < len(mutants):
         mutants = random.Random(options.seed).sample(mutants, options.sample)
-    results = Results(BUILD / "mutants.jsonl", tests_digest(), options.fresh)
+    results = Results(BUILD / "mutants.jsonl", tests_digest(options.units), options.fresh)
 
     unknown = [mutant for mutant in mutants if mutant.key not in results.known]
     if unknown and not options.report:
-        laboratory = Laboratory(files, results)
+        laboratory = Laboratory(files, results, options.units)
         laboratory.prepare(files)
         with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
             for number, record in enumerate(pool.map(laboratory.examine, unknown), 1):
@@ -306,4 +311,5 @@ def main():
     sys.exit(0 if is_enough else 1)
 
 
-main()
+if __name__ == "__main__":
+    main()

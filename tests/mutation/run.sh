@@ -7,9 +7,10 @@
 #   tests/mutation/run.sh src/properties/x.cpp only those of this file
 #   tests/mutation/run.sh --report             what is known, without running anything
 #
-# More: --jobs N, --fresh (forget earlier results), --verbose (what killed each). It may be stopped at any
-# moment; the next call goes on from there. Status 0: 90 % are killed, and each survivor has its reason in
-# equivalents.txt.
+# More: --units (without whole starts, which is quicker; what lives is tried again by a run with them),
+# --jobs N, --fresh (forget earlier results), --verbose (what killed each). It may be stopped at any moment;
+# the next call goes on from there. Status 0: 90 % are killed, and each survivor has its reason in
+# equivalents.txt. Headers must not change while it runs.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 source cmake/setup.sh

@@ -63,6 +63,14 @@ TEST_F(InstallIdentity, IsMadeOfTheTickCountAndKept) {
     EXPECT_EQ(*zellauncher::lookupProperty(L"zel.install.id", launcher), L"4294967295");
 }
 
+TEST_F(InstallIdentity, TheFileIsGivenBack) {
+    run([&] {
+        zellauncher::InstallConfiguration = InstallConfigurationKind::userpb;
+        zellauncher::resolveInstallId(path, launcher);
+        EXPECT_TRUE(platform::deleteFile(path));
+    });
+}
+
 TEST_F(InstallIdentity, NothingSeparatesItFromALastLineWithoutAnEnd) {
     machine.writeFile(path, "a=1");
     machine.setTickCount(5);
@@ -149,6 +157,15 @@ TEST_F(InstallIdentity, WithoutALogTheMessageGoesToTheTemporaryDirectory) {
                   .value_or("")
                   .find("ZLNCH0016E: zel.install.id is required for this configuration!"),
               std::string::npos);
+}
+
+TEST_F(InstallIdentity, AUsersFileThatCannotBeReadIsNamed) {
+    simulation::Fault fault;
+    fault.operation = "openStream";
+    fault.argumentEndsWith = L"zelinstall.properties";
+    machine.inject(fault);
+    isChanged(L"A1", "");
+    expectFatal("ZLNCH0096E: Unable to load C:\\c\\zelinstall.properties file!");
 }
 
 TEST_F(InstallIdentity, TheFirstRecordedOneCounts) {

@@ -198,6 +198,7 @@ TEST_F(RestartState, TheProgramOfAConfigurationIsTheFirstOneNamed) {
     EXPECT_EQ(restartProgram({L"prog", L"-config", L""}), L"nameless");
     EXPECT_EQ(restartProgram({L"-config", L"a"}), L"");
     EXPECT_EQ(restartProgram({L"prog", L"-Config", L"a"}), L"");
+    EXPECT_EQ(restartProgram({L"a"}), L"");  // the program's word is no name
 }
 
 TEST_F(RestartState, AFileThatCannotBeOpenedIsFatal) {

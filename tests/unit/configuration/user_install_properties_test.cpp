@@ -6,6 +6,7 @@
 
 #include "configuration/install_configuration.h"
 #include "launch/launch_state.h"
+#include "platform/files.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -65,6 +66,11 @@ TEST_F(UserInstallProperties, AreMadeOnce) {
     EXPECT_EQ(machine.readFile(userFile), "mine");
 }
 
+TEST_F(UserInstallProperties, WhatGoesWellLeavesNoWord) {
+    ensure("a=1\r\nb.linux=2\r\n");
+    EXPECT_EQ(outcome.log, "");
+}
+
 TEST_F(UserInstallProperties, TheBlockHasWhatTheLauncherKnows) {
     launcher = {{L"zel.install.id", L"1"},
                 {L"jvm.location", L"C:\\j\\java.exe"},
@@ -105,6 +111,7 @@ TEST_F(UserInstallProperties, LinesOfOtherSystemsFallAway) {
     EXPECT_EQ(copied("a.linux=1\\\r\n2\r\nb=3\r\n"), "b=3\r\n");
     EXPECT_EQ(copied("a.win32=1\r\nb.macosx=2\r\n"), "a=1\r\n");
     EXPECT_EQ(copied("a.linux=1\\\r\n2\\\r\n3\r\nb=4\r\n"), "b=4\r\n");
+    EXPECT_EQ(copied("a.linux=1\r\nb.macosx=2\r\nc=3\r\n"), "c=3\r\n");
 }
 
 TEST_F(UserInstallProperties, ContinuationsStayWithTheirLine) {
@@ -218,6 +225,30 @@ TEST_F(UserInstallProperties, TheResultTellsWhetherTheFilesOpened) {
         outcome.logHas("ZLNCH0074E: Unable to open user specific zelinstall.properties and temporary "
                        "zelinstall.properties files."));
     run([&] { EXPECT_EQ(zellauncher::writeUserInstallProperties(target, L"C:/none/x", launcher), -1); });
+}
+
+TEST_F(UserInstallProperties, TheSystemIsAskedForPathsWithBackslashes) {
+    machine.writeFile(userFile, "a=1\r\n");
+    run([&] {
+        zellauncher::writeUserInstallProperties(L"C:/ws/.config/zelinstall.properties",
+                                                L"C:/ws/.config/zelinstall.properties.new", launcher);
+    });
+    for (const simulation::Operation& operation : machine.operations()) {
+        EXPECT_EQ(operation.argument.find(L'/'), std::wstring::npos) << operation.name;
+    }
+}
+
+TEST_F(UserInstallProperties, AFileThatOpenedBesideOneThatDidNotIsGivenBack) {
+    const std::wstring target = std::wstring(userFile) + L".new";
+    run([&] {
+        zellauncher::writeUserInstallProperties(userFile, target, launcher);
+        EXPECT_TRUE(platform::deleteFile(target));
+    });
+    machine.writeFile(userFile, "a=1\r\n");
+    run([&] {
+        zellauncher::writeUserInstallProperties(userFile, L"C:\\none\\x", launcher);
+        EXPECT_TRUE(platform::deleteFile(userFile));
+    });
 }
 
 TEST_F(UserInstallProperties, AFullDiskIsToldWhenTheBlockIsWrittenOut) {
