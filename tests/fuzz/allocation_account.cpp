@@ -1,0 +1,92 @@
+#include "fuzz/allocation_account.h"
+
+#include <atomic>
+
+// Under the address sanitizer its hooks are counted by; otherwise this program's own allocation functions.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define COUNTED_BY_SANITIZER
+#endif
+#endif
+
+#ifdef COUNTED_BY_SANITIZER
+#include <sanitizer/allocator_interface.h>
+#else
+#include <malloc.h>
+
+#include <cstdlib>
+#include <new>
+#endif
+
+namespace {
+
+// Only one thread of a simulated machine runs at any time; atomics all the same, for the moments at
+// which one ends and the next begins.
+std::atomic<long long> bytesInUse = 0;
+std::atomic<long long> mostInUse = 0;
+
+void countTaken(std::size_t size) {
+    const long long now = bytesInUse += static_cast<long long>(size);
+    if (now > mostInUse) {
+        mostInUse = now;
+    }
+}
+
+void countGivenBack(std::size_t size) {
+    bytesInUse -= static_cast<long long>(size);
+}
+
+#ifdef COUNTED_BY_SANITIZER
+
+void onTaken(const volatile void* /*memory*/, std::size_t size) {
+    countTaken(size);
+}
+
+void onGivenBack(const volatile void* memory) {
+    if (memory != nullptr) {
+        countGivenBack(__sanitizer_get_allocated_size(memory));
+    }
+}
+
+[[maybe_unused]] const int hooks = __sanitizer_install_malloc_and_free_hooks(onTaken, onGivenBack);
+
+#endif
+
+}  // namespace
+
+namespace fuzz {
+
+AllocationAccount::AllocationAccount() {
+    bytesInUse = 0;
+    mostInUse = 0;
+}
+
+std::size_t AllocationAccount::peakBytes() const {
+    return static_cast<std::size_t>(mostInUse);
+}
+
+}  // namespace fuzz
+
+#ifndef COUNTED_BY_SANITIZER
+
+void* operator new(std::size_t size) {
+    void* memory = std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    countTaken(malloc_usable_size(memory));
+    return memory;
+}
+
+void operator delete(void* memory) noexcept {
+    if (memory != nullptr) {
+        countGivenBack(malloc_usable_size(memory));
+        std::free(memory);
+    }
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    operator delete(memory);
+}
+
+#endif

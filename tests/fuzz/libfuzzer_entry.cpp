@@ -1,0 +1,26 @@
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+#include "fuzz/target.h"
+
+namespace fuzz {
+
+void expect(bool holds, const std::string& what) {
+    if (!holds) {
+        std::fprintf(stderr, "does not hold: %s\n", what.c_str());
+        std::abort();
+    }
+}
+
+}  // namespace fuzz
+
+// The name is libFuzzer's.
+// NOLINTNEXTLINE(readability-identifier-naming)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::runInput(std::string(data, data + size));
+    return 0;
+}

@@ -1,0 +1,81 @@
+#include "fuzz/places.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace fuzz {
+
+namespace {
+
+std::wstring capitals(std::wstring text) {
+    for (wchar_t& unit : text) {
+        unit = unit >= L'a' && unit <= L'z' ? static_cast<wchar_t>(unit - 0x20) : unit;
+    }
+    return text;
+}
+
+bool isBelow(const std::wstring& path, const std::wstring& directory) {
+    return path == directory || path.starts_with(directory + (directory.ends_with(L"\\") ? L"" : L"\\"));
+}
+
+}  // namespace
+
+std::wstring systemPath(const std::wstring& path) {
+    std::wstring text = capitals(path.starts_with(L"\\\\?\\") ? path.substr(4) : path);
+    std::replace(text.begin(), text.end(), L'/', L'\\');
+    if (text.starts_with(L"\\\\")) {
+        return text;  // another machine
+    }
+    if (text.size() < 2 || text[1] != L':') {
+        text = L"C:\\" + text;
+    }
+    std::vector<std::wstring> components;
+    std::wstring component;
+    for (const wchar_t unit : text + L"\\") {
+        if (unit != L'\\') {
+            component += unit;
+            continue;
+        }
+        if (component == L".." && components.size() > 1) {
+            components.pop_back();
+        } else if (component != L"." && component != L".." && !component.empty()) {
+            components.push_back(component);
+        }
+        component.clear();
+    }
+    std::wstring full;
+    for (const std::wstring& name : components) {
+        full += (full.empty() ? L"" : L"\\") + name;
+    }
+    return components.size() == 1 ? full + L"\\" : full;
+}
+
+void Places::allowTree(const std::wstring& directory) {
+    trees.push_back(systemPath(directory));
+}
+
+void Places::allowFile(const std::wstring& file) {
+    files.push_back(systemPath(file));
+}
+
+bool Places::mayTouch(const std::wstring& path) const {
+    const std::wstring full = systemPath(path);
+    return std::find(files.begin(), files.end(), full) != files.end() ||
+           std::any_of(trees.begin(), trees.end(), [&](const auto& tree) { return isBelow(full, tree); });
+}
+
+bool Places::mayLookAt(const std::wstring& path) const {
+    const std::wstring full = systemPath(path);
+    return mayTouch(path) ||
+           std::any_of(trees.begin(), trees.end(), [&](const auto& tree) { return isBelow(tree, full); });
+}
+
+bool isFileOperation(const simulation::Operation& operation, bool& isLook) {
+    constexpr std::string_view looks[] = {"fileAttributes", "createDirectory"};
+    constexpr std::string_view touches[] = {"copyFile", "createFile", "deleteFile",     "findFirst",
+                                            "moveFile", "openStream", "removeDirectory"};
+    isLook = std::find(std::begin(looks), std::end(looks), operation.name) != std::end(looks);
+    return isLook || std::find(std::begin(touches), std::end(touches), operation.name) != std::end(touches);
+}
+
+}  // namespace fuzz

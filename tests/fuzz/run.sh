@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# Builds all fuzz targets and runs each of them, two at a time, from its corpus and what earlier runs
+# found (kept under build/). Ends with a table and with status 1 when one has found something.
+#
+#   tests/fuzz/run.sh [seconds] [target...]      600 seconds each, and all targets, unless told otherwise
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.."
+source cmake/setup.sh
+
+all_targets=(property_reader substitution paths user_properties platform_xml formatter argument_expansion whole_start)
+seconds=${1:-600}
+targets=("${@:2}")
+[ "${#targets[@]}" -gt 0 ] || targets=("${all_targets[@]}")
+programs=build/native-fuzz/tests/fuzz
+work=build/fuzz
+
+build_targets() {
+    ensure_packages g++ cmake ninja-build googletest clang libclang-rt-14-dev
+    mkdir -p "$work"
+    cmake --preset native-fuzz >"$work/configure.log" 2>&1 || { cat "$work/configure.log"; exit 1; }
+    nice cmake --build --preset native-fuzz -j 2 --target "${targets[@]/#/fuzz_}"
+}
+
+# A finding is written to build/fuzz/<target>/ as crash-*, timeout-* or oom-*; its status is in the log's end.
+run_target() {
+    local target=$1
+    mkdir -p "$work/$target/found"
+    rm -f "$work/$target/"{crash,timeout,oom,slow-unit}-*
+    if nice "$programs/fuzz_$target" -max_total_time="$seconds" -timeout=25 -rss_limit_mb=3000 -max_len=8192 \
+        -print_final_stats=1 -dict="tests/fuzz/$target.dict" -artifact_prefix="$work/$target/" \
+        "$work/$target/found" "tests/fuzz/corpus/$target" >"$work/$target.log" 2>&1; then
+        echo "holds" >"$work/$target.result"
+    else
+        echo "FOUND" >"$work/$target.result"
+    fi
+}
+
+stat_of() { sed -n "s/^stat::$2: *//p" "$work/$1.log"; }
+
+print_table() {
+    local target features status=0
+    printf '%-20s %6s %10s %8s %10s %8s\n' target result runs "runs/s" features "peak MB"
+    for target in "${targets[@]}"; do
+        features=$(sed -n 's/.* ft: \([0-9]*\).*/\1/p' "$work/$target.log" | tail -n 1)
+        printf '%-20s %6s %10s %8s %10s %8s\n' "$target" "$(cat "$work/$target.result")" \
+            "$(stat_of "$target" number_of_executed_units)" "$(stat_of "$target" average_exec_per_sec)" \
+            "${features:--}" "$(stat_of "$target" peak_rss_mb)"
+        if [ "$(cat "$work/$target.result")" != holds ]; then
+            grep -aE 'does not hold|ERROR:|runtime error|simulation:|Assertion' "$work/$target.log" | head -n 3 || true
+            ls "$work/$target/"{crash,timeout,oom}-* 2>/dev/null || true
+            status=1
+        fi
+    done
+    return "$status"
+}
+
+build_targets
+rm -f "$work"/*.result
+for target in "${targets[@]}"; do
+    echo "running $target for $seconds seconds"
+    run_target "$target" &
+    while [ "$(jobs -rp | wc -l)" -ge 2 ]; do
+        wait -n
+    done
+done
+wait
+print_table
