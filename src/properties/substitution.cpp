@@ -14,9 +14,8 @@ namespace {
 
 // Replacements in a row that do not move the scan to the left: the text expands to itself.
 constexpr int stuckLimit = 10;
-// Bounds that no honest value reaches; past them the text would never end or grow for ever:
-// replacements that bring the scan no further to the left than it has been, and characters that the
-// text gains.
+// Bounds that no honest list reaches; past them a text would never end or grow for ever. They hold for
+// all texts of one pass together, since a few words that name one another could fill the memory.
 constexpr int detourLimit = 10000;
 constexpr std::size_t growthLimit = 4000000;
 // A debug line with more characters than this is dropped, so it is not worth being put together.
@@ -24,6 +23,12 @@ constexpr std::size_t debugTextLimit = 4000;
 
 constexpr std::wstring_view environmentPrefix = L"env.";
 constexpr std::wstring_view propertyPrefix = L"prop.";
+
+// What is left of the bounds to the texts of a pass.
+struct Allowance {
+    int detours = detourLimit;         // replacements that bring the scan no further to the left
+    std::size_t growth = growthLimit;  // characters
+};
 
 struct Directories {
     std::wstring data;
@@ -121,7 +126,6 @@ struct Progress {
     std::ptrdiff_t lastStart = PTRDIFF_MAX;
     int stuck = 0;
     std::ptrdiff_t leftmost = PTRDIFF_MAX;
-    int detour = 0;
 };
 
 bool isStuck(Progress& progress, std::ptrdiff_t start) {
@@ -130,15 +134,19 @@ bool isStuck(Progress& progress, std::ptrdiff_t start) {
     return progress.stuck == stuckLimit;
 }
 
-bool isDetourTooLong(Progress& progress, std::ptrdiff_t start) {
-    progress.detour = start < progress.leftmost ? 0 : progress.detour + 1;
-    progress.leftmost = std::min(progress.leftmost, start);
-    return progress.detour == detourLimit;
+// Takes a replacement that brings the scan no further to the left from the allowance; false when that
+// is used up.
+bool takeDetour(Progress& progress, std::ptrdiff_t start, Allowance& allowance) {
+    if (start < progress.leftmost) {
+        progress.leftmost = start;
+        return true;
+    }
+    return --allowance.detours > 0;
 }
 
 // The scan itself. It goes from right to left, but looks at each replacement again.
-bool replaceTokens(ScannedText& text, const PropertyList& list) {
-    const std::size_t lengthLimit = lengthOf(text) + growthLimit;
+bool replaceTokens(ScannedText& text, const PropertyList& list, Allowance& allowance) {
+    const std::size_t lengthLimit = lengthOf(text) + allowance.growth;
     std::ptrdiff_t position = static_cast<std::ptrdiff_t>(lengthOf(text)) - 1;
     Progress progress;
     bool isResolved = true;
@@ -149,16 +157,16 @@ bool replaceTokens(ScannedText& text, const PropertyList& list) {
         if (start < 0) {
             return isResolved;
         }
-        if (isDetourTooLong(progress, start) || lengthOf(text) > lengthLimit) {
-            logDebug("ZELLauncher> a property text expands without end");
-            return false;
-        }
         const std::optional<std::wstring> former = textForLog(text);
         std::wstring replacement;
         isResolved = resolveToken(name, replacement, list) && isResolved;
         position = replaceAhead(text, static_cast<std::size_t>(start), length, replacement);
         if (const std::optional<std::wstring> changed = textForLog(text); former && changed) {
             logDebugF(L"ZLNCH0071I: Modified prop_contents %s", *former + L" => " + *changed);
+        }
+        if (!takeDetour(progress, start, allowance) || lengthOf(text) > lengthLimit) {
+            logDebug("ZELLauncher> a property text expands without end");
+            return false;
         }
         if (isStuck(progress, start) || (!isResolved && start == 0)) {
             return false;
@@ -170,11 +178,22 @@ bool replaceTokens(ScannedText& text, const PropertyList& list) {
     }
 }
 
+// The scan on a text; what it gains is taken from the allowance.
+bool substituteWithin(std::wstring& text, const PropertyList& list, Allowance& allowance) {
+    const std::size_t formerLength = text.size();
+    ScannedText scanned{text, {}};
+    const bool isResolved = replaceTokens(scanned, list, allowance);
+    text = wholeOf(scanned);
+    allowance.growth -= std::min(allowance.growth, text.size() - std::min(text.size(), formerLength));
+    return isResolved;
+}
+
 // Both mechanisms on one value.
-void substituteValue(std::wstring& value, const Directories& directories, const PropertyList& list) {
+void substituteValue(std::wstring& value, const Directories& directories, const PropertyList& list,
+                     Allowance& allowance) {
     std::wstring text = value;
     replaceLocationTokens(directories.data, directories.home, text);
-    if (!substituteProperties(text, list)) {
+    if (!substituteWithin(text, list, allowance)) {
         logFatalF("ZLNCH0088E: property substitution is invalid (%ls)", text);
     }
     value = text;
@@ -225,25 +244,25 @@ bool resolveToken(const std::wstring& name, std::wstring& replacement, const Pro
 }
 
 bool substituteProperties(std::wstring& text, const PropertyList& list) {
-    ScannedText scanned{text, {}};
-    const bool isResolved = replaceTokens(scanned, list);
-    text = wholeOf(scanned);
-    return isResolved;
+    Allowance allowance;
+    return substituteWithin(text, list, allowance);
 }
 
 void substitutePropertyList(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
                             PropertyList& list) {
     const Directories directories = withForwardSlashes(dataDirectory, homeDirectory);
+    Allowance allowance;
     for (PropertyEntry& entry : list) {
-        substituteValue(entry.value, directories, list);
+        substituteValue(entry.value, directories, list, allowance);
     }
 }
 
 void substituteVmArguments(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
                            const PropertyList& list, VmargOverrides& overrides) {
     const Directories directories = withForwardSlashes(dataDirectory, homeDirectory);
+    Allowance allowance;
     for (auto& [key, value] : overrides) {
-        substituteValue(value, directories, list);
+        substituteValue(value, directories, list, allowance);
     }
 }
 

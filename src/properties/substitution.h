@@ -32,7 +32,8 @@ bool resolveToken(const std::wstring& name, std::wstring& replacement, const Pro
 // the text expands to itself or past every bound.
 bool substituteProperties(std::wstring& text, const PropertyList& list);
 
-// Both mechanisms on every value of the list, in place. A token without a value: fatal ZLNCH0088E.
+// Both mechanisms on every value of the list, in place. A token without a value, and values that
+// together grow past every bound: fatal ZLNCH0088E.
 // The directories may have any separators here and below.
 void substitutePropertyList(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
                             PropertyList& list);

@@ -29,6 +29,8 @@ constexpr std::size_t startOperations = 12'000;
 constexpr std::size_t operationsForByte = 200;
 constexpr std::size_t startBytes = 24'000'000;
 constexpr std::size_t bytesForByte = 20'000;
+constexpr std::size_t operationsForTokens = 200'000;
+constexpr std::size_t bytesForTokens = 300'000'000;
 
 // Files of the input by the name of their section.
 struct KnownFile {
@@ -194,6 +196,22 @@ void expectEnd(Start& start, ProcessId id, const Traits& traits) {
         expect(end->status == scenarios::fatalStatus, "a refused word ends the start");
         expect(!start.commandOf(id).has_value(), "a refused word starts nothing");
     }
+}
+
+// A start that failed has told why, in the last line of whatever log it had by then.
+bool hasToldWhy(const simulation::Machine& machine) {
+    for (const wchar_t* drive : {L"C:\\", L"D:\\"}) {
+        for (const std::wstring& path : machine.tree(drive)) {
+            const bool isLog = path.ends_with(L".log") && !path.ends_with(L"shutdown.log");
+            std::string text = isLog ? machine.readFile(path).value_or("") : std::string();
+            text.erase(text.find_last_not_of("\r\n") + 1);
+            const std::string last = text.substr(text.rfind('\n') + 1);
+            if (contains(last, "ZLNCH") || contains(last, "ZELLauncher>")) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 // The start's own files, those of the user, and the places that words name on purpose: a workspace
@@ -367,15 +385,10 @@ void expectWords(const std::wstring& command, const Traits& traits) {
     expect(position < seen.size() && seen[position] == L"-data", "behind the words stands the workspace");
 }
 
-// A text that says what other texts say can grow by its own bound, whatever its size.
-std::size_t substitutedValues(const Sections& sections) {
-    std::size_t tokens = 0;
-    for (const auto& [name, text] : sections) {
-        for (std::size_t at = text.find("${"); at != std::string::npos; at = text.find("${", at + 1)) {
-            ++tokens;
-        }
-    }
-    return tokens;
+// Texts that name other texts may take ten thousand replacements, and grow by four million characters,
+// in each of the two passes of a start.
+bool hasTokens(const std::string& bytes) {
+    return contains(bytes, "${");
 }
 
 }  // namespace
@@ -394,6 +407,9 @@ void runInput(const std::string& bytes) {
         const ProcessId third = start.start(traits.words);
         for (const ProcessId id : {first, second, third}) {
             expectEnd(start, id, traits);
+            const std::optional<simulation::ProcessEnd> end = start.endOf(id);
+            const bool isFatal = end && end->status == scenarios::fatalStatus;
+            expect(!isFatal || traits.hasEnvironment || hasToldWhy(start.world()), "a fatal end says why");
             if (const std::optional<std::wstring> command = start.commandOf(id)) {
                 expectWords(*command, traits);
             }
@@ -411,12 +427,12 @@ void runInput(const std::string& bytes) {
             expectProgram(start);
         }
         const std::size_t operations = start.world().operationCount();
-        expect(operations <=
-                   startOperations + operationsForByte * bytes.size() + 20'000 * substitutedValues(sections),
+        expect(operations <= startOperations + operationsForByte * bytes.size() +
+                                 (hasTokens(bytes) ? operationsForTokens : 0),
                "operations are bounded by the input: " + std::to_string(operations));
     }
     expect(account.peakBytes() <=
-               startBytes + bytesForByte * bytes.size() + 64'000'000 * substitutedValues(sections),
+               startBytes + bytesForByte * bytes.size() + (hasTokens(bytes) ? bytesForTokens : 0),
            "memory is bounded by the input: " + std::to_string(account.peakBytes()));
 }
 

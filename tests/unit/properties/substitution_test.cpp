@@ -140,6 +140,31 @@ TEST_F(Substitution, ATextThatGrowsForEverIsInvalid) {
     EXPECT_LT(text.size(), 4100000U);
 }
 
+TEST_F(Substitution, ValuesThatTogetherGrowForEverAreInvalid) {
+    const std::wstring tenfold =
+        L"${prop.big}${prop.big}${prop.big}${prop.big}${prop.big}"
+        L"${prop.big}${prop.big}${prop.big}${prop.big}${prop.big}";
+    list = {{L"big", std::wstring(100000, L'x')}, {L"a", tenfold}, {L"b", tenfold}, {L"c", tenfold}};
+    PropertyList bounded = list;
+    outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", bounded); });
+    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(bounded.back().value.size(), 1000000U);
+    list.insert(list.end(), {{L"d", tenfold}, {L"e", tenfold}});
+    outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_EQ(list[4].value, L"" + std::wstring(1000000, L'x'));
+    EXPECT_EQ(list[5].value, tenfold);
+
+    zellauncher::VmargOverrides overrides;
+    for (const wchar_t* key : {L"a", L"b", L"c", L"d", L"e"}) {
+        overrides[key] = tenfold;
+    }
+    outcome = runQuietly(
+        [&] { zellauncher::substituteVmArguments(L"C:\\d", L"C:\\h", {list.front()}, overrides); });
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_EQ(overrides[L"e"], tenfold);
+}
+
 TEST_F(Substitution, ALongTextWithManyTokensIsNoMatter) {
     list = {{L"k", L"a value"}, {L"two", L"${prop.k}${prop.k}"}};
     std::wstring text;
