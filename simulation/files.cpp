@@ -139,6 +139,8 @@ bool copyFile(const std::wstring& source, const std::wstring& target, bool failI
         }
     } else if (!to.parent || to.error != errorFileNotFound) {
         return failWith(to.error);
+    } else if (to.isDirectoryName) {
+        return failWith(errorInvalidName);
     } else if (to.parent->refusal != errorSuccess) {
         return failWith(to.parent->refusal);
     }
@@ -173,6 +175,9 @@ bool moveFile(const std::wstring& source, const std::wstring& target, std::uint3
     }
     if (!to.node && (!to.parent || to.error != errorFileNotFound)) {
         return failWith(to.error == errorFileNotFound ? errorPathNotFound : to.error);
+    }
+    if (!to.node && to.isDirectoryName && !from.node->isDirectory()) {
+        return failWith(errorInvalidName);
     }
     if (const ErrorCode reason = whyNotRemovable(*from.node)) {
         return failWith(reason);

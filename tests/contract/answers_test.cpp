@@ -1,3 +1,4 @@
+#include "contract/children.h"
 #include "contract/contract.h"
 #include "platform/clock.h"
 #include "platform/console.h"
@@ -135,6 +136,24 @@ TEST_F(Answers, ATitleOfAConsoleIsCutToItsRoom) {
         const std::wstring title = consoleTitle(4096);
         EXPECT_EQ(consoleTitle(title.size() + 1), title);
         EXPECT_LT(consoleTitle(3).size(), 3U);
+    });
+}
+
+TEST_F(Answers, AConsoleIsFoundByItsTitleAndStaysWhenItIsHidden) {
+    onMachine([&] {
+        if (isWine()) {
+            return;  // Wine gives no console where it has no display
+        }
+        EXPECT_EQ(contract::endOf(contract::startChild(L"console zl-contract-title \"" + in(L"f") + L"\"")),
+                  0U);
+        EXPECT_EQ(contract::read(in(L"f")), "zl-contract-title found kept another ano");
+    });
+}
+
+TEST_F(Answers, WithoutAConsoleThereIsNoWindowOfAnyTitle) {
+    onMachine([&] {
+        EXPECT_EQ(findWindow(L"zl-contract-title-of-nothing"), Window::none);
+        hideWindow(Window::none);
     });
 }
 

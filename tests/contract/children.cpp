@@ -5,6 +5,7 @@
 #include "contract/contract.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
+#include "platform/console.h"
 #include "platform/environment.h"
 #include "platform/process.h"
 
@@ -51,6 +52,32 @@ int serveNamedPipe(const std::vector<std::wstring>& words) {
     for (std::size_t i = 0; i < texts.size(); ++i) {
         write(words.at(5) + L"." + std::to_wstring(i + 1), texts[i]);
     }
+    return 0;
+}
+
+// A title takes a moment to reach the window.
+platform::Window findInTime(const std::wstring& title) {
+    for (int i = 0; i < 100 && platform::findWindow(title) == platform::Window::none; ++i) {
+        platform::sleepMilliseconds(40);
+    }
+    return platform::findWindow(title);
+}
+
+int useConsole(const std::vector<std::wstring>& words) {
+    const std::wstring& title = words.at(3);
+    takeConsole();
+    platform::setConsoleTitle(title);
+    std::string seen = narrow(platform::consoleTitle(4096));
+    const platform::Window window = findInTime(title);
+    seen += window != platform::Window::none ? " found" : " not found";
+    platform::hideWindow(window);
+    seen += platform::findWindow(title) == window ? " kept" : " lost";
+    platform::setConsoleTitle(L"another");
+    for (const std::size_t capacity : {std::size_t{4096}, std::size_t{4}}) {
+        seen += ' ';
+        seen += narrow(platform::consoleTitle(capacity));
+    }
+    write(words.at(4), seen);
     return 0;
 }
 
@@ -143,6 +170,9 @@ int runChildAs() {
     }
     if (kind == L"pipe") {
         return serveNamedPipe(words);
+    }
+    if (kind == L"console") {
+        return useConsole(words);
     }
     if (kind == L"number") {
         write(words.at(3), std::to_string(platform::currentProcessId()));

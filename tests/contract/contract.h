@@ -33,6 +33,8 @@ void runOnMachine(const std::function<void(const std::wstring& scratch)>& body);
 // that everybody may open, or serves a pipe, one client after the other.
 void holdSemaphore(const std::wstring& name);
 void servePipe(const std::wstring& name);
+// Gives a child of the suite a console window of its own.
+void takeConsole();
 // What the first `count` clients of a pipe of this process have written, once they have gone.
 std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count);
 

@@ -70,6 +70,62 @@ TEST_F(Sharing, ACopyGoesOverAFileThatOthersRead) {
     });
 }
 
+TEST_F(Sharing, ACopyDoesNotGoOverAHiddenFile) {
+    onMachine([&] {
+        write(in(L"f"), "new");
+        closeHandle(createFile(in(L"g"), accessWrite, 0, openFileAlways, attributeHidden));
+        if (!isWine()) {  // Wine copies over what is hidden
+            EXPECT_FAILS(copyFile(in(L"f"), in(L"g"), false), errorAccessDenied);
+            EXPECT_EQ(read(in(L"g")), "");
+        }
+        EXPECT_FAILS(copyFile(in(L"f"), in(L"g"), true), errorFileExists);
+    });
+}
+
+TEST_F(Sharing, ACopyOntoADirectoryAndAMissingOneAreToldApart) {
+    onMachine([&] {
+        write(in(L"f"), "x");
+        EXPECT_TRUE(createDirectory(in(L"d")));
+        EXPECT_FAILS(copyFile(in(L"f"), in(L"d"), true), errorFileExists);
+        EXPECT_FAILS(copyFile(in(L"f"), in(L"d"), false), errorAccessDenied);
+        EXPECT_FALSE(copyFile(in(L"f"), in(L"gone\\g"), false));
+        EXPECT_FALSE(copyFile(in(L"f"), in(L"e\\"), false));
+        EXPECT_FALSE(moveFile(in(L"f"), in(L"e\\"), 0));
+        EXPECT_FALSE(fileAttributes(in(L"e")));
+    });
+}
+
+TEST_F(Sharing, TheRootOfADriveIsNeitherMadeNorTakenAway) {
+    onMachine([&] {
+        const std::wstring drive = scratch.substr(0, 3);
+        EXPECT_FALSE(createDirectory(drive));
+        EXPECT_FALSE(removeDirectory(drive));
+        EXPECT_FALSE(deleteFile(drive));
+        EXPECT_FALSE(moveFile(drive, in(L"x"), 0));
+        EXPECT_TRUE(fileAttributes(drive));
+    });
+}
+
+TEST_F(Sharing, ADriveThatIsNotThere) {
+    // Wine does not tell a missing drive from a missing file.
+    const ErrorCode missing = isWine() ? errorFileNotFound : errorPathNotFound;
+    onMachine([&] {
+        EXPECT_FAILS(fileAttributes(L"Q:\\x"), missing);
+        EXPECT_FAILS(createDirectory(L"Q:\\x"), missing);
+        EXPECT_FAILS(openStream(L"Q:\\x", "w") != nullptr, missing);
+        EXPECT_EQ(fullPathName(L"Q:\\a\\..\\b", 260), L"Q:\\b");
+    });
+}
+
+TEST_F(Sharing, ADirectoryInUseAsTheCurrentOneOfAChild) {
+    onMachine([&] {
+        // The current directory of this process and its children: nobody takes it away under them.
+        const std::wstring here = fullPathName(L".", 1000).value_or(L"");
+        EXPECT_FALSE(removeDirectory(here));
+        EXPECT_TRUE(fileAttributes(here));
+    });
+}
+
 TEST_F(Sharing, ANameIsFreeAtOnceBehindADeletion) {
     onMachine([&] {
         for (int i = 0; i < 20; ++i) {

@@ -112,6 +112,10 @@ void servePipe(const std::wstring& name) {
     simulation::servePipe(name);
 }
 
+void takeConsole() {
+    currentMachine()->setConsole(L"a console");
+}
+
 std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count) {
     std::vector<std::string> texts = currentMachine()->pipePayloads(name);
     EXPECT_GE(texts.size(), count);

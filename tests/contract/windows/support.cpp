@@ -130,6 +130,11 @@ void servePipe(const std::wstring& name) {
     std::thread(serveClients, pipe).detach();
 }
 
+void takeConsole() {
+    FreeConsole();
+    EXPECT_NE(AllocConsole(), 0) << GetLastError();
+}
+
 std::vector<std::string> servedTexts(const std::wstring& /*name*/, std::size_t count) {
     std::unique_lock<std::mutex> lock(served().mutex);
     EXPECT_TRUE(served().grown.wait_for(lock, std::chrono::seconds(30),
