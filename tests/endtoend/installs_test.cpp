@@ -80,7 +80,7 @@ TEST_F(Installs, TheExampleOfTheRepositoryStarts) {
     EXPECT_TRUE(hasWord(L"hello world"));
     EXPECT_EQ(wordBehind(L"-vm"), forward(home) + L"/jvm/bin/javaw.exe");
     EXPECT_EQ(wordBehind(L"-plugincustomization"), forward(home) + L"/plugin_customization.ini");
-    EXPECT_EQ(wordBehind(L"-application"), L"com.example.app");
+    EXPECT_EQ(wordBehind(L"-application"), L"com.example.platform.main");
     EXPECT_TRUE(hasWord(L"-Xmx512m"));
     EXPECT_EQ(read(workspace() / L".config" / L"config.ini"),
               read(base / L"config" / L"user" / L"config.ini"));

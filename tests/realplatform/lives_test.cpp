@@ -114,7 +114,7 @@ TEST_F(RealLives, AResetMakesTheConfigurationAnew) {
     write(workspace() / L".config" / L"config.ini", "osgi.bundles=no.such.bundle@start\r\n");
     expectStart({L"-resetconfig", L"hello"});
     EXPECT_FALSE(std::filesystem::exists(workspace() / L".config" / L"left-over.txt"));
-    EXPECT_EQ(read(workspace() / L".config" / L"config.ini"), read(base / L"config.ini"));
+    EXPECT_EQ(read(workspace() / L".config" / L"config.ini"), read(base / L"config" / L"user" / L"config.ini"));
     EXPECT_EQ(read(workspace() / L"own.txt"), "the user's");
     EXPECT_EQ(platform().application, Words{L"hello"});
 }

@@ -95,8 +95,11 @@ void RealPlatform::setJvm(const std::string& program) {
 
 void RealPlatform::layOut() {
     EndToEnd::layOut();
-    fs::remove_all(base / L"config");
     fs::remove_all(home / L"jvm");
+    const fs::path example = endtoend::builtPrograms() / L"example-install" / L"zel" / L"eclipse" / L"plugins";
+    for (const fs::path& configuration : {base / L"config" / L"user" / L"config.ini", base / L"config.ini"}) {
+        placeFile(example / L"base_1.0" / L"config" / L"user" / L"config.ini", configuration);
+    }
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(parts / L"install")) {
         if (entry.is_regular_file()) {
             placeFile(entry.path(), home / fs::relative(entry.path(), parts / L"install"));

@@ -2,6 +2,7 @@ package com.example.platform;
 
 import java.io.IOException;
 import java.time.Duration;
+import java.util.List;
 import org.eclipse.equinox.app.IApplication;
 import org.eclipse.equinox.app.IApplicationContext;
 
@@ -15,7 +16,7 @@ public final class MainApplication implements IApplication {
         Endpoint endpoint = Endpoint.publish(directories.workspace());
         context.applicationRunning();
         report.running();
-        int exitCode = live(endpoint, report, directories);
+        int exitCode = live(wordsOf(context), endpoint, report, directories);
         report.end(exitCode);
         return exitCode;
     }
@@ -25,20 +26,23 @@ public final class MainApplication implements IApplication {
         // Asked for by the framework alone, when it is shut down by other means; the end is the same.
     }
 
-    private static int live(Endpoint endpoint, Report report, Directories directories)
+    private static List<String> wordsOf(IApplicationContext context) {
+        return List.of((String[]) context.getArguments().get(IApplicationContext.APPLICATION_ARGS));
+    }
+
+    /** The words of the first start count like those that later starts hand over. */
+    private static int live(
+            List<String> words, Endpoint endpoint, Report report, Directories directories)
             throws IOException, InterruptedException {
         Duration bound = Duration.ofSeconds(Long.getLong("com.example.platform.idleSeconds", Integer.MAX_VALUE));
-        for (HandOff handOff; (handOff = endpoint.await(bound)) != null;) {
+        Order order = Order.of(words);
+        for (HandOff handOff; order instanceof Order.Ignore && (handOff = endpoint.await(bound)) != null;) {
             report.handOff(handOff);
-            Order order = Order.of(handOff.words());
-            if (order instanceof Order.Exit exit) {
-                return exit.code();
-            }
-            if (order instanceof Order.Restart) {
-                PlatformRestart.begin(directories);
-                return IApplication.EXIT_OK;
-            }
+            order = Order.of(handOff.words());
         }
-        return IApplication.EXIT_OK;
+        if (order instanceof Order.Restart) {
+            PlatformRestart.begin(directories);
+        }
+        return order instanceof Order.Exit exit ? exit.code() : IApplication.EXIT_OK;
     }
 }
