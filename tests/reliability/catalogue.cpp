@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "reliability/scenario.h"
 
 // The starts that users, administrators and platforms ask for. An entry says what differs from a plain
@@ -339,6 +341,11 @@ std::vector<Scenario> makeCatalogue() {
 const std::vector<Scenario>& catalogue() {
     static const std::vector<Scenario> all = makeCatalogue();
     return all;
+}
+
+const Scenario& scenarioCalled(const std::string& name) {
+    return *std::find_if(catalogue().begin(), catalogue().end(),
+                         [&](const Scenario& scenario) { return scenario.name == name; });
 }
 
 }  // namespace reliability

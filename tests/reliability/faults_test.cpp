@@ -17,6 +17,7 @@
 // to do what it does after an untouched one.
 namespace {
 
+using reliability::narrow;
 using reliability::Performance;
 using reliability::Rehearsal;
 using reliability::Scenario;
@@ -30,14 +31,6 @@ struct FaultRun {
     platform::ErrorCode error = 0;
     bool fromThenOn = false;
 };
-
-std::string narrow(const std::wstring& text) {
-    std::string bytes;
-    for (const wchar_t unit : text) {
-        bytes += unit < 0x80 ? static_cast<char>(unit) : '?';
-    }
-    return bytes;
-}
 
 std::string describe(const simulation::Operation& operation) {
     return operation.name + " " + narrow(operation.argument.substr(0, 120));
@@ -104,6 +97,8 @@ constexpr const char* ownerCountsAsGone = "the platform that runs counts as gone
 constexpr const char* backupReplaced = "a second renewal in one start replaces the backup of the first";
 constexpr const char* lineNotTakenOver = "a line of the base properties is not taken over";
 constexpr const char* readInPart = "the user's properties are read in part";
+
+constexpr const char* allNames[] = {ownerCountsAsGone, backupReplaced, lineNotTakenOver, readInPart};
 
 // The owner of the workspace could not be asked, and so counts as gone.
 bool isOwnerCheckStruck(const Performance& run) {
@@ -289,8 +284,9 @@ public:
             static_cast<unsigned long long>(endings[Ending::otherwise]),
             static_cast<unsigned long long>(endings[Ending::failed]),
             static_cast<unsigned long long>(endings[Ending::waits]));
-        for (const auto& [name, count] : named) {
-            std::printf("faults: %s: %llu\n", name.c_str(), static_cast<unsigned long long>(count));
+        for (const char* name : allNames) {
+            std::printf("faults: %s: %llu\n", name, static_cast<unsigned long long>(named[name]));
+            EXPECT_TRUE(!reliability::isWholeRun() || named[name] > 0) << name << " does not happen any more";
         }
     }
 };

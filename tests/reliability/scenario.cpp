@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <map>
 
 #include "launch/entry.h"
 
@@ -22,21 +21,6 @@ constexpr std::uint64_t longestRun = std::uint64_t{10} * 60 * 1000;
 constexpr std::uint64_t mostOperations = 100'000;
 constexpr std::uint64_t platformsEndWithin = std::uint64_t{60} * 60 * 1000;
 
-using Logs = std::map<std::wstring, std::string>;
-
-// Logs of starts: in TEMP, and in the workspace, but for the history of starts there.
-Logs readLogs(const Stage& stage, const std::wstring& workspace) {
-    Logs logs;
-    for (const std::wstring& directory : {std::wstring(L"C:\\Temp"), workspace + L"\\logs"}) {
-        for (const std::wstring& path : stage.machine.tree(directory)) {
-            if (path.ends_with(L".log") && !path.ends_with(L"\\shutdown.log")) {
-                logs[path] = stage.machine.readFile(path).value_or("");
-            }
-        }
-    }
-    return logs;
-}
-
 void appendLines(const std::string& text, std::vector<std::string>& lines) {
     std::string line;
     for (const char unit : text + "\n") {
@@ -51,12 +35,16 @@ void appendLines(const std::string& text, std::vector<std::string>& lines) {
     }
 }
 
-std::vector<std::string> linesOfChanged(const Logs& before, const Logs& after) {
+// The lines of the logs that the operations opened: in TEMP, and in the workspace, but for the history
+// of starts there.
+std::vector<std::string> linesOfLogs(const simulation::Machine& machine,
+                                     const std::vector<simulation::Operation>& operations) {
     std::vector<std::string> lines;
-    for (const auto& [path, text] : after) {
-        const auto old = before.find(path);
-        if (old == before.end() || old->second != text) {
-            appendLines(text, lines);
+    for (const simulation::Operation& operation : operations) {
+        const bool isLog =
+            operation.argument.ends_with(L".log") && !operation.argument.ends_with(L"shutdown.log");
+        if (operation.name == "openStream" && operation.writes && isLog) {
+            appendLines(machine.readFile(operation.argument).value_or(""), lines);
         }
     }
     return lines;
@@ -108,6 +96,25 @@ bool Performance::didAs(const Performance& other) const {
            commands == other.commands && payloads == other.payloads;
 }
 
+std::uint64_t operationNumber(const Performance& performance, const std::string& name,
+                              const std::wstring& argumentEnding, std::size_t nth) {
+    for (std::size_t i = 0; i < performance.operations.size(); ++i) {
+        const simulation::Operation& operation = performance.operations[i];
+        if (operation.name == name && operation.argument.ends_with(argumentEnding) && --nth == 0) {
+            return i + 1;
+        }
+    }
+    return 0;
+}
+
+std::string narrow(const std::wstring& text) {
+    std::string bytes;
+    for (const wchar_t unit : text) {
+        bytes += unit < 0x80 ? static_cast<char>(unit) : '?';
+    }
+    return bytes;
+}
+
 Rehearsal::Rehearsal(const Scenario& scenarioToPrepare) : scenario(scenarioToPrepare) {
     Stage stage(scenario);
     stage.layOut();
@@ -133,7 +140,6 @@ Performance perform(Stage& stage, const Words& words,
     const std::size_t payloadsBefore = stage.payloads().size();
     const std::size_t operationsBefore = machine.operations().size();
     const std::uint64_t begun = machine.elapsedMilliseconds();
-    const Logs logsBefore = readLogs(stage, stage.workspaceOfScenario());
     Performance run;
     const simulation::ProcessId launcher = stage.begin(words);
     arrange(launcher);
@@ -150,13 +156,18 @@ Performance perform(Stage& stage, const Words& words,
     std::copy_if(machine.operations().begin() + static_cast<std::ptrdiff_t>(operationsBefore),
                  machine.operations().end(), std::back_inserter(run.operations),
                  [&](const simulation::Operation& operation) { return operation.process == launcher; });
-    run.logLines = linesOfChanged(logsBefore, readLogs(stage, stage.workspaceOfScenario()));
+    run.logLines = linesOfLogs(machine, run.operations);
     return run;
 }
 
 bool isLongRun() {
     const char* value = std::getenv("ZELLAUNCHER_LONG");
     return value != nullptr && std::string(value) == "1";
+}
+
+bool isWholeRun() {
+    const ::testing::UnitTest& tests = *::testing::UnitTest::GetInstance();
+    return isLongRun() && tests.test_to_run_count() == tests.total_test_count();
 }
 
 bool isInShare(std::uint64_t number, std::size_t scenarioNumber, std::uint64_t every) {

@@ -33,6 +33,7 @@ struct Scenario {
 };
 
 const std::vector<Scenario>& catalogue();
+const Scenario& scenarioCalled(const std::string& name);
 
 // The machine on which a scenario is performed.
 class Stage : public scenarios::Story {
@@ -90,6 +91,11 @@ struct Performance {
     bool didAs(const Performance& other) const;
 };
 
+// The number of an operation among those of the performance, counted from 1: the nth one of this name
+// whose argument ends so; 0 when there is none.
+std::uint64_t operationNumber(const Performance& performance, const std::string& name,
+                              const std::wstring& argumentEnding, std::size_t nth = 1);
+
 // A scenario that is ready to be performed.
 class Rehearsal {
 public:
@@ -111,8 +117,14 @@ Performance perform(
     Stage& stage, const Words& words,
     const std::function<void(simulation::ProcessId)>& arrange = [](simulation::ProcessId) {});
 
+// For messages: a text of the seam with a question mark for what is no ASCII.
+std::string narrow(const std::wstring& text);
+
 // The value of ZELLAUNCHER_LONG: everything is run, and not only the share of an ordinary test run.
 bool isLongRun();
+
+// A long run of every test, and not of a choice of them.
+bool isWholeRun();
 
 // Whether the run of this number belongs to the share of this scenario: every so many-th, from
 // another one on in each scenario, so that all kinds of runs have their turn.

@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+
+#include "reliability/scenario.h"
+#include "reliability/user_files.h"
+
+// What a stopped start may leave to the next ones: one test for each name in docs/reliability.md.
+namespace {
+
+using reliability::perform;
+using reliability::Performance;
+using reliability::Rehearsal;
+using reliability::Stage;
+using simulation::UnflushedData;
+
+constexpr const wchar_t* settings = L"C:\\Users\\ann\\Mivel\\ZEL\\1234\\ann\\.config\\mine\\settings.prefs";
+
+class NamedStops : public ::testing::Test {
+protected:
+    std::unique_ptr<Rehearsal> rehearsal;
+    std::unique_ptr<Stage> stage;
+
+    // Stops the scenario dead in place of the nth operation of this name whose argument ends so.
+    void stopAt(const std::string& scenario, const std::string& operation, const std::wstring& ending,
+                std::size_t nth = 1, UnflushedData data = UnflushedData::lost) {
+        rehearsal = std::make_unique<Rehearsal>(reliability::scenarioCalled(scenario));
+        const std::unique_ptr<Stage> untouched = rehearsal->stage();
+        const std::uint64_t number = reliability::operationNumber(
+            perform(*untouched, rehearsal->scenario.words), operation, ending, nth);
+        ASSERT_NE(number, 0U);
+        stage = rehearsal->stage();
+        const Performance stopped =
+            perform(*stage, rehearsal->scenario.words, [&](simulation::ProcessId launcher) {
+                stage->machine.stopDead({number, launcher, data});
+            });
+        ASSERT_EQ(stopped.end->kind, simulation::EndKind::stoppedDead);
+        stage->machine.stopDeadAt(0);
+    }
+
+    void startNext(const reliability::Words& words = {}) {
+        stage->closePlatforms();
+        EXPECT_TRUE(perform(*stage, words).endedWell());
+    }
+};
+
+TEST_F(NamedStops, APlatformThatIsNotYetRecordedIsNotFound) {
+    stopAt("first_start", "openStream", L".zel.main");
+    stage->machine.runUntilIdle(1000);
+    const Performance next = perform(*stage, {});
+    EXPECT_EQ(next.commands.size(), 1U);
+    EXPECT_EQ(stage->machine.startedProcesses().size(), 2U);
+}
+
+TEST_F(NamedStops, APlatformThatPublishesNothingIsNotFound) {
+    stopAt("platform_that_publishes_nothing", "unlockStream", L".zel.lock");
+    const Performance next = perform(*stage, {});
+    EXPECT_EQ(next.commands.size(), 1U);
+}
+
+TEST_F(NamedStops, AResetIsNotTakenUpAgain) {
+    stopAt("reset_of_plugin_directories", "deleteFile", L"views\\y");
+    startNext();
+    EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L".metadata\\.plugins\\views\\sub\\x")));
+    EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L".metadata\\.plugins\\views\\y")));
+    EXPECT_TRUE(stage->machine.exists(settings));
+}
+
+TEST_F(NamedStops, ASeedFileThatWasCutStaysUntilAReset) {
+    stopAt("first_start", "copyFile", L"config.ini", 1, UnflushedData::partlyWritten);
+    startNext();
+    EXPECT_EQ(stage->configFile(L"config.ini"), "osgi.bundle");
+    startNext({L"-resetconfig"});
+    EXPECT_EQ(stage->configFile(L"config.ini"), "osgi.bundles=example\r\n");
+}
+
+TEST_F(NamedStops, RegistryAndBookmarksWaitForTheNextRenewal) {
+    stopAt("changed_install", "moveFile", L"registry.old");
+    startNext();
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), std::nullopt);
+    EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L"bookmarks.xml.old")));
+    startNext({L"-resetconfig"});
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "what the user has marked");
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\registry"), "what the user has installed");
+}
+
+TEST_F(NamedStops, ARepairLeavesABackupOfWhatWasHalfMade) {
+    stopAt("first_start", "writeStream", L"zelinstall.properties.new");
+    startNext();
+    EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L".configbak\\zelinstall.properties.new")));
+}
+
+TEST_F(NamedStops, ARepairReplacesTheBackupOfTheStoppedRenewal) {
+    stopAt("changed_install", "writeStream", L"zelinstall.properties.new");
+    EXPECT_TRUE(reliability::lostFiles(*stage, rehearsal->userFiles).empty());
+    startNext();
+    EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles), std::vector<std::wstring>{settings});
+}
+
+TEST_F(NamedStops, WhatWasMovedAsideBlocksTheNextDeletionOnce) {
+    stopAt("damaged_properties", "deleteFile", L"zelinstall.properties.deleteme");
+    startNext();
+    EXPECT_TRUE(stage->machine.exists(stage->inConfig(L"zelinstall.properties.new")));
+    startNext();
+    EXPECT_FALSE(stage->machine.exists(stage->inConfig(L"zelinstall.properties.deleteme")));
+}
+
+// The next start appends its identity to the line that was cut, where nobody finds it; the one after it
+// has a line of its own.
+TEST_F(NamedStops, AnIdentityThatWasCutCostsTheWorkspaceOfOneStart) {
+    stopAt("userpb_without_an_identity", "flushStream", L"zellauncher.properties", 1,
+           UnflushedData::partlyWritten);
+    for (const std::size_t workspaces : {1U, 2U, 2U}) {
+        startNext();
+        std::size_t locks = 0;
+        for (const std::wstring& path : stage->machine.tree(L"C:\\Users\\ann\\Mivel\\ZEL")) {
+            locks += path.ends_with(L".zel.lock") ? 1U : 0U;
+        }
+        EXPECT_EQ(locks, workspaces);
+    }
+}
+
+TEST_F(NamedStops, TheHistoryOfStartsBeginsAnewBesideWhatWasKept) {
+    stopAt("long_history_of_starts", "moveFile", L"shutdown.log.new");
+    EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L"logs\\shutdown.log")));
+    startNext();
+    EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L"logs\\shutdown.log")));
+    EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L"logs\\shutdown.log.new")));
+}
+
+}  // namespace
