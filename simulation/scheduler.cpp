@@ -54,7 +54,7 @@ platform::ErrorCode faultOf(MachineState& machine, const Operation& operation) {
 void runProcess(MachineState& machine, Process& process) {
     currentProcess = &process;
     currentMachine = &machine;
-    process.turn.acquire();
+    process.turn.await();
     ProcessEnded ended;
     ended.data = UnflushedData::kept;
     try {
@@ -66,7 +66,7 @@ void runProcess(MachineState& machine, Process& process) {
         ended = thrown;
     }
     MachineState::finish(machine, process, ended.end, ended.data);
-    machine.controllerTurn.release();
+    machine.controllerTurn.give();
 }
 
 }  // namespace
@@ -137,7 +137,7 @@ void MachineState::giveTurn(Process& next) {
     if (!next.thread.joinable()) {
         next.thread = std::thread([this, &next] { runProcess(*this, next); });
     }
-    next.turn.release();
+    next.turn.give();
 }
 
 // Lets another process go on, or the test when there is none, until somebody gives the turn back.
@@ -148,9 +148,9 @@ void MachineState::passTurn(Process& from, Process* next) {
     if (next != nullptr) {
         giveTurn(*next);
     } else {
-        controllerTurn.release();
+        controllerTurn.give();
     }
-    from.turn.acquire();
+    from.turn.await();
     if (from.isStopped) {
         throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::lost};
     }
@@ -158,7 +158,7 @@ void MachineState::passTurn(Process& from, Process* next) {
 
 void MachineState::giveTurnAndWait(Process& next) {
     giveTurn(next);
-    controllerTurn.acquire();
+    controllerTurn.await();
 }
 
 std::vector<Process*> MachineState::readyProcesses() {

@@ -60,6 +60,8 @@ const char* nameOf(Overlap overlap) {
     switch (overlap) {
         case Overlap::slowPlatform:
             return "the first platform needed more than 15 seconds for its endpoint";
+        case Overlap::lateEndpoint:
+            return "the endpoint of a slow platform was taken for the first one's";
         case Overlap::recordBlanked:
             return "a restart blanked the record after 20 seconds";
         case Overlap::rememberedName:
@@ -77,7 +79,11 @@ const char* nameOf(Overlap overlap) {
 Race::Race(const RacePlan& racePlan) : Story(racePlan.seed), plan(racePlan) {
     layOut();
     machine.installProgram(nativeLauncher, [this] { return runPlatformProcess(); });
-    machine.installProgram(launcher, [] { return zellauncher::wmain(); });
+    machine.installProgram(launcher, [this] {
+        const std::uint64_t begin = machine.elapsedMilliseconds();  // before anything can stall it
+        launchers[::platform::currentProcessId()].arrival = begin;
+        return zellauncher::wmain();
+    });
     machine.whenEnded([this](simulation::ProcessId id) { noteEnd(id); });
     layWorkspace();
     for (std::size_t number = 0; number < plan.launchers.size(); ++number) {
@@ -112,6 +118,7 @@ void Race::layWorkspace() {
         startRunningPlatform();
     }
     if (plan.before != Before::nothing) {
+        machine.makeDirectory(inWorkspace(L"logs"));
         machine.writeFile(inConfig(L"args.properties"), "arg0=zellauncher.exe\r\nargc=1\r\n");
         machine.setAttributes(inWorkspace(L".zel.lock"),
                               ::platform::attributeHidden | ::platform::attributeNotContentIndexed);

@@ -40,10 +40,11 @@ std::string describe(const RacePlan& plan);
 // violation.
 enum class Overlap {
     slowPlatform,    // the first one needed more than 15 seconds for its endpoint
+    lateEndpoint,    // such a platform's endpoint was taken for the first one's, and the lock given up
     recordBlanked,   // a restart gave up its wait after 20 seconds and blanked the record
     rememberedName,  // a restart had read the name of an earlier platform and kept to it
     tornEndpoint,    // the first one made its endpoint before it wrote the name
-    consequence,  // the first one already shared the workspace with another: only one endpoint stands there
+    consequence,     // the first one already shared the workspace, where only one endpoint stands
     notAccepted,
 };
 const char* nameOf(Overlap overlap);
@@ -52,6 +53,7 @@ struct RaceReport {
     std::vector<std::string> violations;
     std::map<std::string, int> outcomes;  // how the launchers ended
     std::map<Overlap, int> overlaps;
+    int foreignNumbers = 0;         // payloads that name the other one of two platforms
     std::uint64_t longestWait = 0;  // of a launcher that ended, from its arrival, in milliseconds
 };
 
@@ -103,7 +105,10 @@ private:
     void checkPlatforms();
     void checkPayloads();
     void checkRecords();
+    bool isSlow(const PlatformRecord& record) const;
+    bool foundLateEndpoint(const PlatformRecord& record) const;
     Overlap explain(const PlatformRecord& first, const PlatformRecord& second) const;
+    std::uint64_t longestHonestWait() const;
     int deliveriesOf(const std::wstring& word) const;
     void fail(const std::string& text);
 

@@ -100,6 +100,25 @@ int Race::deliveriesOf(const std::wstring& word) const {
     return static_cast<int>(count);
 }
 
+// Each launcher in front holds the lock until its platform has published, for 15 seconds at the most; a
+// restart waits 20 seconds before that, and the lock is asked for once a second. Who was told to wait
+// for its platform sees the end of it.
+std::uint64_t Race::longestHonestWait() const {
+    std::uint64_t longest = 22'000;
+    for (const auto& [id, record] : platforms) {
+        longest += endpointWait + 1'000;
+        const bool isAnyWaiting =
+            std::any_of(plan.launchers.begin(), plan.launchers.end(), [](const auto& launcherPlan) {
+                return std::find(launcherPlan.words.begin(), launcherPlan.words.end(), L"-zelLauncherWait") !=
+                       launcherPlan.words.end();
+            });
+        if (isAnyWaiting) {
+            longest += record.plan.publishesAfter + record.plan.livesFor + record.plan.endsAfterRestart;
+        }
+    }
+    return longest;
+}
+
 // Every argument list went to a platform, once, or its launcher said why not. Nobody waits for ever,
 // but behind a platform that lets nobody in.
 void Race::checkLaunchers() {
@@ -117,7 +136,11 @@ void Race::checkLaunchers() {
             }
             continue;
         }
-        report.longestWait = std::max(report.longestWait, record.endTime - record.arrival);
+        const std::uint64_t wait = record.endTime - record.arrival;
+        report.longestWait = std::max(report.longestWait, wait);
+        if (plan.switching.stallOneIn == 0 && wait > longestHonestWait()) {
+            fail(who + " took " + std::to_string(wait) + " ms");
+        }
         if (record.end.kind == simulation::EndKind::exited && record.end.status == 0) {
             ++report.outcomes["delivered"];
             if (deliveries != 1) {
@@ -140,10 +163,34 @@ void Race::checkLaunchers() {
     }
 }
 
+bool Race::isSlow(const PlatformRecord& record) const {
+    return record.publishedTime == never || record.publishedTime >= record.createdTime + endpointWait;
+}
+
+// A platform that the lock no longer waited for published between the moment at which this one's
+// launcher got the lock and the one at which this one published: the launcher saw an endpoint, and the
+// lock no longer waits for this one either.
+bool Race::foundLateEndpoint(const PlatformRecord& record) const {
+    std::uint64_t locked = 0;
+    for (const simulation::Operation& operation : machine.operations()) {
+        const bool isLast = operation.process == record.launcher && operation.name == "lockStream" &&
+                            operation.index < record.createdOperation;
+        locked = isLast ? operation.index : locked;
+    }
+    return std::any_of(platforms.begin(), platforms.end(), [&](const auto& entry) {
+        const PlatformRecord& other = entry.second;
+        return other.publishedOperation > locked && other.publishedOperation < record.publishedOperation &&
+               (isSlow(other) || foundLateEndpoint(other));
+    });
+}
+
 // Why `second` was started while `first` ran.
 Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second) const {
-    if (first.publishedTime == never || first.publishedTime >= first.createdTime + endpointWait) {
+    if (isSlow(first)) {
         return Overlap::slowPlatform;
+    }
+    if (foundLateEndpoint(first)) {
+        return Overlap::lateEndpoint;
     }
     std::set<simulation::ProcessId> haveLocked;
     for (const simulation::Operation& operation : machine.operations()) {
@@ -153,7 +200,8 @@ Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second)
         if (operation.name == "lockStream") {
             haveLocked.insert(operation.process);
         }
-        const bool isBlanking = operation.name == "writeStream" && operation.argument == L".zel.lock" &&
+        const bool isBlanking = operation.index > first.createdOperation && operation.name == "writeStream" &&
+                                operation.argument == L".zel.lock" &&
                                 haveLocked.count(operation.process) == 0;
         if (isBlanking) {
             return Overlap::recordBlanked;
@@ -161,10 +209,11 @@ Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second)
         const bool isEarlyReading = operation.name == "openStream" && operation.process == second.launcher &&
                                     operation.argument.ends_with(L"\\.pipe") &&
                                     operation.index <= first.publishedOperation;
-        if (isEarlyReading) {
-            const bool isTorn =
-                first.plan.publishing == Publishing::inTwoSteps && !launchers.at(second.launcher).isRestart;
-            return isTorn ? Overlap::tornEndpoint : Overlap::rememberedName;
+        if (isEarlyReading && first.plan.publishing == Publishing::inTwoSteps) {
+            return Overlap::tornEndpoint;
+        }
+        if (isEarlyReading && launchers.at(second.launcher).isRestart) {
+            return Overlap::rememberedName;
         }
     }
     return Overlap::notAccepted;
@@ -222,7 +271,10 @@ void Race::checkPayloads() {
                 fail("a mixed payload: " + narrowText(text));
             }
             if (text.find(L"\n-useDaemon\n" + std::to_wstring(id) + L"\n") == std::wstring::npos) {
-                ++report.outcomes["payload with the number of another platform"];
+                ++report.foreignNumbers;
+                if (report.overlaps.empty()) {
+                    fail("a payload with the number of another platform: " + narrowText(text));
+                }
             }
         }
     }
