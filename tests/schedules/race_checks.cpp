@@ -30,11 +30,12 @@ std::string narrowText(const std::wstring& text) {
     return std::string(text.begin(), text.end());
 }
 
-// `ZLNCH0142E: ...` and the like; the lines of the owner's check tell of no error.
+// `ZLNCH0142E: ...` and the like, but for the errors after which a start goes on.
 bool isFatalLine(const std::string& line) {
     const bool isError = line.size() > 11 && line.starts_with("ZLNCH") && line[9] == 'E' && line[10] == ':';
-    return isError && !line.starts_with("ZLNCH0090E") && !line.starts_with("ZLNCH0091E") &&
-           !line.starts_with("ZLNCH0013E");
+    constexpr const char* harmless[] = {"ZLNCH0013E", "ZLNCH0090E", "ZLNCH0091E", "ZLNCH0131E"};
+    return isError && std::none_of(std::begin(harmless), std::end(harmless),
+                                   [&](const char* identifier) { return line.starts_with(identifier); });
 }
 
 bool isLauncherLog(const std::wstring& path) {
@@ -155,6 +156,9 @@ void Race::checkLaunchers() {
                                                        : record.fatalLine.substr(0, 10)];
             if (deliveries != 0) {
                 fail(who + " ended fatally, and its arguments were delivered all the same");
+            }
+            if (record.fatalLine.find("error 231") != std::string::npos) {
+                fail(who + " met another launcher at the pipe: " + record.fatalLine);
             }
             if (record.fatalLine.empty() && !record.hasSharedLog) {
                 fail(who + " ended fatally without a line in its log that says why");
