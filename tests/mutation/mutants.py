@@ -1,8 +1,9 @@
 """Makes the mutants of a source file from the list of mutations in operators.txt."""
 
+import collections
+import dataclasses
 import hashlib
 import re
-from dataclasses import dataclass
 from pathlib import Path
 
 LITERAL_MARK = "\x01"
@@ -13,14 +14,14 @@ TOKENS = re.compile(
 )
 
 
-@dataclass(frozen=True)
+@dataclasses.dataclass(frozen=True)
 class Operator:
     name: str
     pattern: re.Pattern
     replacement: str
 
 
-@dataclass(frozen=True)
+@dataclasses.dataclass(frozen=True)
 class Mutant:
     file: str  # below the repository
     operator: str
@@ -28,6 +29,11 @@ class Mutant:
     before: str  # the lines that change, on one line
     after: str
     text: str  # the whole mutated file
+    number: int = 0  # which one it is of those in the file that read the same; 0 when it is alone
+
+    @property
+    def change(self):
+        return f"{self.before} => {self.after}" + (f" #{self.number}" if self.number else "")
 
     @property
     def key(self):
@@ -75,6 +81,16 @@ def on_one_line(text, start, end):
 
 
 def mutants_of(file, operators):
+    mutants = list(changes_of(file, operators))
+    alike = collections.defaultdict(list)
+    for mutant in sorted(mutants, key=lambda mutant: mutant.line):
+        alike[mutant.before, mutant.after].append(mutant.key)
+    for mutant in mutants:
+        keys = alike[mutant.before, mutant.after]
+        yield mutant if len(keys) == 1 else dataclasses.replace(mutant, number=keys.index(mutant.key) + 1)
+
+
+def changes_of(file, operators):
     text = Path(file).read_text()
     mask = masked(text)
     seen = set()

@@ -226,27 +226,26 @@ def tests_digest(units_only):
 
 
 def read_equivalents(path):
-    """{(file, before, after): reason}"""
+    """{(file, change): reason}"""
     equivalents = {}
     for number, line in enumerate(path.read_text().splitlines(), 1):
         if not line.strip() or line.startswith("#"):
             continue
-        change, separator, reason = line.rpartition(" | ")
+        change, _, reason = line.rpartition(" | ")
         file, _, change = change.partition(" | ")
-        before, arrow, after = change.partition(" => ")
-        if not separator or not arrow:
+        if not reason or " => " not in change:
             sys.exit(f"{path}:{number}: not `file | line => mutated line | reason`")
-        equivalents[file, before.strip(), after.strip()] = reason
+        equivalents[file, change.strip()] = reason
     return equivalents
 
 
 def report(mutants, results, equivalents, verbose):
     table = collections.defaultdict(collections.Counter)
     survivors = []
-    for mutant in mutants:
+    for mutant in sorted(mutants, key=lambda mutant: (mutant.file, mutant.line)):
         record = results.known.get(mutant.key)
         state = record["state"] if record else "not run"
-        if state == "survived" and (mutant.file, mutant.before, mutant.after) in equivalents:
+        if state == "survived" and (mutant.file, mutant.change) in equivalents:
             state = "equivalent"
         elif state == "survived":
             survivors.append(mutant)
@@ -255,7 +254,7 @@ def report(mutants, results, equivalents, verbose):
             print(f"{mutant.file}:{mutant.line}: {mutant.operator}: {record['by']}")
     print("\nSurvivors to look at:" if survivors else "\nNo survivor without a reason.")
     for mutant in survivors:
-        print(f"{mutant.file} | {mutant.before} => {mutant.after} | {mutant.line} {mutant.operator}")
+        print(f"{mutant.file} | {mutant.change} | line {mutant.line}, {mutant.operator}")
 
     print(f"\n{'file':48}{'mutants':>8}{'killed':>8}{'equal':>8}{'lives':>8}{'not run':>8}{'killed':>9}")
     total = collections.Counter()
@@ -294,8 +293,9 @@ def main():
     files = options.files or sorted(str(file) for name in SUBSYSTEMS for file in Path("src", name).glob("*.cpp"))
     operators = read_operators(HERE / "operators.txt")
     mutants = [mutant for file in files for mutant in mutants_of(file, operators)]
-    if options.sample and options.sample < len(mutants):
-        mutants = random.Random(options.seed).sample(mutants, options.sample)
+    # In the order of the draw, so that a run that is stopped leaves a fair sample behind.
+    random.Random(options.seed).shuffle(mutants)
+    mutants = mutants[: options.sample]
     results = Results(BUILD / "mutants.jsonl", tests_digest(options.units), options.fresh)
 
     unknown = [mutant for mutant in mutants if mutant.key not in results.known]
