@@ -198,15 +198,18 @@ void expectEnd(Start& start, ProcessId id, const Traits& traits) {
     }
 }
 
-// A start that failed has told why, in the last line of whatever log it had by then.
+// A start that failed has told why, in whatever log it had by then; a version query ends like a failure.
 bool hasToldWhy(const simulation::Machine& machine) {
+    const auto isTold = [](const std::string& line) {
+        const std::size_t code = line.find("ZLNCH");
+        return contains(line, "ZELLauncher>") || contains(line, "ZLNCH0031I:") ||
+               (code != std::string::npos && line.compare(std::min(code + 9, line.size()), 2, "E:") == 0);
+    };
     for (const wchar_t* drive : {L"C:\\", L"D:\\"}) {
         for (const std::wstring& path : machine.tree(drive)) {
             const bool isLog = path.ends_with(L".log") && !path.ends_with(L"shutdown.log");
-            std::string text = isLog ? machine.readFile(path).value_or("") : std::string();
-            text.erase(text.find_last_not_of("\r\n") + 1);
-            const std::string last = text.substr(text.rfind('\n') + 1);
-            if (contains(last, "ZLNCH") || contains(last, "ZELLauncher>")) {
+            const auto lines = linesOf(isLog ? machine.readFile(path).value_or("") : std::string());
+            if (std::any_of(lines.begin(), lines.end(), isTold)) {
                 return true;
             }
         }
