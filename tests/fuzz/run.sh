@@ -26,7 +26,7 @@ run_target() {
     local target=$1
     mkdir -p "$work/$target/found"
     rm -f "$work/$target/"{crash,timeout,oom,slow-unit}-*
-    if ASAN_OPTIONS=malloc_context_size=4:quarantine_size_mb=32 nice "$programs/fuzz_$target" -max_total_time="$seconds" -timeout=25 -rss_limit_mb=3000 -max_len=8192 \
+    if ASAN_OPTIONS=malloc_context_size=4:quarantine_size_mb=32 nice "$programs/fuzz_$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=3000 -max_len=8192 \
         -print_final_stats=1 -dict="tests/fuzz/$target.dict" -artifact_prefix="$work/$target/" \
         "$work/$target/found" "tests/fuzz/corpus/$target" >"$work/$target.log" 2>&1; then
         echo "holds" >"$work/$target.result"
