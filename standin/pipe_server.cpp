@@ -32,10 +32,15 @@ std::string readText(HANDLE pipe) {
     return text;
 }
 
+// A client may have come before, and may even have gone again: what it wrote is still there.
+bool waitForClient(HANDLE pipe) {
+    return ConnectNamedPipe(pipe, nullptr) != 0 || GetLastError() == ERROR_PIPE_CONNECTED ||
+           GetLastError() == ERROR_NO_DATA;
+}
+
 void serve(HANDLE pipe, const std::wstring& pipeName, const std::wstring& directory) {
     for (int number = 1; pipe != INVALID_HANDLE_VALUE; ++number) {
-        const bool isConnected =
-            ConnectNamedPipe(pipe, nullptr) != 0 || GetLastError() == ERROR_PIPE_CONNECTED;
+        const bool isConnected = waitForClient(pipe);
         HANDLE next = makeInstance(pipeName);  // a free instance for the next client
         if (isConnected) {
             writeRecord(directory, L"payload-" + std::to_wstring(number) + L".bin", readText(pipe));

@@ -74,8 +74,14 @@ std::string readToTheEnd(HANDLE pipe) {
     return text;
 }
 
+// A client may have come before, and may even have gone again: what it wrote is still there.
+bool waitForClient(HANDLE pipe) {
+    return ConnectNamedPipe(pipe, nullptr) != 0 || GetLastError() == ERROR_PIPE_CONNECTED ||
+           GetLastError() == ERROR_NO_DATA;
+}
+
 void serveClients(HANDLE pipe) {
-    while (ConnectNamedPipe(pipe, nullptr) != 0 || GetLastError() == ERROR_PIPE_CONNECTED) {
+    while (waitForClient(pipe)) {
         std::string text = readToTheEnd(pipe);
         DisconnectNamedPipe(pipe);
         const std::lock_guard<std::mutex> lock(served().mutex);
