@@ -38,6 +38,17 @@ TEST_F(RealLives, ASecondAndAThirdStartAreHandedOver) {
     EXPECT_FALSE(hasHandOff(3));
 }
 
+TEST_F(RealLives, AHandOffThatIsOverBeforeAnybodyWaitsForItIsNotLost) {
+    expectStart();
+    endtoend::PipeClient slow(pipeName());
+    ASSERT_TRUE(slow.isConnected());
+    tell({L"quick"});
+    EXPECT_TRUE(slow.write(L"slow"));
+    slow.close();
+    EXPECT_EQ(handOff(1), Words{L"slow"});
+    EXPECT_TRUE(contains(handOff(2), L"quick"));
+}
+
 TEST_F(RealLives, ProvisioningAndTheStartThatFollows) {
     setProperty("provisioning", "true");
     setProperty("provisioning.application", "com.example.platform.provisioning");
@@ -100,7 +111,7 @@ TEST_F(RealLives, ALockedDownPlatformComesBackAfterItsOwnRestart) {
     const std::uint32_t number = platformNumber();
     tell({L"-exit", L"23"});
     awaitSuccessorOf(number);
-    EXPECT_FALSE(isRunning(recordedNumber()));
+    awaitEndOf(recordedNumber());
     EXPECT_EQ(platform().application, Words{L"hello"});
     EXPECT_EQ(platform().properties.at("zel.install.config"), "lockdown");
     expectHandOff(1, {L"second"});
@@ -114,7 +125,8 @@ TEST_F(RealLives, AResetMakesTheConfigurationAnew) {
     write(workspace() / L".config" / L"config.ini", "osgi.bundles=no.such.bundle@start\r\n");
     expectStart({L"-resetconfig", L"hello"});
     EXPECT_FALSE(std::filesystem::exists(workspace() / L".config" / L"left-over.txt"));
-    EXPECT_EQ(read(workspace() / L".config" / L"config.ini"), read(base / L"config" / L"user" / L"config.ini"));
+    EXPECT_EQ(read(workspace() / L".config" / L"config.ini"),
+              read(base / L"config" / L"user" / L"config.ini"));
     EXPECT_EQ(read(workspace() / L"own.txt"), "the user's");
     EXPECT_EQ(platform().application, Words{L"hello"});
 }

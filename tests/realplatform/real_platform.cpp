@@ -50,20 +50,6 @@ void placeFile(const fs::path& source, const fs::path& target) {
     fs::copy_file(source, target);
 }
 
-// Whether the platform that named this pipe took the text.
-bool writeToPipe(const std::wstring& name, const std::wstring& text) {
-    HANDLE pipe = CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                              FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (pipe == INVALID_HANDLE_VALUE) {
-        return false;
-    }
-    DWORD written = 0;
-    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-    const bool isWritten = WriteFile(pipe, text.c_str(), size, &written, nullptr) != 0 && written == size;
-    CloseHandle(pipe);
-    return isWritten;
-}
-
 }  // namespace
 
 RealPlatform::RealPlatform() : parts(endtoend::builtPrograms() / L"real-platform") {
@@ -96,7 +82,8 @@ void RealPlatform::setJvm(const std::string& program) {
 void RealPlatform::layOut() {
     EndToEnd::layOut();
     fs::remove_all(home / L"jvm");
-    const fs::path example = endtoend::builtPrograms() / L"example-install" / L"zel" / L"eclipse" / L"plugins";
+    const fs::path example =
+        endtoend::builtPrograms() / L"example-install" / L"zel" / L"eclipse" / L"plugins";
     for (const fs::path& configuration : {base / L"config" / L"user" / L"config.ini", base / L"config.ini"}) {
         placeFile(example / L"base_1.0" / L"config" / L"user" / L"config.ini", configuration);
     }
@@ -206,13 +193,12 @@ void RealPlatform::awaitSuccessorOf(std::uint32_t number) {
 }
 
 void RealPlatform::tell(const Words& words) {
-    std::string name = read(platformWorkspace() / L".pipe");
-    name.resize(std::min(name.find('\n'), name.size()));
     std::wstring text = L"test";
     for (const std::wstring& word : words) {
         text += L"\n" + word;
     }
-    EXPECT_TRUE(writeToPipe(endtoend::wide(name), text)) << name;
+    endtoend::PipeClient client(pipeName(platformWorkspace()));
+    EXPECT_TRUE(client.isConnected() && client.write(text));
 }
 
 void RealPlatform::endPlatform() {

@@ -56,7 +56,8 @@ final class Endpoint {
     private void takeAll(long firstInstance) {
         long instance = firstInstance;
         try {
-            while (NativeBridge.awaitClient(instance)) {
+            while (true) {
+                NativeBridge.awaitClient(instance);
                 // A launcher waits without limit for a free instance, so the next one is there at once.
                 long next = NativeBridge.createPipeInstance(pipeName);
                 received.add(new HandOff(NativeBridge.readText(instance)));

@@ -21,8 +21,8 @@ final class NativeBridge {
     /** Creates an instance of a named pipe, to which one client can connect. */
     static native long createPipeInstance(String name) throws IOException;
 
-    /** Waits for a client of the instance. False when there will be none. */
-    static native boolean awaitClient(long instance);
+    /** Waits for a client of the instance; one that came and went already counts. */
+    static native void awaitClient(long instance) throws IOException;
 
     /** Reads what the client writes, up to a NUL of two bytes or to the client's end, and closes the instance. */
     static native byte[] readText(long instance);
