@@ -80,6 +80,18 @@ check_product() {
     fi
 }
 
+# The commands of the guide for integrators, as they stand there.
+try_guide() {
+    say "trying docs/integration.md"
+    if [ "$has_real_platform" = no ]; then
+        skipped=$((skipped + 1))
+    elif ./tests/realplatform/try-guide.sh; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+    fi
+}
+
 lint() {
     ensure_packages "${native_packages[@]}" clang-tidy clang-tools
     mkdir -p build
@@ -111,11 +123,12 @@ if [ "${1:-}" != --native ]; then
     fi
     test_preset windows 1
     check_product
+    try_guide
 fi
 
 say "result"
 if [ "${1:-}" != --native ] && [ "$has_real_platform" = no ]; then
-    echo "The real platform was not started, since its parts cannot be had; its tests count as skipped."
+    echo "The real platform was not started, since its parts cannot be had: its tests and the guide count as skipped."
 fi
 if [ "$skipped" -gt 0 ]; then
     echo "$passed passed, $failed failed, $skipped skipped"
