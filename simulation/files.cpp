@@ -156,6 +156,7 @@ bool copyFile(const std::wstring& source, const std::wstring& target, bool failI
         to.parent->entries[upperCase(to.leaf)] = copy;
     }
     const std::size_t size = from.node->content.size();
+    simulation::keepOnDevice(*copy);
     copy->content = from.node->content.substr(0, self().isCutShort ? size / 2 : size);
     copy->attributes = from.node->attributes;
     return true;
@@ -442,6 +443,12 @@ std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool wri
     file->sharesDelete = sharesDelete;
     node->opens.push_back(file.get());
     return file;
+}
+
+void keepOnDevice(Node& node) {
+    if (!node.onDevice) {
+        node.onDevice = node.content;
+    }
 }
 
 void closeOpenFile(OpenFile& file) {

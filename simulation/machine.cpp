@@ -71,6 +71,14 @@ void collectTree(const Node& directory, const std::wstring& path, std::vector<st
     }
 }
 
+void forgetCache(Node& node) {
+    node.content = node.onDevice.value_or(node.content);
+    node.onDevice.reset();
+    for (const auto& [name, entry] : node.entries) {
+        forgetCache(*entry);
+    }
+}
+
 NodePointer copyTree(const Node& node) {
     auto copy = std::make_shared<Node>();
     copy->name = node.name;
@@ -266,6 +274,12 @@ void Machine::loadDisks(const DiskImage& image) {
     state->drives.clear();
     for (const auto& [drive, root] : image.content->drives) {
         state->drives[drive] = copyTree(*root);
+    }
+}
+
+void Machine::losePower() {
+    for (const auto& [drive, root] : state->drives) {
+        forgetCache(*root);
     }
 }
 

@@ -208,6 +208,10 @@ public:
     // when they are put back; what was refused is no more, and programs stay where they were installed.
     DiskImage saveDisks() const;
     void loadDisks(const DiskImage& image);
+    // The power fails while nobody runs: names and directories are on the device, as a journal keeps them,
+    // but what programs have written since the disks were made or put back is not. A file has the content
+    // that it had before; a new one is empty.
+    void losePower();
     // Every open, change or removal of this file or directory (not what lies in it) fails with this
     // error from now on; errorSuccess takes that back. Looking at it still works.
     void refuse(const std::wstring& path, platform::ErrorCode error);

@@ -34,6 +34,7 @@ struct Node {
     std::map<std::wstring, std::shared_ptr<Node>> entries;  // of a directory, by upper-cased name
     std::vector<OpenFile*> opens;
     platform::ErrorCode refusal = platform::errorSuccess;
+    std::optional<std::string> onDevice;  // what the device holds, when the content is only in the cache
 
     bool isDirectory() const { return (attributes & platform::attributeDirectory) != 0; }
 };
@@ -268,6 +269,8 @@ NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint3
 std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool writes, bool sharesRead,
                                    bool sharesWrite, bool sharesDelete, platform::ErrorCode& error);
 void closeOpenFile(OpenFile& file);
+// To be called before the content of a file changes: the device keeps the old one for a while.
+void keepOnDevice(Node& node);
 bool writeOut(MachineState& machine, platform::Stream& stream);  // sets the last error
 void releaseSemaphore(MachineState& machine, const std::wstring& name);
 // Gives back what an object stands for, when its handle is closed or its process ends.

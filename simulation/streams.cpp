@@ -76,6 +76,7 @@ Stream* openStream(const std::wstring& path, const char* mode) {
         if (machine.freeSpace) {
             *machine.freeSpace += found.node->content.size();
         }
+        simulation::keepOnDevice(*found.node);
         found.node->content.clear();
     }
     auto stream = std::make_unique<Stream>();
@@ -104,6 +105,7 @@ std::size_t readStream(Stream* stream, char* buffer, std::size_t capacity) {
     const std::size_t count = std::min(capacity, content.size() - begin);
     std::copy_n(content.begin() + static_cast<std::ptrdiff_t>(begin), count, buffer);
     stream->position = begin + count;
+    failWith(errorSuccess);  // nothing has failed
     return count;
 }
 
@@ -200,6 +202,7 @@ bool writeOut(MachineState& machine, platform::Stream& stream) {
     if (machine.freeSpace) {
         *machine.freeSpace -= growth;
     }
+    keepOnDevice(*file.node);
     if (end > file.node->content.size()) {
         file.node->content.resize(end);
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/text.h"
+#include "platform/errors.h"
 
 namespace zellauncher {
 
@@ -12,13 +13,21 @@ constexpr std::size_t blockSize = 4096;
 constexpr int noCharacter = -1;
 constexpr char endMark = '\x1A';  // a Ctrl-Z ends a text file
 
+std::size_t readBlock(TextStream& text, char (&block)[blockSize]) {
+    if (text.stream == nullptr) {
+        return 0;
+    }
+    const std::size_t count = platform::readStream(text.stream, block, blockSize);
+    text.hasFailed = text.hasFailed || platform::lastError() != platform::errorSuccess;
+    return count;
+}
+
 bool fillReadAhead(TextStream& text) {
     if (text.readPosition < text.readAhead.size()) {
         return true;
     }
     char block[blockSize];
-    const std::size_t count =
-        text.stream == nullptr ? 0 : platform::readStream(text.stream, block, blockSize);
+    const std::size_t count = readBlock(text, block);
     text.readAhead.assign(block, count);
     text.readPosition = 0;
     return count > 0;
@@ -30,7 +39,7 @@ int byteBehind(TextStream& text) {
         return static_cast<unsigned char>(text.readAhead[text.readPosition + 1]);
     }
     char block[blockSize];
-    const std::size_t count = platform::readStream(text.stream, block, blockSize);
+    const std::size_t count = readBlock(text, block);
     text.readAhead.erase(0, text.readPosition);
     text.readPosition = 0;
     text.readAhead.append(block, count);
@@ -78,6 +87,7 @@ void rewindTextStream(TextStream& text) {
     text.readAhead.clear();
     text.readPosition = 0;
     text.endOfFile = false;
+    text.hasFailed = false;
     if (text.stream != nullptr) {
         platform::rewindStream(text.stream);
     }

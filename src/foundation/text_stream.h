@@ -19,6 +19,7 @@ struct TextStream {
     std::string readAhead;         // bytes read and not yet taken
     std::size_t readPosition = 0;  // index of the next byte in readAhead
     bool endOfFile = false;        // a reading met the end (of the file, or at a Ctrl-Z)
+    bool hasFailed = false;        // a reading failed, which counts as the end
 };
 
 // Characters that one line of a formatted read takes at most.

@@ -19,7 +19,8 @@ struct Stream;
 // lastError(): a missing file or directory, a directory in place of a file, missing rights.
 Stream* openStream(const std::wstring& path, const char* mode);
 
-// Up to `capacity` bytes from the current position; 0 at the end and on a failure.
+// Up to `capacity` bytes from the current position; 0 at the end and on a failure. lastError() tells the
+// two apart: errorSuccess unless the reading failed.
 std::size_t readStream(Stream* stream, char* buffer, std::size_t capacity);
 
 // Puts the bytes into the stream's buffer, which goes to the disk when it is full. False when the

@@ -95,6 +95,14 @@ void finishLine(PropertyList& list, LogicalLine& logical) {
     logical.jvmOptionLine = jvmOptionLine;
 }
 
+// What could not be read is missing from the list, and nothing else would say why.
+void logFailedReading(const std::wstring& path) {
+    bool saved = false;
+    swapLogDebug(true, saved);
+    logDebugF(L"ZELLauncher> reading \"%s\" failed before its end", path);
+    setLogDebug(saved);
+}
+
 }  // namespace
 
 void loadPropertyFile(const std::wstring& path, PropertyList& list) {
@@ -121,6 +129,9 @@ void loadPropertyFile(const std::wstring& path, PropertyList& list) {
         if (!logical.continued) {
             finishLine(list, logical);
         }
+    }
+    if (file.hasFailed) {
+        logFailedReading(path);
     }
     closeTextStream(file);
 }

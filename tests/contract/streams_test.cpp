@@ -114,7 +114,9 @@ TEST_F(Streams, TheEndGivesNothing) {
         Stream* stream = openStream(in(L"f"), "r");
         EXPECT_EQ(take(stream, 2), "ab");
         EXPECT_EQ(take(stream, 2), "");
+        EXPECT_EQ(lastError(), errorSuccess);
         EXPECT_EQ(take(stream, 2), "");
+        EXPECT_EQ(lastError(), errorSuccess);
         closeStream(stream);
     });
 }
@@ -207,6 +209,7 @@ TEST_F(Streams, OthersCannotReadWhatIsLocked) {
         EXPECT_TRUE(lockStream(holder, 100));
         if (!contract::isWine()) {  // Wine's locks keep other locks out, and no readers
             EXPECT_EQ(take(other, 10), "");
+            EXPECT_EQ(lastError(), errorLockViolation);
         }
         EXPECT_TRUE(unlockStream(holder, 100));
         EXPECT_TRUE(rewindStream(other));

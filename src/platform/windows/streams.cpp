@@ -81,7 +81,9 @@ std::size_t readStream(Stream* stream, char* buffer, std::size_t capacity) {
     turnTo(stream, Stream::Last::reading);
     SetLastError(ERROR_SUCCESS);
     const std::size_t count = std::fread(buffer, 1, capacity, stream->file);
-    isDone(std::ferror(stream->file) == 0);
+    if (isDone(std::ferror(stream->file) == 0)) {
+        SetLastError(ERROR_SUCCESS);
+    }
     return count;
 }
 

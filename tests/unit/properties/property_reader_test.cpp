@@ -352,15 +352,22 @@ TEST_F(PropertyReader, ClosesTheFile) {
     });
 }
 
-TEST_F(PropertyReader, AReadThatFailsIsTheEndOfTheFile) {
+TEST_F(PropertyReader, AReadThatFailsIsTheEndOfTheFileAndIsTold) {
     machine.writeFile(path, "a=1\r\n");
     simulation::Fault fault;
     fault.operation = "readStream";
     fault.fromThenOn = true;
     machine.inject(fault);
-    outcome = run([&] { zellauncher::loadPropertyFile(path, list); });
+    outcome = runQuietly([&] { zellauncher::loadPropertyFile(path, list); });
     EXPECT_EQ(outcome.end.status, 0U);
     EXPECT_TRUE(list.empty());
+    EXPECT_TRUE(outcome.logHas("ZELLauncher> reading \"C:\\test.properties\" failed before its end"));
+}
+
+TEST_F(PropertyReader, AWholeFileIsReadWithoutAWord) {
+    machine.writeFile(path, "a=1\r\n");
+    outcome = runQuietly([&] { zellauncher::loadPropertyFile(path, list); });
+    EXPECT_EQ(outcome.log, "");
 }
 
 }  // namespace

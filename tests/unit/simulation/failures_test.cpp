@@ -192,6 +192,23 @@ TEST(Bounds, WhoWaitsForEverStillRunsWhenTheTimeIsOver) {
     EXPECT_LE(machine.elapsedMilliseconds(), 5000U);
 }
 
+TEST(Disks, LoseWithThePowerWhatProgramsWrote) {
+    Machine machine;
+    machine.writeFile(file, "old");
+    machine.run({program}, [] {
+        platform::copyFile(file, L"C:\\copy", true);
+        platform::moveFile(L"C:\\copy", L"C:\\moved", 0);
+        platform::Stream* stream = platform::openStream(file, "a+");
+        platform::writeStream(stream, " and new");
+        platform::closeStream(stream);
+        return 0;
+    });
+    EXPECT_EQ(machine.readFile(file), "old and new");
+    machine.losePower();
+    EXPECT_EQ(machine.readFile(file), "old");
+    EXPECT_EQ(machine.readFile(L"C:\\moved"), "");
+}
+
 TEST(Disks, ArePutBackAsTheyWere) {
     Machine machine;
     machine.writeFile(L"C:\\a\\b", "before");
