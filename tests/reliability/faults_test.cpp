@@ -96,15 +96,26 @@ bool isAcceptedWait(const Performance& run) {
 constexpr const char* ownerCountsAsGone = "the platform that runs counts as gone";
 constexpr const char* backupReplaced = "a second renewal in one start replaces the backup of the first";
 constexpr const char* lineNotTakenOver = "a line of the base properties is not taken over";
+constexpr const char* userCountsAsNew = "a known user counts as new, and the renewal waits";
 constexpr const char* readInPart = "the user's properties are read in part";
 
-constexpr const char* allNames[] = {ownerCountsAsGone, backupReplaced, lineNotTakenOver, readInPart};
+constexpr const char* allNames[] = {ownerCountsAsGone, backupReplaced, lineNotTakenOver, userCountsAsNew,
+                                    readInPart};
 
 // The owner of the workspace could not be asked, and so counts as gone.
 bool isOwnerCheckStruck(const Performance& run) {
     return struck(run, [](const simulation::Operation& operation) {
         return operation.argument.ends_with(L".pipe") || operation.argument.ends_with(L".zel.lock") ||
                operation.name == "openSemaphore";
+    });
+}
+
+// One of the user's directories could not be looked at, and so counts as just made.
+bool isDirectoryStruck(const Performance& run) {
+    return struck(run, [](const simulation::Operation& operation) {
+        return operation.name == "fileAttributes" &&
+               (operation.argument.ends_with(L"ann") || operation.argument.ends_with(L"\\logs") ||
+                operation.argument.ends_with(L"/.config"));
     });
 }
 
@@ -124,6 +135,15 @@ bool isLineStruck(const Performance& run) {
 bool isReadingStruck(const Performance& run) {
     return struck(run, [](const simulation::Operation& operation) {
         return operation.name == "readStream" && operation.argument == L"zelinstall.properties";
+    });
+}
+
+// A property file of which the run has only a part, other than zelinstall.properties, which is also copied.
+bool isPropertyReadingStruck(const Performance& run) {
+    return struck(run, [](const simulation::Operation& operation) {
+        return operation.name == "readStream" &&
+               (operation.argument == L"jvm.properties" || operation.argument == L"args.properties" ||
+                operation.argument == L"zellauncher.properties");
     });
 }
 
@@ -192,11 +212,15 @@ protected:
 
     void judgeOtherwise(const FaultRun& fault, const Performance& run) {
         if (untouched.failed()) {
-            expectNamed(isOwnerCheckStruck(run), ownerCountsAsGone, fault, run,
-                        "goes on where it should be refused");
+            const bool isNew = isDirectoryStruck(run);
+            expectNamed(isNew || isOwnerCheckStruck(run), isNew ? userCountsAsNew : ownerCountsAsGone, fault,
+                        run, "goes on where it should be refused");
         }
         if (run.commands.empty() && run.payloads.empty()) {
             finding(fault, run, "did nothing");
+        }
+        if (isPropertyReadingStruck(run) && !hasReason(run, untouched) && !isLogStruck(run)) {
+            finding(fault, run, "goes on without properties and without a word");
         }
         if (!untouched.payloads.empty() && !run.commands.empty()) {
             expectNamed(isOwnerCheckStruck(run), ownerCountsAsGone, fault, run, "starts a second platform");
@@ -235,7 +259,11 @@ protected:
         const std::string what = "the next start does something else";
         if (isLineStruck(run)) {
             stage.closePlatforms();
-            const bool isRemedied = reliability::perform(stage, {L"-resetconfig"}).endedWell();
+            reliability::Words reset = scenario.nextWords;
+            reset.emplace_back(L"-resetconfig");
+            reliability::perform(stage, reset);
+            stage.closePlatforms();
+            const bool isRemedied = reliability::perform(stage, scenario.nextWords).didAs(untouchedNext);
             expectNamed(isRemedied, lineNotTakenOver, fault, next, what);
         } else {
             expectNamed(isReadingStruck(run) && next.endedWell(), readInPart, fault, next, what);

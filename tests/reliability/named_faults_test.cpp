@@ -81,16 +81,20 @@ TEST_F(NamedFaults, ALineThatIsNotTakenOverIsMissingUntilAReset) {
 }
 
 TEST_F(NamedFaults, PropertiesThatAreReadInPartAreReplacedByTheirBackup) {
-    const Performance start =
-        performWith("provisioning_is_done",
-                    faultOf("readStream", L"\\zelinstall.properties", platform::errorLockViolation));
-    EXPECT_TRUE(start.endedWell());  // the names of streams have no directory: nothing was struck
     simulation::Fault fault = faultOf("readStream", L"zelinstall.properties", platform::errorLockViolation);
     fault.nth = 3;  // behind the comparison of the identities: the check that they are complete
-    const Performance struck = performWith("provisioning_is_done", fault);
-    EXPECT_TRUE(struck.endedWell());
+    EXPECT_TRUE(performWith("provisioning_is_done", fault).endedWell());
     const std::string properties = *stage->configFile(L"zelinstall.properties");
     EXPECT_EQ(properties.find("provisioning.manifest.version"), std::string::npos);
+}
+
+TEST_F(NamedFaults, AKnownUserWhoseDirectoryCannotBeLookedAtCountsAsNew) {
+    const Performance start =
+        performWith("changed_install", faultOf("fileAttributes", L"\\logs", platform::errorSharingViolation));
+    EXPECT_TRUE(start.endedWell());
+    EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L".configbak")));
+    EXPECT_TRUE(performNext().endedWell());
+    EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L".configbak")));
 }
 
 TEST_F(NamedFaults, ALockThatSomebodyHoldsIsWaitedFor) {

@@ -118,6 +118,19 @@ TEST_F(NamedStops, AnIdentityThatWasCutCostsTheWorkspaceOfOneStart) {
     }
 }
 
+// The configuration that was moved aside is on the device, but the copies that were made of it are not,
+// and a repair by the next start makes room for its own backup.
+TEST_F(NamedStops, WithThePowerGoesWhatWasWrittenLastAndThenItsBackup) {
+    stopAt("changed_install", "sleepMilliseconds", L"");
+    stage->closePlatforms();
+    stage->machine.losePower();
+    EXPECT_TRUE(reliability::lostFiles(*stage, rehearsal->userFiles).empty());
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "");
+    startNext();
+    EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles).size(), 3U);
+    startNext();
+}
+
 TEST_F(NamedStops, TheHistoryOfStartsBeginsAnewBesideWhatWasKept) {
     stopAt("long_history_of_starts", "moveFile", L"shutdown.log.new");
     EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L"logs\\shutdown.log")));

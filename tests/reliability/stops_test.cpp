@@ -32,6 +32,7 @@ struct StopRun {
     std::uint64_t nth = 0;
     UnflushedData data = UnflushedData::lost;
     bool platformLivesOn = false;
+    bool powerFails = false;  // and with it goes what the system had not yet brought to the device
 };
 
 using Files = std::map<std::wstring, std::string>;
@@ -102,12 +103,14 @@ constexpr const char* cutSeed = "a seed file that was cut stays";
 constexpr const char* asideLeft = "what was moved aside is left";
 constexpr const char* historyAside = "the history of starts begins anew";
 constexpr const char* identityCut = "an identity that was cut is made once more";
+constexpr const char* notOnDevice = "with the power goes what was written last";
 constexpr const char* resetHalfDone = "a reset is not taken up again";
 constexpr const char* notRecorded = "a platform that is not yet recorded";
 constexpr const char* notPublished = "a platform that publishes nothing";
 
-constexpr const char* allNames[] = {backupOfRepair, backupReplaced, copiesWait,    cutSeed,     asideLeft,
-                                    historyAside,   identityCut,    resetHalfDone, notRecorded, notPublished};
+constexpr const char* allNames[] = {backupOfRepair, backupReplaced, copiesWait,  cutSeed,
+                                    asideLeft,      historyAside,   identityCut, resetHalfDone,
+                                    notRecorded,    notPublished,   notOnDevice};
 
 bool has(const std::wstring& text, const wchar_t* part) {
     return text.find(part) != std::wstring::npos;
@@ -185,8 +188,8 @@ protected:
         const simulation::Operation& operation = untouched.operations[stop.nth - 1];
         ADD_FAILURE() << scenario.name << ": stopped at operation " << stop.nth << " (" << operation.name
                       << " " << narrow(operation.argument.substr(0, 120)) << "), unflushed data "
-                      << nameOf(stop.data) << (stop.platformLivesOn ? ", the platform lives on" : "") << ": "
-                      << what;
+                      << nameOf(stop.data) << (stop.platformLivesOn ? ", the platform lives on" : "")
+                      << (stop.powerFails ? ", the power fails" : "") << ": " << what;
     }
 
     Measure performNextStarts(Stage& stage) {
@@ -217,11 +220,12 @@ protected:
         bool isStarted = false;
         for (std::uint64_t nth = 1; nth <= untouched.operations.size(); ++nth) {
             for (const auto data : {UnflushedData::lost, UnflushedData::kept, UnflushedData::partlyWritten}) {
-                stops.push_back({nth, data, false});
+                stops.push_back({nth, data});
                 if (isStarted) {
                     stops.push_back({nth, data, true});
                 }
             }
+            stops.push_back({nth, UnflushedData::lost, false, true});
             isStarted = isStarted || untouched.operations[nth - 1].name == "createProcess";
         }
         return stops;
@@ -238,6 +242,10 @@ protected:
         if (stop.platformLivesOn) {
             judgeWhilePlatformLives(stop, *stage);
             return;
+        }
+        if (stop.powerFails) {
+            stage->closePlatforms();
+            stage->machine.losePower();
         }
         for (const std::wstring& path : lostFiles(*stage, rehearsal.userFiles)) {
             finding(stop, "loses " + narrow(path) + " at once");
@@ -266,6 +274,11 @@ protected:
     // The identity of a new install was being appended to its properties.
     bool isIdentityCut(const StopRun& stop) const {
         const simulation::Operation& operation = untouched.operations[stop.nth - 1];
+        const std::uint64_t appended =
+            reliability::operationNumber(untouched, "flushStream", L"zellauncher.properties");
+        if (stop.powerFails && appended != 0) {
+            return stop.nth > appended;
+        }
         return stop.data == UnflushedData::partlyWritten && operation.name == "flushStream" &&
                operation.argument == L"zellauncher.properties";
     }
@@ -324,7 +337,7 @@ protected:
         const std::vector<Difference>& differences = ofDone.size() <= ofUndone.size() ? ofDone : ofUndone;
         bool doCopiesWait = false;
         for (const Difference& difference : differences) {
-            const char* name = nameOfDifference(difference.path);
+            const char* name = stop.powerFails ? notOnDevice : nameOfDifference(difference.path);
             expectNamed(name, stop, difference.what);
             doCopiesWait = doCopiesWait || name == copiesWait;
         }
