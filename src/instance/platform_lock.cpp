@@ -11,6 +11,7 @@
 #include "instance/byte_range_lock.h"
 #include "instance/lock_owner.h"
 #include "launch/launch_state.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 
 namespace zellauncher {
@@ -24,6 +25,8 @@ namespace {
 
 constexpr std::uint32_t lockedBytes = 100;  // a token: it need not cover the text
 constexpr int restartWaitSeconds = 20;
+constexpr int removalAttempts = 10;
+constexpr std::uint32_t removalPauseMilliseconds = 100;
 constexpr const wchar_t* blankRecord = L"              ";
 
 std::wstring inWorkspace(const std::wstring& dataDirectory, const wchar_t* name) {
@@ -66,12 +69,24 @@ void logWithTimestamp(const std::wstring& format) {
     logDebugF(format, timestamp);
 }
 
+// A launcher that waits for a restart reads the endpoint without the lock, and for that moment nobody
+// can take the file away. One that stayed would be taken for that of the platform to come, and the lock
+// given up before that platform can be found.
+void removeStaleEndpoint() {
+    for (int attempt = 1; !deleteFile(endpointFilePath) && attempt < removalAttempts; ++attempt) {
+        if (!fileExists(endpointFilePath)) {
+            return;  // it is out of the way all the same
+        }
+        platform::sleepMilliseconds(removalPauseMilliseconds);
+    }
+}
+
 void becomeMainProcess() {
     logDebug("ZLNCH0304I: We are main process");
     isMainProcess = true;
     if (fileExists(endpointFilePath)) {
         staleEndpointFile = true;
-        deleteFile(endpointFilePath);
+        removeStaleEndpoint();
     }
 }
 

@@ -118,6 +118,34 @@ TEST_F(PlatformLock, AnEndpointThatCannotBeDeletedIsStaleAllTheSame) {
     EXPECT_EQ(outcome.end.status, 0U);
 }
 
+// A launcher that waits for a restart reads it without the lock.
+TEST_F(PlatformLock, AnEndpointThatSomebodyReadsAtTheMomentIsDeletedWhenHeHasRead) {
+    machine.writeFile(lockFile, "4711          ");
+    machine.writeFile(endpoint, "\\\\.\\pipe\\gone\r\n");
+    machine.start({L"C:\\reader.exe"}, [] {
+        platform::Stream* stream = platform::openStream(endpoint, "r");
+        platform::sleepMilliseconds(250);
+        platform::closeStream(stream);
+        return 0;
+    });
+    machine.runUntilIdle(1);
+    acquire();
+    EXPECT_TRUE(isMain);
+    EXPECT_TRUE(isStale);
+    EXPECT_FALSE(machine.exists(endpoint));
+    EXPECT_EQ(machine.elapsedMilliseconds(), 301U);
+}
+
+TEST_F(PlatformLock, AnEndpointThatStaysHoldsAStartUpForASecondAtTheMost) {
+    machine.writeFile(lockFile, "4711          ");
+    machine.writeFile(endpoint, "\\\\.\\pipe\\gone\r\n");
+    machine.holdOpen(endpoint);
+    acquire();
+    EXPECT_TRUE(isMain);
+    EXPECT_TRUE(machine.exists(endpoint));
+    EXPECT_EQ(machine.elapsedMilliseconds(), 900U);
+}
+
 TEST_F(PlatformLock, AnotherUsersPlatformEndsTheStart) {
     machine.writeFile(lockFile, "4711          ");
     machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
