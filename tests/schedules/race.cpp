@@ -66,6 +66,8 @@ const char* nameOf(Overlap overlap) {
             return "a restart blanked the record after 20 seconds";
         case Overlap::rememberedName:
             return "a restart kept to the pipe's name of an earlier platform";
+        case Overlap::heldEndpoint:
+            return "an endpoint of an earlier platform was held open and stayed";
         case Overlap::tornEndpoint:
             return "the first platform made its endpoint before it wrote the name";
         case Overlap::consequence:

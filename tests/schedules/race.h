@@ -43,6 +43,7 @@ enum class Overlap {
     lateEndpoint,    // such a platform's endpoint was taken for the first one's, and the lock given up
     recordBlanked,   // a restart gave up its wait after 20 seconds and blanked the record
     rememberedName,  // a restart had read the name of an earlier platform and kept to it
+    heldEndpoint,    // an old endpoint could not be removed, since a restart that stalled had it open
     tornEndpoint,    // the first one made its endpoint before it wrote the name
     consequence,     // the first one already shared the workspace, where only one endpoint stands
     notAccepted,
@@ -107,6 +108,7 @@ private:
     void checkRecords();
     bool isSlow(const PlatformRecord& record) const;
     bool foundLateEndpoint(const PlatformRecord& record) const;
+    bool foundHeldEndpoint(const PlatformRecord& record) const;
     Overlap explain(const PlatformRecord& first, const PlatformRecord& second) const;
     std::uint64_t longestHonestWait() const;
     int deliveriesOf(const std::wstring& word) const;

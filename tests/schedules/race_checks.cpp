@@ -188,6 +188,26 @@ bool Race::foundLateEndpoint(const PlatformRecord& record) const {
     });
 }
 
+// Somebody else had the endpoint open at this one's launcher's last attempt to move it away.
+bool Race::foundHeldEndpoint(const PlatformRecord& record) const {
+    std::set<simulation::ProcessId> readers;
+    bool isHeld = false;
+    for (const simulation::Operation& operation : machine.operations()) {
+        if (operation.index >= record.createdOperation) {
+            break;
+        }
+        const bool isOfEndpoint = operation.argument.ends_with(L"\\.pipe");
+        if (operation.name == "openStream" && isOfEndpoint) {
+            readers.insert(operation.process);
+        } else if (operation.name == "closeStream" && operation.argument == L".pipe") {
+            readers.erase(operation.process);
+        } else if (operation.name == "moveFile" && isOfEndpoint && operation.process == record.launcher) {
+            isHeld = !readers.empty();
+        }
+    }
+    return isHeld;
+}
+
 // Why `second` was started while `first` ran.
 Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second) const {
     if (isSlow(first)) {
@@ -195,6 +215,9 @@ Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second)
     }
     if (foundLateEndpoint(first)) {
         return Overlap::lateEndpoint;
+    }
+    if (foundHeldEndpoint(first) && plan.switching.stallOneIn != 0) {
+        return Overlap::heldEndpoint;
     }
     std::set<simulation::ProcessId> haveLocked;
     for (const simulation::Operation& operation : machine.operations()) {
