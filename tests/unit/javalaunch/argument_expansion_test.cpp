@@ -181,6 +181,9 @@ TEST_F(ArgumentExpansion, TheFirstDataWordReplacesTheProperty) {
     launcherProperties = {{L"zel.data", L"old"}, {L"config.c.1", L"-data"}, {L"config.c.2", L"new"}};
     expand({L"prog", L"-config", L"c"});
     EXPECT_EQ(*zellauncher::lookupProperty(L"zel.data", launcherProperties), L"new");
+    launcherProperties = {{L"zel.data", L"old"}, {L"config.c.1", L"x"}};
+    expand({L"prog", L"-config", L"c"});
+    EXPECT_EQ(*zellauncher::lookupProperty(L"zel.data", launcherProperties), L"old");
     launcherProperties = {{L"zel.data", L"old"}, {L"config.c.1", L"-data"}};
     expand({L"prog", L"-config", L"c"});
     EXPECT_EQ(*zellauncher::lookupProperty(L"zel.data", launcherProperties), L"old");
@@ -227,6 +230,8 @@ TEST_F(ArgumentExpansion, TheDebugMarkerBringsItsOptions) {
     EXPECT_EQ(expand({L"prog", L"a"}),
               (Arguments{L"prog", L"-debugFile", L"-pb4l", L"-debug", L"-console", L"a"}));
     EXPECT_TRUE(marksHold);
+    EXPECT_EQ(expand({L"prog", L"-pb4l", L"a"}),
+              (Arguments{L"prog", L"-debugFile", L"-pb4l", L"-debug", L"-console", L"a"}));
     EXPECT_EQ(
         expand({L"prog", L"-debug", L"-console", L"-debugFile", L"-debug"}),
         (Arguments{L"prog", L"-debugFile", L"-pb4l", L"-debug", L"-console", L"-debugFile", L"-debug"}));

@@ -152,6 +152,26 @@ TEST_F(JvmResolution, FiveLevelsUpIsTooFar) {
     EXPECT_EQ(root.jvmPropertiesPath, L"C:/p/zel/deploy/jvm.properties");
 }
 
+TEST_F(JvmResolution, AVmWithBackslashesHasAJavaHomeWithForwardOnes) {
+    machine.writeFile(L"C:\\j\\jvm.properties", "");
+    root.vmPath = L"C:\\j\\jvm\\bin\\javaw.exe";
+    root.externalJvm = true;
+    root.jvmPropertiesPath = L"C:/j/jvm.properties";
+    load();
+    EXPECT_EQ(value(L"java.home"), L"C:/j");
+}
+
+TEST_F(JvmResolution, AboveTheFirstSlashThereIsNothing) {
+    machine.writeFile(L"C:\\jvm.properties", "");
+    std::wstring parent = L"kept";
+    machine.run({L"C:\\x.exe"}, [&] {
+        EXPECT_FALSE(zellauncher::findParentJvmRoot(L"/java.exe", parent));
+        EXPECT_TRUE(zellauncher::findParentJvmRoot(L"/x/java.exe", parent));
+        return 0;
+    });
+    EXPECT_EQ(parent, L"/");
+}
+
 TEST_F(JvmResolution, ATrailingSlashIsALevel) {
     machine.writeFile(L"C:\\x\\jvm.properties", "");
     std::wstring parent;

@@ -51,6 +51,18 @@ TEST_F(JvmSelection, AnOptionNeedsItsValue) {
     expectFatal("ZLNCH0002E: vm must be specified with -vm argument!");
 }
 
+// A name of the install's own may itself end in a known one, which is then not replaced again.
+TEST_F(JvmSelection, AReplacedNameStays) {
+    for (const std::wstring name :
+         {L"k7w.exe", L"k7.exe", L"ak7w.exe", L"aak7w.exe", L"ak7.exe", L"aak7.exe"}) {
+        machine.writeFile(L"C:\\j\\" + name, "");
+    }
+    set(launcher, L"javaw.exe.name.win32", L"ak7w.exe");
+    set(launcher, L"java.exe.name.win32", L"ak7.exe");
+    EXPECT_EQ(select({L"prog", L"-vm", L"C:\\j\\javaw.exe"}), L" -vm \"C:\\j\\ak7w.exe\"");
+    EXPECT_EQ(select({L"prog", L"-vm", L"C:\\j\\java.exe"}), L" -vm \"C:\\j\\ak7.exe\"");
+}
+
 TEST_F(JvmSelection, ADirectJavaStartHasTheVmAtItsHead) {
     install = {{L"vm", L"C:/p/javaw.exe"}};
     for (const auto each : {InstallConfigurationKind::service, InstallConfigurationKind::multiuserService}) {

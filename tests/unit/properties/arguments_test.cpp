@@ -13,6 +13,7 @@ TEST(ArgumentSearch, IsForWholeWordsBehindTheProgram) {
     EXPECT_EQ(findArgumentIndex(L"-x", {L"-x"}), -1);
     EXPECT_EQ(findArgumentIndex(L"-x", {}), -1);
     EXPECT_TRUE(zellauncher::hasArgument(L"", {L"p", L""}));
+    EXPECT_FALSE(zellauncher::hasArgument(L"p", {L"p", L""}));
 }
 
 TEST(SecondOccurrence, GoesAndTheOthersStay) {

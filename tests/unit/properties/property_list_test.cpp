@@ -56,6 +56,8 @@ TEST(Properties, SettingReplacesTheFirstAndNeverAdds) {
     EXPECT_EQ(list[1].value, L"2");
     zellauncher::setPropertyValue(L"b", L"y", list);
     EXPECT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[0].value, L"x");
+    EXPECT_EQ(list[1].value, L"2");
 }
 
 class FindingProperties : public launchertest::OnMachine {};
