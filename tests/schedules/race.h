@@ -54,7 +54,6 @@ struct RaceReport {
     std::vector<std::string> violations;
     std::map<std::string, int> outcomes;  // how the launchers ended
     std::map<Overlap, int> overlaps;
-    int foreignNumbers = 0;         // payloads that name the other one of two platforms
     std::uint64_t longestWait = 0;  // of a launcher that ended, from its arrival, in milliseconds
 };
 
@@ -102,7 +101,10 @@ private:
     void noteEnd(simulation::ProcessId id);
     void noteFatalLine(simulation::ProcessId id, LauncherRecord& ended) const;
     void collectStarts();
+    bool isAnyPlatformHanging() const;
     void checkLaunchers();
+    void checkEnd(const LauncherRecord& ended, const std::string& who);
+    void checkFatalEnd(const LauncherRecord& ended, const std::string& who, int deliveries);
     void checkPlatforms();
     void checkPayloads();
     void checkRecords();

@@ -120,50 +120,61 @@ std::uint64_t Race::longestHonestWait() const {
     return longest;
 }
 
-// Every argument list went to a platform, once, or its launcher said why not. Nobody waits for ever,
-// but behind a platform that lets nobody in.
-void Race::checkLaunchers() {
-    const bool isAnyHanging = std::any_of(platforms.begin(), platforms.end(), [](const auto& entry) {
+bool Race::isAnyPlatformHanging() const {
+    return std::any_of(platforms.begin(), platforms.end(), [](const auto& entry) {
         return entry.second.plan.fate == Fate::neverServes && entry.second.endedOperation == never &&
                entry.second.publishedOperation != never;
     });
+}
+
+// Every argument list went to a platform, once, or its launcher said why not. Nobody waits for ever,
+// but behind a platform that lets nobody in.
+void Race::checkLaunchers() {
     for (const auto& [id, record] : launchers) {
         const std::string who = "launcher " + std::to_string(id) + " (" + narrowText(record.word) + ")";
-        const int deliveries = deliveriesOf(record.word);
-        if (!record.hasEnded) {
-            ++report.outcomes["waits behind a platform that lets nobody in"];
-            if (!isAnyHanging) {
-                fail(who + " has not ended");
-            }
+        if (record.hasEnded) {
+            checkEnd(record, who);
             continue;
         }
-        const std::uint64_t wait = record.endTime - record.arrival;
-        report.longestWait = std::max(report.longestWait, wait);
-        if (plan.switching.stallOneIn == 0 && wait > longestHonestWait()) {
-            fail(who + " took " + std::to_string(wait) + " ms");
+        ++report.outcomes["waits behind a platform that lets nobody in"];
+        if (!isAnyPlatformHanging()) {
+            fail(who + " has not ended");
         }
-        if (record.end.kind == simulation::EndKind::exited && record.end.status == 0) {
-            ++report.outcomes["delivered"];
-            if (deliveries != 1) {
-                fail(who + " ended well and its arguments were delivered " + std::to_string(deliveries) +
-                     " times");
-            }
-        } else if (record.end.kind != simulation::EndKind::exited ||
-                   record.end.status != scenarios::fatalStatus) {
-            fail(who + " ended with the status " + std::to_string(record.end.status));
-        } else {
-            ++report.outcomes[record.fatalLine.empty() ? "fatal, and another launcher emptied its log"
-                                                       : record.fatalLine.substr(0, 10)];
-            if (deliveries != 0) {
-                fail(who + " ended fatally, and its arguments were delivered all the same");
-            }
-            if (record.fatalLine.find("error 231") != std::string::npos) {
-                fail(who + " met another launcher at the pipe: " + record.fatalLine);
-            }
-            if (record.fatalLine.empty() && !record.hasSharedLog) {
-                fail(who + " ended fatally without a line in its log that says why");
-            }
+    }
+}
+
+void Race::checkEnd(const LauncherRecord& ended, const std::string& who) {
+    const std::uint64_t wait = ended.endTime - ended.arrival;
+    report.longestWait = std::max(report.longestWait, wait);
+    if (plan.switching.stallOneIn == 0 && wait > longestHonestWait()) {
+        fail(who + " took " + std::to_string(wait) + " ms");
+    }
+    const int deliveries = deliveriesOf(ended.word);
+    if (ended.end.kind != simulation::EndKind::exited ||
+        (ended.end.status != 0 && ended.end.status != scenarios::fatalStatus)) {
+        fail(who + " ended with the status " + std::to_string(ended.end.status));
+    } else if (ended.end.status != 0) {
+        checkFatalEnd(ended, who, deliveries);
+    } else {
+        ++report.outcomes["delivered"];
+        if (deliveries != 1) {
+            fail(who + " ended well and its arguments were delivered " + std::to_string(deliveries) +
+                 " times");
         }
+    }
+}
+
+void Race::checkFatalEnd(const LauncherRecord& ended, const std::string& who, int deliveries) {
+    ++report.outcomes[ended.fatalLine.empty() ? "fatal, and another launcher emptied its log"
+                                              : ended.fatalLine.substr(0, 10)];
+    if (deliveries != 0) {
+        fail(who + " ended fatally, and its arguments were delivered all the same");
+    }
+    if (ended.fatalLine.find("error 231") != std::string::npos) {
+        fail(who + " met another launcher at the pipe: " + ended.fatalLine);
+    }
+    if (ended.fatalLine.empty() && !ended.hasSharedLog) {
+        fail(who + " ended fatally without a line in its log that says why");
     }
 }
 
@@ -297,11 +308,10 @@ void Race::checkPayloads() {
             if (words != 1 || !isWhole) {
                 fail("a mixed payload: " + narrowText(text));
             }
-            if (text.find(L"\n-useDaemon\n" + std::to_wstring(id) + L"\n") == std::wstring::npos) {
-                ++report.foreignNumbers;
-                if (report.overlaps.empty()) {
-                    fail("a payload with the number of another platform: " + narrowText(text));
-                }
+            const bool isForOther =
+                text.find(L"\n-useDaemon\n" + std::to_wstring(id) + L"\n") == std::wstring::npos;
+            if (isForOther && report.overlaps.empty()) {
+                fail("a payload with the number of another platform: " + narrowText(text));
             }
         }
     }
