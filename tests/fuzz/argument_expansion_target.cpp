@@ -5,11 +5,11 @@
 #include <optional>
 
 #include "fuzz/allocation_account.h"
+#include "fuzz/bench.h"
 #include "fuzz/sections.h"
 #include "fuzz/target.h"
 #include "fuzz/text_lines.h"
 #include "launch/argument_screening.h"
-#include "support/launcher_fixture.h"
 
 // The input is a command line and the configurations of zellauncher.properties. What comes out must be
 // what the rules of the expansion give, and the screening must let no word through that it is there to
@@ -23,15 +23,6 @@ using zellauncher::PropertyList;
 using Overrides = std::map<std::wstring, std::wstring>;
 
 constexpr std::size_t mostWords = 200;
-
-class Bench : public launchertest::OnMachine {
-public:
-    using OnMachine::machine;
-    using OnMachine::runQuietly;
-
-private:
-    void TestBody() override {}
-};
 
 struct Expansion {
     Arguments words;

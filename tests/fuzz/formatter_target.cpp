@@ -7,10 +7,10 @@
 
 #include "foundation/log_channel.h"
 #include "fuzz/allocation_account.h"
+#include "fuzz/bench.h"
 #include "fuzz/sections.h"
 #include "fuzz/target.h"
 #include "fuzz/text_lines.h"
-#include "support/launcher_fixture.h"
 
 // The input is a format and arguments. The whole text must be what a second formatter makes of it, which
 // leaves each conversion that it knows to the C library; and what the log makes of a hostile format
@@ -23,14 +23,6 @@ using zellauncher::FormatArgument;
 
 constexpr std::size_t widestField = 4096;
 constexpr std::size_t mostArguments = 3;
-
-class Bench : public launchertest::OnMachine {
-public:
-    using OnMachine::run;
-
-private:
-    void TestBody() override {}
-};
 
 // `d` in front of a number makes it a signed one, `u` an unsigned one; all else is a text.
 FormatArgument argumentOf(const std::wstring& word) {

@@ -1,15 +1,16 @@
 #include "foundation/paths.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
 #include "foundation/file_operations.h"
 #include "foundation/file_tests.h"
 #include "fuzz/allocation_account.h"
+#include "fuzz/bench.h"
 #include "fuzz/sections.h"
 #include "fuzz/target.h"
 #include "fuzz/text_lines.h"
-#include "support/launcher_fixture.h"
 
 // The input is paths, one a line, with the current directory in a section of its own. Their long form
 // must be what the rules of the conversion give, and what makes or deletes files by it must stay on
@@ -20,26 +21,17 @@ namespace {
 
 constexpr std::size_t mostPaths = 6;
 
-class Bench : public launchertest::OnMachine {
-public:
-    using OnMachine::machine;
-    using OnMachine::runQuietly;
-
-    // Nothing when the process ended fatally.
-    std::optional<std::wstring> outcomeOf(const std::function<std::wstring()>& operation) {
-        std::wstring result;
-        const launchertest::Outcome outcome = runQuietly([&] { result = operation(); });
-        expect(outcome.end.kind == simulation::EndKind::exited, "a conversion ends or is fatal");
-        if (outcome.isFatal()) {
-            expect(outcome.log.find("ZLNCH") != std::string::npos, "a fatal end says why");
-            return std::nullopt;
-        }
-        return result;
+// Nothing when the process ended fatally.
+std::optional<std::wstring> outcomeOf(Bench& bench, const std::function<std::wstring()>& operation) {
+    std::wstring result;
+    const launchertest::Outcome outcome = bench.runQuietly([&] { result = operation(); });
+    expect(outcome.end.kind == simulation::EndKind::exited, "a conversion ends or is fatal");
+    if (outcome.isFatal()) {
+        expect(outcome.log.find("ZLNCH") != std::string::npos, "a fatal end says why");
+        return std::nullopt;
     }
-
-private:
-    void TestBody() override {}
-};
+    return result;
+}
 
 bool isSeparator(wchar_t unit) {
     return unit == L'\\' || unit == L'/';
@@ -93,7 +85,7 @@ std::optional<std::wstring> longForm(const std::wstring& path) {
 }
 
 void expectConversion(Bench& bench, const std::wstring& path) {
-    const std::optional<std::wstring> converted = bench.outcomeOf([&] {
+    const std::optional<std::wstring> converted = outcomeOf(bench, [&] {
         std::wstring text = path;
         zellauncher::toLongPath(text);
         return text;
@@ -111,7 +103,7 @@ void expectConversion(Bench& bench, const std::wstring& path) {
 }
 
 void expectWorkspacePath(Bench& bench, const std::wstring& path) {
-    const std::optional<std::wstring> full = bench.outcomeOf([&] {
+    const std::optional<std::wstring> full = outcomeOf(bench, [&] {
         std::wstring result;
         zellauncher::resolveWorkspacePath(path, result);
         return result;
@@ -135,7 +127,7 @@ void expectStaysOnPath(Bench& bench, const std::wstring& path) {
     const std::wstring twice = expected ? longForm(once).value_or(once) : once;
     const std::wstring aside = once + L".deleteme";
     const std::size_t before = bench.machine.operations().size();
-    bench.outcomeOf([&] {
+    outcomeOf(bench, [&] {
         zellauncher::createDirectories(path);
         zellauncher::fileExists(path);
         zellauncher::directoryExists(path);

@@ -23,10 +23,8 @@ bool isBelow(const std::wstring& path, const std::wstring& directory) {
 std::wstring systemPath(const std::wstring& path) {
     std::wstring text = capitals(path.starts_with(L"\\\\?\\") ? path.substr(4) : path);
     std::replace(text.begin(), text.end(), L'/', L'\\');
-    if (text.starts_with(L"\\\\")) {
-        return text;  // another machine
-    }
-    if (text.size() < 2 || text[1] != L':') {
+    const bool isOfAnotherMachine = text.starts_with(L"\\\\");
+    if (!isOfAnotherMachine && (text.size() < 2 || text[1] != L':')) {
         text = L"C:\\" + text;
     }
     std::vector<std::wstring> components;
@@ -43,11 +41,11 @@ std::wstring systemPath(const std::wstring& path) {
         }
         component.clear();
     }
-    std::wstring full;
+    std::wstring full = isOfAnotherMachine ? L"\\" : L"";
     for (const std::wstring& name : components) {
         full += (full.empty() ? L"" : L"\\") + name;
     }
-    return components.size() == 1 ? full + L"\\" : full;
+    return components.size() == 1 && !isOfAnotherMachine ? full + L"\\" : full;
 }
 
 void Places::allowTree(const std::wstring& directory) {

@@ -2,11 +2,11 @@
 #include <optional>
 
 #include "fuzz/allocation_account.h"
+#include "fuzz/bench.h"
 #include "fuzz/sections.h"
 #include "fuzz/target.h"
 #include "fuzz/text_lines.h"
 #include "provisioning/seed_files.h"
-#include "support/launcher_fixture.h"
 
 // The input is the installation's template of platform.xml and the identities of the features. The user's
 // file must be the template line by line with the identities filled in, as far as they are known.
@@ -15,15 +15,6 @@ namespace fuzz {
 namespace {
 
 using zellauncher::PropertyList;
-
-class Bench : public launchertest::OnMachine {
-public:
-    using OnMachine::machine;
-    using OnMachine::run;
-
-private:
-    void TestBody() override {}
-};
 
 // The parts between the placeholders, with the value in their place.
 std::wstring filled(const std::wstring& line, const std::wstring& placeholder, const std::wstring& value) {

@@ -3,10 +3,10 @@
 
 #include "configuration/user_install_properties.h"
 #include "fuzz/allocation_account.h"
+#include "fuzz/bench.h"
 #include "fuzz/target.h"
 #include "fuzz/text_lines.h"
 #include "properties/property_reader.h"
-#include "support/launcher_fixture.h"
 
 // The input is a property file. What the launcher's reader makes of it must be what a second reader
 // makes of it, which is written from the description of the dialect and shares nothing with the first.
@@ -27,23 +27,13 @@ constexpr std::size_t bytesForByte = 500;
 constexpr std::size_t machineOperations = 60;
 constexpr std::size_t operationsForByte = 4;
 
-class Bench : public launchertest::OnMachine {
-public:
-    using OnMachine::machine;
-    using OnMachine::run;
-
-    PropertyList load(const std::string& bytes) {
-        PropertyList list;
-        machine.writeFile(file, bytes);
-        end = run([&] { zellauncher::loadPropertyFile(file, list); }).end;
-        return list;
-    }
-
-    simulation::ProcessEnd end;
-
-private:
-    void TestBody() override {}
-};
+PropertyList load(Bench& bench, const std::string& bytes) {
+    PropertyList list;
+    bench.machine.writeFile(file, bytes);
+    const launchertest::Outcome outcome = bench.run([&] { zellauncher::loadPropertyFile(file, list); });
+    expect(outcome.end.kind == simulation::EndKind::exited && outcome.end.status == 0, "a file is read");
+    return list;
+}
 
 std::wstring unescaped(const std::wstring& value) {
     std::wstring plain;
@@ -195,7 +185,7 @@ void expectRoundTrip(const PropertyList& list) {
         expected.push_back({L"key", trimmed(entry.value)});
     }
     Bench bench;
-    expectSame(bench.load(written), expected);
+    expectSame(load(bench, written), expected);
 }
 
 }  // namespace
@@ -205,8 +195,7 @@ void runInput(const std::string& bytes) {
     const AllocationAccount account;
     {
         Bench bench;
-        list = bench.load(bytes);
-        expect(bench.end.kind == simulation::EndKind::exited && bench.end.status == 0, "a file is read");
+        list = load(bench, bytes);
         expect(bench.machine.operationCount() <= machineOperations + operationsForByte * bytes.size(),
                "operations are bounded by the file: " + std::to_string(bench.machine.operationCount()));
     }

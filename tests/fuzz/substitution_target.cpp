@@ -4,10 +4,10 @@
 #include <optional>
 
 #include "fuzz/allocation_account.h"
+#include "fuzz/bench.h"
 #include "fuzz/sections.h"
 #include "fuzz/target.h"
 #include "fuzz/text_lines.h"
-#include "support/launcher_fixture.h"
 
 // The input is a list of entries, an environment and texts. What the launcher's scan makes of a text must
 // be what the rules make of it when they are followed literally, on one plain string, as long as that
@@ -26,15 +26,6 @@ constexpr const wchar_t* data = L"C:/Users/ann/work";
 constexpr std::size_t bytesOfGrowth = sizeof(wchar_t) * 4'000'000;
 constexpr std::size_t textsAtOnce = 10;
 constexpr std::size_t mostReplacements = 10'000;
-
-class Bench : public launchertest::OnMachine {
-public:
-    using OnMachine::machine;
-    using OnMachine::runQuietly;
-
-private:
-    void TestBody() override {}
-};
 
 using Environment = std::vector<zellauncher::PropertyEntry>;
 

@@ -3,11 +3,11 @@
 
 #include "configuration/user_install_properties.h"
 #include "fuzz/allocation_account.h"
+#include "fuzz/bench.h"
 #include "fuzz/sections.h"
 #include "fuzz/target.h"
 #include "fuzz/text_lines.h"
 #include "properties/property_reader.h"
-#include "support/launcher_fixture.h"
 
 // The input is the installation's zelinstall.properties and what zellauncher.properties knows. The user's
 // file must hold the lines that the rules of the copying keep, and nothing else, with the known lines
@@ -20,15 +20,6 @@ using zellauncher::PropertyList;
 
 constexpr std::size_t machineBytes = 600'000;
 constexpr std::size_t bytesForByte = 200;
-
-class Bench : public launchertest::OnMachine {
-public:
-    using OnMachine::machine;
-    using OnMachine::run;
-
-private:
-    void TestBody() override {}
-};
 
 bool goesOn(const std::wstring& line) {
     const std::size_t last = line.find_last_not_of(L'\\');

@@ -86,7 +86,7 @@ public:
         if (platformText != input.end()) {
             platform.publishes = !contains(platformText->second, "silent");
             platform.servesPipe = !contains(platformText->second, "deaf");
-            platform.livesMilliseconds = contains(platformText->second, "dies") ? 0 : 3'000;
+            platform.livesMilliseconds = contains(platformText->second, "dies") ? 0 : 1'200;
             platform.exitCode = contains(platformText->second, "fails") ? 23 : 0;
         }
     }
