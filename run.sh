@@ -95,6 +95,7 @@ stop_platform() {
     if [ -f "$real_records/running.txt" ] && ! has_ended "$real_records"; then
         start_launcher -exit 0 >/dev/null
         eventually 60 has_ended "$real_records" || true
+        eventually 60 [ ! -f "$workspace/.pipe" ] || true # the last that it does
     fi
     rm -rf "$workspace/standin.stop" "$standin_records" "$real_records"
 }
