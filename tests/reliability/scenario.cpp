@@ -9,10 +9,16 @@ namespace reliability {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr std::uint64_t slowness = 5;  // the sanitizers take their time
-#elif defined(__has_feature)
-constexpr std::uint64_t slowness = __has_feature(address_sanitizer) ? 5 : 1;
+// The sanitizers take their time.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define RELIABILITY_SANITIZED
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define RELIABILITY_SANITIZED
+#endif
+#ifdef RELIABILITY_SANITIZED
+constexpr std::uint64_t slowness = 5;
 #else
 constexpr std::uint64_t slowness = 1;
 #endif
