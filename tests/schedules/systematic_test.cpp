@@ -20,8 +20,16 @@ bool isAny(const char* /*name*/, const std::wstring& /*argument*/) {
     return true;
 }
 
+#ifndef ZELLAUNCHER_ORDINARY_DEPARTURES
+#define ZELLAUNCHER_ORDINARY_DEPARTURES 2
+#endif
+
 bool isLong() {
     return std::getenv("ZELLAUNCHER_LONG") != nullptr;
+}
+
+int sharedDepartures() {
+    return isLong() ? 3 : ZELLAUNCHER_ORDINARY_DEPARTURES;
 }
 
 Exploration exploreAll(const RacePlan& plan, schedules::IsSwitching isSwitching, int departures) {
@@ -55,7 +63,7 @@ void expectAllDelivered(const Exploration& exploration) {
 }
 
 TEST(TwoLaunchers, FirstStartAtEverySharedOperation) {
-    expectAllDelivered(exploreAll(twoLaunchers(Before::nothing), isSharedOperation, isLong() ? 3 : 2));
+    expectAllDelivered(exploreAll(twoLaunchers(Before::nothing), isSharedOperation, sharedDepartures()));
 }
 
 TEST(TwoLaunchers, FirstStartAtEveryOperation) {
@@ -63,12 +71,12 @@ TEST(TwoLaunchers, FirstStartAtEveryOperation) {
 }
 
 TEST(TwoLaunchers, AfterAPlatformThatDied) {
-    expectAllDelivered(exploreAll(twoLaunchers(Before::deadPlatform), isSharedOperation, isLong() ? 3 : 2));
+    expectAllDelivered(exploreAll(twoLaunchers(Before::deadPlatform), isSharedOperation, sharedDepartures()));
 }
 
 TEST(TwoLaunchers, BesideAPlatformThatRuns) {
     expectAllDelivered(
-        exploreAll(twoLaunchers(Before::runningPlatform), isSharedOperation, isLong() ? 3 : 2));
+        exploreAll(twoLaunchers(Before::runningPlatform), isSharedOperation, sharedDepartures()));
 }
 
 // The platform is there and ends at the moment at which the launchers come.
@@ -78,10 +86,12 @@ TEST(TwoLaunchers, WhileThePlatformEnds) {
     plan.launchers[0].arrivesAfter = 1;
     plan.launchers[1].arrivesAfter = 1;
     plan.platforms.push_back({Fate::lives, 0, 5000, 0, {}});
-    const Exploration exploration = exploreAll(plan, isSharedOperation, isLong() ? 3 : 2);
+    const Exploration exploration = exploreAll(plan, isSharedOperation, sharedDepartures());
     EXPECT_TRUE(exploration.overlaps.empty());
     EXPECT_GT(exploration.outcomes.count("delivered"), 0U);
-    EXPECT_GT(exploration.outcomes.count("ZLNCH0142E"), 0U);  // it went between the look and the pipe
+    if (sharedDepartures() >= 2) {  // it went between the look and the pipe
+        EXPECT_GT(exploration.outcomes.count("ZLNCH0142E"), 0U);
+    }
 }
 
 }  // namespace
