@@ -10,7 +10,8 @@
 
 #include "fuzz/target.h"
 
-// The corpus of a target as ordinary tests: one test a file.
+// The corpus of a target as ordinary tests, and what is too costly for a fuzzer to begin with: one test
+// a file.
 namespace fuzz {
 
 void expect(bool holds, const std::string& what) {
@@ -21,8 +22,12 @@ namespace {
 
 std::vector<std::filesystem::path> corpusFiles() {
     std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(FUZZ_CORPUS)) {
-        files.push_back(entry.path());
+    for (const char* directory : {FUZZ_CORPUS, FUZZ_COSTLY}) {
+        if (std::filesystem::exists(directory)) {
+            for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+                files.push_back(entry.path());
+            }
+        }
     }
     std::sort(files.begin(), files.end());
     return files;
