@@ -137,16 +137,17 @@ class Results:
 
     def __init__(self, path, tests_digest, start_anew):
         self.path, self.tests_digest, self.lock = path, tests_digest, threading.Lock()
-        self.known, self.codes = {}, {}
+        self.known, self.codes, self.to_retry = {}, {}, set()
         if start_anew:
             path.unlink(missing_ok=True)
         if path.exists():
             for line in path.read_text().splitlines():
                 record = json.loads(line)
-                if record["state"] != "survived" or record["tests"] == tests_digest:
-                    self.known[record["key"]] = record
-                else:
-                    self.known.pop(record["key"], None)
+                self.known[record["key"]] = record
+            self.to_retry = {key for key, record in self.known.items()
+                             if record["state"] == "survived" and record["tests"] != tests_digest}
+            for key in self.to_retry:
+                del self.known[key]
 
     def store(self, mutant, state, by=""):
         record = {"key": mutant.key, "state": state, "by": by, "tests": self.tests_digest, "file": mutant.file,
@@ -299,6 +300,7 @@ def main():
     results = Results(BUILD / "mutants.jsonl", tests_digest(options.units), options.fresh)
 
     unknown = [mutant for mutant in mutants if mutant.key not in results.known]
+    unknown.sort(key=lambda mutant: mutant.key not in results.to_retry)
     if unknown and not options.report:
         laboratory = Laboratory(files, results, options.units)
         laboratory.prepare(files)
