@@ -63,6 +63,18 @@ TEST_F(JvmSelection, AReplacedNameStays) {
     EXPECT_EQ(select({L"prog", L"-vm", L"C:\\j\\java.exe"}), L" -vm \"C:\\j\\ak7.exe\"");
 }
 
+TEST_F(JvmSelection, AReplacementTellsWhetherItHappened) {
+    machine.writeFile(L"C:\\j\\own.exe", "");
+    std::wstring vm = L"C:\\j\\java.exe";
+    run([&] {
+        EXPECT_FALSE(zellauncher::replaceVmName(vm, L"java.exe", L"gone.exe"));
+        EXPECT_FALSE(zellauncher::replaceVmName(vm, L"java.exe", L""));
+        EXPECT_EQ(vm, L"C:\\j\\java.exe");
+        EXPECT_TRUE(zellauncher::replaceVmName(vm, L"java.exe", L"own.exe"));
+    });
+    EXPECT_EQ(vm, L"C:\\j\\own.exe");
+}
+
 TEST_F(JvmSelection, ADirectJavaStartHasTheVmAtItsHead) {
     install = {{L"vm", L"C:/p/javaw.exe"}};
     for (const auto each : {InstallConfigurationKind::service, InstallConfigurationKind::multiuserService}) {

@@ -90,6 +90,8 @@ TEST_F(LibraryPath, TheEnvironmentIsUnsetThenSet) {
     EXPECT_EQ(valueAfter(L"p", section), L"odd");
     EXPECT_EQ(valueAfter(L"TEMP", section), std::nullopt);
     EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_FALSE(askedFor(L"=x"));  // the keys without a name
+    EXPECT_FALSE(askedFor(L"="));
 }
 
 TEST_F(LibraryPath, SettingAndUnsettingOneVariable) {

@@ -137,6 +137,7 @@ TEST(Unescaping, ResolvesPairsUnitsAndOtherCharacters) {
     EXPECT_EQ(unescaped(L"\\\\"), L"\\");
     EXPECT_EQ(unescaped(L"\\\\\\\\"), L"\\\\");
     EXPECT_EQ(unescaped(L"a\\"), L"a");
+    EXPECT_EQ(unescaped(L"a \\"), L"a");
     EXPECT_EQ(unescaped(L"\\\\u0041"), L"\\u0041");
     EXPECT_EQ(unescaped(L"\\u00411"), L"A1");
     EXPECT_EQ(unescaped(L"\\u"), L"");
