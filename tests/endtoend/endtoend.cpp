@@ -424,6 +424,31 @@ void EndToEnd::pause() {
     Sleep(pauseMilliseconds);
 }
 
+std::wstring EndToEnd::pipeName(const fs::path& directory) {
+    const std::vector<std::string> lines = linesOf(read(directory / L".pipe"));
+    return lines.empty() ? std::wstring() : wide(lines.front());
+}
+
+PipeClient::PipeClient(const std::wstring& name) {
+    WaitNamedPipeW(name.c_str(), platformBound);
+    HANDLE handle = CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                FILE_ATTRIBUTE_NORMAL, nullptr);
+    pipe = handle == INVALID_HANDLE_VALUE ? nullptr : handle;
+}
+
+bool PipeClient::write(const std::wstring& text) {
+    DWORD written = 0;
+    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    return WriteFile(pipe, text.c_str(), size, &written, nullptr) != 0 && written == size;
+}
+
+void PipeClient::close() {
+    if (pipe != nullptr) {
+        CloseHandle(pipe);
+        pipe = nullptr;
+    }
+}
+
 bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }

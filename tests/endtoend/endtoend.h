@@ -34,6 +34,22 @@ struct VariableOrder {
 };
 using Variables = std::map<std::wstring, std::wstring, VariableOrder>;
 
+// A client of a platform's pipe, as a launcher is one, but at the pace of a test.
+class PipeClient {
+public:
+    explicit PipeClient(const std::wstring& name);
+    ~PipeClient() { close(); }
+    PipeClient(const PipeClient&) = delete;
+    PipeClient& operator=(const PipeClient&) = delete;
+
+    bool isConnected() const { return pipe != nullptr; }
+    bool write(const std::wstring& text);  // and the NUL behind it
+    void close();
+
+private:
+    void* pipe = nullptr;
+};
+
 // Where the build put the programs.
 fs::path builtPrograms();
 
@@ -100,6 +116,8 @@ protected:
     // The process that the launcher recorded.
     bool isPlatformRunning() const { return isPlatformRunning(workspace()); }
     bool isPlatformRunning(const fs::path& directory) const;
+    std::wstring pipeName() const { return pipeName(workspace()); }
+    static std::wstring pipeName(const fs::path& directory);  // as the platform published it
     // Asks the platform to end and waits for that; its records are removed.
     void stopPlatform() { stopPlatform(workspace()); }
     void stopPlatform(const fs::path& directory);

@@ -55,6 +55,18 @@ protected:
     }
 };
 
+TEST_F(HandOff, ATextWhoseClientIsGoneBeforeAnybodyWaitsForItIsNotLost) {
+    EXPECT_EQ(launch(), 0U) << log();
+    EXPECT_TRUE(isPlatformRunning());
+    endtoend::PipeClient slow(pipeName());
+    ASSERT_TRUE(slow.isConnected());
+    EXPECT_EQ(launch({L"quick"}), 0U) << log();
+    EXPECT_TRUE(slow.write(L"slow"));
+    slow.close();
+    EXPECT_EQ(payload(1), std::wstring(L"slow") + L'\0');
+    EXPECT_NE(payload(2).find(L"\nquick\n"), std::wstring::npos);
+}
+
 TEST_F(HandOff, ASecondAndAThirdLauncherHandTheirWordsOver) {
     EXPECT_EQ(launch({L"first"}), 0U) << log();
     EXPECT_EQ(launch({L"second", L"two words"}), 0U) << log();
