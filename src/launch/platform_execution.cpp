@@ -59,14 +59,20 @@ bool isCurrentUserAdministrator() {
     return isUserInAdminGroup(userName);
 }
 
+// A platform whose code cannot be had counts as running: taken for one that has ended, it would be started
+// a second time, and again at the next failure.
+std::uint32_t askForExitCode(platform::Handle process) {
+    return platform::processExitCode(process).value_or(platform::exitCodeStillActive);
+}
+
 // The locked-down desktop: the launcher stays, without its window, until the platform has ended.
 std::uint32_t superviseCommand(const std::wstring& command, const platform::StartInformation& start) {
     const platform::ChildProcess child = startPlatform(command, start);
     platform::hideWindow(findConsoleWindow());
-    std::uint32_t exitCode = platform::processExitCode(child.process).value_or(0);
+    std::uint32_t exitCode = askForExitCode(child.process);
     while (exitCode == platform::exitCodeStillActive) {
         platform::sleepMilliseconds(supervisionPollMilliseconds);
-        exitCode = platform::processExitCode(child.process).value_or(0);
+        exitCode = askForExitCode(child.process);
     }
     return exitCode;
 }

@@ -73,6 +73,9 @@ class Start : public scenarios::Story {
 public:
     explicit Start(const Sections& sections) : input(sections) {
         layOut();
+        // A locked-down desktop starts its platform again and again, until one restarts by itself and is
+        // not seen any more. Nobody else asks for the code.
+        platform.exitCode = 23;
         for (const KnownFile& file : knownFiles) {
             place(file);
         }
@@ -87,7 +90,6 @@ public:
             platform.publishes = !contains(platformText->second, "silent");
             platform.servesPipe = !contains(platformText->second, "deaf");
             platform.livesMilliseconds = contains(platformText->second, "dies") ? 0 : 1'200;
-            platform.exitCode = contains(platformText->second, "fails") ? 23 : 0;
         }
     }
 

@@ -6,13 +6,17 @@ namespace fuzz {
 
 namespace {
 
-// One unit after the other; what it means depends on the backslashes in front of it and on the quotes.
+// One unit after the other; what it means depends on the backslashes and the quotes in front of it.
+//
+// The third of three quotes in a row is a character, where one that opened the quoted part counts as the
+// first; the count then begins anew, outside of quotes. Two in a row therefore open and close, or close
+// and open again.
 class WordReader {
 public:
     void take(wchar_t unit) {
         if (unit == L'\\') {
+            endRow();
             ++backslashes;
-            hasJustClosed = false;
         } else if (unit == L'"') {
             takeQuote();
         } else {
@@ -35,28 +39,27 @@ private:
 
     void takeQuote() {
         const bool isCharacter = backslashes % 2 == 1;
-        const bool hasBackslashes = backslashes > 0;
         addBackslashes(backslashes / 2);
         isInWord = true;
         if (isCharacter) {
             word += L'"';
-        } else if (hasJustClosed && !hasBackslashes) {
-            word += L'"';  // the second of two: both are one character, and the quotes go on
-            isQuoted = true;
-            hasJustClosed = false;
-            return;
-        } else {
-            hasJustClosed = isQuoted;
-            isQuoted = !isQuoted;
-            return;
+        } else if (++quotes == 3) {
+            word += L'"';
+            quotes = 0;
         }
-        hasJustClosed = false;
+        isInRow = true;
+    }
+
+    // Two that stood in a row are none; one goes on being open.
+    void endRow() {
+        quotes = isInRow && quotes == 2 ? 0 : quotes;
+        isInRow = false;
     }
 
     void takePlain(wchar_t unit) {
+        endRow();
         addBackslashes(backslashes);
-        hasJustClosed = false;
-        if (!isQuoted && (unit == L' ' || unit == L'\t')) {
+        if (quotes == 0 && (unit == L' ' || unit == L'\t')) {
             endWord();
         } else {
             word += unit;
@@ -75,9 +78,9 @@ private:
     std::vector<std::wstring> words;
     std::wstring word;
     std::size_t backslashes = 0;
+    int quotes = 0;
     bool isInWord = false;
-    bool isQuoted = false;
-    bool hasJustClosed = false;
+    bool isInRow = false;
 };
 
 std::size_t endOfProgram(const std::wstring& commandLine) {

@@ -137,6 +137,13 @@ std::function<void(Stage&)> kind(const std::string& value) {
     return [value](Stage& stage) { stage.launcherProperties.set("install.configuration", value); };
 }
 
+// Supervised to its end, which is a restart that nobody follows.
+void lockdownOfUser(Stage& stage) {
+    kind("lockdown")(stage);
+    livesFor(stage, 3000);
+    stage.platform.exitCode = 23;
+}
+
 void lockdownOfAdministrator(Stage& stage) {
     kind("lockdown")(stage);
     administrator(stage);
@@ -280,9 +287,9 @@ std::vector<Scenario> makeCatalogue() {
         {.name = "restart_with_a_reset", .words = {L"-restart", L"-resetconfig"}, .past = livedIn},
         {.name = "kiosk_with_a_desktop", .world = kioskWithDesktop, .past = livedIn},
         {.name = "kiosk_of_another_user", .world = kiosk},
-        // The kiosk shell role: {.name = "kiosk_without_a_desktop", .world = ...}.
+        // Without a desktop: the role is performed and stopped at each operation in tests/unit/kiosk.
         {.name = "lockdown_of_an_administrator", .world = lockdownOfAdministrator},
-        // The supervised run: {.name = "lockdown_of_a_user", .world = kind("lockdown")}.
+        {.name = "lockdown_of_a_user", .world = lockdownOfUser},
         {.name = "service",
          .world = service,
          .workspace = L"C:\\Apps\\framework\\Client\\eclipse\\.workspace"},

@@ -89,7 +89,7 @@ bool isAcceptedWait(const Performance& run) {
         run.operations.rbegin(), run.operations.rend(),
         [](const simulation::Operation& operation) { return operation.fault != platform::errorSuccess; });
     return (last.name == "lockStream" && last.fault == platform::errorLockViolation) ||
-           last.name == "hasProcessEnded";
+           last.name == "hasProcessEnded" || last.name == "processExitCode";
 }
 
 // What docs/reliability.md names: each with its reason there.
@@ -99,8 +99,26 @@ constexpr const char* lineNotTakenOver = "a line of the base properties is not t
 constexpr const char* userCountsAsNew = "a known user counts as new, and the renewal waits";
 constexpr const char* readInPart = "the user's properties are read in part";
 
-constexpr const char* allNames[] = {ownerCountsAsGone, backupReplaced, lineNotTakenOver, userCountsAsNew,
-                                    readInPart};
+constexpr const char* shellRoleTaken = "a machine counts as a kiosk without a desktop";
+
+constexpr const char* allNames[] = {ownerCountsAsGone, backupReplaced, lineNotTakenOver,
+                                    userCountsAsNew,   readInPart,     shellRoleTaken};
+
+// An administrator got a desktop, and the machine another logon shell for that moment.
+bool tookShellRole(const Performance& run) {
+    return std::any_of(
+        run.operations.begin(), run.operations.end(),
+        [](const simulation::Operation& operation) { return operation.name == "waitForInputIdle"; });
+}
+
+// The logon shell, or the list of processes, could not be read.
+bool isKioskTestStruck(const Performance& run) {
+    return struck(run, [](const simulation::Operation& operation) {
+        return operation.name == "openRegistryKey" || operation.name == "queryRegistryText" ||
+               operation.name == "processSnapshot" || operation.name == "firstProcess" ||
+               operation.name == "nextProcess";
+    });
+}
 
 // The owner of the workspace could not be asked, and so counts as gone.
 bool isOwnerCheckStruck(const Performance& run) {
@@ -216,7 +234,9 @@ protected:
             expectNamed(isNew || isOwnerCheckStruck(run), isNew ? userCountsAsNew : ownerCountsAsGone, fault,
                         run, "goes on where it should be refused");
         }
-        if (run.commands.empty() && run.payloads.empty()) {
+        if (tookShellRole(run)) {
+            expectNamed(isKioskTestStruck(run), shellRoleTaken, fault, run, "takes the role of a shell");
+        } else if (run.commands.empty() && run.payloads.empty()) {
             finding(fault, run, "did nothing");
         }
         if (isPropertyReadingStruck(run) && !hasReason(run, untouched) && !isLogStruck(run)) {
@@ -257,7 +277,10 @@ protected:
 
     void judgeNext(const FaultRun& fault, const Performance& run, const Performance& next, Stage& stage) {
         const std::string what = "the next start does something else";
-        if (isLineStruck(run)) {
+        if (tookShellRole(run)) {
+            // What the role wrote makes the machine a kiosk for the next start as well.
+            expectNamed(next.endedWell(), shellRoleTaken, fault, next, what);
+        } else if (isLineStruck(run)) {
             stage.closePlatforms();
             reliability::Words reset = scenario.nextWords;
             reset.emplace_back(L"-resetconfig");

@@ -232,6 +232,15 @@ TEST_F(PlatformExecution, APlatformThatEndsWith259LooksAsIfItStillRan) {
     EXPECT_TRUE(machine.isRunning(launcher));
 }
 
+TEST_F(PlatformExecution, ASupervisedPlatformWhoseCodeCannotBeHadIsAskedAgain) {
+    simulation::Fault fault;
+    fault.operation = "processExitCode";
+    machine.inject(fault);
+    execute(L"\"C:\\p\\eclipse.exe\"", [this] { beLockdownUser(); });
+    EXPECT_EQ(machine.startedProcesses().size(), 1U);
+    EXPECT_GE(machine.elapsedMilliseconds(), platformLives);
+}
+
 TEST_F(PlatformExecution, AFailureToReadTheUsersNameIsADebugLine) {
     simulation::Fault fault;
     fault.operation = "currentUserName";
