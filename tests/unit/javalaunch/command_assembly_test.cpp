@@ -269,6 +269,7 @@ TEST_F(SharedClasses, AreClearedWhenTheManifestIsNew) {
     EXPECT_TRUE(isCleared());
     EXPECT_TRUE(machine.isDirectory(L"C:\\cache\\classes"));
     EXPECT_TRUE(askedFor(L"C:\\cache\\classes"));
+    EXPECT_EQ(outcome.log.find("ZLNCH0086I"), std::string::npos);
 }
 
 TEST_F(SharedClasses, StayWhenTheManifestIsKnown) {

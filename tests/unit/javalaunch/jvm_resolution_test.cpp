@@ -166,6 +166,7 @@ TEST_F(JvmResolution, AboveTheFirstSlashThereIsNothing) {
     std::wstring parent = L"kept";
     machine.run({L"C:\\x.exe"}, [&] {
         EXPECT_FALSE(zellauncher::findParentJvmRoot(L"/java.exe", parent));
+        EXPECT_FALSE(zellauncher::findParentJvmRoot(L"javaw.exe", parent));  // no current directory either
         EXPECT_TRUE(zellauncher::findParentJvmRoot(L"/x/java.exe", parent));
         return 0;
     });
@@ -180,6 +181,18 @@ TEST_F(JvmResolution, ATrailingSlashIsALevel) {
         return 0;
     });
     EXPECT_EQ(parent, L"C:/x/");
+}
+
+TEST_F(JvmResolution, ASearchAsksTheSystemForPathsWithBackslashes) {
+    runQuietly([] { EXPECT_FALSE(zellauncher::hasJvmProperties(L"C:/x/")); });
+    EXPECT_TRUE(askedFor(L"C:\\x\\jvm.properties"));
+}
+
+TEST_F(JvmResolution, BeforeTheFirstLookTheWorkspaceHasNothing) {
+    runQuietly([] {
+        EXPECT_FALSE(zellauncher::jvmPropertiesInWorkspace);
+        EXPECT_EQ(zellauncher::jvmPolicyFilePath, L"");
+    });
 }
 
 TEST_F(JvmResolution, RemembersWhatItLookedForInTheWorkspace) {

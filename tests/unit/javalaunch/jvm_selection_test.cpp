@@ -70,6 +70,9 @@ TEST_F(JvmSelection, AReplacementTellsWhetherItHappened) {
         EXPECT_FALSE(zellauncher::replaceVmName(vm, L"java.exe", L"gone.exe"));
         EXPECT_FALSE(zellauncher::replaceVmName(vm, L"java.exe", L""));
         EXPECT_EQ(vm, L"C:\\j\\java.exe");
+        EXPECT_FALSE(zellauncher::replaceVmNameChecked(vm, L"javaw.exe", L"gone.exe"));
+        EXPECT_TRUE(zellauncher::replaceVmNameChecked(vm, L"java.exe", L"own.exe"));
+        vm = L"C:\\j\\java.exe";
         EXPECT_TRUE(zellauncher::replaceVmName(vm, L"java.exe", L"own.exe"));
     });
     EXPECT_EQ(vm, L"C:\\j\\own.exe");
@@ -135,6 +138,8 @@ TEST_F(JvmSelection, CustomNamesOfTheInstallListMeanNothing) {
 
 TEST_F(JvmSelection, ALibraryIsUsedAsItStands) {
     EXPECT_EQ(select({L"prog", L"-vm", L"x.ee", L"-console"}), L" -vm \"x.ee\"");
+    EXPECT_TRUE(vmIsLibrary);
+    select({L"prog", L"-vm", L"C:/first.dll/jvm.dll"});
     EXPECT_TRUE(vmIsLibrary);
     select({L"prog", L"-vm", L"C:/jvm.dll"});
     EXPECT_TRUE(vmIsLibrary);

@@ -25,6 +25,7 @@ TEST(PlatformLines, OfOtherSystemsAreDropped) {
     expectDropped(L"a.b.linux=1");
     expectDropped(L"a.b.macosx=1");
     expectDropped(L"a.linuxish=1");
+    expectDropped(L"a~b.linux=1");
     expectDropped(L"  a.linux=1");
     expectDropped(L"x-Dfoo.linux=1");
     expectDropped(L"a.linux");
