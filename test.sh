@@ -3,6 +3,8 @@
 #
 #   ./test.sh            all of it
 #   ./test.sh --native   only what needs neither the cross compiler nor Wine
+#   ./test.sh --long     all of it, and behind it whole runs where the others take a share: every fault and
+#                        every stop, a million races, the fuzz targets, coverage and mutations; hours
 #   ./test.sh --lint     the static checks instead of the tests (clang-tidy over the whole tree; takes long)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -40,16 +42,40 @@ count_results() {
     done < <(ctest --test-dir "build/$preset" -N | sed -n 's/^ *Test *#[0-9]*: \(.*\)$/\1/p')
 }
 
-# Configures, builds and tests one preset. A test program that fails does not keep the others from running.
-test_preset() {
-    local preset=$1 jobs=$2
+build_preset() {
+    local preset=$1
     say "preset $preset: building"
     cmake --preset "$preset" >"build/$preset.configure.log" 2>&1 || { cat "build/$preset.configure.log"; exit 1; }
     cmake --build --preset "$preset"
-    say "preset $preset: testing"
+}
+
+# A test program that fails does not keep the others from running.
+run_preset() {
+    local preset=$1 jobs=$2
     rm -rf "build/$preset/results"
     ctest --preset "$preset" -j "$jobs" --no-tests=error || true
+}
+
+test_preset() {
+    local preset=$1 jobs=$2
+    build_preset "$preset"
+    say "preset $preset: testing"
+    run_preset "$preset" "$jobs"
     count_results "$preset"
+}
+
+# The programs under Wine mostly wait, so they do it while the native presets are built and tested.
+begin_windows_tests() {
+    say "preset windows: testing, beside what follows"
+    run_preset windows 1 >build/windows.test.log 2>&1 &
+    windows_tests=$!
+}
+
+end_windows_tests() {
+    say "preset windows: tested"
+    wait "$windows_tests"
+    cat build/windows.test.log
+    count_results windows
 }
 
 check_format() {
@@ -100,34 +126,60 @@ lint() {
     run-clang-tidy -quiet -p build/native-asan "$PWD/(src|simulation|tests)/.*" 2>/dev/null
 }
 
-case "${1:-}" in
-    "" | --native) ;;
+# A command that tells by its status whether what it measured holds.
+measure() {
+    say "$*"
+    if "$@"; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+    fi
+}
+
+run_long() {
+    ensure_packages python3 lld llvm
+    export ZELLAUNCHER_LONG=1
+    measure build/native/tests/reliability/faults --gtest_brief=1
+    measure build/native/tests/reliability/stops --gtest_brief=1
+    measure build/native/tests/schedules/schedules --gtest_brief=1
+    unset ZELLAUNCHER_LONG
+    measure tests/fuzz/run.sh 600
+    measure tests/coverage.sh
+    measure tests/mutation/run.sh --jobs 2
+}
+
+mode=${1:-}
+case "$mode" in
+    "" | --native | --long) ;;
     --lint) lint; exit ;;
-    *) sed -n '2,7s/^# \{0,1\}//p' "$0"; exit 2 ;;
+    *) sed -n '2,9s/^# \{0,1\}//p' "$0"; exit 2 ;;
 esac
 
 mkdir -p build
-if [ "${1:-}" = --native ]; then
+has_real_platform=no
+if [ "$mode" = --native ]; then
     ensure_packages "${native_packages[@]}"
 else
     ensure_packages "${native_packages[@]}" "${windows_packages[@]}"
-fi
-check_format
-test_preset native 2
-test_preset native-asan 2
-has_real_platform=no
-if [ "${1:-}" != --native ]; then
     say "the parts of a real platform"
     if ./cmake/real-platform.sh; then
         has_real_platform=yes
     fi
-    test_preset windows 1
+    build_preset windows
+    begin_windows_tests
+fi
+check_format
+test_preset native 2
+test_preset native-asan 2
+if [ "$mode" != --native ]; then
+    end_windows_tests
     check_product
     try_guide
 fi
+[ "$mode" != --long ] || run_long
 
 say "result"
-if [ "${1:-}" != --native ] && [ "$has_real_platform" = no ]; then
+if [ "$mode" != --native ] && [ "$has_real_platform" = no ]; then
     echo "The real platform was not started, since its parts cannot be had: its tests and the guide count as skipped."
 fi
 if [ "$skipped" -gt 0 ]; then
