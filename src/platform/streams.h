@@ -15,8 +15,8 @@ struct Stream;
 
 // Opens a file with one of the runtime's modes: "r" reads an existing file, "r+" reads and writes
 // an existing file, "w" and "w+" make it or empty it, "a+" makes it or keeps it and writes at its
-// end; there is no other mode. Others may read and write the file meanwhile. Null on failure, with the reason in
-// lastError(): a missing file or directory, a directory in place of a file, missing rights.
+// end; there is no other mode. Others may read and write the file meanwhile. Null on failure, with the reason
+// in lastError(): a missing file or directory, a directory in place of a file, missing rights.
 Stream* openStream(const std::wstring& path, const char* mode);
 
 // Up to `capacity` bytes from the current position; 0 at the end and on a failure. lastError() tells the
