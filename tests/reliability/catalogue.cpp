@@ -144,8 +144,9 @@ void lockdownOfUser(Stage& stage) {
     stage.platform.exitCode = 23;
 }
 
+// Whose rights cannot be told is supervised as well.
 void lockdownOfAdministrator(Stage& stage) {
-    kind("lockdown")(stage);
+    lockdownOfUser(stage);
     administrator(stage);
 }
 
