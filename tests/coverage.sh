@@ -28,7 +28,7 @@ measure() {
 export_counts() {
     local programs=() program
     while read -r program; do
-        programs+=(${programs[0]:+-object} "$build/tests/$program")
+        programs+=(${programs[0]:+-object} "$(find "$build/tests" -type f -name "$program" -perm -u+x)")
     done < <(ctest --test-dir "$build" -N | sed -n 's/^ *Test *#[0-9]*: \(.*\)$/\1/p')
     local options=(-instr-profile "$build/coverage.profdata" -ignore-filename-regex='/usr/|/tests/|/simulation/')
     llvm-cov-14 export -format=lcov "${programs[@]}" "${options[@]}" >"$build/coverage.lcov"

@@ -235,6 +235,16 @@ TEST_F(Termination, TheFileSpeaksOnceInALaunchersLife) {
               (std::vector<std::wstring>{once, once, once, once, twice, twice + L"\\.exitData"}));
 }
 
+// The removal itself works; it is the path that a question before it has made too long.
+TEST_F(Termination, ARemovalWithoutAQuestionBeforeItTakesTheFile) {
+    machine.writeFile(exitData, "LOGOFF");
+    run([] {
+        zellauncher::settleExitDataPath();
+        zellauncher::removeExitData();
+    });
+    EXPECT_FALSE(machine.exists(exitData));
+}
+
 TEST_F(Termination, ALauncherOfANewSessionHearsTheFormerOnesWord) {
     machine.writeFile(exitData, "LOGOFF");
     lives = {{0, {}, false, 1000}};
