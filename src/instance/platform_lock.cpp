@@ -54,9 +54,8 @@ void waitForRestartingPlatform(const Arguments& arguments, const std::wstring& e
         ++seconds;
         if (seconds >= restartWaitSeconds) {
             logDebug(
-                "ZLNCH0013E: Existing platform has not shutdown within allotted time. Invalidating the "
-                "lockfile "
-                "for new launch.");
+                "ZLNCH0013E: Existing platform has not shutdown within allotted time. "
+                "Invalidating the lockfile for new launch.");
             invalidateLockFile();
         }
         isAlive = isLockOwnerAlive(exeName, SemaphoreUse::closeAtOnce);
