@@ -162,6 +162,27 @@ bool copyFile(const std::wstring& source, const std::wstring& target, bool failI
     return true;
 }
 
+bool flushFile(const std::wstring& path) {
+    if (const ErrorCode fault = beginOperation("flushFile", path)) {
+        return failWith(fault);
+    }
+    const Lookup found = find(path);
+    if (!found.node) {
+        return failWith(found.error);
+    }
+    if (found.node->isDirectory() || (found.node->attributes & attributeReadOnly) != 0) {
+        return failWith(errorAccessDenied);
+    }
+    ErrorCode error = errorSuccess;
+    const auto writing = simulation::openNode(found.node, false, true, true, true, true, error);
+    if (!writing) {
+        return failWith(error);
+    }
+    simulation::closeOpenFile(*writing);
+    found.node->onDevice.reset();
+    return true;
+}
+
 bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t /*flags*/) {
     if (const ErrorCode fault = beginOperation("moveFile", source)) {
         return failWith(fault);

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "configuration/install_configuration.h"
+#include "foundation/file_operations.h"
 #include "foundation/file_tests.h"
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
@@ -31,6 +32,7 @@ void appendIdentity(const std::wstring& propertiesPath, const std::wstring& iden
         logFatalF("ZLNCH0018E: Error while writing to %ls file.", propertiesPath);
     }
     closeTextStream(file);
+    bringToDevice(propertiesPath);
 }
 
 }  // namespace

@@ -144,6 +144,7 @@ std::wstring ensureUserInstallProperties(const std::wstring& configDirectory,
     }
     const std::wstring temporaryFile = userFile + L".new";
     writeUserInstallProperties(userFile, temporaryFile, zelLauncherArray);
+    bringToDevice(temporaryFile);
     deleteFile(userFile);
     moveFile(temporaryFile, userFile);
     initialLaunch = true;

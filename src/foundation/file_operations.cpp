@@ -32,6 +32,10 @@ bool copyFileNoReplace(const std::wstring& source, const std::wstring& target) {
     return platform::copyFile(source, target, true);
 }
 
+void bringToDevice(const std::wstring& path) {
+    platform::flushFile(path);
+}
+
 bool moveFile(const std::wstring& source, const std::wstring& target) {
     std::wstring longSource = source;
     std::wstring longTarget = target;

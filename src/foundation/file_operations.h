@@ -2,8 +2,8 @@
 
 #include <string>
 
-// What changes the disk. All but copyFileNoReplace work on the long form of the path, so a relative
-// path is fatal (toLongPath). The result is false on failure, with the reason in lastError().
+// What changes the disk. All but copyFileNoReplace and bringToDevice work on the long form of the path, so
+// a relative path is fatal (toLongPath). The result is false on failure, with the reason in lastError().
 namespace zellauncher {
 
 // Makes every missing level of the path. Only the last level decides: false when it exists already
@@ -12,6 +12,11 @@ bool createDirectories(const std::wstring& path);
 
 // Copies a file; an existing target makes it fail and stays as it is. Paths go in unchanged.
 bool copyFileNoReplace(const std::wstring& source, const std::wstring& target);
+
+// Brings what was written to a file to the device, for the files that no later start would make anew: a
+// machine that loses its power afterwards finds them whole. A failure changes nothing, and nobody is told:
+// the file is there, and at risk only as long as the system takes to write it by itself.
+void bringToDevice(const std::wstring& path);
 
 // Renames a file or directory; an existing target makes it fail.
 bool moveFile(const std::wstring& source, const std::wstring& target);

@@ -83,6 +83,8 @@ void transferPath(const std::wstring& targetDirectory, const std::wstring& targe
         }
     } else if (!copyFileNoReplace(source, target)) {
         logFatalF("ZLNCH0113E: Can't copy file  '%ls'", source);
+    } else {
+        bringToDevice(target);
     }
 }
 

@@ -37,7 +37,10 @@ void seedApplicationArea(const LaunchContext& context) {
     ensureUserDirectory(withBackslashes(area + L"/plugins"), "ZLNCH0095E: Unable to create %ls directory.");
     const std::wstring marker = withBackslashes(context.zelHome + L"/shared/eclipse/.eclipseextension");
     if (fileExists(marker)) {
-        copyFileNoReplace(marker, withBackslashes(area + L"/.eclipseextension"));
+        const std::wstring copy = withBackslashes(area + L"/.eclipseextension");
+        if (copyFileNoReplace(marker, copy)) {
+            bringToDevice(copy);
+        }
     }
 }
 
@@ -70,6 +73,7 @@ bool recoverFromBackup(const LaunchContext& context) {
     }
     deleteFile(context.userPropsPath);
     if (copyFileNoReplace(backup, context.userPropsPath)) {
+        bringToDevice(context.userPropsPath);
         return true;
     }
     logDebug("ZLNCH0022E: Unable to recover zelinstall.properties");

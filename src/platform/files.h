@@ -38,6 +38,11 @@ bool createDirectory(const std::wstring& path);
 // and stays untouched.
 bool copyFile(const std::wstring& source, const std::wstring& target, bool failIfExists);
 
+// Brings to the device what has been written to a file so far, by whomever (FlushFileBuffers on a handle
+// for writing that shares everything). Until then a loss of power can leave the name with an older content,
+// or none. What a stream still buffers is not in the file yet.
+bool flushFile(const std::wstring& path);
+
 // Renames a file or a directory (MoveFileExW). Without the replace flag an existing target is a
 // failure. `flags` is moveWriteThrough or 0.
 bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t flags);

@@ -117,6 +117,7 @@ int makePlatformXml(const std::wstring& sourcePath, const std::wstring& targetPa
     if (!closeTextStream(target)) {
         logDebug(writeMessage);
     }
+    bringToDevice(targetPath);
     initialLaunch = true;
     return 0;
 }
@@ -134,6 +135,7 @@ void seedConfigIni(const std::wstring& configDirectory, const std::wstring& base
     if (!copyFileNoReplace(source, target)) {
         logFatal("ZLNCH0009E: Unable to copy config.ini to the user directory.");
     }
+    bringToDevice(target);
     initialLaunch = true;
 }
 

@@ -33,6 +33,20 @@ bool copyFile(const std::wstring& source, const std::wstring& target, bool failI
     return CopyFileW(source.c_str(), target.c_str(), failIfExists ? TRUE : FALSE) != 0;
 }
 
+bool flushFile(const std::wstring& path) {
+    HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool isFlushed = FlushFileBuffers(file) != 0;
+    const DWORD error = GetLastError();
+    CloseHandle(file);
+    SetLastError(error);
+    return isFlushed;
+}
+
 bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t flags) {
     return MoveFileExW(source.c_str(), target.c_str(), flags) != 0;
 }

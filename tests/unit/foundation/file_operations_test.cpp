@@ -136,6 +136,34 @@ TEST_F(FileOperations, PathsOfACopyMayBeRelative) {
     EXPECT_EQ(outcome.log, "");
 }
 
+// --- bringToDevice ----------------------------------------------------------------------------------
+
+TEST_F(FileOperations, WhatIsBroughtToTheDeviceSurvivesALossOfPower) {
+    machine.writeFile(L"C:\\a\\source.txt", "text");
+    does([] {
+        copyFileNoReplace(L"C:\\a\\source.txt", L"C:\\a\\kept.txt");
+        copyFileNoReplace(L"C:\\a\\source.txt", L"C:\\a\\lost.txt");
+        zellauncher::bringToDevice(L"C:/a/kept.txt");
+        return true;
+    });
+    machine.losePower();
+    EXPECT_EQ(contentOf(L"C:\\a\\kept.txt"), "text");
+    EXPECT_EQ(contentOf(L"C:\\a\\lost.txt"), "");
+}
+
+TEST_F(FileOperations, WhatCannotBeBroughtToTheDeviceStaysAsItIs) {
+    machine.writeFile(L"C:\\a\\source.txt", "text");
+    machine.setAttributes(L"C:\\a\\source.txt", platform::attributeReadOnly);
+    does([] {
+        zellauncher::bringToDevice(L"C:\\a\\source.txt");
+        zellauncher::bringToDevice(L"C:\\a\\gone.txt");
+        return true;
+    });
+    EXPECT_EQ(contentOf(L"C:\\a\\source.txt"), "text");
+    EXPECT_FALSE(machine.exists(L"C:\\a\\gone.txt"));
+    EXPECT_EQ(outcome.log, "");
+}
+
 // --- moveFile ---------------------------------------------------------------------------------------
 
 TEST_F(FileOperations, AMoveRenamesFilesAndDirectories) {

@@ -49,6 +49,14 @@ TEST_F(FileTransfer, MovesOrCopiesAFile) {
     EXPECT_FALSE(machine.exists(L"C:\\t\\f.deleteme"));
 }
 
+// The source of a copy may be moved away next, and its copy then be the only one in its place.
+TEST_F(FileTransfer, ACopySurvivesALossOfPower) {
+    machine.writeFile(L"C:\\s\\f", "text");
+    transfer(Transfer::copy);
+    machine.losePower();
+    EXPECT_EQ(machine.readFile(L"C:\\t\\f"), "text");
+}
+
 TEST_F(FileTransfer, AnAbsentOptionalSourceTouchesNothing) {
     machine.writeFile(L"C:\\t\\f", "kept");
     transfer(Transfer::move);

@@ -209,6 +209,27 @@ TEST(Disks, LoseWithThePowerWhatProgramsWrote) {
     EXPECT_EQ(machine.readFile(L"C:\\moved"), "");
 }
 
+TEST(Disks, KeepWhatWasFlushedWhenThePowerFails) {
+    Machine machine;
+    machine.writeFile(file, "old");
+    machine.run({program}, [] {
+        platform::copyFile(file, L"C:\\copy", true);
+        EXPECT_TRUE(platform::flushFile(L"C:\\copy"));
+        platform::moveFile(L"C:\\copy", L"C:\\moved", 0);
+        platform::Stream* stream = platform::openStream(file, "a+");
+        platform::writeStream(stream, " and new");
+        platform::flushStream(stream);
+        EXPECT_TRUE(platform::flushFile(file));
+        platform::writeStream(stream, " and newer");
+        platform::closeStream(stream);
+        return 0;
+    });
+    EXPECT_EQ(machine.readFile(file), "old and new and newer");
+    machine.losePower();
+    EXPECT_EQ(machine.readFile(file), "old and new");
+    EXPECT_EQ(machine.readFile(L"C:\\moved"), "old");
+}
+
 TEST(Disks, ArePutBackAsTheyWere) {
     Machine machine;
     machine.writeFile(L"C:\\a\\b", "before");
