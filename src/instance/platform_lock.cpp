@@ -68,15 +68,18 @@ void logWithTimestamp(const std::wstring& format) {
     logDebugF(format, timestamp);
 }
 
-// A launcher that waits for a restart reads the endpoint without the lock, and for that moment nobody
-// can take the file away. One that stayed would be taken for that of the platform to come, and the lock
-// given up before that platform can be found.
+// One that stayed would be taken for that of the platform to come, and the lock given up before that
+// platform can be found. Two things keep it for a moment: a launcher that waits for a restart reads it
+// without the lock, and a start that was stopped here has left it under the name to which it is moved.
 void removeStaleEndpoint() {
-    for (int attempt = 1; !deleteFile(endpointFilePath) && attempt < removalAttempts; ++attempt) {
+    for (int attempt = 1; attempt <= removalAttempts; ++attempt) {
+        const bool isDeleted = deleteFile(endpointFilePath);
         if (!fileExists(endpointFilePath)) {
-            return;  // it is out of the way all the same
+            return;
         }
-        platform::sleepMilliseconds(removalPauseMilliseconds);
+        if (!isDeleted) {
+            platform::sleepMilliseconds(removalPauseMilliseconds);
+        }
     }
 }
 
