@@ -165,6 +165,10 @@ void Machine::setSwitching(const Switching& switching) {
     state->longestStall = switching.longestStallMilliseconds;
 }
 
+void Machine::stallOnce(const Stall& stall) {
+    state->stall = stall;
+}
+
 void Machine::switchOnlyAt(std::function<bool(const char*, const std::wstring&)> isSwitchingOperation) {
     state->isSwitchingOperation = std::move(isSwitchingOperation);
 }

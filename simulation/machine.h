@@ -119,6 +119,14 @@ struct Switching {
     std::uint32_t longestStallMilliseconds = 1;
 };
 
+// Time that passes in the middle of somebody's work at a chosen place: at the head of the next operation of
+// this name whose argument ends so.
+struct Stall {
+    std::string operation;
+    std::wstring argumentEndsWith;
+    std::uint32_t milliseconds = 0;
+};
+
 // A point at which more than one process could go on, as followChoices met it.
 struct SwitchingPoint {
     std::size_t candidates = 0;
@@ -173,6 +181,9 @@ public:
     // --- Who goes on ----------------------------------------------------------------------------
 
     void setSwitching(const Switching& switching);
+
+    // One stall, in place of the one before; it happens wherever switching points are.
+    void stallOnce(const Stall& stall);
 
     // Only the operations (name, first text argument) that this says are switching points.
     void switchOnlyAt(std::function<bool(const char*, const std::wstring&)> isSwitchingOperation);

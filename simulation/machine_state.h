@@ -164,6 +164,7 @@ public:
     std::uint32_t switchOdds = 1;
     std::uint32_t stallOdds = 0;
     std::uint32_t longestStall = 1;
+    std::optional<Stall> stall;
     std::function<bool(const char*, const std::wstring&)> isSwitchingOperation;
     bool followsChoices = false;
     std::vector<Choice> choices;

@@ -201,6 +201,12 @@ Process* MachineState::chooseByPlan(Process* current, const std::vector<Process*
 
 // The head of an operation, which has not happened yet.
 void MachineState::yield(Process& process, const char* name, const std::wstring& argument) {
+    if (stall && stall->operation == name && argument.ends_with(stall->argumentEndsWith)) {
+        const std::uint32_t milliseconds = stall->milliseconds;
+        stall.reset();
+        sleep(process, milliseconds);
+        return;
+    }
     if (isSwitchingOperation && !isSwitchingOperation(name, argument)) {
         return;
     }

@@ -49,6 +49,23 @@ TEST(TwoPlatforms, WhenTheFirstNeedsMoreThanFifteenSeconds) {
     EXPECT_EQ(overlapsIn(publishingAfter(15100), Overlap::slowPlatform), 1);
 }
 
+// Such a platform's endpoint turns up while the next one is being started and ends the wait for that
+// one's: the lock is given up before the second platform can be found.
+TEST(TwoPlatforms, WhenTheEndpointOfASlowPlatformIsTakenForTheNextOnes) {
+    const auto slowOnePublishingAfter = [](std::uint32_t milliseconds) {
+        return runWithoutSwitches(
+            raceOf(Before::nothing, {{0, {}}, {5000, {}}, {20000, {}}},
+                   {{Fate::lives, milliseconds, 1000, 0, {}}, {Fate::lives, 14000, 60000, 0, {}}, {}}));
+    };
+    const RaceReport whileTheNextStarts = slowOnePublishingAfter(17000);
+    EXPECT_EQ(overlapsIn(whileTheNextStarts, Overlap::slowPlatform), 1);
+    EXPECT_EQ(overlapsIn(whileTheNextStarts, Overlap::lateEndpoint), 1);
+    // Too late for that: the next one has published, and the third launcher has found it.
+    const RaceReport afterTheNextHasStarted = slowOnePublishingAfter(40000);
+    EXPECT_EQ(overlapsIn(afterTheNextHasStarted, Overlap::slowPlatform), 1);
+    EXPECT_EQ(overlapsIn(afterTheNextHasStarted, Overlap::lateEndpoint), 0);
+}
+
 // A restart gives the platform that asked for it 20 seconds to go.
 TEST(TwoPlatforms, WhenARestartingPlatformStaysLongerThanTwentySeconds) {
     const auto endingAfter = [](std::uint32_t milliseconds) {
@@ -81,6 +98,32 @@ TEST(TwoPlatforms, WhenAnEndpointIsMadeBeforeItsNameIsWritten) {
     };
     EXPECT_TRUE(explorationOf(Publishing::inOneStep).overlaps.empty());
     EXPECT_GT(explorationOf(Publishing::inTwoSteps).overlaps[Overlap::tornEndpoint], 0U);
+}
+
+// A file that somebody has open cannot be moved away, and the launcher of a restart opens the endpoint
+// without the lock. When it stalls there, the next launcher gives up after a second, takes the old endpoint
+// for that of the platform that it starts, and gives up the lock.
+TEST(TwoPlatforms, WhenARestartStallsWithTheOldEndpointOpen) {
+    const auto stallingFor = [](std::uint32_t milliseconds) {
+        RacePlan plan = raceOf(Before::runningPlatform, {{4600, {}}, {6000, {}}},
+                               {{Fate::restarts, 0, 3000, 1500, {}}, {Fate::lives, 3000, 60000, 0, {}}});
+        plan.stall = simulation::Stall{"closeStream", L".pipe", milliseconds};
+        return runWithoutSwitches(plan);
+    };
+    EXPECT_EQ(overlapsIn(stallingFor(1000), Overlap::heldEndpoint), 0);
+    EXPECT_GT(overlapsIn(stallingFor(2500), Overlap::heldEndpoint), 0);
+}
+
+// Two platforms that share a workspace share its one endpoint: when the one that published last ends, the
+// other one cannot be found.
+TEST(TwoPlatforms, WhenTwoAlreadyShareAWorkspaceAndTheLastToPublishEnds) {
+    const auto arrivingAfter = [](std::uint32_t milliseconds) {
+        return runWithoutSwitches(
+            raceOf(Before::nothing, {{0, {}}, {5000, {}}, {milliseconds, {}}},
+                   {{Fate::lives, 20000, 1000, 0, {}}, {Fate::lives, 200, 60000, 0, {}}, {}}));
+    };
+    EXPECT_EQ(overlapsIn(arrivingAfter(20500), Overlap::consequence), 0);
+    EXPECT_EQ(overlapsIn(arrivingAfter(21500), Overlap::consequence), 1);  // the last one went at 21 s
 }
 
 // A launcher waits for a free instance of the pipe without limit, and whoever comes behind it waits for

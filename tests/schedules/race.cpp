@@ -164,6 +164,9 @@ void Race::noteEnd(simulation::ProcessId id) {
 
 RaceReport Race::run() {
     machine.setSwitching(plan.switching);
+    if (plan.stall) {
+        machine.stallOnce(*plan.stall);
+    }
     machine.runUntilIdle(timeLimit);
     machine.whenEnded(nullptr);
     collectStarts();

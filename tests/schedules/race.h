@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,7 @@ struct RacePlan {
     std::vector<PlatformPlan>
         platforms;  // in the order of their starts; the last one stands for all further ones
     simulation::Switching switching;
+    std::optional<simulation::Stall> stall;  // beside those that are drawn
 };
 
 std::string describe(const RacePlan& plan);
@@ -109,8 +111,10 @@ private:
     void checkPayloads();
     void checkRecords();
     bool isSlow(const PlatformRecord& record) const;
+    bool isNoLongerWaitedFor(const PlatformRecord& record) const;
     bool foundLateEndpoint(const PlatformRecord& record) const;
     bool foundHeldEndpoint(const PlatformRecord& record) const;
+    bool mayAnybodyStall() const;
     Overlap explain(const PlatformRecord& first, const PlatformRecord& second) const;
     std::uint64_t longestHonestWait() const;
     int deliveriesOf(const std::wstring& word) const;

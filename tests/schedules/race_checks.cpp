@@ -146,7 +146,7 @@ void Race::checkLaunchers() {
 void Race::checkEnd(const LauncherRecord& ended, const std::string& who) {
     const std::uint64_t wait = ended.endTime - ended.arrival;
     report.longestWait = std::max(report.longestWait, wait);
-    if (plan.switching.stallOneIn == 0 && wait > longestHonestWait()) {
+    if (!mayAnybodyStall() && wait > longestHonestWait()) {
         fail(who + " took " + std::to_string(wait) + " ms");
     }
     const int deliveries = deliveriesOf(ended.word);
@@ -182,6 +182,11 @@ bool Race::isSlow(const PlatformRecord& record) const {
     return record.publishedTime == never || record.publishedTime >= record.createdTime + endpointWait;
 }
 
+// Its launcher gave up the lock before this platform published.
+bool Race::isNoLongerWaitedFor(const PlatformRecord& record) const {
+    return isSlow(record) || foundLateEndpoint(record) || (mayAnybodyStall() && foundHeldEndpoint(record));
+}
+
 // A platform that the lock no longer waited for published between the moment at which this one's
 // launcher got the lock and the one at which this one published: the launcher saw an endpoint, and the
 // lock no longer waits for this one either.
@@ -195,7 +200,7 @@ bool Race::foundLateEndpoint(const PlatformRecord& record) const {
     return std::any_of(platforms.begin(), platforms.end(), [&](const auto& entry) {
         const PlatformRecord& other = entry.second;
         return other.publishedOperation > locked && other.publishedOperation < record.publishedOperation &&
-               (isSlow(other) || foundLateEndpoint(other));
+               isNoLongerWaitedFor(other);
     });
 }
 
@@ -219,6 +224,10 @@ bool Race::foundHeldEndpoint(const PlatformRecord& record) const {
     return isHeld;
 }
 
+bool Race::mayAnybodyStall() const {
+    return plan.switching.stallOneIn != 0 || plan.stall;
+}
+
 // Why `second` was started while `first` ran.
 Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second) const {
     if (isSlow(first)) {
@@ -227,7 +236,7 @@ Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second)
     if (foundLateEndpoint(first)) {
         return Overlap::lateEndpoint;
     }
-    if (foundHeldEndpoint(first) && plan.switching.stallOneIn != 0) {
+    if (foundHeldEndpoint(first) && mayAnybodyStall()) {
         return Overlap::heldEndpoint;
     }
     std::set<simulation::ProcessId> haveLocked;
