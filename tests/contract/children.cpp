@@ -96,12 +96,12 @@ int writeWords(const std::vector<std::wstring>& words) {
     return 0;
 }
 
+}  // namespace
+
 std::wstring childProgram() {
     const std::wstring command = childCommand(0, 0);
     return command.substr(0, command.find(L'"', 1) + 1);
 }
-
-}  // namespace
 
 platform::Handle startChild(const std::wstring& words) {
     platform::ChildProcess child;
@@ -111,16 +111,20 @@ platform::Handle startChild(const std::wstring& words) {
     return child.process;
 }
 
-std::uint32_t endOf(platform::Handle process) {
-    for (int i = 0; i < 3000; ++i) {
-        if (platform::hasProcessEnded(process)) {
-            const std::uint32_t code = platform::processExitCode(process).value_or(0xDEAD);
-            platform::closeHandle(process);
-            return code;
-        }
+bool waitForEnd(platform::Handle process) {
+    for (int i = 0; i < 3000 && !platform::hasProcessEnded(process); ++i) {
         platform::sleepMilliseconds(10);
     }
-    return 0xDEAD;
+    return platform::hasProcessEnded(process);
+}
+
+std::uint32_t endOf(platform::Handle process) {
+    if (!waitForEnd(process)) {
+        return 0xDEAD;
+    }
+    const std::uint32_t code = platform::processExitCode(process).value_or(0xDEAD);
+    platform::closeHandle(process);
+    return code;
 }
 
 void waitForFile(const std::wstring& path) {

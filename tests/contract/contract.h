@@ -49,11 +49,21 @@ protected:
         });
     }
     std::wstring in(const std::wstring& name) const { return scratch + L"\\" + name; }
+    // The same as a further word of a command line.
+    std::wstring quoted(const std::wstring& name) const { return L" \"" + in(name) + L"\""; }
 };
 
 // Through the seam alone.
 void write(const std::wstring& path, const std::string& content);
 std::string read(const std::wstring& path);  // "(absent)" when it cannot be opened
+// What one reading of so many bytes gives.
+std::string take(platform::Stream* stream, std::size_t count);
+
+// Makes a file that has these attributes.
+void makeWith(const std::wstring& path, std::uint32_t attributes);
+std::uint32_t attributesOf(const std::wstring& path);  // none when nothing is there
+// Names that fit the pattern, in the order of the walk.
+std::vector<std::wstring> found(const std::wstring& pattern);
 
 // Asserts a failure and its reason.
 #define EXPECT_FAILS(operation, error)             \

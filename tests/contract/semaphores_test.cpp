@@ -12,7 +12,7 @@ using namespace platform;
 constexpr std::uint32_t access = accessReadControl | accessSemaphoreModifyState;
 
 // A platform shows that it lives by a semaphore, which goes with the last handle of it.
-class SignsOfLife : public contract::Contract {
+class Semaphores : public contract::Contract {
 protected:
     const std::wstring name = L"Global\\zl-contract-life";
 
@@ -24,13 +24,24 @@ protected:
     }
 };
 
-TEST_F(SignsOfLife, OneOfAnotherUserIsThereAndNotOpened) {
+TEST_F(Semaphores, ASemaphoreIsFoundByItsName) {
+    onMachine([&] {
+        const Handle handle = openSemaphore(L"Global\\contract", access);
+        EXPECT_NE(handle, Handle::none);
+        closeHandle(handle);
+        EXPECT_EQ(openSemaphore(L"Global\\contract-never", access), Handle::none);
+        EXPECT_EQ(lastError(), errorFileNotFound);
+        EXPECT_EQ(openSemaphore(L"Global\\CONTRACT", access), Handle::none);  // names of objects have a case
+    });
+}
+
+TEST_F(Semaphores, OneOfAnotherUserIsThereAndNotOpened) {
     onMachine([&] {
         EXPECT_FAILS(openSemaphore(L"Global\\contract-denied", access) != Handle::none, errorAccessDenied);
     });
 }
 
-TEST_F(SignsOfLife, ItGoesWithItsProcess) {
+TEST_F(Semaphores, ItGoesWithItsProcess) {
     onMachine([&] {
         EXPECT_FALSE(isThere());
         const Holder platform = startHolder(scratch, L"semaphore", name);
@@ -41,7 +52,7 @@ TEST_F(SignsOfLife, ItGoesWithItsProcess) {
     });
 }
 
-TEST_F(SignsOfLife, WhoeverHasOpenedItKeepsItAlive) {
+TEST_F(Semaphores, WhoeverHasOpenedItKeepsItAlive) {
     onMachine([&] {
         const Holder platform = startHolder(scratch, L"semaphore", name);
         const Handle kept = openSemaphore(name, access);
@@ -52,7 +63,7 @@ TEST_F(SignsOfLife, WhoeverHasOpenedItKeepsItAlive) {
     });
 }
 
-TEST_F(SignsOfLife, TwoHandlesAreGivenBackOneByOne) {
+TEST_F(Semaphores, TwoHandlesAreGivenBackOneByOne) {
     onMachine([&] {
         const Holder platform = startHolder(scratch, L"semaphore", name);
         const Handle one = openSemaphore(name, access);
