@@ -25,6 +25,9 @@ constexpr ErrorCode errorPipeBusy = 231;
 constexpr ErrorCode errorNoData = 232;
 constexpr ErrorCode errorMoreData = 234;
 constexpr ErrorCode errorIoDevice = 1117;
+constexpr ErrorCode errorKeyDeleted = 1018;
+constexpr ErrorCode errorNotAllAssigned = 1300;
+constexpr ErrorCode errorNoSuchPrivilege = 1313;
 constexpr ErrorCode errorNoneMapped = 1332;
 constexpr ErrorCode errorCommitmentLimit = 1455;
 constexpr ErrorCode statusUserNotFound = 2221;
@@ -73,6 +76,7 @@ const OperationErrors table[] = {
       errorCommitmentLimit}},
     {"hasProcessEnded", {platform::errorInvalidHandle}},
     {"processExitCode", {platform::errorInvalidHandle, platform::errorAccessDenied}},
+    {"openProcess", {platform::errorInvalidParameter, platform::errorAccessDenied}},
     {"processSnapshot", {platform::errorAccessDenied, errorNotEnoughMemory}},
     {"firstProcess", {platform::errorNoMoreFiles}},
     {"nextProcess", {platform::errorNoMoreFiles}},
@@ -88,6 +92,11 @@ const OperationErrors table[] = {
     {"localGroupsOfUser", {platform::errorAccessDenied, errorMoreData, statusUserNotFound}},
     {"openRegistryKey", {platform::errorFileNotFound, platform::errorAccessDenied}},
     {"queryRegistryText", {platform::errorFileNotFound, platform::errorAccessDenied, errorMoreData}},
+    {"setRegistryText", {platform::errorAccessDenied, errorNotEnoughMemory, errorKeyDeleted}},
+    {"setRegistryNumber", {platform::errorAccessDenied, errorNotEnoughMemory, errorKeyDeleted}},
+    {"openOwnToken", {platform::errorAccessDenied, errorNotEnoughMemory}},
+    {"findPrivilege", {errorNoSuchPrivilege}},
+    {"adjustPrivilege", {platform::errorInvalidHandle, errorNotAllAssigned}},
     {"systemVersion", {platform::errorInvalidParameter}},
     {"loadLibrary", {errorNotEnoughMemory, errorModuleNotFound}},
     {"textFunction", {errorProcedureNotFound}},

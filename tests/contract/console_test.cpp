@@ -31,13 +31,6 @@ TEST_F(Console, AConsoleIsFoundByItsTitleAndStaysWhenItIsHidden) {
     });
 }
 
-TEST_F(Console, WithoutAConsoleThereIsNoWindowOfAnyTitle) {
-    onMachine([&] {
-        EXPECT_EQ(findWindow(L"zl-contract-title-of-nothing"), Window::none);
-        hideWindow(Window::none);
-    });
-}
-
 TEST_F(Console, WithoutAConsoleNothingFails) {
     onMachine([&] {
         const std::wstring title = consoleTitle(4096);

@@ -1,5 +1,6 @@
 #include "contract/contract.h"
 #include "platform/desktop.h"
+#include "platform/process.h"
 
 namespace {
 
@@ -36,6 +37,15 @@ TEST_F(System, FunctionsAreFoundAtRunTime) {
         EXPECT_EQ(textFunction(shell, "NeverExported"), TextFunction::none);
         freeLibrary(shell);
         EXPECT_EQ(loadLibrary(L"zl-never.dll"), Library::none);
+    });
+}
+
+TEST_F(System, WithoutTheCurrentDirectoryTheSystemsLibrariesAreStillFound) {
+    onMachine([&] {
+        removeCurrentDirectoryFromLibrarySearch();
+        const Library shell = loadLibrary(L"shell32.dll");
+        EXPECT_NE(shell, Library::none);
+        freeLibrary(shell);
     });
 }
 

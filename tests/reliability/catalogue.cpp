@@ -8,8 +8,6 @@ namespace reliability {
 
 namespace {
 
-constexpr const wchar_t* winLogon = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
-
 // The user has worked with the platform, has files of their own, and has closed it.
 void livedIn(Stage& stage) {
     stage.startAndClose();
@@ -133,6 +131,27 @@ void kioskWithDesktop(Stage& stage) {
     stage.machine.addProcess(L"explorer.exe");
 }
 
+// An administrator at a kiosk, who gets a desktop in place of the platform.
+void kioskWithoutDesktop(Stage& stage) {
+    stage.machine.setRegistryText(winLogon, L"Shell", L"kiosk.exe");
+    const std::wstring shells = winLogon + std::wstring(L"\\KSDShells");
+    stage.machine.setRegistryText(shells, L"KSD_SHELL", L"kiosk.exe");
+    stage.machine.setRegistryText(shells, L"ADMIN_SHELL", L"explorer.exe");
+    for (const wchar_t* name : {L"Explorer", L"System"}) {
+        stage.machine.makeRegistryKey(
+            ::platform::RegistryRoot::currentUser,
+            L"Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\" + std::wstring(name));
+    }
+    stage.machine.installProgram(L"C:\\Explorer.exe", [] { return 0; });
+    administrator(stage);
+}
+
+// The kiosk's user has lived in the workspace before an administrator comes.
+void livedInByAnotherUser(Stage& stage) {
+    stage.machine.setUser(L"ann", {L"Users"});
+    livedIn(stage);
+}
+
 std::function<void(Stage&)> kind(const std::string& value) {
     return [value](Stage& stage) { stage.launcherProperties.set("install.configuration", value); };
 }
@@ -148,6 +167,16 @@ void lockdownOfUser(Stage& stage) {
 void lockdownOfAdministrator(Stage& stage) {
     lockdownOfUser(stage);
     administrator(stage);
+}
+
+// The platform asks for the end of the session by a word, and for its end by an orderly end.
+void lockdownThatEndsTheSession(Stage& stage) {
+    lockdownOfUser(stage);
+    stage.platform.exitCode = 0;
+}
+
+std::function<void(Stage&)> exitWord(const std::string& word) {
+    return [word](Stage& stage) { stage.machine.writeFile(L"C:\\Users\\ann\\.exitData", word); };
 }
 
 void service(Stage& stage) {
@@ -288,9 +317,13 @@ std::vector<Scenario> makeCatalogue() {
         {.name = "restart_with_a_reset", .words = {L"-restart", L"-resetconfig"}, .past = livedIn},
         {.name = "kiosk_with_a_desktop", .world = kioskWithDesktop, .past = livedIn},
         {.name = "kiosk_of_another_user", .world = kiosk},
-        // Without a desktop: the role is performed and stopped at each operation in tests/unit/kiosk.
+        {.name = "kiosk_without_a_desktop", .world = kioskWithoutDesktop, .past = livedInByAnotherUser},
         {.name = "lockdown_of_an_administrator", .world = lockdownOfAdministrator},
         {.name = "lockdown_of_a_user", .world = lockdownOfUser},
+        {.name = "lockdown_that_logs_off", .world = lockdownThatEndsTheSession, .past = exitWord("LOGOFF")},
+        {.name = "lockdown_that_shuts_down",
+         .world = lockdownThatEndsTheSession,
+         .past = exitWord("SHUTDOWN")},
         {.name = "service",
          .world = service,
          .workspace = L"C:\\Apps\\framework\\Client\\eclipse\\.workspace"},

@@ -83,8 +83,18 @@ bool isLogStruck(const Performance& run) {
     });
 }
 
+// A supervised platform that ends in order without a word that can be read is started again, each time.
+bool isStartedAgain(const Performance& run) {
+    return run.commands.size() > 1 && struck(run, [](const simulation::Operation& operation) {
+               return operation.argument.ends_with(L".exitData") || operation.argument == L"HOMEPATH";
+           });
+}
+
 // A lock that somebody holds is waited for without limit, and so is a child whose end nobody can ask for.
 bool isAcceptedWait(const Performance& run) {
+    if (isStartedAgain(run)) {
+        return true;
+    }
     const simulation::Operation& last = *std::find_if(
         run.operations.rbegin(), run.operations.rend(),
         [](const simulation::Operation& operation) { return operation.fault != platform::errorSuccess; });
@@ -100,16 +110,11 @@ constexpr const char* userCountsAsNew = "a known user counts as new, and the ren
 constexpr const char* readInPart = "the user's properties are read in part";
 
 constexpr const char* shellRoleTaken = "a machine counts as a kiosk without a desktop";
+constexpr const char* shellRoleNotTaken = "an administrator at a kiosk gets the platform";
+constexpr const char* shellRoleInPart = "the role of the shell is performed in part";
 
-constexpr const char* allNames[] = {ownerCountsAsGone, backupReplaced, lineNotTakenOver,
-                                    userCountsAsNew,   readInPart,     shellRoleTaken};
-
-// An administrator got a desktop, and the machine another logon shell for that moment.
-bool tookShellRole(const Performance& run) {
-    return std::any_of(
-        run.operations.begin(), run.operations.end(),
-        [](const simulation::Operation& operation) { return operation.name == "waitForInputIdle"; });
-}
+constexpr const char* allNames[] = {ownerCountsAsGone, backupReplaced, lineNotTakenOver,  userCountsAsNew,
+                                    readInPart,        shellRoleTaken, shellRoleNotTaken, shellRoleInPart};
 
 // The logon shell, or the list of processes, could not be read.
 bool isKioskTestStruck(const Performance& run) {
@@ -118,6 +123,22 @@ bool isKioskTestStruck(const Performance& run) {
                operation.name == "processSnapshot" || operation.name == "firstProcess" ||
                operation.name == "nextProcess";
     });
+}
+
+// The same, or the user's groups.
+bool isRoleTestStruck(const Performance& run) {
+    return isKioskTestStruck(run) || struck(run, [](const simulation::Operation& operation) {
+               return operation.name == "currentUserName" || operation.name == "administratorsGroupId" ||
+                      operation.name == "accountName" || operation.name == "localGroupsOfUser";
+           });
+}
+
+// What the role changes in the registry, or the desktop that it starts.
+bool isRoleStruck(const Performance& run) {
+    return isKioskTestStruck(run) || struck(run, [](const simulation::Operation& operation) {
+               return operation.name == "setRegistryText" || operation.name == "setRegistryNumber" ||
+                      operation.name == "createProcess";
+           });
 }
 
 // The owner of the workspace could not be asked, and so counts as gone.
@@ -234,8 +255,8 @@ protected:
             expectNamed(isNew || isOwnerCheckStruck(run), isNew ? userCountsAsNew : ownerCountsAsGone, fault,
                         run, "goes on where it should be refused");
         }
-        if (tookShellRole(run)) {
-            expectNamed(isKioskTestStruck(run), shellRoleTaken, fault, run, "takes the role of a shell");
+        if (run.tookShellRole() || untouched.tookShellRole()) {
+            judgeShellRole(fault, run);
         } else if (run.commands.empty() && run.payloads.empty()) {
             finding(fault, run, "did nothing");
         }
@@ -244,6 +265,17 @@ protected:
         }
         if (!untouched.payloads.empty() && !run.commands.empty()) {
             expectNamed(isOwnerCheckStruck(run), ownerCountsAsGone, fault, run, "starts a second platform");
+        }
+    }
+
+    void judgeShellRole(const FaultRun& fault, const Performance& run) {
+        if (!untouched.tookShellRole()) {
+            expectNamed(isKioskTestStruck(run), shellRoleTaken, fault, run, "takes the role of a shell");
+        } else if (!run.tookShellRole()) {
+            const bool isNamed = isRoleTestStruck(run) && run.commands.size() == 1;
+            expectNamed(isNamed, shellRoleNotTaken, fault, run, "does not take the role of a shell");
+        } else {
+            expectNamed(isRoleStruck(run), shellRoleInPart, fault, run, "leaves something out of the role");
         }
     }
 
@@ -277,9 +309,10 @@ protected:
 
     void judgeNext(const FaultRun& fault, const Performance& run, const Performance& next, Stage& stage) {
         const std::string what = "the next start does something else";
-        if (tookShellRole(run)) {
-            // What the role wrote makes the machine a kiosk for the next start as well.
-            expectNamed(next.endedWell(), shellRoleTaken, fault, next, what);
+        if (run.tookShellRole()) {
+            // What the role left in the registry tells the next start whether the machine is a kiosk.
+            const char* name = untouched.tookShellRole() ? shellRoleInPart : shellRoleTaken;
+            expectNamed(next.endedWell() && run.logonShell != untouched.logonShell, name, fault, next, what);
         } else if (isLineStruck(run)) {
             stage.closePlatforms();
             reliability::Words reset = scenario.nextWords;

@@ -97,6 +97,42 @@ TEST_F(NamedFaults, AKnownUserWhoseDirectoryCannotBeLookedAtCountsAsNew) {
     EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L".configbak")));
 }
 
+TEST_F(NamedFaults, AKioskThatCannotBeToldGivesAnAdministratorThePlatform) {
+    const Performance start = performWith(
+        "kiosk_without_a_desktop", faultOf("queryRegistryText", L"Shell", platform::errorAccessDenied));
+    EXPECT_TRUE(start.endedWell());
+    EXPECT_FALSE(start.tookShellRole());
+    ASSERT_EQ(start.commands.size(), 1U);
+    EXPECT_NE(start.commands[0].find(L"eclipse.exe"), std::wstring::npos);
+    EXPECT_EQ(start.logonShell, L"kiosk.exe");
+}
+
+TEST_F(NamedFaults, AShellThatCannotBePutBackIsThatOfAdministrators) {
+    simulation::Fault fault = faultOf("setRegistryText", L"Shell", platform::errorAccessDenied);
+    fault.nth = 2;
+    const Performance start = performWith("kiosk_without_a_desktop", fault);
+    EXPECT_TRUE(start.endedWell());
+    EXPECT_TRUE(start.tookShellRole());
+    EXPECT_EQ(start.logonShell, L"explorer.exe");
+}
+
+TEST_F(NamedFaults, ADesktopThatCannotBeStartedIsLeftOutOfTheRole) {
+    const Performance start =
+        performWith("kiosk_without_a_desktop", faultOf("createProcess", L"", platform::errorFileNotFound));
+    EXPECT_TRUE(start.endedWell());
+    EXPECT_TRUE(start.commands.empty());
+    EXPECT_EQ(start.logonShell, L"kiosk.exe");
+}
+
+// The word is looked for in another place each time, so a word that was missed once is missed for good.
+TEST_F(NamedFaults, AWordThatCannotBeReadHasTheSupervisedPlatformStartedAgainAndAgain) {
+    const Performance start = performWith(
+        "lockdown_that_logs_off", faultOf("openStream", L".exitData", platform::errorSharingViolation));
+    EXPECT_FALSE(start.end);
+    EXPECT_GT(start.commands.size(), 100U);
+    EXPECT_TRUE(start.sessionEnds.empty());
+}
+
 TEST_F(NamedFaults, ALockThatSomebodyHoldsIsWaitedFor) {
     simulation::Fault fault = faultOf("lockStream", L".zel.lock", platform::errorLockViolation);
     fault.fromThenOn = true;

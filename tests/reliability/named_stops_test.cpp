@@ -118,17 +118,24 @@ TEST_F(NamedStops, AnIdentityThatWasCutCostsTheWorkspaceOfOneStart) {
     }
 }
 
-// The configuration that was moved aside is on the device, but the copies that were made of it are not,
-// and a repair by the next start makes room for its own backup.
-TEST_F(NamedStops, WithThePowerGoesWhatWasWrittenLastAndThenItsBackup) {
+// What the renewal copied is on the device before its source is moved away.
+TEST_F(NamedStops, ALossOfPowerCostsNoMoreThanAStop) {
     stopAt("changed_install", "sleepMilliseconds", L"");
     stage->closePlatforms();
     stage->machine.losePower();
-    EXPECT_TRUE(reliability::lostFiles(*stage, rehearsal->userFiles).empty());
-    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "");
     startNext();
-    EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles).size(), 3U);
-    startNext();
+    EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles), std::vector<std::wstring>());
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\registry"), "what the user has installed");
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "what the user has marked");
+}
+
+// Only who has put the kiosk's shell back gets the kiosk again.
+TEST_F(NamedStops, InTheRoleOfTheShellTheLogonShellStaysThatOfAdministrators) {
+    stopAt("kiosk_without_a_desktop", "createProcess", L"");
+    const Performance next = perform(*stage, {});
+    EXPECT_EQ(next.logonShell, L"explorer.exe");
+    EXPECT_FALSE(next.tookShellRole());
+    EXPECT_EQ(next.commands.size(), 1U);
 }
 
 TEST_F(NamedStops, TheHistoryOfStartsBeginsAnewBesideWhatWasKept) {

@@ -97,9 +97,16 @@ bool Performance::failed() const {
     return end && end->kind == simulation::EndKind::exited && end->status == scenarios::fatalStatus;
 }
 
+bool Performance::tookShellRole() const {
+    return std::any_of(operations.begin(), operations.end(), [](const simulation::Operation& operation) {
+        return operation.name == "waitForInputIdle";
+    });
+}
+
 bool Performance::didAs(const Performance& other) const {
     return end && other.end && end->kind == other.end->kind && end->status == other.end->status &&
-           commands == other.commands && payloads == other.payloads;
+           commands == other.commands && payloads == other.payloads && sessionEnds == other.sessionEnds &&
+           logonShell == other.logonShell;
 }
 
 std::uint64_t operationNumber(const Performance& performance, const std::string& name,
@@ -144,6 +151,7 @@ Performance perform(Stage& stage, const Words& words,
     simulation::Machine& machine = stage.machine;
     const std::size_t startedBefore = machine.startedProcesses().size();
     const std::size_t payloadsBefore = stage.payloads().size();
+    const std::size_t sessionEndsBefore = machine.sessionEnds().size();
     const std::size_t operationsBefore = machine.operations().size();
     const std::uint64_t begun = machine.elapsedMilliseconds();
     Performance run;
@@ -163,6 +171,11 @@ Performance perform(Stage& stage, const Words& words,
                  machine.operations().end(), std::back_inserter(run.operations),
                  [&](const simulation::Operation& operation) { return operation.process == launcher; });
     run.logLines = linesOfLogs(machine, run.operations);
+    for (std::size_t i = sessionEndsBefore; i < machine.sessionEnds().size(); ++i) {
+        run.sessionEnds.push_back(machine.sessionEnds()[i].how);
+    }
+    const auto shell = machine.registryValue(platform::RegistryRoot::localMachine, winLogon, L"Shell");
+    run.logonShell = shell ? shell->text : std::wstring();
     return run;
 }
 

@@ -16,6 +16,9 @@ class Stage;
 
 using Words = std::vector<std::wstring>;
 
+// The machine's key of the logon shell.
+inline constexpr const wchar_t* winLogon = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
+
 // A word of a command line that stands for the number of the platform that runs.
 inline constexpr const wchar_t* platformNumber = L"<number of the platform>";
 
@@ -83,11 +86,14 @@ struct Performance {
     std::vector<std::wstring> payloads;             // that it handed to a platform
     std::vector<simulation::Operation> operations;  // its own, in order
     std::vector<std::string> logLines;              // of the logs that it wrote
+    std::vector<std::uint32_t> sessionEnds;         // how it had the user's session ended
+    std::wstring logonShell;                        // of the machine, afterwards
     std::uint64_t milliseconds = 0;
 
     bool endedWell() const;
     bool failed() const;  // an end by a fatal message
-    // Both did the same for the user.
+    bool tookShellRole() const;
+    // Both did the same for the user, and left the machine the same logon shell.
     bool didAs(const Performance& other) const;
 };
 

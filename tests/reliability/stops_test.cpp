@@ -103,14 +103,14 @@ constexpr const char* cutSeed = "a seed file that was cut stays";
 constexpr const char* asideLeft = "what was moved aside is left";
 constexpr const char* historyAside = "the history of starts begins anew";
 constexpr const char* identityCut = "an identity that was cut is made once more";
-constexpr const char* notOnDevice = "with the power goes what was written last";
 constexpr const char* resetHalfDone = "a reset is not taken up again";
 constexpr const char* notRecorded = "a platform that is not yet recorded";
 constexpr const char* notPublished = "a platform that publishes nothing";
+constexpr const char* shellLeft = "the logon shell stays that of administrators";
 
 constexpr const char* allNames[] = {backupOfRepair, backupReplaced, copiesWait,  cutSeed,
                                     asideLeft,      historyAside,   identityCut, resetHalfDone,
-                                    notRecorded,    notPublished,   notOnDevice};
+                                    notRecorded,    notPublished,   shellLeft};
 
 bool has(const std::wstring& text, const wchar_t* part) {
     return text.find(part) != std::wstring::npos;
@@ -255,6 +255,10 @@ protected:
             ++named[identityCut];
             return;
         }
+        if (isShellLeft(after.next)) {
+            ++named[shellLeft];
+            return;
+        }
         judgeStart(stop, after.next, done.next, undone.next, "the next start");
         judgeStart(stop, after.third, done.third, undone.third, "the start after it");
         for (const std::wstring& path : lostFiles(*stage, rehearsal.userFiles)) {
@@ -281,6 +285,12 @@ protected:
         }
         return stop.data == UnflushedData::partlyWritten && operation.name == "flushStream" &&
                operation.argument == L"zellauncher.properties";
+    }
+
+    // The start was stopped in the role of the shell, and the machine is no kiosk now.
+    bool isShellLeft(const Performance& next) const {
+        return untouched.tookShellRole() && next.logonShell == L"explorer.exe" && next.endedWell() &&
+               next.commands.size() == 1;
     }
 
     static bool isRenewal(const Performance& start) {
@@ -337,7 +347,7 @@ protected:
         const std::vector<Difference>& differences = ofDone.size() <= ofUndone.size() ? ofDone : ofUndone;
         bool doCopiesWait = false;
         for (const Difference& difference : differences) {
-            const char* name = stop.powerFails ? notOnDevice : nameOfDifference(difference.path);
+            const char* name = nameOfDifference(difference.path);
             expectNamed(name, stop, difference.what);
             doCopiesWait = doCopiesWait || name == copiesWait;
         }

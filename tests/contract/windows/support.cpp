@@ -38,6 +38,7 @@ void removeLongPath(const std::wstring& path) {
 }
 
 void removeTree(const std::wstring& path) {
+    DeleteFileW(path.c_str());  // a case that failed may have put a file in the place
     removeLongPath(L"\\\\?\\" + path);
 }
 
