@@ -45,6 +45,15 @@ bool holds(const Node& directory, const Node& other) {
                        [&](const auto& entry) { return holds(*entry.second, other); });
 }
 
+// Why this is no file that may be changed.
+ErrorCode whyNotWritable(const Lookup& found) {
+    if (!found.node) {
+        return found.error;
+    }
+    const bool isProtected = found.node->isDirectory() || (found.node->attributes & attributeReadOnly) != 0;
+    return isProtected ? errorAccessDenied : errorSuccess;
+}
+
 // Why an existing entry may not be taken away from its place.
 ErrorCode whyNotRemovable(const Node& node) {
     if (node.refusal != errorSuccess) {
@@ -167,11 +176,8 @@ bool flushFile(const std::wstring& path) {
         return failWith(fault);
     }
     const Lookup found = find(path);
-    if (!found.node) {
-        return failWith(found.error);
-    }
-    if (found.node->isDirectory() || (found.node->attributes & attributeReadOnly) != 0) {
-        return failWith(errorAccessDenied);
+    if (const ErrorCode reason = whyNotWritable(found)) {
+        return failWith(reason);
     }
     ErrorCode error = errorSuccess;
     const auto writing = simulation::openNode(found.node, false, true, true, true, true, error);
@@ -231,11 +237,8 @@ bool deleteFile(const std::wstring& path) {
         return failWith(fault);
     }
     const Lookup found = find(path);
-    if (!found.node) {
-        return failWith(found.error);
-    }
-    if (found.node->isDirectory() || (found.node->attributes & attributeReadOnly) != 0) {
-        return failWith(errorAccessDenied);
+    if (const ErrorCode reason = whyNotWritable(found)) {
+        return failWith(reason);
     }
     if (const ErrorCode reason = whyNotRemovable(*found.node)) {
         return failWith(reason);

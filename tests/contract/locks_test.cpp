@@ -13,34 +13,45 @@ using contract::write;
 using namespace platform;
 
 // Locks on the head of a file: who gets them, what they keep others from, and when they go.
-class Locks : public contract::Contract {};
+class Locks : public contract::Contract {
+protected:
+    // One stream of the file `f`, which has this content, for the body.
+    void onStream(const std::string& content, const std::function<void(Stream*)>& body) {
+        onMachine([&] {
+            write(in(L"f"), content);
+            Stream* stream = openStream(in(L"f"), "r+");
+            body(stream);
+            EXPECT_TRUE(closeStream(stream));
+        });
+    }
+    // Two streams of it, one beside the other.
+    void onTwoStreams(const std::string& content, const std::function<void(Stream*, Stream*)>& body) {
+        onStream(content, [&](Stream* first) {
+            Stream* second = openStream(in(L"f"), "r+");
+            body(first, second);
+            closeStream(second);  // what it could not write shows here
+        });
+    }
+};
 
 TEST_F(Locks, OneHolderOfALockKeepsTheOthersOut) {
-    onMachine([&] {
-        write(in(L"f"), "");
-        Stream* first = openStream(in(L"f"), "r+");
-        Stream* second = openStream(in(L"f"), "r+");
+    onTwoStreams("", [](Stream* first, Stream* second) {
         EXPECT_TRUE(lockStream(first, 100));
         EXPECT_FAILS(lockStream(second, 100), errorLockViolation);
         EXPECT_FAILS(lockStream(first, 100), errorLockViolation);
         EXPECT_TRUE(unlockStream(first, 100));
         EXPECT_TRUE(lockStream(second, 100));
-        closeStream(first);
-        closeStream(second);
     });
 }
 
 TEST_F(Locks, TheHolderOfALockReadsAndWrites) {
-    onMachine([&] {
-        write(in(L"f"), "123");
-        Stream* stream = openStream(in(L"f"), "r+");
+    onStream("123", [&](Stream* stream) {
         EXPECT_TRUE(lockStream(stream, 100));
         EXPECT_EQ(take(stream, 10), "123");
         EXPECT_TRUE(rewindStream(stream));
         EXPECT_TRUE(writeStream(stream, "45"));
         EXPECT_TRUE(flushStream(stream));
         EXPECT_TRUE(unlockStream(stream, 100));
-        closeStream(stream);
         EXPECT_EQ(read(in(L"f")), "453");
     });
 }
@@ -59,14 +70,11 @@ TEST_F(Locks, AReaderMayLock) {
 }
 
 TEST_F(Locks, ALockIsTakenAnewWithAnotherLength) {
-    onMachine([&] {
-        write(in(L"f"), "");
-        Stream* stream = openStream(in(L"f"), "r+");
+    onStream("", [](Stream* stream) {
         EXPECT_TRUE(lockStream(stream, 10));
         EXPECT_TRUE(unlockStream(stream, 10));
         EXPECT_TRUE(lockStream(stream, 100));
         EXPECT_TRUE(unlockStream(stream, 100));
-        closeStream(stream);
     });
 }
 
@@ -84,10 +92,7 @@ TEST_F(Locks, LocksOfTwoFilesDoNotMeet) {
 }
 
 TEST_F(Locks, OthersCannotReadWhatIsLocked) {
-    onMachine([&] {
-        write(in(L"f"), "123");
-        Stream* holder = openStream(in(L"f"), "r+");
-        Stream* other = openStream(in(L"f"), "r+");
+    onTwoStreams("123", [](Stream* holder, Stream* other) {
         EXPECT_TRUE(lockStream(holder, 100));
         if (!isWine()) {  // Wine's locks keep other locks out, and no readers
             EXPECT_EQ(take(other, 10), "");
@@ -96,24 +101,17 @@ TEST_F(Locks, OthersCannotReadWhatIsLocked) {
         EXPECT_TRUE(unlockStream(holder, 100));
         EXPECT_TRUE(rewindStream(other));
         EXPECT_EQ(take(other, 10), "123");
-        closeStream(holder);
-        closeStream(other);
     });
 }
 
 TEST_F(Locks, OthersCannotWriteIntoWhatIsLocked) {
-    onMachine([&] {
-        write(in(L"f"), "123");
-        Stream* holder = openStream(in(L"f"), "r+");
-        Stream* other = openStream(in(L"f"), "r+");
+    onTwoStreams("123", [](Stream* holder, Stream* other) {
         EXPECT_TRUE(lockStream(holder, 10));
         EXPECT_TRUE(writeStream(other, "x"));
         if (!isWine()) {  // Wine's locks keep other locks out, and no writers
             EXPECT_FAILS(flushStream(other), errorLockViolation);
         }
         EXPECT_TRUE(unlockStream(holder, 10));
-        closeStream(holder);
-        closeStream(other);
     });
 }
 
@@ -135,16 +133,13 @@ TEST_F(Locks, AClosingThatCannotWriteTells) {
 }
 
 TEST_F(Locks, BytesBehindALockAreWrittenByAnyone) {
-    onMachine([&] {
-        write(in(L"f"), "0123456789");
-        Stream* holder = openStream(in(L"f"), "r+");
+    onStream("0123456789", [&](Stream* holder) {
         EXPECT_TRUE(lockStream(holder, 10));
         Stream* appender = openStream(in(L"f"), "a+");
         EXPECT_TRUE(writeStream(appender, "x"));
         EXPECT_TRUE(flushStream(appender));
         closeStream(appender);
         EXPECT_TRUE(unlockStream(holder, 10));
-        closeStream(holder);
         EXPECT_EQ(read(in(L"f")), "0123456789x");
     });
 }
@@ -189,29 +184,21 @@ TEST_F(Locks, AChildDoesNotInheritALock) {
 }
 
 TEST_F(Locks, ALockIsGivenBackWholeOrNotAtAll) {
-    onMachine([&] {
-        write(in(L"f"), "");
-        Stream* one = openStream(in(L"f"), "r+");
-        Stream* other = openStream(in(L"f"), "r+");
+    onTwoStreams("", [](Stream* one, Stream* other) {
         EXPECT_TRUE(lockStream(one, 10));
         EXPECT_FALSE(unlockStream(one, 5));
         EXPECT_FALSE(unlockStream(other, 10));
         EXPECT_FAILS(lockStream(other, 10), errorLockViolation);
-        closeStream(one);
-        closeStream(other);
     });
 }
 
 TEST_F(Locks, WhatIsNotLockedCannotBeUnlocked) {
     const ErrorCode notLocked = isWine() ? errorLockViolation : errorNotLocked;  // Wine's own answer
-    onMachine([&] {
-        write(in(L"f"), "");
-        Stream* stream = openStream(in(L"f"), "r+");
+    onStream("", [&](Stream* stream) {
         EXPECT_FAILS(unlockStream(stream, 100), notLocked);
         EXPECT_TRUE(lockStream(stream, 100));
         EXPECT_TRUE(unlockStream(stream, 100));
         EXPECT_FAILS(unlockStream(stream, 100), notLocked);
-        closeStream(stream);
     });
 }
 
