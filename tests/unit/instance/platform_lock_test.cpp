@@ -274,10 +274,8 @@ protected:
         });
     }
     void startTogether(int launchers) {
-        std::vector<simulation::ProcessId> all;
-        for (int i = 0; i < launchers; ++i) {
-            all.push_back(begin());
-        }
+        std::vector<simulation::ProcessId> all(static_cast<std::size_t>(launchers));
+        std::generate(all.begin(), all.end(), [this] { return begin(); });
         for (const simulation::ProcessId launcher : all) {
             EXPECT_EQ(machine.waitFor(launcher).status, 0U);
         }
