@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/file_operations.h"
+#include "foundation/log_channel.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -358,7 +359,10 @@ TEST_F(PropertyReader, AReadThatFailsIsTheEndOfTheFileAndIsTold) {
     fault.operation = "readStream";
     fault.fromThenOn = true;
     machine.inject(fault);
-    outcome = runQuietly([&] { zellauncher::loadPropertyFile(path, list); });
+    outcome = runQuietly([&] {
+        zellauncher::loadPropertyFile(path, list);
+        EXPECT_FALSE(zellauncher::isLogDebug());  // the log is as quiet as before
+    });
     EXPECT_EQ(outcome.end.status, 0U);
     EXPECT_TRUE(list.empty());
     EXPECT_TRUE(outcome.logHas("ZELLauncher> reading \"C:\\test.properties\" failed before its end"));
