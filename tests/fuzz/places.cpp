@@ -26,6 +26,8 @@ std::wstring systemPath(const std::wstring& path) {
     const bool isOfAnotherMachine = text.starts_with(L"\\\\");
     if (!isOfAnotherMachine && (text.size() < 2 || text[1] != L':')) {
         text = L"C:\\" + text;
+    } else if (!isOfAnotherMachine) {
+        text.insert(2, L"\\");  // the current directory of a drive is its root
     }
     std::vector<std::wstring> components;
     std::wstring component;
@@ -70,8 +72,8 @@ bool Places::mayLookAt(const std::wstring& path) const {
 
 bool isFileOperation(const simulation::Operation& operation, bool& isLook) {
     constexpr std::string_view looks[] = {"fileAttributes", "createDirectory"};
-    constexpr std::string_view touches[] = {"copyFile", "createFile", "deleteFile",     "findFirst",
-                                            "moveFile", "openStream", "removeDirectory"};
+    constexpr std::string_view touches[] = {"copyFile",  "createFile", "deleteFile", "findFirst",
+                                            "flushFile", "moveFile",   "openStream", "removeDirectory"};
     isLook = std::find(std::begin(looks), std::end(looks), operation.name) != std::end(looks);
     return isLook || std::find(std::begin(touches), std::end(touches), operation.name) != std::end(touches);
 }
