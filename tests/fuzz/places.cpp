@@ -18,10 +18,16 @@ bool isBelow(const std::wstring& path, const std::wstring& directory) {
     return path == directory || path.starts_with(directory + (directory.ends_with(L"\\") ? L"" : L"\\"));
 }
 
+// Outside of the long form the system drops dots at the end of a name, and blanks at the end of a path.
+std::wstring systemName(const std::wstring& component, bool isLast) {
+    return component.substr(0, component.find_last_not_of(isLast ? L". " : L".") + 1);
+}
+
 }  // namespace
 
 std::wstring systemPath(const std::wstring& path) {
-    std::wstring text = capitals(path.starts_with(L"\\\\?\\") ? path.substr(4) : path);
+    const bool isLongForm = path.starts_with(L"\\\\?\\");
+    std::wstring text = capitals(isLongForm ? path.substr(4) : path);
     std::replace(text.begin(), text.end(), L'/', L'\\');
     const bool isOfAnotherMachine = text.starts_with(L"\\\\");
     if (!isOfAnotherMachine && (text.size() < 2 || text[1] != L':')) {
@@ -30,18 +36,16 @@ std::wstring systemPath(const std::wstring& path) {
         text.insert(2, L"\\");  // the current directory of a drive is its root
     }
     std::vector<std::wstring> components;
-    std::wstring component;
-    for (const wchar_t unit : text + L"\\") {
-        if (unit != L'\\') {
-            component += unit;
-            continue;
-        }
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find(L'\\', start), text.size());
+        const std::wstring component = text.substr(start, end - start);
+        const std::wstring name = isLongForm ? component : systemName(component, end == text.size());
         if (component == L".." && components.size() > 1) {
             components.pop_back();
-        } else if (component != L"." && component != L".." && !component.empty()) {
-            components.push_back(component);
+        } else if (component != L"." && component != L".." && !name.empty()) {
+            components.push_back(name);
         }
-        component.clear();
+        start = end + 1;
     }
     std::wstring full = isOfAnotherMachine ? L"\\" : L"";
     for (const std::wstring& name : components) {
