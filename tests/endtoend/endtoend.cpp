@@ -66,7 +66,7 @@ std::wstring environmentBlock(const Variables& own, const std::set<std::wstring>
 
 // The process that the launcher recorded, with these rights; null when there is none.
 HANDLE openRecordedProcess(const fs::path& directory, DWORD rights) {
-    std::ifstream record(directory / L".zel.main");
+    std::istringstream record(bytesOf(directory / L".zel.main"));
     DWORD number = 0;
     record >> number;
     return number == 0 ? nullptr : OpenProcess(rights, FALSE, number);
@@ -115,11 +115,27 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
+// A file is read although the process that moved it to its place may not have let go of it yet: a
+// reader that did not share its deletion would be refused for that moment.
 std::string bytesOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
+    HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        EXPECT_TRUE(error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
+            << path << " cannot be read: " << error;
+        return {};
+    }
+    std::string content;
+    std::array<char, 4096> buffer{};
+    DWORD count = 0;
+    while (ReadFile(file, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) != 0 &&
+           count > 0) {
+        content.append(buffer.data(), count);
+    }
+    CloseHandle(file);
+    return content;
 }
 
 bool VariableOrder::operator()(const std::wstring& left, const std::wstring& right) const {

@@ -154,7 +154,8 @@ bool contains(const std::string& text, const std::string& part);
 // A UTF-8 text as the system's; the lines of a text.
 std::wstring wide(const std::string& utf8);
 std::vector<std::string> linesOf(const std::string& text);
-std::string bytesOf(const fs::path& path);  // of a file as they are; empty when it is missing
+// The bytes of a file; none when it is missing, and a failure when it is there and cannot be read.
+std::string bytesOf(const fs::path& path);
 
 std::wstring forward(const fs::path& path);   // with forward slashes
 std::wstring backward(const fs::path& path);  // with backslashes

@@ -1,3 +1,5 @@
+#include <windows.h>
+
 #include <set>
 
 #include "endtoend.h"
@@ -65,6 +67,17 @@ TEST_F(HandOff, ATextWhoseClientIsGoneBeforeAnybodyWaitsForItIsNotLost) {
     slow.close();
     EXPECT_EQ(payload(1), std::wstring(L"slow") + L'\0');
     EXPECT_NE(payload(2).find(L"\nquick\n"), std::wstring::npos);
+}
+
+// Records are moved to their places, and a test may look at one before the mover has let go of it.
+TEST_F(HandOff, ARecordIsReadWhileItsMoverStillHoldsIt) {
+    const fs::path record = root / L"record.bin";
+    write(record, "text");
+    HANDLE mover = CreateFileW(record.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                               nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(mover, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(endtoend::bytesOf(record), "text");
+    CloseHandle(mover);
 }
 
 TEST_F(HandOff, ASecondAndAThirdLauncherHandTheirWordsOver) {
