@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "schedules/exploration.h"
+#include "schedules/race.h"
 
 // What the order of the steps makes unavoidable, each shown by the smallest race that has it: when two
 // platforms run for one workspace, who waits, and whose log is lost.
@@ -91,13 +91,14 @@ TEST(TwoPlatforms, WhenAnotherStartGetsBetweenAPlatformAndItsRestart) {
 
 // The wait for the endpoint ends when the file exists; who reads it then needs the name in it.
 TEST(TwoPlatforms, WhenAnEndpointIsMadeBeforeItsNameIsWritten) {
-    const auto explorationOf = [](Publishing publishing) {
-        return explore(
-            raceOf(Before::nothing, {{0, {}}, {0, {}}}, {{Fate::lives, 1000, 5000, 0, publishing}}),
-            schedules::isSharedOperation, 2);
+    const auto stallingBeforeTheName = [](Publishing publishing) {
+        RacePlan plan =
+            raceOf(Before::nothing, {{0, {}}, {0, {}}}, {{Fate::lives, 1000, 15000, 0, publishing}});
+        plan.stall = simulation::Stall{"writeStream", L".pipe", 3000};
+        return runWithoutSwitches(plan);
     };
-    EXPECT_TRUE(explorationOf(Publishing::inOneStep).overlaps.empty());
-    EXPECT_GT(explorationOf(Publishing::inTwoSteps).overlaps[Overlap::tornEndpoint], 0U);
+    EXPECT_TRUE(stallingBeforeTheName(Publishing::inOneStep).overlaps.empty());
+    EXPECT_EQ(overlapsIn(stallingBeforeTheName(Publishing::inTwoSteps), Overlap::tornEndpoint), 1);
 }
 
 // A file that somebody has open cannot be moved away, and the launcher of a restart opens the endpoint
