@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Builds the launcher, lays out an example install, starts it under Wine as a user would, and shows what
-# happened. A second call is a later start of the same user.
+# Builds the launcher, lays out an example install, starts the launcher under Wine as a user would, and shows
+# what happened. The second call is a later start of the same user.
 #
-#   ./run.sh             start it, with a real platform where its parts can be had
-#   ./run.sh --standin   with the stand-in as the platform
-#   ./run.sh --fresh     forget the user first
+#   ./run.sh             starts it with a real platform, or with the standin if that is unavailable
+#   ./run.sh --standin   starts it with the standin as the platform
+#   ./run.sh --fresh     first deletes the user's files
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 source cmake/setup.sh
@@ -24,11 +24,11 @@ done
 
 drive=build/wine/drive_c
 install=$drive/Apps/framework/Client
-user=$(id -un) # under Wine the user is called as here
+user=$(id -un) # also the name under Wine
 user_home=$drive/users/$user
 workspace=$user_home/Mivel/ZEL/1234/$user
 base=$install/zel/eclipse/plugins/base_1.0
-begin=build/run.begin # as old as this start
+begin=build/run.begin # modified at the last start
 real_records=$workspace/platform
 standin_records=$workspace/standin
 parts=build/windows/real-platform
@@ -39,14 +39,14 @@ build() {
     [ -f build/windows/build.ninja ] || cmake --preset windows >build/windows.configure.log
     cmake --build --preset windows --target zellauncher standin
     if [ "$platform" = real ] && ! ./cmake/real-platform.sh; then
-        echo "The stand-in takes its place."
+        echo "Using the stand-in instead."
         platform=standin
     fi
     if [ "$platform" = real ]; then records=$real_records; else records=$standin_records; fi
 }
 
 lay_out() {
-    wine cmd /c ver >/dev/null # makes the prefix on first use
+    wine cmd /c ver >/dev/null # the first call creates the prefix
     rm -rf "$install"
     mkdir -p "$install" "$user_home" "$base/win32/x86_64" "$install/jvm/bin"
     cp -r examples/install/. "$install/"
@@ -61,7 +61,7 @@ lay_out() {
     fi
 }
 
-# True when the condition, a command, holds within this many seconds.
+# True if the command succeeds within this number of seconds.
 eventually() {
     local seconds=$1
     shift
@@ -77,7 +77,7 @@ eventually() {
 start_launcher() {
     local status=0
     touch "$begin"
-    # The platform goes on by itself and must not hold this script's output open.
+    # The platform keeps running and must not keep this script's output open.
     timeout 120 ./cmake/wine-run.sh 'C:\Apps\framework\Client\zel\zellauncher.exe' "$@" \
         >/dev/null 2>&1 || status=$?
     echo "The launcher ended with status $status."
@@ -85,8 +85,8 @@ start_launcher() {
 
 has_ended() { [ -f "$1/ended.txt" ]; }
 
-# Ends the platform of this call, or of an earlier one that was interrupted. The example platform ends when
-# a start asks for that, whether it runs already or has just been started to hear it.
+# Ends the platform of this call or of an interrupted one. The example platform ends on the argument -exit,
+# whether that is handed over or given at its start.
 stop_platform() {
     if [ -f "$standin_records/running.txt" ] && ! has_ended "$standin_records"; then
         touch "$workspace/standin.stop"
@@ -95,13 +95,13 @@ stop_platform() {
     if [ -f "$real_records/running.txt" ] && ! has_ended "$real_records"; then
         start_launcher -exit 0 >/dev/null
         eventually 60 has_ended "$real_records" || true
-        eventually 60 [ ! -f "$workspace/.pipe" ] || true # the last that it does
+        eventually 60 [ ! -f "$workspace/.pipe" ] || true # deleted last
     fi
     rm -rf "$workspace/standin.stop" "$standin_records" "$real_records"
 }
 
-# What lies in the workspace, directories with a slash behind their names; what a platform writes down for
-# this demonstration and what the framework keeps are not the launcher's.
+# Lists the workspace, directories with a slash at the end, without the files of the platform and the
+# framework.
 list_workspace() {
     [ -d "$workspace" ] || return 0
     find "$workspace" -mindepth 1 \( -path "$standin_records" -o -path "$real_records" -o -path '*/.config/org.eclipse.[ceo]*' \) -prune \
@@ -119,15 +119,15 @@ show_role() {
 purpose_of() {
     case "$1" in
         .config/) echo "the user's configuration" ;;
-        .config/args.properties) echo "how to start again, for a restart" ;;
+        .config/args.properties) echo "the arguments, for a restart" ;;
         .config/config.ini) echo "seeded from the install: the framework's configuration" ;;
         .config/zelinstall.properties) echo "seeded from the install: the user's properties" ;;
-        .config/zelinstall.properties.bak) echo "their backup, in case they get damaged" ;;
+        .config/zelinstall.properties.bak) echo "their backup" ;;
         .config/org.eclipse.update/platform.xml) echo "seeded from the install: the platform's features" ;;
-        .pipe) echo "written by the platform: where to reach it" ;;
-        .zel.lock) echo "the lock, with the number of the platform's process" ;;
-        .zel.main) echo "the number again" ;;
-        applications/eclipse/features/ | applications/eclipse/plugins/) echo "for what the user adds" ;;
+        .pipe) echo "written by the platform: the name of its pipe" ;;
+        .zel.lock) echo "the lock file, with the platform's process id" ;;
+        .zel.main) echo "the process id again" ;;
+        applications/eclipse/features/ | applications/eclipse/plugins/) echo "for features and plug-ins that the user adds" ;;
         logs/shutdown.log) echo "starts and unclean ends" ;;
         logs/zellauncher.log) echo "the log of the last start" ;;
     esac
@@ -138,10 +138,10 @@ show_made() {
     local made
     made=$(comm -13 <(printf '%s\n' "$before") <(list_workspace))
     if [ -z "$made" ]; then
-        printf '\nEverything was in place in the workspace; nothing had to be made.\n'
+        printf '\nThe workspace was complete, so this start created nothing.\n'
         return
     fi
-    printf '\nThis start made in the workspace:\n'
+    printf '\nThis start created in the workspace:\n'
     while read -r path; do
         printf '    %-42s %s\n' "$path" "$(purpose_of "$path")" | sed 's/ *$//'
     done <<<"$made"
@@ -155,7 +155,7 @@ show() {
 
 show_failure() {
     local log
-    echo "The platform did not start. The log says why:"
+    echo "The platform did not start. The log has the reason:"
     while read -r log; do
         show "${log#"$drive"/}:" "$log"
     done < <(find "$user_home" -name 'zellauncher*.log' -newer "$begin")
@@ -164,13 +164,13 @@ show_failure() {
 
 show_start() {
     show "The log (logs\\zellauncher.log):" "$workspace/logs/zellauncher.log"
-    show "The lock file (.zel.lock) names the platform's process:" "$workspace/.zel.lock"
-    show "The pipe that the platform published (.pipe):" "$workspace/.pipe"
+    show "The lock file (.zel.lock) with the platform's process id:" "$workspace/.zel.lock"
+    show "The pipe file (.pipe) with the name of the platform's pipe:" "$workspace/.pipe"
 }
 
-# The elements that a start handed over, one a line: a UTF-16 text with a NUL at its end.
+# The text that a start handed over is UTF-16 with a NUL at the end.
 show_hand_off() {
-    printf '\nWhat the running platform received, element by element:\n'
+    printf '\nThe arguments that the running platform received:\n'
     iconv -f UTF-16LE -t UTF-8 "$records/payload-1.bin" | tr -d '\0' | awk '{ printf "    %2d  %s\n", NR, $0 }'
 }
 
@@ -178,18 +178,18 @@ fact() { sed -n "s/^$1=//p" "$records/platform.txt"; }
 
 show_platform() {
     if [ "$platform" = standin ]; then
-        printf '\nThe stand-in was given this command, element by element:\n'
+        printf '\nThe arguments of the stand-in:\n'
         awk '{ printf "    %2d  %s\n", NR, $0 }' "$records/arguments.txt"
         return
     fi
-    printf '\nThe platform says of itself:\n'
+    printf '\nThe platform reports:\n'
     printf '    %-14s%s\n' framework "$(fact framework)" Java "$(fact java)" process "$(fact pid)" \
         product "$(fact product)" workspace "$(fact workspace)" configuration "$(fact configuration)" \
         arguments "$(paste -sd '|' "$records/application-arguments.txt" | sed 's/|/, /g')"
 }
 
 show_places() {
-    printf '\nThe user finds the workspace in C:\\users\\%s\\Mivel\\ZEL\\1234\\%s,\nand the log of the last start in logs\\zellauncher.log there. C: is %s here.\n' \
+    printf '\nThe workspace is C:\\users\\%s\\Mivel\\ZEL\\1234\\%s, and the log of the last start is\nlogs\\zellauncher.log in it. Drive C: is %s.\n' \
         "$user" "$user" "$drive"
 }
 
@@ -201,9 +201,9 @@ lay_out
 [ "$is_fresh" = no ] || rm -rf "$user_home/Mivel"
 before=$(list_workspace)
 if [ -f "$workspace/.config/zelinstall.properties" ]; then
-    say "starting zellauncher.exe for $user, who has started it before"
+    say "starting zellauncher.exe for $user, a later start"
 else
-    say "starting zellauncher.exe for $user, for the first time"
+    say "starting zellauncher.exe for $user, the first start"
 fi
 trap stop_platform EXIT
 start_launcher "hello world" "vmarg.Xss=-Xss256k"
@@ -211,7 +211,7 @@ eventually 60 [ -f "$records/running.txt" ] || show_failure
 show_role
 show_made "$before"
 show_start
-say "starting it once more while the platform runs, with other arguments"
+say "starting it again with other arguments while the platform runs"
 start_launcher "one more" -open "C:\\notes.txt"
 eventually 60 [ -f "$records/payload-1.bin" ] || show_failure
 show_role

@@ -3,9 +3,9 @@
 #
 #   ./test.sh            all of it
 #   ./test.sh --native   only what needs neither the cross compiler nor Wine
-#   ./test.sh --long     all of it, and behind it whole runs where the others take a share: every fault and
-#                        every stop, a million races, the fuzz targets, coverage and mutations; hours
-#   ./test.sh --lint     the static checks instead of the tests (clang-tidy over the whole tree; takes long)
+#   ./test.sh --long     all of it, then whole runs of what the tests sample: every fault and every stop, a
+#                        million races; also the fuzz targets, coverage and mutations. Takes hours.
+#   ./test.sh --lint     clang-tidy over the whole tree instead of the tests. Takes long.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 source cmake/setup.sh
@@ -19,8 +19,7 @@ skipped=0
 
 say() { printf '\n== %s\n' "$*"; }
 
-# Adds what the test programs of a preset counted. A program that left no counts did not get to its
-# end: that is one failure.
+# Adds the results of a preset's test programs. A program without results did not finish: one failure.
 count_results() {
     local preset=$1 program file
     while read -r program; do
@@ -49,7 +48,7 @@ build_preset() {
     cmake --build --preset "$preset"
 }
 
-# A test program that fails does not keep the others from running.
+# Runs all test programs, also after one has failed.
 run_preset() {
     local preset=$1 jobs=$2
     rm -rf "build/$preset/results"
@@ -64,9 +63,9 @@ test_preset() {
     count_results "$preset"
 }
 
-# The programs under Wine mostly wait, so they do it while the native presets are built and tested.
+# Runs the programs under Wine, which mostly wait, while the native presets are built and tested.
 begin_windows_tests() {
-    say "preset windows: testing, beside what follows"
+    say "preset windows: testing in the background"
     run_preset windows 1 >build/windows.test.log 2>&1 &
     windows_tests=$!
 }
@@ -87,26 +86,35 @@ check_format() {
     fi
 }
 
-# The product is one file that needs nothing beside it. Among its imports stand only the two libraries
-# that every Windows takes from its own directory, whatever lies beside a program; and no streams of
-# the standard library, which cost start-up time and bring locales.
+check_layers() {
+    say "checking the layers of the sources"
+    if ./cmake/check-layers.sh; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+    fi
+}
+
+# The product may import only the two libraries that every Windows loads from its own directory, whatever
+# lies beside the program. It may not use the standard library's streams, which cost start-up time and
+# bring locales.
 check_product() {
-    say "checking what the product stands on"
+    say "checking the imports of the product"
     local strangers
     strangers=$(x86_64-w64-mingw32-objdump -p build/windows/zellauncher.exe |
         sed -n 's/.*DLL Name: //p' | grep -viE '^(kernel32|msvcrt)\.dll$' || true)
-    # The supervision of a platform that crashes at every start needs a deep stack.
+    # Supervising a platform that crashes at every start needs a deep stack.
     local stack
     stack=$(x86_64-w64-mingw32-objdump -p build/windows/zellauncher.exe | grep -c 'SizeOfStackReserve.*10000000$' || true)
     if [ -z "$strangers" ] && [ "$stack" -eq 1 ] && ! grep -rnE '#include <(iostream|sstream|fstream|ostream|istream|locale|regex|format)>' src; then
         passed=$((passed + 1))
     else
-        echo "the product may not use: $strangers (stack as it should be: $stack)"
+        echo "the product may not import: $strangers (stacks of the right size: $stack, expected 1)"
         failed=$((failed + 1))
     fi
 }
 
-# The commands of the guide for integrators, as they stand there.
+# Runs the commands of the guide for integrators.
 try_guide() {
     say "trying docs/integration.md"
     if [ "$has_real_platform" = no ]; then
@@ -126,7 +134,7 @@ lint() {
     run-clang-tidy -quiet -p build/native-asan "$PWD/(src|simulation|tests)/.*" 2>/dev/null
 }
 
-# A command that tells by its status whether what it measured holds.
+# Runs a command whose status says if the measurement passed.
 measure() {
     say "$*"
     if "$@"; then
@@ -161,7 +169,7 @@ if [ "$mode" = --native ]; then
     ensure_packages "${native_packages[@]}"
 else
     ensure_packages "${native_packages[@]}" "${windows_packages[@]}"
-    say "the parts of a real platform"
+    say "building the real platform"
     if ./cmake/real-platform.sh; then
         has_real_platform=yes
     fi
@@ -169,6 +177,7 @@ else
     begin_windows_tests
 fi
 check_format
+check_layers
 test_preset native 2
 test_preset native-asan 2
 if [ "$mode" != --native ]; then
@@ -180,7 +189,7 @@ fi
 
 say "result"
 if [ "$mode" != --native ] && [ "$has_real_platform" = no ]; then
-    echo "The real platform was not started, since its parts cannot be had: its tests and the guide count as skipped."
+    echo "The real platform is unavailable, so its tests and the guide were skipped."
 fi
 if [ "$skipped" -gt 0 ]; then
     echo "$passed passed, $failed failed, $skipped skipped"

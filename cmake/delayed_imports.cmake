@@ -1,7 +1,7 @@
-# Makes the programs that link a library find the functions of these libraries of the system at their
-# first use instead of at their start: what stands among the imports is looked for beside the program
-# before any of its own code can say otherwise. The import libraries of the toolchain tell which functions
-# there are.
+# Makes the programs that link `target` load these system libraries at the first use of one of their
+# functions instead of at program start. The loader would look for an ordinary import beside the program,
+# before any of the program's code can restrict the search. The toolchain's import libraries have the
+# functions' names.
 function(zellauncher_delay_imports target)
   foreach(library ${ARGN})
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=lib${library}.a

@@ -1,4 +1,4 @@
-# Writes DELAYED, the delayed form of the import library IMPORTS of LIBRARY.dll.
+# Makes DELAYED, a delay-load import library, from IMPORTS, the ordinary import library of LIBRARY.dll.
 execute_process(COMMAND ${NM} --defined-only ${IMPORTS} OUTPUT_VARIABLE symbols ERROR_QUIET
                 COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL " T [^\n]+" functions "${symbols}")

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Makes a real platform for tests and the demonstration, in build/windows/real-platform:
+# Builds a real platform for tests and the demonstration in build/windows/real-platform, unless it is up to
+# date:
 #
 #   jvm/      a Windows JVM
-#   install/  what a packager adds to an install: the native platform launcher, the framework's bundles and the
-#             example platform of tests/realplatform with its native library
+#   install/  a packager's additions to an install: the native platform launcher, the framework's bundles and
+#             the example platform of tests/realplatform with its native library
 #
-# The parts are fetched by name, version and checksum into build/parts; docs/third-party.md tells whose they
-# are. Costs nothing when called again. Where a part cannot be had it says so in one line and ends with 1.
+# The parts are fetched by name, version and checksum into build/parts; docs/third-party.md lists their
+# origins. If a part is unavailable, prints one line and ends with status 1.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source cmake/setup.sh
@@ -28,23 +29,23 @@ launcher_sum=4a6157edba92f481829e89db8f7b41f6fdacfc6028722bc11b7f4d172e34421e
 framework_bundles=(org.eclipse.osgi org.eclipse.equinox.common org.eclipse.equinox.registry org.eclipse.equinox.app)
 
 give_up() {
-    echo "The real platform cannot be had: $*" >&2
+    echo "The real platform is unavailable: $*" >&2
     exit 1
 }
 
-# Whether the file is there and is the one that is meant.
+# True if the file exists with this checksum.
 is_fetched() {
     [ -f "$parts/$1" ] && echo "$2  $parts/$1" | sha256sum --check --status
 }
 
-# Fetches a part with its client, unless it is there.
+# Fetches a part with this client, unless it is already there.
 fetch() {
     local file=$1 sum=$2 package=$3 client=$4
     is_fetched "$file" "$sum" && return 0
     echo "Fetching $package"
     rm -f "$parts/$file"
-    (cd "$parts" && "$client" "$package") >build/parts.log 2>&1 || give_up "$package is not to be had (build/parts.log)"
-    is_fetched "$file" "$sum" || give_up "$package is not the file that is meant"
+    (cd "$parts" && "$client" "$package") >build/parts.log 2>&1 || give_up "$package cannot be fetched (see build/parts.log)"
+    is_fetched "$file" "$sum" || give_up "$package has the wrong checksum"
 }
 
 pack_with_npm() { npm pack --silent --fetch-retries=1 "$1"; }
@@ -77,12 +78,12 @@ unpack_parts() {
     rm -rf "$unpacked"
 }
 
-# The JVM comes without its archive of shared classes; with it a start costs a fraction.
+# Creates the archive of shared classes, which the package lacks; it makes starts much faster.
 speed_up_jvm() {
-    ./cmake/wine-run.sh "$target/jvm/bin/java.exe" -Xshare:dump >/dev/null 2>&1 || give_up "the JVM does not run"
+    ./cmake/wine-run.sh "$target/jvm/bin/java.exe" -Xshare:dump >/dev/null 2>&1 || give_up "its JVM does not run"
 }
 
-# The example platform: a bundle, a native library, and a jar for the boot class path.
+# Builds the example platform: a bundle, a native library and a jar for the boot class path.
 build_platform() {
     local classes=$target/classes java_home
     java_home=$(dirname "$(dirname "$(readlink -f "$(command -v javac)")")")
@@ -99,16 +100,16 @@ build_platform() {
     rm -rf "$classes"
 }
 
-# Whether what was made is newer than everything that it is made from.
-is_made() {
+# True if the result is newer than everything that it is built from.
+is_up_to_date() {
     [ -f "$target/made" ] && [ -z "$(find "$sources" "${BASH_SOURCE[0]}" tests/realplatform/install -newer "$target/made" -print -quit)" ]
 }
 
-is_made && exit 0
+is_up_to_date && exit 0
 fetch_parts
 command -v javac >/dev/null || ensure_packages openjdk-17-jdk-headless
 ensure_packages unzip g++-mingw-w64-x86-64-posix wine64
-echo "Making the real platform"
+echo "Building the real platform"
 rm -rf "$target"
 mkdir -p "$target"
 unpack_parts

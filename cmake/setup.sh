@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# Shell functions that the project's scripts share; to be sourced.
+# Functions of the project's scripts, which source this file.
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
 }
 
-# Installs those of Debian's packages that are missing, without questions. Costs nothing when all are there.
+# Installs the missing ones of these Debian packages without asking.
 ensure_packages() {
     local missing=() package
     for package in "$@"; do

@@ -1,4 +1,4 @@
-# Every warning is an error in the project's own code; GoogleTest keeps its own settings.
+# Every warning is an error in the project's own code.
 function(zellauncher_warnings target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Runs a Windows program in the project's own Wine prefix, build/wine, which is made on first use.
-# Several callers may come at once: one makes the prefix, the others wait for it.
+# Runs a Windows program in the project's own Wine prefix, build/wine, and creates the prefix at the first
+# call. Of several calls at the same time one creates it, and the others wait.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 export WINEPREFIX="$root/build/wine" WINEARCH=win64 WINEDEBUG=-all
@@ -9,9 +9,9 @@ ready="$WINEPREFIX/.ready"
 
 make_prefix() {
     "$wine" wineboot -i >/dev/null 2>&1
-    # Every Windows names its logon shell; the launcher reads it.
+    # The launcher reads the logon shell, which Wine does not set.
     "$wine" reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\Winlogon' /v Shell /d explorer.exe /f >/dev/null 2>&1
-    # Until the server has written everything down, the first windowed program stalls.
+    # Otherwise the first program with a window stalls until the server has written the registry.
     /usr/lib/wine/wineserver -w
     touch "$ready"
 }

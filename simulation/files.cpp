@@ -45,7 +45,7 @@ bool holds(const Node& directory, const Node& other) {
                        [&](const auto& entry) { return holds(*entry.second, other); });
 }
 
-// Why this is no file that may be changed.
+// Why this file may not be changed.
 ErrorCode whyNotWritable(const Lookup& found) {
     if (!found.node) {
         return found.error;
@@ -54,7 +54,7 @@ ErrorCode whyNotWritable(const Lookup& found) {
     return isProtected ? errorAccessDenied : errorSuccess;
 }
 
-// Why an existing entry may not be taken away from its place.
+// Why this entry may not be removed or renamed.
 ErrorCode whyNotRemovable(const Node& node) {
     if (node.refusal != errorSuccess) {
         return node.refusal;
@@ -113,10 +113,11 @@ bool createDirectory(const std::wstring& path) {
     return true;
 }
 
-bool copyFile(const std::wstring& source, const std::wstring& target, bool failIfExists) {
+bool copyFile(const std::wstring& source, const std::wstring& target, ExistingTarget existingTarget) {
     if (const ErrorCode fault = beginOperation("copyFile", source, true)) {
         return failWith(fault);
     }
+    const bool isFailure = existingTarget == ExistingTarget::isFailure;
     MachineState& machine = machineOfSelf();
     const Lookup from = find(source);
     if (!from.node) {
@@ -137,9 +138,9 @@ bool copyFile(const std::wstring& source, const std::wstring& target, bool failI
     }
     if (to.node) {
         if (to.node->isDirectory()) {
-            return failWith(failIfExists ? errorFileExists : errorAccessDenied);
+            return failWith(isFailure ? errorFileExists : errorAccessDenied);
         }
-        if (failIfExists) {
+        if (isFailure) {
             return failWith(errorFileExists);
         }
         if ((to.node->attributes & (attributeReadOnly | attributeHidden)) != 0 ||
@@ -214,7 +215,7 @@ bool moveFile(const std::wstring& source, const std::wstring& target, std::uint3
         return failWith(errorAccessDenied);
     }
     if (holds(*from.node, *to.parent)) {
-        return failWith(errorSharingViolation);  // a directory cannot go into itself
+        return failWith(errorSharingViolation);  // a directory cannot be moved into itself
     }
     if (to.parent->refusal != errorSuccess) {
         return failWith(to.parent->refusal);
@@ -278,10 +279,10 @@ bool removeDirectory(const std::wstring& path) {
     return true;
 }
 
-FindHandle findFirst(const std::wstring& searchPath, FindEntry& entry) {
+FirstMatch findFirst(const std::wstring& searchPath) {
     if (const ErrorCode fault = beginOperation("findFirst", searchPath)) {
         failWith(fault);
-        return FindHandle::none;
+        return {};
     }
     const std::size_t separator = searchPath.find_last_of(L"\\/");
     const std::wstring directory =
@@ -289,7 +290,7 @@ FindHandle findFirst(const std::wstring& searchPath, FindEntry& entry) {
     std::wstring pattern = separator == std::wstring::npos ? searchPath : searchPath.substr(separator + 1);
     if (pattern.empty()) {
         failWith(errorFileNotFound);
-        return FindHandle::none;
+        return {};
     }
     if (pattern == L"*.*") {
         pattern = L"*";
@@ -297,11 +298,11 @@ FindHandle findFirst(const std::wstring& searchPath, FindEntry& entry) {
     const Lookup found = find(directory);
     if (!found.node || !found.node->isDirectory()) {
         failWith(found.node ? errorDirectory : errorPathNotFound);
-        return FindHandle::none;
+        return {};
     }
     if (found.node->refusal != errorSuccess) {
         failWith(found.node->refusal);
-        return FindHandle::none;
+        return {};
     }
     simulation::FindState state;
     const std::wstring upper = upperCase(pattern);
@@ -319,29 +320,33 @@ FindHandle findFirst(const std::wstring& searchPath, FindEntry& entry) {
     }
     if (state.entries.empty()) {
         failWith(errorFileNotFound);
-        return FindHandle::none;
+        return {};
     }
-    entry = state.entries.front();
+    FirstMatch match;
+    match.entry = state.entries.front();
     state.position = 1;
     const std::uintptr_t handle = machineOfSelf().lastHandle += 4;
     self().finds[handle] = std::move(state);
-    return static_cast<FindHandle>(handle);
+    match.handle = static_cast<FindHandle>(handle);
+    return match;
 }
 
-bool findNext(FindHandle handle, FindEntry& entry) {
+std::optional<FindEntry> findNext(FindHandle handle) {
     if (const ErrorCode fault = beginOperation("findNext")) {
-        return failWith(fault);
+        failWith(fault);
+        return std::nullopt;
     }
     const auto found = self().finds.find(static_cast<std::uintptr_t>(handle));
     if (found == self().finds.end()) {
-        return failWith(errorInvalidHandle);
+        failWith(errorInvalidHandle);
+        return std::nullopt;
     }
     simulation::FindState& state = found->second;
     if (state.position >= state.entries.size()) {
-        return failWith(errorNoMoreFiles);
+        failWith(errorNoMoreFiles);
+        return std::nullopt;
     }
-    entry = state.entries[state.position++];
-    return true;
+    return state.entries[state.position++];
 }
 
 void findClose(FindHandle handle) {
@@ -385,9 +390,7 @@ Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t 
         if (!client) {
             return Handle::none;
         }
-        const std::uintptr_t handle = machineOfSelf().lastHandle += 4;
-        self().objects[handle] = std::move(client);
-        return static_cast<Handle>(handle);
+        return static_cast<Handle>(simulation::addObject(std::move(client)));
     }
     Lookup found = find(path);
     const bool isNew = !found.node;
@@ -415,25 +418,13 @@ Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t 
         failWith(error);
         return Handle::none;
     }
-    if (isNew) {  // who makes a read-only file may write to it until it is closed
+    if (isNew) {  // the creator of a read-only file may write to it until it closes it
         found.node->attributes = attributes & ~attributeNormal;
     }
     auto object = std::make_unique<simulation::Object>();
     object->kind = simulation::ObjectKind::file;
     object->file = std::move(file);
-    const std::uintptr_t handle = machineOfSelf().lastHandle += 4;
-    self().objects[handle] = std::move(object);
-    return static_cast<Handle>(handle);
-}
-
-void closeHandle(Handle handle) {
-    beginOperation("closeHandle");
-    const auto found = self().objects.find(static_cast<std::uintptr_t>(handle));
-    if (found == self().objects.end()) {
-        return;
-    }
-    simulation::releaseObject(machineOfSelf(), *found->second);
-    self().objects.erase(found);
+    return static_cast<Handle>(simulation::addObject(std::move(object)));
 }
 
 }  // namespace platform

@@ -4,64 +4,27 @@
 
 #include "simulation/machine_state.h"
 
-// The method.
+// How the machine works
 //
-// A test builds a Machine, puts files and settings on it, and starts programs. A program is a
-// function that is linked against this implementation of the seam. Each process has a thread, but
-// there is one turn, which passes from one to the next like a baton: each waits on a semaphore of its
-// own, which whoever runs releases when it sleeps, ends, or hands the turn on. Nothing else
-// synchronises anything, and nothing depends on the speed of the machine underneath.
+// A program is a function that is linked against this implementation of the system interface. Each
+// process has a thread, but there is only one turn. Each thread waits on its own semaphore, and the
+// running one passes the turn on when it sleeps, ends, or is switched. Nothing else synchronises, and
+// nothing depends on the speed of the real machine.
 //
-// beginOperation stands at the head of every operation of the seam. There the machine records the
-// call, lets another process go on if the seeded generator or the test's plan says so, stops the process
-// dead if the test asked for that, and answers whether an injected fault is due. An operation that fails
-// by a fault has no effect. Which errors an operation can give at all stands in failures.cpp.
+// Every operation of the system interface begins with beginOperation (faults.cpp). It switches to another
+// process if the generator or the test's plan says so, records the operation, kills the process if the
+// test asked for that, and returns the error of an injected fault. An operation that fails by a fault has
+// no effect. possible_errors.cpp lists the errors that each operation can have.
 //
-// The end of a process is an exception that unwinds its thread (ProcessEnded). The launcher catches
-// nothing that could hold it up. At the normal end the buffers of open streams are written out, at
-// any other they are lost, or kept in whole or in part where the test says so; handles and locks are
-// given back in all cases.
+// A process ends by an exception that unwinds its thread (ProcessEnded); the launcher catches nothing that
+// could stop it. At the normal end the buffers of open streams are flushed. At any other end they are
+// lost, or kept as the test says. Handles and locks are released in every case.
 //
-// Time is a number of milliseconds. It moves in runWhile alone, when all processes sleep.
+// Time is a number of milliseconds. It only moves in runWhile, when all processes sleep.
 
 namespace simulation {
 
 namespace {
-
-constexpr int minutesOfDay = 24 * 60;
-
-bool isLeapYear(int year) {
-    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-}
-
-int daysOfMonth(int year, int month) {
-    constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && isLeapYear(year) ? 29 : days[month - 1];
-}
-
-// The clock begins on Saturday, 2026-01-31, at 23:59:00.000.
-platform::LocalTime timeAfter(std::uint64_t elapsed) {
-    platform::LocalTime time;
-    time.year = 2026;
-    time.month = 1;
-    time.day = 31;
-    time.dayOfWeek = 6;
-    time.milliseconds = static_cast<int>(elapsed % 1000);
-    const std::uint64_t seconds = elapsed / 1000;
-    time.second = static_cast<int>(seconds % 60);
-    const std::uint64_t minutes = seconds / 60 + minutesOfDay - 1;
-    time.minute = static_cast<int>(minutes % 60);
-    time.hour = static_cast<int>(minutes / 60 % 24);
-    for (std::uint64_t days = minutes / minutesOfDay; days > 0; --days) {
-        time.dayOfWeek = (time.dayOfWeek + 1) % 7;
-        if (++time.day > daysOfMonth(time.year, time.month)) {
-            time.day = 1;
-            time.month = time.month % 12 + 1;
-            time.year += time.month == 1 ? 1 : 0;
-        }
-    }
-    return time;
-}
 
 void collectTree(const Node& directory, const std::wstring& path, std::vector<std::wstring>& all) {
     for (const auto& [name, node] : directory.entries) {
@@ -113,12 +76,13 @@ Machine::~Machine() {
     }
 }
 
-ProcessId Machine::start(const std::vector<std::wstring>& words, Program program) {
-    Process& process = state->addProcess(words, std::move(program));
+ProcessId Machine::start(const std::vector<std::wstring>& arguments, Program program) {
+    Process& process = state->addProcess(arguments, std::move(program));
     process.environment = state->environment;
     process.currentDirectory = state->currentDirectory;
-    process.module = makeFullPath(words.empty() ? L"C:\\program.exe" : words.front(), state->currentDirectory)
-                         .value_or(L"");
+    process.module =
+        makeFullPath(arguments.empty() ? L"C:\\program.exe" : arguments.front(), state->currentDirectory)
+            .value_or(L"");
     return process.id;
 }
 
@@ -138,8 +102,8 @@ void Machine::limitOperations(std::uint64_t ofEachProcess) {
     state->operationLimit = ofEachProcess;
 }
 
-ProcessEnd Machine::run(const std::vector<std::wstring>& words, Program program) {
-    return waitFor(start(words, std::move(program)));
+ProcessEnd Machine::run(const std::vector<std::wstring>& arguments, Program program) {
+    return waitFor(start(arguments, std::move(program)));
 }
 
 void Machine::runUntilIdle(std::uint64_t limitMilliseconds) {
@@ -199,7 +163,7 @@ const std::vector<StartedProcess>& Machine::startedProcesses() const {
     return state->started;
 }
 
-// The test names files in full and without limits of length.
+// Tests give full paths, without a limit of length.
 static Lookup find(MachineState& machine, const std::wstring& path) {
     const bool isLong = path.starts_with(L"\\\\?\\");
     const std::wstring full = *makeFullPath(path, L"C:\\");
@@ -342,16 +306,15 @@ void Machine::setAdministratorsGroupName(const std::wstring& name) {
 }
 
 void Machine::setSystemVersion(std::uint32_t major, std::uint32_t minor) {
-    state->major = major;
-    state->minor = minor;
+    state->systemVersion = {major, minor};
 }
 
 void Machine::addProcess(const std::wstring& executableName) {
     state->otherProcesses.push_back(executableName);
 }
 
-void Machine::createSemaphore(const std::wstring& name, bool mayBeOpened) {
-    state->semaphores[name] = {mayBeOpened, 1};
+void Machine::createSemaphore(const std::wstring& name, SemaphoreAccess access) {
+    state->semaphores[name] = {access, 1};
 }
 
 void Machine::removeSemaphore(const std::wstring& name) {
@@ -461,12 +424,3 @@ std::map<std::wstring, std::wstring> Machine::environmentOf(ProcessId process) c
 }
 
 }  // namespace simulation
-
-namespace platform {
-
-LocalTime localTime() {
-    simulation::beginOperation("localTime");
-    return simulation::timeAfter(simulation::machineOfSelf().elapsed);
-}
-
-}  // namespace platform

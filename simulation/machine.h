@@ -13,17 +13,16 @@
 #include "platform/errors.h"
 #include "platform/registry.h"
 
-// A Windows machine in memory: the second implementation of the seam in src/platform, for tests.
+// A simulated Windows machine: the second implementation of the system interface in src/platform.
 //
-// A machine has drives with files, processes, a clock, an environment, users, a registry. A program
-// is a function; each process runs its program on a thread of its own, but only one of them runs at
-// any time. Every operation of the seam is a point at which the machine may let another process go
-// on: which one is drawn from a generator with the machine's seed, so the same seed gives the same
-// run. The clock stands still while anybody works; when all processes sleep, it jumps to the moment
-// at which the first of them wakes. Twenty seconds of waiting thus cost no time.
+// A machine has drives with files, processes, a clock, an environment, users and a registry. A program
+// is a function. Each process runs its program on its own thread, but only one thread runs at a time.
+// At every operation of the system interface the machine may switch to another process, drawn by a
+// generator with the machine's seed, so the same seed gives the same run. The clock only moves when all
+// processes sleep; it then jumps to the next moment at which one of them wakes.
 //
-// The process-wide state of the launcher is thread_local in this build (PROCESS_WIDE), so each
-// process has its own, fresh at its start.
+// The launcher's process-wide variables are thread_local in this build (PROCESS_WIDE), so each process
+// starts with fresh ones.
 namespace simulation {
 
 using Program = std::function<int()>;
@@ -32,7 +31,7 @@ enum class EndKind {
     exited,           // exitProcess, or the program returned
     accessViolation,  // endWithAccessViolation; the status is 0xC0000005
     stoppedDead,      // killed by the test at an operation
-    ranAway,          // ended by the machine: more operations than limitOperations allows
+    ranAway,          // ended by the machine after more operations than limitOperations allows
 };
 
 struct ProcessEnd {
@@ -42,68 +41,72 @@ struct ProcessEnd {
 
 using ProcessId = std::uint32_t;
 
-// What createProcess was asked for, in order, failed attempts included.
+// Whether other processes may open a semaphore; denied gives them errorAccessDenied.
+enum class SemaphoreAccess { granted, denied };
+
+// One call of createProcess, whether it succeeded or not.
 struct StartedProcess {
     std::wstring commandLine;
     platform::StartInformation start;
-    std::map<std::wstring, std::wstring> environment;  // names as they were set
+    std::map<std::wstring, std::wstring> environment;  // names as set
     ProcessId id = 0;                                  // 0 when the start failed
     ProcessId parent = 0;
     bool started = false;
 };
 
-// One call of the seam, for assertions about access patterns.
+// One call of the system interface, for assertions about access patterns.
 struct Operation {
-    std::string name;       // of the seam's function, e.g. "createDirectory"
+    std::string name;       // of the function, e.g. "createDirectory"
     std::wstring argument;  // its first text argument, or empty
     ProcessId process = 0;
     std::uint64_t index = 0;  // 1 for the first operation of the machine
-    bool writes = false;      // it needs room on the disk: makes a file, writes, or writes out
-    platform::ErrorCode fault = platform::errorSuccess;  // the error that a fault gave it
+    bool writes = false;      // it needs disk space: creates a file, writes or flushes
+    platform::ErrorCode fault = platform::errorSuccess;  // the error of an injected fault
 };
 
-// A value of the registry: a text, or a 32-bit number.
+// A registry value: a text or a 32-bit number.
 struct RegistryValue {
     std::wstring text;
     std::optional<std::uint32_t> number;
 };
 
-// A call that would have ended the user's session. On this machine the session goes on.
+// A request to end the user's session. On this machine the session continues.
 struct SessionEnd {
     std::uint32_t how = 0;
     std::uint32_t reason = 0;
-    bool wasPrivileged = false;  // the privilege to shut down was enabled at that moment
+    bool wasPrivileged = false;  // the shutdown privilege was enabled at that moment
 };
 
-// The errors that the system can give for such an operation, besides those that follow from what the
-// machine holds: what a scanner, another program, a full or failing disk or a share does to a caller
-// at any moment. Empty for an operation that cannot fail, or whose failure nobody can see.
+// The errors that Windows can give for this operation at any moment, because of a virus scanner, another
+// program, a full or failing disk, or a network share. Empty if the operation cannot fail or its failure
+// is invisible to the caller.
 std::vector<platform::ErrorCode> errorsOf(const Operation& operation);
 
-// How injected failures are chosen. Operations are counted for the whole machine from 1, or, with a
-// name, among those of that name (and that begin of the argument, compared without regard to case).
+// An injected failure. Operations are counted from 1 over the whole machine, or only those with this name,
+// this end of the argument (ignoring case) and this process.
 struct Fault {
     std::string operation;          // empty: any operation that can fail
     std::wstring argumentEndsWith;  // empty: any argument
-    std::uint64_t nth = 1;          // the first one that fails, counted from the call of inject
-    bool fromThenOn = false;        // else only that one
+    std::uint64_t nth = 1;          // which one fails, counted from the call of inject
+    bool fromThenOn = false;        // all later ones fail too
     platform::ErrorCode error = platform::errorAccessDenied;
     ProcessId process = 0;           // 0: of any process
-    bool onlyWherePossible = false;  // an operation whose errorsOf does not hold the error is spared
+    bool onlyWherePossible = false;  // only operations whose errorsOf contains the error
 };
 
-// What becomes of the data that a process has in its hands when it is stopped dead: what it wrote and
-// its streams have not written out, and a copy that it is making.
+// What happens to the unflushed data of a process that is stopped dead: the buffers of its streams, and a
+// copy in progress.
 enum class UnflushedData { lost, kept, partlyWritten };
 
 struct Stop {
-    std::uint64_t nth = 1;  // in place of this operation, counted from the call of stopDead
-    ProcessId process = 0;  // 0: of any process, and the one that makes it is stopped
-    // Partly written: half of each buffer, and of the file when the operation is copyFile.
+    std::uint64_t nth =
+        1;  // the operation that is not carried out any more, counted from the call of stopDead
+    ProcessId process = 0;  // 0: any process; the one that calls the operation is stopped
+    // partlyWritten: half of each buffer, and half of the file if the operation is copyFile.
     UnflushedData data = UnflushedData::lost;
 };
 
-// The files and directories of all drives at one moment.
+// A snapshot of all drives.
 class DiskImage {
 private:
     friend class Machine;
@@ -111,33 +114,32 @@ private:
     std::shared_ptr<const Content> content;
 };
 
-// How often the seeded generator interferes. Rare switches let one process get far ahead of another,
-// which many switches hardly ever do; stalls let time pass in the middle of somebody's work.
+// How often the generator interferes. Rare switches let one process get far ahead of another, which
+// frequent ones hardly ever do. Stalls let time pass in the middle of a process's work.
 struct Switching {
-    std::uint32_t oneIn = 1;       // operations at whose head the next process is drawn
-    std::uint32_t stallOneIn = 0;  // operations at whose head the process stalls; 0 for none
+    std::uint32_t oneIn = 1;       // a switch before every nth operation on average
+    std::uint32_t stallOneIn = 0;  // a stall before every nth operation on average; 0 for none
     std::uint32_t longestStallMilliseconds = 1;
 };
 
-// Time that passes in the middle of somebody's work at a chosen place: at the head of the next operation of
-// this name whose argument ends so.
+// A stall at a chosen place: before the next operation with this name and this end of the argument.
 struct Stall {
     std::string operation;
     std::wstring argumentEndsWith;
     std::uint32_t milliseconds = 0;
 };
 
-// A point at which more than one process could go on, as followChoices met it.
+// A point of a followChoices run at which more than one process could continue.
 struct SwitchingPoint {
     std::size_t candidates = 0;
-    std::size_t habit = 0;        // the candidate who goes on without a choice
-    std::size_t chosen = 0;       // the candidate who did
-    bool canContinue = false;     // the process that ran is a candidate: another one pre-empts it
-    std::uint64_t operation = 0;  // of the machine, the last one before this point
+    std::size_t habit = 0;        // the candidate that continues without a choice
+    std::size_t chosen = 0;       // the candidate that did
+    bool canContinue = false;     // the running process is a candidate, so another one pre-empts it
+    std::uint64_t operation = 0;  // number of the last operation before this point
 };
 
-// The candidate, counted from 0 in the order of their numbers, who goes on at a switching point,
-// counted from 0.
+// Which candidate continues at which switching point; both are counted from 0, candidates in the order of
+// their process ids.
 struct Choice {
     std::uint64_t point = 0;
     std::size_t candidate = 0;
@@ -148,97 +150,96 @@ class MachineState;
 class Machine {
 public:
     explicit Machine(std::uint64_t seed = 1);
-    ~Machine();  // processes that still run are stopped
+    ~Machine();  // stops processes that are still running
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
 
     // --- Running programs -----------------------------------------------------------------------
 
-    // Starts a program as somebody would from the desktop: its words are what
-    // commandLineArguments() returns, its environment is a copy of the machine's at this moment, its
-    // module file is word 0 made full. It begins to run when the machine does.
-    ProcessId start(const std::vector<std::wstring>& words, Program program);
+    // Starts a program as a user would. It gets these arguments, a copy of the machine's environment, and
+    // the full path of argument 0 as its module file. It begins to run when the machine does.
+    ProcessId start(const std::vector<std::wstring>& arguments, Program program);
 
-    // Runs the machine until this process has ended, others taking their turns meanwhile.
+    // Runs the machine until this process has ended; other processes get their turns.
     ProcessEnd waitFor(ProcessId process);
 
-    // start and waitFor in one.
-    ProcessEnd run(const std::vector<std::wstring>& words, Program program);
+    // start, then waitFor.
+    ProcessEnd run(const std::vector<std::wstring>& arguments, Program program);
 
-    // The same for at most this much simulated time; nothing when it still runs then.
+    // waitFor for at most this much simulated time; nothing if the process is still running then.
     std::optional<ProcessEnd> waitFor(ProcessId process, std::uint64_t limitMilliseconds);
 
-    // Runs the machine until no process is left, or until this much simulated time has passed.
+    // Runs the machine until no process is left or this much simulated time has passed.
     void runUntilIdle(std::uint64_t limitMilliseconds);
 
-    // A process that makes more operations than this is ended (ranAway). At the start it is a bound
-    // that only a program that never ends can reach, and that ends the test.
+    // Ends a process that makes more operations than this (ranAway). Without a limit, only a bound that a
+    // program must be endless to reach aborts the test program.
     void limitOperations(std::uint64_t ofEachProcess);
 
     bool isRunning(ProcessId process) const;
     ProcessEnd endOf(ProcessId process) const;  // of one that has ended
 
-    // --- Who goes on ----------------------------------------------------------------------------
+    // --- Scheduling -----------------------------------------------------------------------------
 
     void setSwitching(const Switching& switching);
 
-    // One stall, in place of the one before; it happens wherever switching points are.
+    // Requests one stall, replacing an earlier request.
     void stallOnce(const Stall& stall);
 
-    // Only the operations (name, first text argument) that this says are switching points.
+    // Restricts switching points to the operations (name, first text argument) that the function accepts.
     void switchOnlyAt(std::function<bool(const char*, const std::wstring&)> isSwitchingOperation);
 
-    // From now on nothing is drawn: a process goes on until it sleeps or ends, then the first one that
-    // can, but where a choice names another. Choices are sorted by their points. What a run without
-    // choices met, and every choice that can be made there, tells how to go through all schedules.
+    // From now on nothing is drawn: a process runs until it sleeps or ends, then the first one that can,
+    // unless a choice names another. Choices must be sorted by point. The switching points of a run without
+    // choices show which choices exist, so that a test can go through all schedules.
     void followChoices(const std::vector<Choice>& choices);
     const std::vector<SwitchingPoint>& switchingPoints() const;
 
-    // Called at the end of each process, when it has given back what it held.
+    // The observer is called after each process has ended and released what it held.
     void whenEnded(std::function<void(ProcessId)> observer);
 
-    // What createProcess starts for the program file at this path: the file is made (empty) and the
-    // program stands for its content. A file without a program cannot be started (error 193).
+    // Creates an empty file at this path if it is missing; createProcess runs the program for it. A file
+    // without a program cannot be started (error 193).
     void installProgram(const std::wstring& path, Program program);
 
     const std::vector<StartedProcess>& startedProcesses() const;
 
-    // --- Files, as the test sees them: nothing here counts as an operation ------------------------
+    // --- Files, for the test; none of these are recorded as operations ---------------------------
 
     void makeDirectory(const std::wstring& path);                          // all levels
     void writeFile(const std::wstring& path, const std::string& content);  // and its directories
     std::optional<std::string> readFile(const std::wstring& path) const;   // what is on the disk
     bool exists(const std::wstring& path) const;
     bool isDirectory(const std::wstring& path) const;
-    std::uint32_t attributes(const std::wstring& path) const;  // 0 when it does not exist
+    std::uint32_t attributes(const std::wstring& path) const;  // 0 if it does not exist
     void setAttributes(const std::wstring& path, std::uint32_t attributes);
-    void remove(const std::wstring& path);  // a whole tree
+    void remove(const std::wstring& path);  // with everything in it
     // Every path below the root, full, with backslashes, sorted; directories end in `\`.
     std::vector<std::wstring> tree(const std::wstring& root) const;
-    // The disks as they are now, and as they were: for many runs from one beginning. Nothing may be open
-    // when they are put back; what was refused is no more, and programs stay where they were installed.
+    // Saves and restores all drives, for many runs from one state. Nothing may be open when they are
+    // restored; refusals are gone then, and programs stay installed.
     DiskImage saveDisks() const;
     void loadDisks(const DiskImage& image);
-    // The power fails while nobody runs: names and directories are on the device, as a journal keeps them,
-    // but what programs have written since the disks were made or put back is not. A file has the content
-    // that it had before; a new one is empty.
+    // A power loss while no process is running. Names and directories are kept, as by a journal. A file that
+    // was written but not flushed since the drives were created or restored has its old content; a new one
+    // is empty.
     void losePower();
-    // Every open, change or removal of this file or directory (not what lies in it) fails with this
-    // error from now on; errorSuccess takes that back. Looking at it still works.
+    // Every attempt to open, change or remove this file or directory, but not its content, fails with this
+    // error from now on; errorSuccess ends that. Reading its attributes still works.
     void refuse(const std::wstring& path, platform::ErrorCode error);
-    // Bytes that can still be written before errorDiskFull; nothing for no limit.
+    // Bytes that can still be written before errorDiskFull; no value: no limit.
     void setFreeSpace(std::optional<std::uint64_t> bytes);
-    // Holds a file open as another program would that shares nothing.
+    // Holds a file open as another program that shares nothing.
     void holdOpen(const std::wstring& path);
     void releaseOpen(const std::wstring& path);
 
     // --- Environment, user, system ---------------------------------------------------------------
 
-    // For programs that are started from now on. TEMP, HOMEDRIVE, HOMEPATH, USERNAME, USERPROFILE and
-    // PATH are set at the start: C:\Temp, C:, \Users\ann, ann, C:\Users\ann, C:\Windows\System32.
+    // For programs that are started from now on. A new machine has TEMP, HOMEDRIVE, HOMEPATH, USERNAME,
+    // USERPROFILE and PATH: C:\Temp, C:, \Users\ann, ann, C:\Users\ann, C:\Windows\System32.
     void setEnvironment(const std::wstring& name, const std::wstring& value);
     void unsetEnvironment(const std::wstring& name);
-    void setCurrentDirectory(const std::wstring& path);  // C:\ at the start
+    void setCurrentDirectory(const std::wstring& path);  // C:\ at first
 
     void setUser(const std::wstring& name, const std::vector<std::wstring>& localGroups);  // ann, Users
     void setAdministratorsGroupName(const std::wstring& name);                             // Administrators
@@ -246,33 +247,33 @@ public:
                          const std::wstring& text);  // HKLM
     void removeRegistryText(const std::wstring& key, const std::wstring& value);
     void makeRegistryKey(platform::RegistryRoot root, const std::wstring& key);
-    void refuseRegistryChanges(platform::RegistryRoot root);  // its keys can be opened for reading alone
+    void refuseRegistryChanges(platform::RegistryRoot root);  // its keys can only be opened for reading
     std::optional<RegistryValue> registryValue(platform::RegistryRoot root, const std::wstring& key,
                                                const std::wstring& value) const;
-    void setSystemVersion(std::uint32_t major, std::uint32_t minor);   // 10, 0
-    void addProcess(const std::wstring& executableName);               // an entry of the process list
-    void createSemaphore(const std::wstring& name, bool mayBeOpened);  // held by nobody in particular
+    void setSystemVersion(std::uint32_t major, std::uint32_t minor);         // 10, 0
+    void addProcess(const std::wstring& executableName);                     // adds to the process list
+    void createSemaphore(const std::wstring& name, SemaphoreAccess access);  // held by no process
     void removeSemaphore(const std::wstring& name);
 
-    // Gives the programs a console window with this title; there is none at the start.
+    // Gives the processes a console window with this title; a new machine has none.
     void setConsole(const std::wstring& title);
     std::wstring consoleTitle() const;
     bool isConsoleHidden() const;
-    // shell32.dll, and its function for the application identity, are there at the start.
+    // A new machine has shell32.dll and its function for the application identity.
     void removeShellLibrary();
     void removeAppIdFunction();
 
-    // The privilege to shut the machine down is not the user's.
+    // The user does not have the shutdown privilege.
     void refusePrivileges();
     bool isShutdownEnabled() const;
     const std::vector<SessionEnd>& sessionEnds() const;
     const std::vector<std::wstring>& debuggerTexts() const;
-    std::size_t openHandlesOf(ProcessId process) const;  // of one that runs
+    std::size_t openHandlesOf(ProcessId process) const;  // of a running one
 
-    // What clients wrote to a pipe, one text a connection, also after its server has gone.
+    // What clients wrote to a pipe, one text per connection, also after its server has ended.
     std::vector<std::string> pipePayloads(const std::wstring& name) const;
 
-    platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at the start
+    platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at first
     std::uint64_t elapsedMilliseconds() const;
     void setTickCount(std::uint32_t milliseconds);
 
@@ -280,15 +281,15 @@ public:
 
     void inject(const Fault& fault);
     void clearFaults();
-    // Stops the process that makes the nth operation of the machine, counted from now, in place of
-    // that operation: its buffers are lost, its handles closed, its locks freed. 0 takes it back.
+    // Kills the process that calls the nth operation of the machine, counted from now, instead of carrying
+    // out that operation: its buffers are lost, its handles closed, its locks released. 0 cancels it.
     void stopDeadAt(std::uint64_t nth);
     void stopDead(const Stop& stop);
     const std::vector<Operation>& operations() const;
     std::uint64_t operationCount() const;
 
-    // What the launcher did to itself or to the desktop.
-    std::wstring appUserModelIdOf(ProcessId process) const;  // as set by the system's function
+    // What a process did to itself.
+    std::wstring appUserModelIdOf(ProcessId process) const;  // as it set it
     bool currentDirectoryInLibrarySearch(ProcessId process) const;
     std::map<std::wstring, std::wstring> environmentOf(ProcessId process) const;  // also after its end
 
@@ -297,17 +298,15 @@ private:
     std::unique_ptr<MachineState> state;
 };
 
-// --- For programs that stand in for a platform: called by a process of the machine ----------------
+// --- For programs that play a platform; called by a process of the machine -----------------------
 
-// Creates and holds a semaphore until this process ends. With mayBeOpened false others get
-// errorAccessDenied when they try.
-void holdSemaphore(const std::wstring& name, bool mayBeOpened = true);
+// Creates a semaphore and holds it until this process ends.
+void holdSemaphore(const std::wstring& name, SemaphoreAccess access = SemaphoreAccess::granted);
 
-// Makes a named pipe, `\\.\pipe\<leaf>`, and serves it, one client after the other, until this process ends.
+// Creates a named pipe, `\\.\pipe\<leaf>`, and serves one client after the other until this process ends.
 void servePipe(const std::wstring& name);
 
-// Makes a named pipe whose only instance stays with a client that is never let go: whoever comes waits
-// until this process ends.
+// Creates a named pipe whose only instance stays busy, so that clients wait until this process ends.
 void servePipeToNobody(const std::wstring& name);
 
 }  // namespace simulation

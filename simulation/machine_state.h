@@ -16,10 +16,10 @@
 #include "platform/files.h"
 #include "platform/handles.h"
 #include "platform/streams.h"
-#include "platform/users.h"
+#include "platform/system_version.h"
 #include "simulation/machine.h"
 
-// Inside of the machine: its records, shared by the files that implement the seam.
+// Inside the machine: its records, shared by the files that implement the system interface.
 namespace simulation {
 
 inline constexpr std::uint64_t never = UINT64_MAX;
@@ -31,10 +31,10 @@ struct Node {
     std::wstring name;
     std::uint32_t attributes = 0;
     std::string content;                                    // of a file
-    std::map<std::wstring, std::shared_ptr<Node>> entries;  // of a directory, by upper-cased name
+    std::map<std::wstring, std::shared_ptr<Node>> entries;  // of a directory, by upper-case name
     std::vector<OpenFile*> opens;
     platform::ErrorCode refusal = platform::errorSuccess;
-    std::optional<std::string> onDevice;  // what the device holds, when the content is only in the cache
+    std::optional<std::string> onDevice;  // content on the device, if `content` is not flushed
 
     bool isDirectory() const { return (attributes & platform::attributeDirectory) != 0; }
 };
@@ -48,21 +48,21 @@ struct OpenFile {
     bool sharesRead = true;
     bool sharesWrite = true;
     bool sharesDelete = false;
-    std::uint64_t lockLength = 0;  // 0: holds no lock
+    std::uint64_t lockLength = 0;  // 0: no lock
 };
 
 struct Semaphore {
-    bool mayBeOpened = true;
+    SemaphoreAccess access = SemaphoreAccess::granted;
     int holders = 0;
 };
 
 enum class ObjectKind { file, process, thread, semaphore, snapshot, pipe, registryKey, token };
 
-// A named pipe with one instance at a time: a client that comes while another is connected waits.
+// A named pipe with one instance: a client waits while another is connected.
 struct Pipe {
     bool isBusy = false;
     bool isServed = true;
-    std::vector<std::string> payloads;  // one for each connection
+    std::vector<std::string> payloads;  // one per connection
 };
 
 struct Process;
@@ -72,16 +72,15 @@ struct Object {
     std::unique_ptr<OpenFile> file;
     ProcessId processId = 0;
     std::wstring semaphore;
-    std::wstring pipe;  // of a client's end
+    std::wstring pipe;  // at the client's end
     std::wstring servedPipe;
-    std::vector<std::wstring> snapshotNames;
-    std::vector<ProcessId> snapshotIds;
+    std::vector<platform::ProcessEntry> snapshotEntries;
     std::size_t snapshotPosition = 0;
     std::wstring registryKey;
     std::uint32_t registryAccess = 0;
 };
 
-using RegistryValues = std::map<std::wstring, RegistryValue>;  // by upper-cased name
+using RegistryValues = std::map<std::wstring, RegistryValue>;  // by upper-case name
 
 struct FindState {
     std::vector<platform::FindEntry> entries;
@@ -90,11 +89,11 @@ struct FindState {
 
 }  // namespace simulation
 
-// A buffered stream as the runtime library keeps it.
+// A buffered stream of the runtime library.
 struct platform::Stream {
     std::unique_ptr<simulation::OpenFile> file;
-    std::uint64_t position = 0;  // of the next byte that is read, or of the first byte in the buffer
-    std::string buffer;          // written and not yet on the disk
+    std::uint64_t position = 0;  // of the next byte to read, or of the first byte in the buffer
+    std::string buffer;          // written but not flushed
     bool appends = false;
 };
 
@@ -102,8 +101,8 @@ namespace simulation {
 
 enum class ProcessState { ready, sleeping, ended };
 
-// What a thread waits for. The system's semaphore sleeps at once, where the standard library's first
-// spins, which costs more than the hand-over itself.
+// What a thread waits for. A system semaphore, because the standard library's spins before it sleeps,
+// which costs more than the switch itself.
 class Turn {
 public:
     Turn() { sem_init(&semaphore, 0, 0); }
@@ -124,7 +123,7 @@ private:
 struct Process {
     ProcessId id = 0;
     ProcessId parent = 0;
-    std::vector<std::wstring> words;
+    std::vector<std::wstring> arguments;
     std::wstring module;
     std::wstring currentDirectory;
     std::map<std::wstring, std::pair<std::wstring, std::wstring>> environment;  // upper name -> name, value
@@ -134,14 +133,14 @@ struct Process {
     bool isStopped = false;  // must unwind at its next operation
     ProcessEnd end;
     std::uint64_t operationCount = 0;
-    bool isCutShort = false;  // its present operation is the last one, and only partly done
+    bool isCutShort = false;  // its current operation is the last one and only partly done
     platform::ErrorCode lastError = 0;
     std::map<std::uintptr_t, std::unique_ptr<Object>> objects;
     std::map<std::uintptr_t, FindState> finds;
     std::set<std::unique_ptr<platform::Stream>> streams;
     std::wstring appUserModelId;
     bool searchesCurrentDirectory = true;
-    std::wstring awaitedPipe;  // asleep until this pipe changes
+    std::wstring awaitedPipe;  // sleeps until this pipe changes
     std::thread thread;
     Turn turn;
 };
@@ -155,7 +154,7 @@ class MachineState {
 public:
     explicit MachineState(std::uint64_t seed) : generator(seed) {}
 
-    // Scheduling (scheduler.cpp). One process has the turn, or the test has it.
+    // Scheduling (scheduler.cpp). Either one process has the turn, or the test.
     Turn controllerTurn;
     std::map<ProcessId, std::unique_ptr<Process>> processes;
     std::mt19937_64 generator;
@@ -172,7 +171,7 @@ public:
     std::vector<SwitchingPoint> switchingPoints;
     std::function<void(ProcessId)> whenEnded;
 
-    Process& addProcess(const std::vector<std::wstring>& words, Program program);
+    Process& addProcess(const std::vector<std::wstring>& arguments, Program program);
     void runWhile(const std::function<bool()>& isWanted, std::uint64_t limit);
     void stopProcess(Process& process);
     void giveTurn(Process& next);
@@ -188,10 +187,10 @@ public:
     static void finish(MachineState& machine, Process& process, const ProcessEnd& end, UnflushedData data);
     bool isStopDue(const Operation& operation);
 
-    // Files (file_system.cpp).
+    // Files (files.cpp, paths.cpp).
     std::map<std::wstring, NodePointer> drives;
     std::optional<std::uint64_t> freeSpace;
-    std::map<std::wstring, Program> programs;  // by upper-cased full path
+    std::map<std::wstring, Program> programs;  // by upper-case full path
     std::map<std::wstring, std::unique_ptr<OpenFile>> heldOpen;
 
     // The system.
@@ -200,17 +199,16 @@ public:
     std::wstring userName = L"ann";
     std::vector<std::wstring> userGroups = {L"Users"};
     std::wstring administratorsName = L"Administrators";
-    std::map<std::wstring, RegistryValues> registry;  // by root and upper-cased path
+    std::map<std::wstring, RegistryValues> registry;  // by root and upper-case path
     std::set<platform::RegistryRoot> readOnlyRoots;
     bool hasShutdownPrivilege = true;
     bool isShutdownEnabled = false;
     std::vector<SessionEnd> sessionEnds;
     std::vector<std::wstring> debuggerTexts;
-    std::uint32_t major = 10;
-    std::uint32_t minor = 0;
+    platform::SystemVersion systemVersion{10, 0};
     std::vector<std::wstring> otherProcesses;
     std::map<std::wstring, Semaphore> semaphores;
-    std::map<std::wstring, Pipe> pipes;  // by upper-cased name
+    std::map<std::wstring, Pipe> pipes;  // by upper-case name
     std::uint32_t tickStart = 0;
     bool hasConsole = false;
     std::wstring consoleTitle;
@@ -234,12 +232,18 @@ struct ProcessEnded {
     UnflushedData data = UnflushedData::lost;
 };
 
-// The process that runs on this thread, and its machine. Using the seam outside of one aborts.
+platform::LocalTime timeAfter(std::uint64_t elapsed);
+
+// Ends the whole test program with this reason.
+[[noreturn]] void giveUp(const char* reason);
+
+// The process that runs on this thread, and its machine. Calling the system interface outside a process
+// aborts.
 Process& self();
 MachineState& machineOfSelf();
 
-// Begins an operation of the seam: records it, lets others go on, stops the process if that is due.
-// Returns the error of a fault, or success; the caller reports it as its own failure.
+// Begins an operation of the system interface: lets other processes run, records the operation, stops the
+// process if that is due. Returns the error of an injected fault, which the caller reports as its own.
 platform::ErrorCode beginOperation(const char* name, const std::wstring& argument = {}, bool writes = false);
 
 // Sets the last error of the process and returns false.
@@ -257,8 +261,8 @@ ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirect
 std::optional<std::wstring> makeFullPath(const std::wstring& path, const std::wstring& currentDirectory);
 
 struct Lookup {
-    NodePointer node;    // null when it does not exist
-    NodePointer parent;  // null when a directory on the way is missing
+    NodePointer node;    // null if it does not exist
+    NodePointer parent;  // null if a directory of the path is missing
     std::wstring leaf;
     platform::ErrorCode error = platform::errorSuccess;  // why node is null
     bool isDirectoryName = false;                        // the path ends in a separator
@@ -266,20 +270,26 @@ struct Lookup {
 Lookup lookUp(MachineState& machine, const ParsedPath& path);
 NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes);
 
-// Opens a node; null with `error` on a refusal or a sharing violation.
+// Opens a node. Null with `error` on a refusal or a sharing violation.
 std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool writes, bool sharesRead,
                                    bool sharesWrite, bool sharesDelete, platform::ErrorCode& error);
 void closeOpenFile(OpenFile& file);
-// To be called before the content of a file changes: the device keeps the old one for a while.
+// Call it before the content of a file changes: the device keeps the old one until a flush.
 void keepOnDevice(Node& node);
 bool writeOut(MachineState& machine, platform::Stream& stream);  // sets the last error
 void releaseSemaphore(MachineState& machine, const std::wstring& name);
-// Gives back what an object stands for, when its handle is closed or its process ends.
+// Gives the object a handle of the running process, and finds it again (null for another kind).
+std::uintptr_t addObject(std::unique_ptr<Object> object);
+Object* objectOf(std::uintptr_t handle, ObjectKind kind);
+
+// Releases what an object holds, when its handle is closed or its process ends.
 void releaseObject(MachineState& machine, Object& object);
-// Opens the client's end of a pipe; null with the last error set.
+void releasePipeEnd(MachineState& machine, const Object& object);
+
+// Opens the client's end of a pipe. Null with the last error set.
 std::unique_ptr<Object> openPipe(MachineState& machine, const std::wstring& name);
 
-// A command line as words, by the system's rules.
+// Splits a command line by the system's rules.
 std::vector<std::wstring> splitCommandLine(const std::wstring& commandLine);
 
 }  // namespace simulation

@@ -28,7 +28,7 @@ bool isDrive(const std::wstring& text) {
            ((text[0] >= L'a' && text[0] <= L'z') || (text[0] >= L'A' && text[0] <= L'Z'));
 }
 
-// Of `\\server\share` at the head of a text, which no `..` leads out of.
+// Length of `\\server\share` at the start of the text; no `..` leads out of it.
 std::size_t shareLength(const std::wstring& text) {
     const std::size_t server = std::min(text.size(), text.find(L'\\', 2));
     return std::min(text.size(), text.find(L'\\', server + 1));
@@ -129,7 +129,7 @@ ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirect
         return parsed;
     }
     if (isLong && parts.size() == 1 && !parsed.endsInSeparator) {
-        parsed.error = platform::errorAccessDenied;  // the volume itself, no directory of it
+        parsed.error = platform::errorAccessDenied;  // the volume itself, not its root directory
         return parsed;
     }
     for (std::size_t i = 1; i < parts.size(); ++i) {

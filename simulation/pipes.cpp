@@ -1,4 +1,4 @@
-#include "platform/interprocess.h"
+#include "platform/pipes.h"
 #include "simulation/machine_state.h"
 
 namespace simulation {
@@ -20,7 +20,7 @@ void servePipe(const std::wstring& name) {
     auto object = std::make_unique<Object>();
     object->kind = ObjectKind::pipe;
     object->servedPipe = name;
-    self().objects[machine.lastHandle += 4] = std::move(object);
+    addObject(std::move(object));
 }
 
 void servePipeToNobody(const std::wstring& name) {
@@ -28,13 +28,7 @@ void servePipeToNobody(const std::wstring& name) {
     machineOfSelf().pipes[upperCase(name)].isBusy = true;
 }
 
-void releaseObject(MachineState& machine, Object& object) {
-    if (object.file) {
-        closeOpenFile(*object.file);
-    }
-    if (object.kind == ObjectKind::semaphore) {
-        releaseSemaphore(machine, object.semaphore);
-    }
+void releasePipeEnd(MachineState& machine, const Object& object) {
     if (!object.pipe.empty()) {
         machine.pipes[upperCase(object.pipe)].isBusy = false;
         machine.wakePipeWaiters(upperCase(object.pipe));
@@ -80,7 +74,7 @@ bool waitNamedPipe(const std::wstring& name, std::uint32_t milliseconds) {
             return true;
         }
         if (!isInTime || machine.elapsed >= end) {
-            return simulation::failWith(121);  // the time is over
+            return simulation::failWith(121);  // timed out
         }
     }
 }
@@ -95,7 +89,7 @@ bool writePipe(Handle pipe, const std::string& bytes) {
     }
     simulation::Pipe& written = simulation::machineOfSelf().pipes[simulation::upperCase(found->second->pipe)];
     if (!written.isServed) {
-        return simulation::failWith(232);  // the other end is gone
+        return simulation::failWith(232);  // the server is gone
     }
     written.payloads.back() += bytes;
     return true;

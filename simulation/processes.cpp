@@ -1,117 +1,27 @@
 #include <algorithm>
 
 #include "platform/child_processes.h"
-#include "platform/interprocess.h"
-#include "platform/process.h"
 #include "simulation/machine_state.h"
 
 namespace simulation {
 
 namespace {
 
-bool isBlank(wchar_t unit) {
-    return unit == L' ' || unit == L'\t';
-}
-
-// The program ends at its closing quote or at the first blank; nothing in it is an escape.
-std::wstring takeProgram(const std::wstring& text, std::size_t& position) {
-    const bool isQuoted = !text.empty() && text.front() == L'"';
-    const std::size_t begin = isQuoted ? 1 : 0;
-    const std::size_t end = std::min(text.size(), text.find_first_of(isQuoted ? L"\"" : L" \t", begin));
-    position = isQuoted ? end + 1 : end;
-    return text.substr(begin, end - begin);
-}
-
-// Backslashes count as themselves, but in front of a double quote two stand for one and an odd one
-// makes the quote a character. Two quotes inside of quotes are one character, and the quoting ends.
-std::wstring takeWord(const std::wstring& text, std::size_t& position) {
-    std::wstring word;
-    bool isQuoted = false;
-    while (true) {
-        std::size_t backslashes = 0;
-        for (; position < text.size() && text[position] == L'\\'; ++position) {
-            ++backslashes;
-        }
-        const bool isAtQuote = position < text.size() && text[position] == L'"';
-        word.append(isAtQuote ? backslashes / 2 : backslashes, L'\\');
-        if (position >= text.size() || (!isQuoted && isBlank(text[position]))) {
-            return word;
-        }
-        if (!isAtQuote || backslashes % 2 == 1) {
-            word += text[position++];
-        } else if (isQuoted && position + 1 < text.size() && text[position + 1] == L'"') {
-            word += L'"';
-            position += 2;
-            isQuoted = false;
-        } else {
-            isQuoted = !isQuoted;
-            ++position;
-        }
-    }
-}
-
-}  // namespace
-
-std::vector<std::wstring> splitCommandLine(const std::wstring& commandLine) {
-    std::size_t position = 0;
-    std::vector<std::wstring> words = {takeProgram(commandLine, position)};
-    while (true) {
-        while (position < commandLine.size() && isBlank(commandLine[position])) {
-            ++position;
-        }
-        if (position >= commandLine.size()) {
-            return words;
-        }
-        words.push_back(takeWord(commandLine, position));
-    }
-}
-
-void releaseSemaphore(MachineState& machine, const std::wstring& name) {
-    const auto found = machine.semaphores.find(name);
-    if (found != machine.semaphores.end() && --found->second.holders <= 0) {
-        machine.semaphores.erase(found);
-    }
-}
-
-void holdSemaphore(const std::wstring& name, bool mayBeOpened) {
-    MachineState& machine = machineOfSelf();
-    Semaphore& semaphore = machine.semaphores[name];
-    semaphore.mayBeOpened = mayBeOpened;
-    ++semaphore.holders;
-    auto object = std::make_unique<Object>();
-    object->kind = ObjectKind::semaphore;
-    object->semaphore = name;
-    self().objects[machine.lastHandle += 4] = std::move(object);
-}
-
-namespace {
-
 constexpr platform::ErrorCode errorBadProgram = 193;
 constexpr std::size_t longestCommandLine = 32766;
 
-std::uintptr_t addObject(std::unique_ptr<Object> object) {
-    const std::uintptr_t handle = machineOfSelf().lastHandle += 4;
-    self().objects[handle] = std::move(object);
-    return handle;
-}
-
-Object* objectOf(platform::Handle handle, ObjectKind kind) {
-    const auto found = self().objects.find(static_cast<std::uintptr_t>(handle));
-    return found != self().objects.end() && found->second->kind == kind ? found->second.get() : nullptr;
-}
-
-// The program file that a command line names, with `.exe` when it is missing; why there is none.
-platform::ErrorCode findProgram(const std::wstring& word, std::wstring& path) {
+// Finds the program file that a command line names, with `.exe` added if necessary.
+platform::ErrorCode findProgram(const std::wstring& program, std::wstring& path) {
     MachineState& machine = machineOfSelf();
     platform::ErrorCode error = platform::errorFileNotFound;
-    for (const std::wstring& candidate : {word, word + L".exe"}) {
+    for (const std::wstring& candidate : {program, program + L".exe"}) {
         const std::optional<std::wstring> full = makeFullPath(candidate, self().currentDirectory);
         if (!full) {
             continue;
         }
         const Lookup found = lookUp(machine, parsePath(*full, self().currentDirectory, 260));
         if (!found.node || found.node->isDirectory()) {
-            // That a directory has the name says more than that nothing has the next one.
+            // A directory of this name is the more telling error.
             const bool isDenied = found.node || error == platform::errorAccessDenied;
             error = isDenied ? platform::errorAccessDenied : found.error;
             continue;
@@ -122,18 +32,31 @@ platform::ErrorCode findProgram(const std::wstring& word, std::wstring& path) {
     return error;
 }
 
+platform::Handle addProcessObject(ObjectKind kind, ProcessId process) {
+    auto object = std::make_unique<Object>();
+    object->kind = kind;
+    object->processId = process;
+    return static_cast<platform::Handle>(addObject(std::move(object)));
+}
+
+Object* processObject(platform::Handle handle) {
+    return objectOf(static_cast<std::uintptr_t>(handle), ObjectKind::process);
+}
+
+Object* snapshotObject(platform::Handle handle) {
+    return objectOf(static_cast<std::uintptr_t>(handle), ObjectKind::snapshot);
+}
+
 std::wstring fileNameOf(const std::wstring& path) {
     return path.substr(path.find_last_of(L"\\/") + 1);
 }
 
-bool nextEntry(Object& snapshot, platform::ProcessEntry& entry) {
-    if (snapshot.snapshotPosition >= snapshot.snapshotNames.size()) {
-        return failWith(platform::errorNoMoreFiles);
+std::optional<platform::ProcessEntry> nextEntry(Object& snapshot) {
+    if (snapshot.snapshotPosition >= snapshot.snapshotEntries.size()) {
+        failWith(platform::errorNoMoreFiles);
+        return std::nullopt;
     }
-    entry.executableName = snapshot.snapshotNames[snapshot.snapshotPosition];
-    entry.processId = snapshot.snapshotIds[snapshot.snapshotPosition];
-    ++snapshot.snapshotPosition;
-    return true;
+    return snapshot.snapshotEntries[snapshot.snapshotPosition++];
 }
 
 }  // namespace
@@ -143,17 +66,17 @@ bool nextEntry(Object& snapshot, platform::ProcessEntry& entry) {
 namespace platform {
 
 using simulation::addObject;
+using simulation::addProcessObject;
 using simulation::beginOperation;
 using simulation::failWith;
 using simulation::machineOfSelf;
 using simulation::MachineState;
 using simulation::Object;
 using simulation::ObjectKind;
-using simulation::objectOf;
 using simulation::Process;
 using simulation::self;
 
-bool createProcess(const std::wstring& commandLine, const StartInformation& start, ChildProcess& child) {
+std::optional<ChildProcess> createProcess(const std::wstring& commandLine, const StartInformation& start) {
     const ErrorCode fault = beginOperation("createProcess", commandLine);
     MachineState& machine = machineOfSelf();
     simulation::StartedProcess record;
@@ -169,15 +92,17 @@ bool createProcess(const std::wstring& commandLine, const StartInformation& star
     if (error == errorSuccess) {
         error = text.size() > simulation::longestCommandLine ? errorFileNameTooLong : errorSuccess;
     }
-    const std::vector<std::wstring> words = simulation::splitCommandLine(text);
+    const std::vector<std::wstring> arguments = simulation::splitCommandLine(text);
     if (error == errorSuccess) {
-        error = words.front().empty() ? errorInvalidParameter : simulation::findProgram(words.front(), path);
+        error = arguments.front().empty() ? errorInvalidParameter
+                                          : simulation::findProgram(arguments.front(), path);
     }
     if (error != errorSuccess) {
         machine.started.push_back(record);
-        return failWith(error);
+        failWith(error);
+        return std::nullopt;
     }
-    Process& process = machine.addProcess(words, machine.programs.at(simulation::upperCase(path)));
+    Process& process = machine.addProcess(arguments, machine.programs.at(simulation::upperCase(path)));
     process.parent = self().id;
     process.module = path;
     process.currentDirectory = self().currentDirectory;
@@ -185,29 +110,22 @@ bool createProcess(const std::wstring& commandLine, const StartInformation& star
     record.id = process.id;
     record.started = true;
     machine.started.push_back(record);
-    for (const ObjectKind kind : {ObjectKind::process, ObjectKind::thread}) {
-        auto object = std::make_unique<Object>();
-        object->kind = kind;
-        object->processId = process.id;
-        (kind == ObjectKind::process ? child.process : child.thread) =
-            static_cast<Handle>(addObject(std::move(object)));
-    }
-    child.processId = process.id;
-    return true;
+    return ChildProcess{addProcessObject(ObjectKind::process, process.id),
+                        addProcessObject(ObjectKind::thread, process.id), process.id};
 }
 
 bool hasProcessEnded(Handle process) {
     if (beginOperation("hasProcessEnded") != errorSuccess) {
         return false;
     }
-    const Object* object = objectOf(process, ObjectKind::process);
+    const Object* object = simulation::processObject(process);
     return object != nullptr &&
            machineOfSelf().processes.at(object->processId)->state == simulation::ProcessState::ended;
 }
 
 std::optional<std::uint32_t> processExitCode(Handle process) {
     const ErrorCode fault = beginOperation("processExitCode");
-    const Object* object = objectOf(process, ObjectKind::process);
+    const Object* object = simulation::processObject(process);
     if (fault != errorSuccess || object == nullptr) {
         failWith(fault != errorSuccess ? fault : errorInvalidHandle);
         return std::nullopt;
@@ -229,10 +147,7 @@ Handle openProcess(std::uint32_t processId) {
         failWith(errorInvalidParameter);
         return Handle::none;
     }
-    auto object = std::make_unique<Object>();
-    object->kind = ObjectKind::process;
-    object->processId = processId;
-    return static_cast<Handle>(addObject(std::move(object)));
+    return addProcessObject(ObjectKind::process, processId);
 }
 
 Handle processSnapshot() {
@@ -244,85 +159,41 @@ Handle processSnapshot() {
     auto object = std::make_unique<Object>();
     object->kind = ObjectKind::snapshot;
     for (const std::wstring& name : machine.otherProcesses) {
-        object->snapshotNames.push_back(name);
-        object->snapshotIds.push_back(4);
+        object->snapshotEntries.push_back({name, 4});
     }
     for (const auto& [id, process] : machine.processes) {
         if (process->state != simulation::ProcessState::ended) {
-            object->snapshotNames.push_back(simulation::fileNameOf(process->module));
-            object->snapshotIds.push_back(id);
+            object->snapshotEntries.push_back({simulation::fileNameOf(process->module), id});
         }
     }
     return static_cast<Handle>(addObject(std::move(object)));
 }
 
-bool firstProcess(Handle snapshot, ProcessEntry& entry) {
+std::optional<ProcessEntry> firstProcess(Handle snapshot) {
     if (const ErrorCode fault = beginOperation("firstProcess")) {
-        return failWith(fault);
+        failWith(fault);
+        return std::nullopt;
     }
-    Object* object = objectOf(snapshot, ObjectKind::snapshot);
+    Object* object = simulation::snapshotObject(snapshot);
     if (object == nullptr) {
-        return failWith(errorInvalidHandle);
+        failWith(errorInvalidHandle);
+        return std::nullopt;
     }
     object->snapshotPosition = 0;
-    return simulation::nextEntry(*object, entry);
+    return simulation::nextEntry(*object);
 }
 
-bool nextProcess(Handle snapshot, ProcessEntry& entry) {
+std::optional<ProcessEntry> nextProcess(Handle snapshot) {
     if (const ErrorCode fault = beginOperation("nextProcess")) {
-        return failWith(fault);
-    }
-    Object* object = objectOf(snapshot, ObjectKind::snapshot);
-    return object != nullptr ? simulation::nextEntry(*object, entry) : failWith(errorInvalidHandle);
-}
-
-Handle openSemaphore(const std::wstring& name, std::uint32_t /*access*/) {
-    if (const ErrorCode fault = beginOperation("openSemaphore", name)) {
         failWith(fault);
-        return Handle::none;
+        return std::nullopt;
     }
-    MachineState& machine = machineOfSelf();
-    const auto found = machine.semaphores.find(name);
-    if (found == machine.semaphores.end() || !found->second.mayBeOpened) {
-        failWith(found == machine.semaphores.end() ? errorFileNotFound : errorAccessDenied);
-        return Handle::none;
+    Object* object = simulation::snapshotObject(snapshot);
+    if (object == nullptr) {
+        failWith(errorInvalidHandle);
+        return std::nullopt;
     }
-    ++found->second.holders;
-    auto object = std::make_unique<Object>();
-    object->kind = ObjectKind::semaphore;
-    object->semaphore = name;
-    return static_cast<Handle>(addObject(std::move(object)));
-}
-
-std::vector<std::wstring> commandLineArguments() {
-    beginOperation("commandLineArguments");
-    return self().words;
-}
-
-void removeCurrentDirectoryFromLibrarySearch() {
-    beginOperation("removeCurrentDirectoryFromLibrarySearch");
-    self().searchesCurrentDirectory = false;
-}
-
-std::uint32_t currentProcessId() {
-    beginOperation("currentProcessId");
-    return self().id;
-}
-
-void exitProcess(int status) {
-    beginOperation("exitProcess");
-    throw simulation::ProcessEnded{{simulation::EndKind::exited, static_cast<std::uint32_t>(status)},
-                                   simulation::UnflushedData::kept};
-}
-
-void endWithAccessViolation() {
-    beginOperation("endWithAccessViolation");
-    throw simulation::ProcessEnded{{simulation::EndKind::accessViolation, 0xC0000005U},
-                                   simulation::UnflushedData::lost};
-}
-
-ErrorCode lastError() {
-    return self().lastError;
+    return simulation::nextEntry(*object);
 }
 
 }  // namespace platform

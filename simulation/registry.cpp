@@ -7,34 +7,26 @@ namespace simulation {
 
 namespace {
 
-constexpr std::uint32_t statusMoreData = 234;
-
-// A key by its root and path, without regard to case.
+// Name of a key by its root and path; case is ignored.
 std::wstring nameOfKey(platform::RegistryRoot root, const std::wstring& path) {
     return (root == platform::RegistryRoot::localMachine ? L"HKLM\\" : L"HKCU\\") + upperCase(path);
 }
 
-const Object* keyObject(platform::RegistryKey key) {
-    const auto found = self().objects.find(static_cast<std::uintptr_t>(key));
-    return found != self().objects.end() && found->second->kind == ObjectKind::registryKey
-               ? found->second.get()
-               : nullptr;
+Object* keyObject(platform::RegistryKey key) {
+    return objectOf(static_cast<std::uintptr_t>(key), ObjectKind::registryKey);
 }
 
-// The values of an open key, or why they cannot be reached with it.
-std::uint32_t findValues(platform::RegistryKey key, std::uint32_t access, RegistryValues*& values) {
+// The values of a key that was opened with this access; null with the last error set.
+RegistryValues* findValues(platform::RegistryKey key, std::uint32_t access) {
     const Object* object = keyObject(key);
-    if (object == nullptr) {
-        return platform::errorInvalidHandle;
+    if (object == nullptr || (object->registryAccess & access) == 0) {
+        failWith(object == nullptr ? platform::errorInvalidHandle : platform::errorAccessDenied);
+        return nullptr;
     }
-    if ((object->registryAccess & access) == 0) {
-        return platform::errorAccessDenied;
-    }
-    values = &machineOfSelf().registry.at(object->registryKey);
-    return platform::errorSuccess;
+    return &machineOfSelf().registry.at(object->registryKey);
 }
 
-// What a value takes, as units of two bytes.
+// The data of a value in units of two bytes.
 std::wstring dataOf(const RegistryValue& value) {
     if (!value.number) {
         return value.text + L'\0';
@@ -42,13 +34,13 @@ std::wstring dataOf(const RegistryValue& value) {
     return {static_cast<wchar_t>(*value.number & 0xFFFFU), static_cast<wchar_t>(*value.number >> 16U)};
 }
 
-std::uint32_t setValue(platform::RegistryKey key, const std::wstring& valueName, const RegistryValue& value) {
-    RegistryValues* values = nullptr;
-    const std::uint32_t error = findValues(key, platform::registrySetValue, values);
-    if (error == platform::errorSuccess) {
-        (*values)[upperCase(valueName)] = value;
+bool setValue(platform::RegistryKey key, const std::wstring& valueName, const RegistryValue& value) {
+    RegistryValues* values = findValues(key, platform::registrySetValue);
+    if (values == nullptr) {
+        return false;
     }
-    return error;
+    (*values)[upperCase(valueName)] = value;
+    return true;
 }
 
 }  // namespace
@@ -83,65 +75,78 @@ std::optional<RegistryValue> Machine::registryValue(platform::RegistryRoot root,
 namespace platform {
 
 using simulation::beginOperation;
+using simulation::failWith;
 using simulation::machineOfSelf;
 using simulation::self;
 
-std::uint32_t openRegistryKey(RegistryRoot root, const std::wstring& path, std::uint32_t access,
-                              RegistryKey& key) {
-    key = RegistryKey::none;
+namespace {
+
+RegistryKey refuseKey(ErrorCode error) {
+    failWith(error);
+    return RegistryKey::none;
+}
+
+std::optional<std::wstring> refuseText(ErrorCode error) {
+    failWith(error);
+    return std::nullopt;
+}
+
+}  // namespace
+
+RegistryKey openRegistryKey(RegistryRoot root, const std::wstring& path, std::uint32_t access) {
     if (const ErrorCode fault = beginOperation("openRegistryKey", path)) {
-        return fault;
+        return refuseKey(fault);
     }
     simulation::MachineState& machine = machineOfSelf();
     const std::wstring name = simulation::nameOfKey(root, path);
     if (machine.registry.count(name) == 0) {
-        return errorFileNotFound;
+        return refuseKey(errorFileNotFound);
     }
     if (machine.readOnlyRoots.count(root) != 0 && access != registryQueryValue) {
-        return errorAccessDenied;
+        return refuseKey(errorAccessDenied);
     }
     auto object = std::make_unique<simulation::Object>();
     object->kind = simulation::ObjectKind::registryKey;
     object->registryKey = name;
     object->registryAccess = access;
-    const std::uintptr_t handle = machine.lastHandle += 4;
-    self().objects[handle] = std::move(object);
-    key = static_cast<RegistryKey>(handle);
-    return errorSuccess;
+    return static_cast<RegistryKey>(simulation::addObject(std::move(object)));
 }
 
-std::uint32_t queryRegistryText(RegistryKey key, const std::wstring& valueName, std::uint32_t& size,
-                                std::wstring& text) {
+std::optional<std::wstring> queryRegistryText(RegistryKey key, const std::wstring& valueName,
+                                              std::uint32_t& size) {
     if (const ErrorCode fault = beginOperation("queryRegistryText", valueName)) {
-        return fault;
+        return refuseText(fault);
     }
-    simulation::RegistryValues* values = nullptr;
-    if (const std::uint32_t error = simulation::findValues(key, registryQueryValue, values)) {
-        return error;
+    const simulation::RegistryValues* values = simulation::findValues(key, registryQueryValue);
+    if (values == nullptr) {
+        return std::nullopt;
     }
     const auto value = values->find(simulation::upperCase(valueName));
     if (value == values->end()) {
-        return errorFileNotFound;
+        return refuseText(errorFileNotFound);
     }
     const std::wstring data = simulation::dataOf(value->second);
     const auto needed = static_cast<std::uint32_t>(data.size() * 2);
     const bool fits = needed <= size;
     size = needed;
     if (!fits) {
-        return simulation::statusMoreData;
+        return refuseText(errorMoreData);
     }
-    text = data.substr(0, data.find(L'\0'));
-    return errorSuccess;
+    return data.substr(0, data.find(L'\0'));
 }
 
-std::uint32_t setRegistryText(RegistryKey key, const std::wstring& valueName, const std::wstring& text) {
-    const ErrorCode fault = beginOperation("setRegistryText", valueName);
-    return fault != errorSuccess ? fault : simulation::setValue(key, valueName, {text, {}});
+bool setRegistryText(RegistryKey key, const std::wstring& valueName, const std::wstring& text) {
+    if (const ErrorCode fault = beginOperation("setRegistryText", valueName)) {
+        return failWith(fault);
+    }
+    return simulation::setValue(key, valueName, {text, {}});
 }
 
-std::uint32_t setRegistryNumber(RegistryKey key, const std::wstring& valueName, std::uint32_t number) {
-    const ErrorCode fault = beginOperation("setRegistryNumber", valueName);
-    return fault != errorSuccess ? fault : simulation::setValue(key, valueName, {{}, number});
+bool setRegistryNumber(RegistryKey key, const std::wstring& valueName, std::uint32_t number) {
+    if (const ErrorCode fault = beginOperation("setRegistryNumber", valueName)) {
+        return failWith(fault);
+    }
+    return simulation::setValue(key, valueName, {{}, number});
 }
 
 void closeRegistryKey(RegistryKey key) {

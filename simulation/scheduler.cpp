@@ -8,48 +8,10 @@ namespace simulation {
 
 namespace {
 
-constexpr std::uint64_t lastOperation = 20'000'000;
 constexpr std::uint64_t timeLimit = std::uint64_t{10} * 24 * 3600 * 1000;
 
 thread_local Process* currentProcess = nullptr;
 thread_local MachineState* currentMachine = nullptr;
-
-[[noreturn]] void giveUp(const char* reason) {
-    std::fprintf(stderr, "simulation: %s\n", reason);
-    std::abort();
-}
-
-bool endsWithIgnoringCase(const std::wstring& text, const std::wstring& ending) {
-    return ending.empty() || upperCase(text).ends_with(upperCase(ending));
-}
-
-bool isPossible(const Fault& fault, const Operation& operation) {
-    if (!fault.onlyWherePossible) {
-        return true;
-    }
-    const std::vector<platform::ErrorCode> errors = errorsOf(operation);
-    return std::find(errors.begin(), errors.end(), fault.error) != errors.end();
-}
-
-// The error of the first fault that is due for this operation.
-platform::ErrorCode faultOf(MachineState& machine, const Operation& operation) {
-    platform::ErrorCode error = platform::errorSuccess;
-    for (ActiveFault& active : machine.faults) {
-        const Fault& fault = active.fault;
-        const bool isMeant = (fault.process == 0 || fault.process == operation.process) &&
-                             (fault.operation.empty() || fault.operation == operation.name) &&
-                             endsWithIgnoringCase(operation.argument, fault.argumentEndsWith);
-        if (!isMeant) {
-            continue;
-        }
-        ++active.seen;
-        const bool isDue = active.seen == fault.nth || (fault.fromThenOn && active.seen > fault.nth);
-        if (isDue && error == platform::errorSuccess && isPossible(fault, operation)) {
-            error = fault.error;
-        }
-    }
-    return error;
-}
 
 void runProcess(MachineState& machine, Process& process) {
     currentProcess = &process;
@@ -71,9 +33,14 @@ void runProcess(MachineState& machine, Process& process) {
 
 }  // namespace
 
+[[noreturn]] void giveUp(const char* reason) {
+    std::fprintf(stderr, "simulation: %s\n", reason);
+    std::abort();
+}
+
 Process& self() {
     if (currentProcess == nullptr) {
-        giveUp("an operation of the seam was called outside of a process");
+        giveUp("an operation of the system interface was called outside a process");
     }
     return *currentProcess;
 }
@@ -83,50 +50,11 @@ MachineState& machineOfSelf() {
     return *currentMachine;
 }
 
-platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, bool writes) {
-    Process& process = self();
-    MachineState& machine = *currentMachine;
-    if (process.isStopped || process.isCutShort) {
-        throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::partlyWritten};
-    }
-    machine.yield(process, name, argument);
-    machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1, writes});
-    Operation& operation = machine.operations.back();
-    ++process.operationCount;
-    if (machine.operationLimit != 0 && process.operationCount > machine.operationLimit) {
-        throw ProcessEnded{{EndKind::ranAway, 0}, UnflushedData::lost};
-    }
-    if (machine.operations.size() > lastOperation) {
-        giveUp("too many operations: something does not end");
-    }
-    if (machine.isStopDue(operation)) {
-        process.isCutShort =
-            machine.stop->data == UnflushedData::partlyWritten && operation.name == "copyFile";
-        if (!process.isCutShort) {
-            throw ProcessEnded{{EndKind::stoppedDead, 0}, machine.stop->data};
-        }
-    }
-    operation.fault = faultOf(machine, operation);
-    return operation.fault;
-}
-
-bool MachineState::isStopDue(const Operation& operation) {
-    if (!stop || (stop->process != 0 && stop->process != operation.process)) {
-        return false;
-    }
-    return ++seenOfStop == stop->nth;
-}
-
-bool failWith(platform::ErrorCode error) {
-    self().lastError = error;
-    return false;
-}
-
-Process& MachineState::addProcess(const std::vector<std::wstring>& words, Program program) {
+Process& MachineState::addProcess(const std::vector<std::wstring>& arguments, Program program) {
     lastProcessId += 4;
     auto process = std::make_unique<Process>();
     process->id = lastProcessId;
-    process->words = words;
+    process->arguments = arguments;
     process->program = std::move(program);
     Process& added = *process;
     processes[added.id] = std::move(process);
@@ -140,7 +68,7 @@ void MachineState::giveTurn(Process& next) {
     next.turn.give();
 }
 
-// Lets another process go on, or the test when there is none, until somebody gives the turn back.
+// Passes the turn to another process, or to the test if there is none, and waits to get it back.
 void MachineState::passTurn(Process& from, Process* next) {
     if (next == &from) {
         return;
@@ -171,7 +99,7 @@ std::vector<Process*> MachineState::readyProcesses() {
     return ready;
 }
 
-// Who goes on at a switching point. `current` is null when the process that ran cannot go on.
+// Which process continues at a switching point. `current` is null if the running one cannot.
 Process* MachineState::chooseNext(Process* current) {
     const std::vector<Process*> ready = readyProcesses();
     if (ready.empty()) {
@@ -183,7 +111,7 @@ Process* MachineState::chooseNext(Process* current) {
     return ready.size() == 1 ? ready.front() : chooseByPlan(current, ready);
 }
 
-// Without a choice of the test's the current process goes on, or else the one that came first.
+// Without a choice the current process continues, otherwise the first one.
 Process* MachineState::chooseByPlan(Process* current, const std::vector<Process*>& ready) {
     const auto place = std::find(ready.begin(), ready.end(), current);
     SwitchingPoint point;
@@ -199,7 +127,7 @@ Process* MachineState::chooseByPlan(Process* current, const std::vector<Process*
     return ready[point.chosen];
 }
 
-// The head of an operation, which has not happened yet.
+// Called before an operation is carried out.
 void MachineState::yield(Process& process, const char* name, const std::wstring& argument) {
     if (stall && stall->operation == name && argument.ends_with(stall->argumentEndsWith)) {
         const std::uint32_t milliseconds = stall->milliseconds;
@@ -226,7 +154,7 @@ void MachineState::sleep(Process& process, std::uint32_t milliseconds) {
     passTurn(process, chooseNext(nullptr));
 }
 
-// Sleeps until somebody changes this pipe, or until the time is over; false then.
+// Sleeps until this pipe changes. False if the time runs out first.
 bool MachineState::waitForPipe(Process& process, const std::wstring& pipe, std::uint64_t wakeTime) {
     process.state = ProcessState::sleeping;
     process.wakeTime = wakeTime;
@@ -244,7 +172,7 @@ void MachineState::wakePipeWaiters(const std::wstring& pipe) {
     }
 }
 
-// Called by the test: lets processes run, and time pass when all of them sleep, while it is wanted.
+// Called by the test: runs processes, and moves the clock when all of them sleep, while the condition holds.
 void MachineState::runWhile(const std::function<bool()>& isWanted, std::uint64_t limit) {
     const std::uint64_t begin = elapsed;
     while (isWanted()) {
@@ -259,7 +187,7 @@ void MachineState::runWhile(const std::function<bool()>& isWanted, std::uint64_t
             }
         }
         if (next == never && limit == never) {
-            giveUp("nobody can run, and somebody is waited for");
+            giveUp("no process can run, but the test waits for one");
         }
         if (next - begin > limit) {
             elapsed = begin + limit;
@@ -291,7 +219,7 @@ void MachineState::stopProcess(Process& process) {
     }
 }
 
-// Gives back what the process holds, as the system does at its end.
+// Releases what the process holds, as the system does at its end.
 void MachineState::finish(MachineState& machine, Process& process, const ProcessEnd& end,
                           UnflushedData data) {
     for (const auto& stream : process.streams) {

@@ -8,7 +8,6 @@ using simulation::beginOperation;
 using simulation::failWith;
 using simulation::machineOfSelf;
 using simulation::ObjectKind;
-using simulation::self;
 
 namespace {
 
@@ -17,8 +16,7 @@ constexpr ErrorCode errorNotAllAssigned = 1300;
 constexpr Privilege shutdownPrivilege = Privilege{19};
 
 bool isToken(Handle handle) {
-    const auto found = self().objects.find(static_cast<std::uintptr_t>(handle));
-    return found != self().objects.end() && found->second->kind == ObjectKind::token;
+    return simulation::objectOf(static_cast<std::uintptr_t>(handle), ObjectKind::token) != nullptr;
 }
 
 }  // namespace
@@ -38,9 +36,7 @@ Handle openOwnToken() {
     }
     auto object = std::make_unique<simulation::Object>();
     object->kind = ObjectKind::token;
-    const std::uintptr_t handle = machineOfSelf().lastHandle += 4;
-    self().objects[handle] = std::move(object);
-    return static_cast<Handle>(handle);
+    return static_cast<Handle>(simulation::addObject(std::move(object)));
 }
 
 Privilege findPrivilege(const std::wstring& name) {
@@ -52,7 +48,7 @@ Privilege findPrivilege(const std::wstring& name) {
     return shutdownPrivilege;
 }
 
-void adjustPrivilege(Handle token, Privilege privilege, bool isEnabled) {
+bool adjustPrivilege(Handle token, Privilege privilege, PrivilegeState state) {
     ErrorCode error = beginOperation("adjustPrivilege");
     if (error == errorSuccess && !isToken(token)) {
         error = errorInvalidHandle;
@@ -61,10 +57,11 @@ void adjustPrivilege(Handle token, Privilege privilege, bool isEnabled) {
     if (error == errorSuccess && !isHeld) {
         error = errorNotAllAssigned;
     }
-    if (error == errorSuccess) {
-        machineOfSelf().isShutdownEnabled = isEnabled;
+    if (error != errorSuccess) {
+        return failWith(error);
     }
-    failWith(error);
+    machineOfSelf().isShutdownEnabled = state == PrivilegeState::enabled;
+    return true;
 }
 
 void sendToDebugger(const std::wstring& text) {

@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t bufferSize = 4096;
 constexpr const char* knownModes[] = {"r", "r+", "w", "w+", "a+"};
 
-// Another open file holds a lock on a byte of the range.
+// Whether another open file has locked a byte of the range.
 bool isLockedByOther(const OpenFile& file, std::uint64_t begin, std::uint64_t length) {
     return length > 0 &&
            std::any_of(file.node->opens.begin(), file.node->opens.end(),
@@ -62,7 +62,7 @@ Stream* openStream(const std::wstring& path, const char* mode) {
         found.node->name = found.leaf;
         found.parent->entries[simulation::upperCase(found.leaf)] = found.node;
     } else if (empties && (found.node->attributes & attributeHidden) != 0) {
-        failWith(errorAccessDenied);  // a hidden file can be emptied only by who names it hidden
+        failWith(errorAccessDenied);  // the system empties a hidden file only if asked for a hidden one
         return nullptr;
     }
     ErrorCode error = errorSuccess;
@@ -87,26 +87,26 @@ Stream* openStream(const std::wstring& path, const char* mode) {
     return opened;
 }
 
-std::size_t readStream(Stream* stream, char* buffer, std::size_t capacity) {
+ReadResult readStream(Stream* stream, char* buffer, std::size_t capacity) {
+    constexpr ReadResult failure{0, true};
     if (const ErrorCode fault = beginOperation("readStream", stream->file->node->name)) {
         failWith(fault);
-        return 0;
+        return failure;
     }
     if (!stream->file->canRead || !writeOut(machineOfSelf(), *stream)) {
         failWith(errorAccessDenied);
-        return 0;
+        return failure;
     }
     if (isLockedByOther(*stream->file, stream->position, capacity)) {
         failWith(errorLockViolation);
-        return 0;
+        return failure;
     }
     const std::string& content = stream->file->node->content;
     const std::size_t begin = std::min<std::size_t>(stream->position, content.size());
     const std::size_t count = std::min(capacity, content.size() - begin);
     std::copy_n(content.begin() + static_cast<std::ptrdiff_t>(begin), count, buffer);
     stream->position = begin + count;
-    failWith(errorSuccess);  // nothing has failed
-    return count;
+    return {count, false};
 }
 
 bool writeStream(Stream* stream, const std::string& bytes) {

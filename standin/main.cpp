@@ -1,4 +1,4 @@
-// A platform that does what the launcher needs of one and nothing else. README.md tells the contract.
+// A platform that does only what the launcher requires of one; see README.md.
 
 #include <windows.h>
 
@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "liveness_semaphore.h"
 #include "pipe_server.h"
 #include "records.h"
 #include "script.h"
-#include "sign_of_life.h"
 
 namespace {
 
@@ -21,21 +21,21 @@ std::wstring ownDirectory() {
     return std::filesystem::path(path).parent_path().wstring();
 }
 
-// The launcher names the workspace in every start of a platform.
-std::wstring workspaceOf(const std::vector<std::wstring>& words) {
-    for (std::size_t i = 1; i + 1 < words.size(); ++i) {
-        if (words[i] == L"-data") {
-            return words[i + 1];
+// The argument after -data, or the directory of this program without one.
+std::wstring workspaceOf(const std::vector<std::wstring>& arguments) {
+    for (std::size_t i = 1; i + 1 < arguments.size(); ++i) {
+        if (arguments[i] == L"-data") {
+            return arguments[i + 1];
         }
     }
     return ownDirectory();
 }
 
-// The sign of life first, then the pipe, then the file that tells of both.
+// The pipe file comes last, because launchers use the semaphore and the pipe as soon as it exists.
 void publish(const std::wstring& workspace, const std::wstring& records, const standin::Script& script) {
     const std::wstring leaf = L"standin-" + std::to_wstring(GetCurrentProcessId());
     const std::wstring pipeName = L"\\\\.\\pipe\\" + leaf;
-    standin::createSignOfLife(leaf, script.semaphore);
+    standin::createLivenessSemaphore(leaf, script.semaphore);
     if (!script.servesPipe || standin::startPipeServer(pipeName, records)) {
         const std::string line(pipeName.begin(), pipeName.end());
         std::string content;
@@ -46,14 +46,14 @@ void publish(const std::wstring& workspace, const std::wstring& records, const s
     }
 }
 
-bool isToldToStop(const std::wstring& workspace) {
+bool takeStopRequest(const std::wstring& workspace) {
     return DeleteFileW((workspace + L"\\standin.stop").c_str()) != 0;
 }
 
 void live(const standin::Script& script, const std::wstring& workspace, const std::wstring& records) {
     const ULONGLONG begin = GetTickCount64();
     bool isPublished = !script.publishes;
-    while (GetTickCount64() - begin < script.livesMilliseconds && !isToldToStop(workspace)) {
+    while (GetTickCount64() - begin < script.livesMilliseconds && !takeStopRequest(workspace)) {
         if (!isPublished && GetTickCount64() - begin >= script.publishAfterMilliseconds) {
             publish(workspace, records, script);
             isPublished = true;
@@ -65,7 +65,7 @@ void live(const standin::Script& script, const std::wstring& workspace, const st
 }  // namespace
 
 extern "C" int wmain() {
-    const std::wstring workspace = workspaceOf(standin::commandLineWords());
+    const std::wstring workspace = workspaceOf(standin::commandLineArguments());
     const std::wstring records = workspace + L"\\standin";
     const standin::Script script = standin::readScript(ownDirectory() + L"\\standin.script");
     DeleteFileW((records + L"\\ended.txt").c_str());

@@ -16,7 +16,7 @@ HANDLE makeInstance(const std::wstring& pipeName) {
                             65536, 0, nullptr);
 }
 
-// A text ends with a NUL of two bytes, or with the client.
+// A text ends with a two-byte NUL, or when the client closes the pipe.
 bool isWhole(const std::string& text) {
     return text.size() >= 2 && text.size() % 2 == 0 && text[text.size() - 1] == '\0' &&
            text[text.size() - 2] == '\0';
@@ -32,7 +32,7 @@ std::string readText(HANDLE pipe) {
     return text;
 }
 
-// A client may have come before, and may even have gone again: what it wrote is still there.
+// Also true if the client connected before, or has already closed its end; its text can still be read.
 bool waitForClient(HANDLE pipe) {
     return ConnectNamedPipe(pipe, nullptr) != 0 || GetLastError() == ERROR_PIPE_CONNECTED ||
            GetLastError() == ERROR_NO_DATA;
@@ -41,7 +41,7 @@ bool waitForClient(HANDLE pipe) {
 void serve(HANDLE pipe, const std::wstring& pipeName, const std::wstring& directory) {
     for (int number = 1; pipe != INVALID_HANDLE_VALUE; ++number) {
         const bool isConnected = waitForClient(pipe);
-        HANDLE next = makeInstance(pipeName);  // a free instance for the next client
+        HANDLE next = makeInstance(pipeName);  // a client may come while this one is read
         if (isConnected) {
             writeRecord(directory, L"payload-" + std::to_wstring(number) + L".bin", readText(pipe));
         }

@@ -4,8 +4,8 @@
 
 namespace standin {
 
-// Makes the pipe and serves it on a thread of its own for as long as the process lives: each text that
-// a client writes becomes a file `payload-<n>.bin` in the directory. False when the pipe cannot be made.
+// Creates the pipe and serves it on a thread until the process ends. Each text from a client becomes a
+// file `payload-<n>.bin` in the directory. False if the pipe cannot be created.
 bool startPipeServer(const std::wstring& pipeName, const std::wstring& directory);
 
 }  // namespace standin

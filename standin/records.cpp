@@ -22,8 +22,8 @@ std::string utf8(const std::wstring& text) {
 
 std::string argumentLines() {
     std::string lines;
-    for (const std::wstring& word : commandLineWords()) {
-        lines += utf8(word) + "\n";
+    for (const std::wstring& argument : commandLineArguments()) {
+        lines += utf8(argument) + "\n";
     }
     return lines;
 }
@@ -49,14 +49,14 @@ std::string startLines() {
 
 }  // namespace
 
-std::vector<std::wstring> commandLineWords() {
+std::vector<std::wstring> commandLineArguments() {
     int count = 0;
-    wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
+    wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
     std::vector<std::wstring> list;
-    if (words != nullptr) {
-        list.assign(words, words + count);
+    if (arguments != nullptr) {
+        list.assign(arguments, arguments + count);
     }
-    LocalFree(words);
+    LocalFree(arguments);
     return list;
 }
 

@@ -5,13 +5,13 @@
 
 namespace standin {
 
-// The words of this process's command line by the system's own rules, the program first.
-std::vector<std::wstring> commandLineWords();
+// The arguments of this process, split by the system's rules; argument 0 is the program.
+std::vector<std::wstring> commandLineArguments();
 
-// Writes what this process was given into the directory, which is made when it is missing.
+// Records what this process was started with, in files of the directory, which is created if necessary.
 void writeStartRecords(const std::wstring& directory);
 
-// Writes a file whole under another name first, so that no reader ever sees half of it.
+// Writes a file under another name and renames it, so that no reader finds an incomplete one.
 void writeRecord(const std::wstring& directory, const std::wstring& name, const std::string& bytes);
 
 }  // namespace standin

@@ -8,7 +8,7 @@ namespace standin {
 
 namespace {
 
-// Whatever a script says, no stand-in outlives the test that started it by long.
+// So that a standin whose test has crashed ends too.
 constexpr std::uint32_t longestLife = 120000;
 
 }  // namespace
@@ -16,23 +16,23 @@ constexpr std::uint32_t longestLife = 120000;
 Script readScript(const std::wstring& path) {
     Script script;
     std::ifstream file{std::filesystem::path(path)};
-    std::string order;
-    while (file >> order) {
-        if (order == "no-publish") {
+    std::string command;
+    while (file >> command) {
+        if (command == "no-publish") {
             script.publishes = false;
-        } else if (order == "publish-after") {
+        } else if (command == "publish-after") {
             file >> script.publishAfterMilliseconds;
-        } else if (order == "no-pipe") {
+        } else if (command == "no-pipe") {
             script.servesPipe = false;
-        } else if (order == "blank-lines") {
+        } else if (command == "blank-lines") {
             file >> script.blankLines;
-        } else if (order == "semaphore") {
+        } else if (command == "semaphore") {
             std::string word;
             file >> word;
             script.semaphore = word == "denied" ? Semaphore::denied : Semaphore::open;
-        } else if (order == "live") {
+        } else if (command == "live") {
             file >> script.livesMilliseconds;
-        } else if (order == "exit") {
+        } else if (command == "exit") {
             file >> script.exitCode;
         }
     }

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Measures which lines and branches of src/ the native test programs reach, and says which they do not.
+# Measures which lines and branches of src/ the native test programs reach, and prints those that they miss.
 #
 #   tests/coverage.sh            builds, runs every native test program, prints figures and gaps
 #   tests/coverage.sh --report   prints them again from the last run
 #
-# Figures are those of clang's source-based coverage: a branch is one side of one condition as it
-# stands in the source; what the compiler adds (clean-up behind an exception, guards) is none.
-# tests/coverage-exceptions.txt names what cannot be reached, each with its reason; the status is 0 when
-# nothing else is missing.
+# The figures are those of clang's source-based coverage: a branch is one side of one condition in the
+# source; code that the compiler adds (clean-up after an exception, guards) has none.
+# tests/coverage-exceptions.txt lists what cannot be reached, with the reasons. The status is 0 if nothing else
+# is missing.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source cmake/setup.sh

@@ -1,13 +1,12 @@
-"""Tells what the tests do not reach: `coverage_gaps.py LCOV JSON EXCEPTIONS`.
+"""Prints what the tests do not reach: `coverage_gaps.py LCOV JSON EXCEPTIONS`.
 
-LCOV and JSON are llvm-cov's exports of one run: lines come from the first, branches from the second.
-EXCEPTIONS names what cannot be reached, one a line, four fields with ` | ` between them:
+LCOV and JSON are llvm-cov's exports of one run; lines are read from the first, branches from the second.
+EXCEPTIONS lists what cannot be reached, one per line, with four fields separated by ` | `:
 
     file | line, true or false | the source line without its indentation | why it cannot be reached
 
-where `line` is a line that no test runs, and `true` or `false` the side of a condition in that line that
-no test takes. An exception holds for every such gap of that line's text in the file. One that nothing
-needs any more is an error, so that the list stays true.
+`line` is a line that no test runs, `true` or `false` the side of a condition in that line that no test takes.
+An exception applies to every such gap in a line of the file with this text. An unused exception is an error.
 """
 
 import functools
@@ -21,7 +20,7 @@ ROOT = Path.cwd()
 
 
 def relative(name):
-    """The path below the repository, or None for a file that is none of src/'s or has no native build."""
+    """The path in the repository; None for a file outside of src/ or without a native build."""
     try:
         path = Path(name).resolve().relative_to(ROOT).as_posix()
     except ValueError:
@@ -114,7 +113,7 @@ def main():
             if count == 0:
                 gaps.add(file, line, "line")
         for (line, _), (is_true, is_false) in sorted(branches[file].items()):
-            # A condition that is never evaluated is told by its line.
+            # If a condition is never evaluated, its line is reported instead.
             if is_true == 0 and lines[file].get(line, 1) != 0:
                 gaps.add(file, line, "true")
             if is_false == 0 and lines[file].get(line, 1) != 0:
@@ -126,7 +125,7 @@ def main():
         print(gap)
     unused = [key for key, is_used in gaps.exceptions.items() if not is_used]
     for file, kind, text in unused:
-        print(f"reached, though an exception is made: {file}: {kind}: {text}")
+        print(f"unused exception: {file}: {kind}: {text}")
     print(f"files:    {len(lines)}")
     print(f"lines:    {percent(sum(1 for count in all_lines if count), len(all_lines))}")
     print(f"branches: {percent(sum(1 for side in sides if side), len(sides))}")

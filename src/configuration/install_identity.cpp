@@ -2,13 +2,14 @@
 
 #include <cstdint>
 
-#include "configuration/install_configuration.h"
+#include "configuration/install_kind.h"
 #include "foundation/file_operations.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/text_stream.h"
+#include "foundation/user_files.h"
 #include "platform/clock.h"
 #include "properties/property_reader.h"
 
@@ -18,11 +19,9 @@ namespace {
 
 constexpr const wchar_t* identityKey = L"zel.install.id";
 
-// The line is its own format. It is written out here and now, so that a full disk is found while it
-// can still be told.
+// Required oddity: the line is its own format. Flushed at once, so that a full disk is still reported.
 void appendIdentity(const std::wstring& propertiesPath, const std::wstring& identity) {
-    TextStream file;
-    openFile(file, propertiesPath, "a+");
+    TextStream file = openFile(propertiesPath, "a+");
     if (file.stream == nullptr) {
         logFatalF("ZLNCH0017E: Could not open %ls to append zel.install.id!", propertiesPath);
     }
@@ -51,8 +50,7 @@ std::wstring resolveInstallId(const std::wstring& propertiesPath, PropertyList& 
 }
 
 bool installIdChanged(const std::wstring& installId, const std::wstring& configDirectory) {
-    std::wstring userFile = configDirectory + L"\\zelinstall.properties";
-    toBackslashes(userFile);
+    const std::wstring userFile = withBackslashes(configDirectory + L"\\" + installPropertiesName);
     if (!fileExists(userFile)) {
         return false;
     }

@@ -5,14 +5,17 @@
 #include <cstdint>
 #include <iterator>
 
-#include "configuration/locations.h"
+#include "configuration/own_program.h"
 #include "configuration/user_install_properties.h"
+#include "configuration/workspace.h"
 #include "foundation/environment.h"
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
 #include "foundation/text_stream.h"
+#include "foundation/user_files.h"
+#include "properties/launcher_options.h"
 #include "properties/substitution.h"
 
 namespace zellauncher {
@@ -21,43 +24,12 @@ namespace {
 
 constexpr std::size_t valueLimit = 1000;
 
-// Words of the command line that are not stored, or not as they stand.
-struct SpecialWords {
-    int restart = -1;
-    int resetconfig = -1;
-    int oldPid = -1;
-    std::ptrdiff_t dataValue = -1;
-};
-
-SpecialWords findSpecialWords(const Arguments& arguments) {
-    SpecialWords special;
-    special.restart = findArgumentIndex(L"-restart", arguments);
-    special.resetconfig = findArgumentIndex(L"-resetconfig", arguments);
-    special.oldPid = findArgumentIndex(L"-zel_old_pid", arguments);
-    const auto data = std::find(arguments.begin(), arguments.end(), L"-data");
-    if (data != arguments.end()) {
-        special.dataValue = std::distance(arguments.begin(), data) + 1;
-    }
-    return special;
-}
-
-// A relative workspace of this start must mean the same at a restart, whatever the current directory.
+// A relative workspace must name the same directory at the restart, whatever the current directory is.
 std::wstring storedDataDirectory(std::wstring text, const PropertyList& zelLauncherArray,
                                  const std::wstring& zelHome) {
     replaceFirst(text, L"${zel.home}", zelHome);
     substituteProperties(text, zelLauncherArray);
-    std::wstring fullPath;
-    resolveWorkspacePath(text, fullPath);
-    return fullPath;
-}
-
-std::wstring storedProgram(const std::wstring& restartProgram, const std::wstring& program) {
-    if (!restartProgram.empty()) {
-        return restartProgram;
-    }
-    std::wstring path;
-    locateProgram(path, program);
-    return path;
+    return resolveWorkspacePath(text);
 }
 
 void writeLine(TextStream& file, const std::wstring& path, const std::wstring& line, const char* message) {
@@ -68,34 +40,35 @@ void writeLine(TextStream& file, const std::wstring& path, const std::wstring& l
 
 void writeArgument(TextStream& file, const std::wstring& path, std::int64_t number,
                    const std::wstring& value) {
-    std::wstring entry;
-    escapeEntry(formatText(L"arg%d", {number}), value, entry);
-    std::wstring key;
-    std::wstring escapedValue;
-    std::wstring line;
-    splitAssignment(entry, key, escapedValue, line);
-    writeLine(file, path, line, "ZLNCH0020E: Error writing to %ls file.");
+    const std::wstring entry = escapeEntry(formatText(L"arg%d", {number}), value);
+    writeLine(file, path, splitAssignment(entry).text, "ZLNCH0020E: Error writing to %ls file.");
 }
 
-// Returns how many were written.
+// Position of the workspace's path: after the first `-data`, which here may also be argument 0.
+std::ptrdiff_t dataValuePosition(const Arguments& arguments) {
+    const auto option = std::find(arguments.begin(), arguments.end(), L"-data");
+    return option == arguments.end() ? -1 : std::distance(arguments.begin(), option) + 1;
+}
+
+// Returns the number of arguments written.
 std::int64_t writeArguments(TextStream& file, const std::wstring& path, const Arguments& arguments,
                             const std::wstring& restartProgram, const PropertyList& zelLauncherArray,
                             const std::wstring& zelHome) {
-    const SpecialWords special = findSpecialWords(arguments);
+    const std::ptrdiff_t dataValue = dataValuePosition(arguments);
     std::int64_t count = 0;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const int index = static_cast<int>(i);
-        if (index == special.restart || index == special.resetconfig) {
+        const LauncherOption* option = optionAt(i, arguments);
+        if (option != nullptr && option->restartStorage == RestartStorage::dropped) {
             continue;
         }
-        if (index == special.oldPid) {
+        if (option != nullptr && option->restartStorage == RestartStorage::droppedWithValue) {
             ++i;
             continue;
         }
         std::wstring value = arguments[i];
         if (i == 0) {
-            value = storedProgram(restartProgram, value);
-        } else if (index == special.dataValue) {
+            value = restartProgram.empty() ? locateProgram(value) : restartProgram;
+        } else if (static_cast<std::ptrdiff_t>(i) == dataValue) {
             value = storedDataDirectory(value, zelLauncherArray, zelHome);
         }
         writeArgument(file, path, count++, value);
@@ -105,59 +78,53 @@ std::int64_t writeArguments(TextStream& file, const std::wstring& path, const Ar
 
 }  // namespace
 
-void resolveRestartProgram(std::wstring& program, const Arguments& arguments,
-                           const PropertyList& zelLauncherArray, const std::wstring& zelHome) {
-    const int config = findArgumentIndex(L"-config", arguments);
-    const std::size_t name = static_cast<std::size_t>(config) + 1;
-    if (config < 0 || name >= arguments.size()) {
-        return;
+std::wstring resolveRestartProgram(const Arguments& arguments, const PropertyList& zelLauncherArray,
+                                   const std::wstring& zelHome) {
+    const std::wstring* name = argumentAfter(L"-config", arguments);
+    if (name == nullptr) {
+        return {};
     }
-    const std::wstring* value =
-        lookupProperty(L"config." + arguments[name] + L".restartExe.win32", zelLauncherArray);
+    const std::wstring* value = lookupProperty(L"config." + *name + L".restartExe.win32", zelLauncherArray);
     if (value == nullptr) {
-        return;
+        return {};
     }
-    program = *value;
+    std::wstring program = *value;
     replaceFirst(program, L"${zel.home}", zelHome);
-    toBackslashes(program);
+    return withBackslashes(program);
 }
 
 void writeRestartState(const Arguments& arguments, const std::wstring& configDirectory,
                        const std::wstring& restartProgram, const PropertyList& zelLauncherArray,
                        const std::wstring& zelHome) {
-    std::wstring path = configDirectory + L"\\args.properties";
-    toBackslashes(path);
-    TextStream file;
-    openFile(file, path, "w+");
+    const std::wstring path = withBackslashes(configDirectory + L"\\" + argsPropertiesName);
+    TextStream file = openFile(path, "w+");
     if (file.stream == nullptr) {
         logFatalF("ZLNCH0097E: Could not open %ls for writing!", path);
     }
     const std::int64_t count =
         writeArguments(file, path, arguments, restartProgram, zelLauncherArray, zelHome);
 
-    std::wstring countLine;
-    escapeEntry(L"argc", formatText(L"%d", {count}), countLine);
+    const std::wstring countLine = escapeEntry(L"argc", formatText(L"%d", {count}));
     writeLine(file, path, countLine, "ZLNCH0116E: Error writing to %ls file.");
-
-    std::wstring libraryPath;
-    getEnvironmentVariable(L"PATH", libraryPath);
-    std::wstring libraryLine;
-    escapeEntry(L"com.mivel.zel.core.internal.librarypath", libraryPath, libraryLine);
+    const std::wstring libraryPath = getEnvironmentVariable(L"PATH").value_or(L"");
+    const std::wstring libraryLine = escapeEntry(L"com.mivel.zel.core.internal.librarypath", libraryPath);
     writeLine(file, path, libraryLine, "ZLNCH0117E: Error writing to %ls file.");
-    // What is buffered shows only now whether the disk took it.
+    // A full disk may show only when the buffer is written.
     if (!closeTextStream(file)) {
         logFatalF("ZLNCH0117E: Error writing to %ls file.", path);
     }
 }
 
-void splitAssignment(const std::wstring& text, std::wstring& key, std::wstring& value, std::wstring& result) {
+Assignment splitAssignment(const std::wstring& text) {
     const std::size_t separator = text.find(L'=');
-    key = text.substr(0, separator);
-    value = separator == std::wstring::npos ? std::wstring() : text.substr(separator + 1);
-    if (value.size() > valueLimit) {
-        value.clear();
+    Assignment assignment;
+    assignment.key = text.substr(0, separator);
+    assignment.value = separator == std::wstring::npos ? std::wstring() : text.substr(separator + 1);
+    if (assignment.value.size() > valueLimit) {
+        assignment.value.clear();
     }
-    result = key + L"=" + value;
+    assignment.text = assignment.key + L"=" + assignment.value;
+    return assignment;
 }
 
 }  // namespace zellauncher

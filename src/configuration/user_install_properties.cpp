@@ -3,29 +3,27 @@
 #include <cstdint>
 #include <optional>
 
-#include "configuration/locations.h"
+#include "configuration/initial_launch.h"
+#include "configuration/install_files.h"
 #include "foundation/file_operations.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/text_stream.h"
-#include "launch/launch_state.h"
-#include "properties/platform_lines.h"
+#include "foundation/user_files.h"
+#include "properties/os_qualified_lines.h"
 
 namespace zellauncher {
 
 namespace {
 
-constexpr const wchar_t* fileName = L"zelinstall.properties";
-
-// Where the copying stands between two lines.
 struct CopyState {
     bool isDropping = false;    // the next line belongs to an entry that was dropped
     bool isContinuing = false;  // the next line continues one that was kept
 };
 
-// Whether the line goes to the user's file; it may lose its qualifier on the way.
+// Whether the line is copied to the user's file. Removes the qualifier of its key.
 bool isKept(CopyState& state, std::wstring& line) {
     if (state.isDropping) {
         state = {endsInContinuation(line), false};
@@ -58,15 +56,12 @@ void copyLines(TextStream& source, TextStream& target) {
     }
 }
 
-std::wstring escapePath(std::wstring path) {
-    toForwardSlashes(path);
-    std::wstring escaped;
-    escapeValue(path, escaped);
-    return escaped;
+std::wstring escapePath(const std::wstring& path) {
+    return escapeValue(withForwardSlashes(path));
 }
 
-// A line is its own format: `%%` is one per cent sign, any other conversion gives nothing. A conversion
-// ends with its line, so that a value that ends in `%` leaves the next line whole.
+// Required oddity: a line is its own format, so `%%` is one percent sign and any other conversion gives
+// nothing. Each line is formatted alone, so that a value ending in `%` does not consume the next line.
 void appendLine(std::wstring& block, const wchar_t* key, const std::wstring& value) {
     block += formatText(std::wstring(key) + L"=" + value, {}) + L"\n";
 }
@@ -77,7 +72,7 @@ void appendOptionalLine(std::wstring& block, const wchar_t* key, const PropertyL
     }
 }
 
-// What the launcher knows and the base file does not; nothing when a required key is missing.
+// The lines that the launcher adds to the template; nothing if a required key is missing.
 std::optional<std::wstring> knownLines(const PropertyList& zelLauncherArray) {
     const std::wstring* installId = lookupProperty(L"zel.install.id", zelLauncherArray);
     const std::wstring* jvm = lookupProperty(L"jvm.location", zelLauncherArray);
@@ -105,7 +100,7 @@ void appendKnownLines(TextStream& target, const PropertyList& zelLauncherArray) 
         logFatal(
             "ZLNCH0008E: Unable to calculate necessary values for user specific zelinstall.properties file.");
     }
-    // What is buffered shows only at a flush whether the disk took it.
+    // A full disk may show only when the buffer is written.
     if (putText(target, *block) < 0 || !flushTextStream(target)) {
         logDebug("ZLNCH0015E: Unable to append values to user specific zelinstall.properties file.");
     }
@@ -116,7 +111,7 @@ bool isEscapedMark(wchar_t unit) {
     return unit == L'#' || unit == L'!' || unit == L'=' || unit == L':' || unit == L'\\';
 }
 
-void escapeUnit(wchar_t unit, std::wstring& out) {
+void appendEscaped(std::wstring& out, wchar_t unit) {
     if (unit < 32 || unit >= 127) {
         out += formatText(L"\\u%04x", {std::uint64_t{static_cast<std::uint32_t>(unit)}});
         return;
@@ -132,14 +127,11 @@ void escapeUnit(wchar_t unit, std::wstring& out) {
 std::wstring ensureUserInstallProperties(const std::wstring& configDirectory,
                                          const std::wstring& baseLocation,
                                          const PropertyList& zelLauncherArray) {
-    std::wstring userFile = configDirectory + L"\\" + fileName;
-    toBackslashes(userFile);
+    const std::wstring userFile = withBackslashes(configDirectory + L"\\" + installPropertiesName);
     if (fileExists(userFile)) {
         return userFile;
     }
-    std::wstring baseFile;
-    baseFilePath(baseFile, baseLocation, fileName);
-    if (!copyFileNoReplace(baseFile, userFile)) {
+    if (!copyFileNoReplace(baseFilePath(baseLocation, installPropertiesName), userFile)) {
         logFatal("ZLNCH0022E: Unable to copy zelinstall.properties to the user directory.");
     }
     const std::wstring temporaryFile = userFile + L".new";
@@ -153,14 +145,8 @@ std::wstring ensureUserInstallProperties(const std::wstring& configDirectory,
 
 int writeUserInstallProperties(const std::wstring& userFile, const std::wstring& temporaryFile,
                                const PropertyList& zelLauncherArray) {
-    std::wstring sourcePath = userFile;
-    std::wstring targetPath = temporaryFile;
-    toBackslashes(sourcePath);
-    toBackslashes(targetPath);
-    TextStream source;
-    TextStream target;
-    openFile(source, sourcePath, "r");
-    openFile(target, targetPath, "w");
+    TextStream source = openFile(withBackslashes(userFile), "r");
+    TextStream target = openFile(withBackslashes(temporaryFile), "w");
     if (source.stream == nullptr || target.stream == nullptr) {
         logDebug(
             "ZLNCH0074E: Unable to open user specific zelinstall.properties and temporary "
@@ -175,21 +161,23 @@ int writeUserInstallProperties(const std::wstring& userFile, const std::wstring&
     return 0;
 }
 
-void escapeValue(const std::wstring& text, std::wstring& out) {
+std::wstring escapeValue(const std::wstring& text) {
+    std::wstring escaped;
     for (const wchar_t unit : text) {
-        escapeUnit(unit, out);
+        appendEscaped(escaped, unit);
     }
+    return escaped;
 }
 
-void escapeEntry(const std::wstring& key, const std::wstring& value, std::wstring& out) {
+std::wstring escapeEntry(const std::wstring& key, const std::wstring& value) {
+    std::wstring escaped;
     for (const wchar_t unit : key) {
         if (unit == L' ') {
-            out += L'\\';
+            escaped += L'\\';
         }
-        escapeUnit(unit, out);
+        appendEscaped(escaped, unit);
     }
-    out += L'=';
-    escapeValue(value, out);
+    return escaped + L"=" + escapeValue(value);
 }
 
 }  // namespace zellauncher

@@ -1,49 +1,45 @@
 #include "desktop/application_identity.h"
 
-#include <cstddef>
-#include <cstdint>
+#include <optional>
 
-#include "configuration/locations.h"
-#include "launch/launch_state.h"
-#include "platform/desktop.h"
+#include "configuration/install_files.h"
+#include "instance/platform_lock.h"
+#include "platform/libraries.h"
+#include "platform/system_version.h"
 
 namespace zellauncher {
 
+PROCESS_WIDE std::wstring appUserModelId;
+PROCESS_WIDE bool useAppUserModelId = false;
+PROCESS_WIDE bool preventPinning = false;
+
 bool isWindows7OrLater() {
-    std::uint32_t major = 0;
-    std::uint32_t minor = 0;
-    return platform::systemVersion(major, minor) && (major > 6 || (major == 6 && minor != 0));
+    const std::optional<platform::SystemVersion> version = platform::systemVersion();
+    return version && (version->major > 6 || (version->major == 6 && version->minor != 0));
 }
 
 void resolveApplicationIdentity(const Arguments& arguments, const PropertyList& zelLauncherArray) {
-    std::wstring identity;
-    const bool isSupported = isWindows7OrLater();
-    bool preventsPinning = isSupported;
-    if (isSupported) {
-        findConfigAppId(identity, arguments, zelLauncherArray);
-        if (identity.empty()) {
-            std::wstring exeName;
-            platformProgramName(exeName, zelLauncherArray);
-            identity = L"mivel.tarsin.client." + exeName;
-        } else if (isMainProcess) {
-            preventsPinning = false;  // an application with an identity of its own may be pinned
-        }
-    }
-    appUserModelId = identity;
-    useAppUserModelId = isSupported;
-    preventPinning = preventsPinning;
-}
-
-void findConfigAppId(std::wstring& appId, const Arguments& arguments, const PropertyList& zelLauncherArray) {
-    const int config = findArgumentIndex(L"-config", arguments);
-    const std::size_t name = static_cast<std::size_t>(config) + 1;
-    if (config < 0 || name >= arguments.size()) {
+    useAppUserModelId = isWindows7OrLater();
+    preventPinning = useAppUserModelId;
+    appUserModelId.clear();
+    if (!useAppUserModelId) {
         return;
     }
-    if (const std::wstring* value =
-            lookupProperty(L"config." + arguments[name] + L".appID", zelLauncherArray)) {
-        appId = *value;
+    appUserModelId = findConfigAppId(arguments, zelLauncherArray);
+    if (appUserModelId.empty()) {
+        appUserModelId = L"mivel.tarsin.client." + platformProgramName(zelLauncherArray);
+    } else if (isMainProcess) {
+        preventPinning = false;  // an application with its own identity may be pinned
     }
+}
+
+std::wstring findConfigAppId(const Arguments& arguments, const PropertyList& zelLauncherArray) {
+    const std::wstring* name = argumentAfter(L"-config", arguments);
+    if (name == nullptr) {
+        return {};
+    }
+    const std::wstring* value = lookupProperty(L"config." + *name + L".appID", zelLauncherArray);
+    return value != nullptr ? *value : std::wstring();
 }
 
 void applyProcessAppId() {

@@ -2,22 +2,23 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
-#include "launch/launch_command.h"
-#include "launch/launch_state.h"
+#include "javalaunch/launch_command.h"
 #include "platform/files.h"
 
 namespace zellauncher {
+
+PROCESS_WIDE std::wstring extensionDirPattern;
 
 namespace {
 
 constexpr std::size_t longestClassPath = 2000;
 constexpr int mostFiles = 100;
 
-// Ends in a separator once the `*` is gone.
 void cutPattern() {
     extensionDirPattern.resize(extensionDirPattern.find(L'*'));
     toForwardSlashes(extensionDirPattern);
@@ -33,7 +34,7 @@ bool isJar(const platform::FindEntry& entry) {
     return ending == L".jar" || ending == L".zip";
 }
 
-// Adds one file to the list; false when there are too many.
+// Adds one file to the class path. False if there are too many.
 bool appendJar(std::wstring& classPath, int& files, const std::wstring& name) {
     if (++files > mostFiles) {
         logDebug("ZELLauncher> Number of jar files greater than MAX jar files (100)");
@@ -46,22 +47,19 @@ bool appendJar(std::wstring& classPath, int& files, const std::wstring& name) {
 
 std::wstring listJars() {
     std::wstring classPath;
-    platform::FindEntry entry;
-    const platform::FindHandle search = extensionDirPattern.empty()
-                                            ? platform::FindHandle::none
-                                            : platform::findFirst(extensionDirPattern, entry);
-    if (search == platform::FindHandle::none) {
+    const platform::FirstMatch first =
+        extensionDirPattern.empty() ? platform::FirstMatch() : platform::findFirst(extensionDirPattern);
+    if (first.handle == platform::FindHandle::none) {
         logDebug("ZELLauncher> Invalid file handle..");
         return classPath;
     }
     cutPattern();
     int files = 0;
-    bool goesOn = true;
-    while (goesOn) {
-        goesOn = !isJar(entry) || appendJar(classPath, files, entry.name);
-        goesOn = goesOn && platform::findNext(search, entry);
+    std::optional<platform::FindEntry> entry = first.entry;
+    while (entry && (!isJar(*entry) || appendJar(classPath, files, entry->name))) {
+        entry = platform::findNext(first.handle);
     }
-    platform::findClose(search);
+    platform::findClose(first.handle);
     return classPath;
 }
 
@@ -73,7 +71,7 @@ void scanExtensionJars() {
         return;
     }
     logDebug("ZELLauncher> appending classpath with vxext jars");
-    appendArgument(extensionClassPath, true);
+    appendArgument(extensionClassPath, Quoting::quoted);
 }
 
 }  // namespace zellauncher

@@ -1,5 +1,7 @@
 #include "foundation/directory_removal.h"
 
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "foundation/log_channel.h"
@@ -14,18 +16,16 @@ namespace {
 
 constexpr int attempts = 5;
 
-// One directory of a walk. The levels are kept in a vector and not on the machine's stack, so a tree
-// of any depth can be walked.
+// One directory of a walk. The levels are in a vector instead of on the stack, so that a tree of any
+// depth can be walked.
 struct Level {
     std::wstring directory;
     platform::FindHandle handle = platform::FindHandle::none;
-    platform::FindEntry entry;
-    bool hasEntry = false;
+    std::optional<platform::FindEntry> entry;  // the current one
 };
 
 void appendError(std::wstring& errors, const std::wstring& what) {
-    std::wstring reason;
-    formatLastError(reason);
+    const std::wstring reason = formatLastError();
     errors.append(what).append(L"  - ").append(reason).append(L"\n");
 }
 
@@ -36,19 +36,20 @@ std::wstring joinPath(const std::wstring& directory, const std::wstring& name) {
 
 bool openLevel(Level& level, const std::wstring& pattern, std::wstring& errors) {
     const std::wstring searchPath = joinPath(level.directory, pattern);
-    level.handle = platform::findFirst(searchPath, level.entry);
-    if (level.handle == platform::FindHandle::none) {
+    platform::FirstMatch match = platform::findFirst(searchPath);
+    if (match.handle == platform::FindHandle::none) {
         appendError(errors, L"Error in " + searchPath);
         return false;
     }
-    level.hasEntry = true;
+    level.handle = match.handle;
+    level.entry = std::move(match.entry);
     return true;
 }
 
-// The next entry of the level; false only when the walk of this directory failed.
+// Goes to the next entry of the level. False if reading the directory failed, not at its end.
 bool advanceLevel(Level& level, std::wstring& errors) {
-    level.hasEntry = platform::findNext(level.handle, level.entry);
-    if (level.hasEntry) {
+    level.entry = platform::findNext(level.handle);
+    if (level.entry) {
         return true;
     }
     const bool isEnd = platform::lastError() == platform::errorNoMoreFiles;
@@ -62,7 +63,7 @@ bool advanceLevel(Level& level, std::wstring& errors) {
 }  // namespace
 
 bool walkDirectory(const std::wstring& directory, const std::wstring& pattern, std::wstring& errors,
-                   bool removeDirectories) {
+                   Subdirectories subdirectories) {
     bool isWhole = true;
     std::vector<Level> levels(1);
     levels.back().directory = directory;
@@ -71,22 +72,22 @@ bool walkDirectory(const std::wstring& directory, const std::wstring& pattern, s
     }
     while (true) {
         Level& level = levels.back();
-        if (!level.hasEntry) {
+        if (!level.entry) {
             const std::wstring finished = level.directory;
             levels.pop_back();
             if (levels.empty()) {
                 return isWhole;
             }
-            if (removeDirectories && !platform::removeDirectory(finished)) {
+            if (subdirectories == Subdirectories::remove && !platform::removeDirectory(finished)) {
                 appendError(errors, L"Can't delete dir " + finished);
                 isWhole = false;
             }
             isWhole = advanceLevel(levels.back(), errors) && isWhole;
             continue;
         }
-        const std::wstring path = joinPath(level.directory, level.entry.name);
-        const bool isDirectory = (level.entry.attributes & platform::attributeDirectory) != 0;
-        const bool isOwn = level.entry.name == L"." || level.entry.name == L"..";
+        const std::wstring path = joinPath(level.directory, level.entry->name);
+        const bool isDirectory = (level.entry->attributes & platform::attributeDirectory) != 0;
+        const bool isOwn = level.entry->name == L"." || level.entry->name == L"..";
         if (!isOwn && isDirectory && pattern == L"*") {
             Level child;
             child.directory = path;
@@ -105,14 +106,13 @@ bool walkDirectory(const std::wstring& directory, const std::wstring& pattern, s
 }
 
 bool removeDirectoryContents(const std::wstring& directory, std::wstring& errors) {
-    std::wstring longPath = directory;
-    toLongPath(longPath);
-    if (!walkDirectory(longPath, L"*", errors, false)) {
+    const std::wstring longPath = toLongPath(directory);
+    if (!walkDirectory(longPath, L"*", errors, Subdirectories::keep)) {
         return false;
     }
     for (int attempt = 0; attempt < attempts; ++attempt) {
         errors.clear();
-        if (walkDirectory(longPath, L"*", errors, true)) {
+        if (walkDirectory(longPath, L"*", errors, Subdirectories::remove)) {
             return true;
         }
         logDebugLastError(L"removeDirectoryContents");
@@ -122,8 +122,7 @@ bool removeDirectoryContents(const std::wstring& directory, std::wstring& errors
 }
 
 bool removeDirectory(const std::wstring& directory, std::wstring& errors) {
-    std::wstring longPath = directory;
-    toLongPath(longPath);
+    const std::wstring longPath = toLongPath(directory);
     if (!removeDirectoryContents(longPath, errors)) {
         return false;
     }
@@ -138,9 +137,8 @@ bool removeDirectory(const std::wstring& directory, std::wstring& errors) {
 }
 
 bool removeMatchingFiles(const std::wstring& directory, const std::wstring& text, std::wstring& errors) {
-    std::wstring longPath = directory;
-    toLongPath(longPath);
-    return walkDirectory(longPath, L"*" + text + L"*", errors, false);
+    const std::wstring longPath = toLongPath(directory);
+    return walkDirectory(longPath, L"*" + text + L"*", errors, Subdirectories::keep);
 }
 
 }  // namespace zellauncher

@@ -2,23 +2,25 @@
 
 #include <string>
 
-// Removal of directory trees. What goes wrong is collected line by line in `errors`, a text of the
-// caller that describes the last attempt only; nothing here is fatal but a relative path.
+// Removal of directory trees. Each failure is a line in `errors`, which describes the last attempt
+// only. Only a relative path is fatal (toLongPath).
 namespace zellauncher {
 
-// Walks the entries of `directory` that fit `pattern` and deletes the files among them. With the
-// pattern "*" it descends into subdirectories, and removes them too when asked to. True when nothing failed.
-bool walkDirectory(const std::wstring& directory, const std::wstring& pattern, std::wstring& errors,
-                   bool removeDirectories);
+enum class Subdirectories { keep, remove };
 
-// Empties a directory, which itself stays. Files are tried once; directories up to five times with
-// a second's pause. True when it is empty afterwards.
+// Deletes the files of `directory` that match `pattern`. With the pattern "*" it also descends into
+// subdirectories and removes them if asked to. True if nothing failed. The path is used as it is.
+bool walkDirectory(const std::wstring& directory, const std::wstring& pattern, std::wstring& errors,
+                   Subdirectories subdirectories);
+
+// Empties a directory. Files are tried once, subdirectories up to five times, a second apart. True if
+// the directory is empty afterwards.
 bool removeDirectoryContents(const std::wstring& directory, std::wstring& errors);
 
-// Removes a directory with all that lies in it. True when it is gone.
+// Removes a directory and everything in it. True if it is gone.
 bool removeDirectory(const std::wstring& directory, std::wstring& errors);
 
-// Deletes the files of this one directory whose names hold `text`. True when nothing failed.
+// Deletes the files directly in the directory whose names contain `text`. True if nothing failed.
 bool removeMatchingFiles(const std::wstring& directory, const std::wstring& text, std::wstring& errors);
 
 }  // namespace zellauncher

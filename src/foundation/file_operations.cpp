@@ -1,7 +1,6 @@
 #include "foundation/file_operations.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "foundation/memory.h"
 #include "foundation/paths.h"
@@ -10,13 +9,11 @@
 namespace zellauncher {
 
 bool createDirectories(const std::wstring& path) {
-    constexpr std::wstring_view longPrefix = L"\\\\?\\";
-    std::wstring longPath = path;
-    toLongPath(longPath);
-    std::wstring level = newString(path.size() + longPrefix.size() + 2);
+    const std::wstring longPath = toLongPath(path);
+    std::wstring level = newString(path.size() + longPathPrefix.size() + 2);
     std::wstring levels = newString(path.size() + 1);
-    level = longPrefix;
-    levels.assign(longPath, std::min(longPrefix.size(), longPath.size()));
+    level = longPathPrefix;
+    levels.assign(longPath, std::min(longPathPrefix.size(), longPath.size()));
     bool isMade = true;
     for (std::size_t start = 0; start < levels.size();) {
         const std::size_t end = std::min(levels.find(L'\\', start), levels.size());
@@ -29,7 +26,7 @@ bool createDirectories(const std::wstring& path) {
 }
 
 bool copyFileNoReplace(const std::wstring& source, const std::wstring& target) {
-    return platform::copyFile(source, target, true);
+    return platform::copyFile(source, target, platform::ExistingTarget::isFailure);
 }
 
 void bringToDevice(const std::wstring& path) {
@@ -37,16 +34,13 @@ void bringToDevice(const std::wstring& path) {
 }
 
 bool moveFile(const std::wstring& source, const std::wstring& target) {
-    std::wstring longSource = source;
-    std::wstring longTarget = target;
-    toLongPath(longSource);
-    toLongPath(longTarget);
+    const std::wstring longSource = toLongPath(source);
+    const std::wstring longTarget = toLongPath(target);
     return platform::moveFile(longSource, longTarget, platform::moveWriteThrough);
 }
 
 bool deleteFile(const std::wstring& path) {
-    std::wstring longPath = path;
-    toLongPath(longPath);
+    const std::wstring longPath = toLongPath(path);
     const std::wstring aside = longPath + L".deleteme";
     moveFile(longPath, aside);
     return platform::deleteFile(aside);

@@ -2,28 +2,29 @@
 
 #include <string>
 
-// What changes the disk. All but copyFileNoReplace and bringToDevice work on the long form of the path, so
-// a relative path is fatal (toLongPath). The result is false on failure, with the reason in lastError().
+// Operations that change the disk. All except copyFileNoReplace and bringToDevice use the long form of
+// the path, so a relative path is fatal (toLongPath). They return false on failure, with the reason in
+// lastError().
 namespace zellauncher {
 
-// Makes every missing level of the path. Only the last level decides: false when it exists already
-// or cannot be made, so callers ask directoryExists first. Without the memory: ZLNCH0004E, fatal.
+// Creates every missing level of the path. Only the last level counts: false if it exists already or
+// cannot be created, so callers test directoryExists first. Out of memory is the fatal ZLNCH0004E.
 bool createDirectories(const std::wstring& path);
 
-// Copies a file; an existing target makes it fail and stays as it is. Paths go in unchanged.
+// Copies a file. Fails if the target exists. The paths are used as they are.
 bool copyFileNoReplace(const std::wstring& source, const std::wstring& target);
 
-// Brings what was written to a file to the device, for the files that no later start would make anew: a
-// machine that loses its power afterwards finds them whole. A failure changes nothing, and nobody is told:
-// the file is there, and at risk only as long as the system takes to write it by itself.
+// Flushes a file to the device, so that a power loss right afterwards cannot empty it. Used for files
+// that no later start would create again. A failure is ignored: the system writes the file a little
+// later anyway.
 void bringToDevice(const std::wstring& path);
 
-// Renames a file or directory; an existing target makes it fail.
+// Renames a file or directory. Fails if the target exists.
 bool moveFile(const std::wstring& source, const std::wstring& target);
 
-// Removes a file by moving it to `<path>.deleteme` and deleting that name. A file that cannot be
-// moved stays intact (false). A `.deleteme` left over from an earlier run blocks the move and is
-// itself deleted: true, and the named file is still there.
+// Deletes a file by moving it to `<path>.deleteme` and deleting that. A file that cannot be moved stays
+// (false). A leftover `.deleteme` blocks the move and is deleted instead: true, although the file is
+// still there.
 bool deleteFile(const std::wstring& path);
 
 }  // namespace zellauncher

@@ -4,7 +4,7 @@
 
 #include "foundation/directory_removal.h"
 #include "foundation/file_operations.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
@@ -25,8 +25,8 @@ std::wstring asideName(const std::wstring& target, std::uint64_t number) {
     return target + L"deleteme" + formatText(L"%04x", {number});
 }
 
-// Cleans up what earlier transfers could not remove, and returns the lowest number that was free
-// before that; with none free the first one, which may have become free now.
+// Removes what earlier transfers left, and returns the lowest number that was free before that. If
+// none was free, returns 1, which may be free now.
 std::uint64_t freeAsideNumber(const std::wstring& target) {
     std::uint64_t free = 1;
     for (std::uint64_t number = asideNames; number >= 1; --number) {
@@ -41,7 +41,7 @@ std::uint64_t freeAsideNumber(const std::wstring& target) {
     return free;
 }
 
-// The directory is out of the way at once; removing it may take several starts.
+// Renames first, because removing the directory may take several starts.
 void moveDirectoryAside(const std::wstring& target) {
     const std::wstring aside = asideName(target, freeAsideNumber(target));
     if (!moveFile(target, aside)) {

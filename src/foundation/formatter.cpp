@@ -30,7 +30,7 @@ std::size_t readCount(std::wstring_view format, std::size_t& position) {
     return count;
 }
 
-// Reads what stands behind a `%`; the letter is NUL when the format ends in it.
+// Reads a conversion after its `%`. The letter is NUL if the format ends there.
 Conversion readConversion(std::wstring_view format, std::size_t& position) {
     Conversion conversion;
     if (position < format.size() && format[position] == L'0') {

@@ -1,17 +1,20 @@
 #include "foundation/log_channel.h"
 
 #include <cstdint>
+#include <optional>
+#include <utility>
 
 #include "foundation/environment.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/formatter.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
 #include "foundation/text_stream.h"
+#include "foundation/user_files.h"
 #include "foundation/waiting.h"
 #include "platform/clock.h"
 #include "platform/errors.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
 #include "platform/process_wide.h"
 
 namespace zellauncher {
@@ -31,7 +34,6 @@ struct LogChannel {
 
 PROCESS_WIDE LogChannel channel;
 
-// Bytes for the file or for the text that is held back.
 void writeLine(const std::string& bytes) {
     if (channel.file.stream == nullptr) {
         channel.heldBack.append(bytes).append("\n");
@@ -41,9 +43,7 @@ void writeLine(const std::string& bytes) {
 }
 
 void writeWideLine(const std::wstring& text) {
-    std::string bytes;
-    wideToNarrow(bytes, text);
-    writeLine(bytes);
+    writeLine(wideToNarrow(text));
 }
 
 [[noreturn]] void endFatally() {
@@ -60,13 +60,11 @@ std::wstring describeError(const std::wstring& beginning, platform::ErrorCode co
 
 std::wstring logPathIn(const std::wstring& directory) {
     if (!channel.isDebug) {
-        return directory + L"\\zellauncher.log";
+        return directory + L"\\" + launcherLogName;
     }
     while (true) {
-        std::wstring timestamp;
-        formatTimestamp(timestamp);
         std::wstring path = directory;
-        path.append(L"\\zellauncher_").append(timestamp).append(L".log");
+        path.append(L"\\zellauncher_").append(formatTimestamp()).append(L".log");
         if (!fileExists(path)) {
             return path;
         }
@@ -80,36 +78,35 @@ void setLogDebug(bool on) {
     channel.isDebug = on;
 }
 
-void swapLogDebug(bool on, bool& previous) {
-    previous = channel.isDebug;
-    channel.isDebug = on;
+bool swapLogDebug(bool on) {
+    return std::exchange(channel.isDebug, on);
+}
+
+ForcedLog::ForcedLog() : previous(swapLogDebug(true)) {}
+
+ForcedLog::~ForcedLog() {
+    setLogDebug(previous);
 }
 
 bool isLogDebug() {
     return channel.isDebug;
 }
 
-void logMessage(const std::string& text, bool fatal) {
+void logMessage(const std::string& text) {
     writeLine(text);
-    if (fatal) {
-        endFatally();
-    }
 }
 
-void logMessageF(const std::string& format, const std::wstring& argument, bool fatal) {
+void logMessageF(const std::string& format, const std::wstring& argument) {
     writeWideLine(formatText(widen(format), {argument}));
-    if (fatal) {
-        endFatally();
-    }
 }
 
 void logFatal(const std::string& text) {
-    logMessage(text, false);
+    logMessage(text);
     endFatally();
 }
 
 void logFatalF(const std::string& format, const std::wstring& argument) {
-    logMessageF(format, argument, false);
+    logMessageF(format, argument);
     endFatally();
 }
 
@@ -121,7 +118,7 @@ void logDebug(const std::string& text) {
 
 void logDebugF(const std::wstring& format, const std::wstring& argument) {
     if (channel.isDebug && format.size() + argument.size() < debugFormatLimit) {
-        // A wide field in a format can make the line longer than what went in.
+        // A field width in the format can make the line longer than the limit.
         writeWideLine(formatText(format, {argument}).substr(0, debugFormatLimit));
     }
 }
@@ -144,9 +141,9 @@ void logDebugLastError(const std::wstring& operation) {
     }
 }
 
-void formatLastError(std::wstring& text) {
+std::wstring formatLastError() {
     const platform::ErrorCode code = platform::lastError();
-    text = describeError(L" Failed with error ", code);
+    return describeError(L" Failed with error ", code);
 }
 
 void setLogFileName(const std::wstring& name) {
@@ -158,12 +155,10 @@ const std::wstring& logFileName() {
 }
 
 bool openLog(const std::wstring& directory) {
-    std::wstring path = logPathIn(directory);
-    toBackslashes(path);
-    TextStream file;
-    openFile(file, path, "w+");
+    const std::wstring path = withBackslashes(logPathIn(directory));
+    const TextStream file = openFile(path, "w+");
     if (file.stream == nullptr) {
-        logMessageF("ZLNCH0019E: Could not open %ls for writing!", path, false);
+        logMessageF("ZLNCH0019E: Could not open %ls for writing!", path);
         return false;
     }
     channel.file = file;
@@ -174,21 +169,21 @@ bool openLog(const std::wstring& directory) {
 }
 
 bool openTempLog() {
-    std::wstring directory;
-    if (getEnvironmentVariable(L"TEMP", directory) == nullptr) {
-        logMessage("ZLNCH0085E: Couldn't find the TEMP system variable!", false);
+    const std::optional<std::wstring> directory = getEnvironmentVariable(L"TEMP");
+    if (!directory) {
+        logMessage("ZLNCH0085E: Couldn't find the TEMP system variable!");
         return false;
     }
-    return openLog(directory);
+    return openLog(*directory);
 }
 
 void flushLog() {
     flushTextStream(channel.file);
 }
 
-void formatTimestamp(std::wstring& text) {
+std::wstring formatTimestamp() {
     const platform::LocalTime now = platform::localTime();
-    text = formatText(
+    return formatText(
         L"%.4d%.2d%.2d_%.2d%.2d%.2d_%.3hd",
         {std::int64_t{now.year}, std::int64_t{now.month}, std::int64_t{now.day}, std::int64_t{now.hour},
          std::int64_t{now.minute}, std::int64_t{now.second}, std::int64_t{now.milliseconds}});

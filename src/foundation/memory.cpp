@@ -25,9 +25,7 @@ bool tryReserve(std::wstring& text, std::size_t length) {
 std::wstring newString(std::size_t length) {
     std::wstring text;
     if (!tryReserve(text, length)) {
-        std::wstring reason;
-        formatLastError(reason);
-        logFatalF("ZLNCH0004E: newString malloc failed. %ls", reason);
+        logFatalF("ZLNCH0004E: newString malloc failed. %ls", formatLastError());
     }
     return text;
 }

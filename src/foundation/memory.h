@@ -3,12 +3,13 @@
 #include <cstddef>
 #include <string>
 
+// Allocations whose failure has a message of its own.
 namespace zellauncher {
 
-// An empty string with room for so many characters. Without the memory: ZLNCH0004E, fatal.
+// An empty string with room for `length` characters. Out of memory is the fatal ZLNCH0004E.
 std::wstring newString(std::size_t length);
 
-// Makes room for so many characters or ends the start with this fatal message.
+// Reserves room for `length` characters. Out of memory ends the process with this fatal message.
 void reserveOrFail(std::wstring& text, std::size_t length, const char* message);
 
 }  // namespace zellauncher

@@ -25,7 +25,7 @@ int hexDigit(wchar_t unit) {
     return -1;
 }
 
-// Skips white space and a sign; true when the sign is a minus.
+// Skips white space and a sign. True if the sign is a minus.
 bool skipToDigits(std::wstring_view text, std::size_t& position) {
     while (position < text.size() && isWhiteSpace(text[position])) {
         ++position;
@@ -59,7 +59,7 @@ std::wstring widen(std::string_view bytes) {
     return text;
 }
 
-void wideToNarrow(std::string& narrow, const std::wstring& wide) {
+std::string wideToNarrow(const std::wstring& wide) {
     std::string bytes;
     bytes.reserve(wide.size());
     for (const wchar_t unit : wide) {
@@ -73,7 +73,7 @@ void wideToNarrow(std::string& narrow, const std::wstring& wide) {
             bytes += static_cast<char>(escaped);
         }
     }
-    narrow = std::move(bytes);
+    return bytes;
 }
 
 bool replaceFirst(std::wstring& text, std::wstring_view what, std::wstring_view replacement) {

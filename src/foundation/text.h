@@ -5,42 +5,42 @@
 #include <string>
 #include <string_view>
 
-// Text is a sequence of 16-bit units in a std::wstring; no unit exceeds 0xFFFF, also where wchar_t
-// is wider. Files and log lines are bytes.
+// Text is a sequence of 16-bit units in a std::wstring, also where wchar_t is wider. Files and log
+// lines are bytes.
 namespace zellauncher {
 
-// A byte of a text file as a unit of the same number (ISO 8859-1).
+// A byte of a text file as the unit of the same value (ISO 8859-1).
 wchar_t byteToUnit(char byte);
 
-// A unit as the byte of the same number. False, and `byte` untouched, for a unit above 0xFF.
+// The reverse. False for a unit above 0xFF, which leaves `byte` unchanged.
 bool unitToByte(wchar_t unit, char& byte);
 
-// Each byte becomes a unit.
+// byteToUnit on each byte.
 std::wstring widen(std::string_view bytes);
 
-// The bytes of a text for the log: a unit above 0xFF becomes `\u` and four lower-case hexadecimal
-// digits, so that a line stays readable whatever name a path has.
-void wideToNarrow(std::string& narrow, const std::wstring& wide);
+// The bytes of a text for the log. A unit above 0xFF becomes `\u` and four lower-case hexadecimal
+// digits, so that every path is readable in the log.
+std::string wideToNarrow(const std::wstring& wide);
 
-// Replaces the first occurrence of `what` (not empty) in the text; true when there was one.
+// Replaces the first occurrence of `what`, which must not be empty. True if there was one.
 bool replaceFirst(std::wstring& text, std::wstring_view what, std::wstring_view replacement);
 
-// The unit with A to Z as small letters; all others stay.
+// A to Z as lower case; all other units unchanged.
 wchar_t lowerAscii(wchar_t unit);
 
-// True when the texts differ in the case of A to Z at most.
+// True if the texts are equal apart from the case of A to Z.
 bool equalIgnoringCase(std::wstring_view left, std::wstring_view right);
 
-// The text up to its first NUL, which is where a text that is held as characters and a terminator ends.
+// The text before its first NUL, where a NUL-terminated text ends.
 std::wstring upToNul(const std::wstring& text);
 
-// Decimal number at the head of a text as the runtime's wide conversion reads it: leading white
-// space, a sign, digits; 0 without digits; clamped to 32 bits.
+// The decimal number at the start of a text, as the runtime's conversion reads it: leading white space,
+// a sign, digits. 0 without digits; clamped to 32 bits.
 std::int32_t parseDecimal(const std::wstring& text);
 
-// Number in base 16 as the runtime's wide conversion reads it: leading white space, a sign, an
-// optional 0x, digits up to the first other character; 0 without digits. For texts of at most eight
-// characters. The result is the low 16 bits.
+// The hexadecimal number at the start of a text of at most eight characters, as the runtime's
+// conversion reads it: leading white space, a sign, an optional 0x, digits. 0 without digits. The
+// result is the low 16 bits.
 wchar_t parseHexUnit(std::wstring_view text);
 
 }  // namespace zellauncher

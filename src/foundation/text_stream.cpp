@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "foundation/text.h"
-#include "platform/errors.h"
 
 namespace zellauncher {
 
@@ -11,15 +10,15 @@ namespace {
 
 constexpr std::size_t blockSize = 4096;
 constexpr int noCharacter = -1;
-constexpr char endMark = '\x1A';  // a Ctrl-Z ends a text file
+constexpr char endMark = '\x1A';  // Ctrl-Z ends a text file
 
 std::size_t readBlock(TextStream& text, char (&block)[blockSize]) {
     if (text.stream == nullptr) {
         return 0;
     }
-    const std::size_t count = platform::readStream(text.stream, block, blockSize);
-    text.hasFailed = text.hasFailed || platform::lastError() != platform::errorSuccess;
-    return count;
+    const platform::ReadResult result = platform::readStream(text.stream, block, blockSize);
+    text.hasFailed = text.hasFailed || result.hasFailed;
+    return result.count;
 }
 
 bool fillReadAhead(TextStream& text) {
@@ -33,8 +32,8 @@ bool fillReadAhead(TextStream& text) {
     return count > 0;
 }
 
-// The byte behind the current one, without taking anything; reads on when the block ends there.
-int byteBehind(TextStream& text) {
+// The byte after the current one, without consuming anything.
+int byteAfter(TextStream& text) {
     if (text.readPosition + 1 < text.readAhead.size()) {
         return static_cast<unsigned char>(text.readAhead[text.readPosition + 1]);
     }
@@ -46,13 +45,13 @@ int byteBehind(TextStream& text) {
     return text.readAhead.size() > 1 ? static_cast<unsigned char>(text.readAhead[1]) : noCharacter;
 }
 
-// The next character as text mode gives it, still to be taken; noCharacter at the end.
+// The next character in text mode, without consuming it; noCharacter at the end.
 int peekCharacter(TextStream& text) {
     if (text.endOfFile || !fillReadAhead(text) || text.readAhead[text.readPosition] == endMark) {
         text.endOfFile = true;
         return noCharacter;
     }
-    if (text.readAhead[text.readPosition] == '\r' && byteBehind(text) == '\n') {
+    if (text.readAhead[text.readPosition] == '\r' && byteAfter(text) == '\n') {
         ++text.readPosition;
     }
     return static_cast<unsigned char>(text.readAhead[text.readPosition]);
@@ -72,9 +71,10 @@ bool isDigit(int character) {
 
 }  // namespace
 
-void openFile(TextStream& text, const std::wstring& path, const char* mode) {
-    text = TextStream{};
+TextStream openFile(const std::wstring& path, const char* mode) {
+    TextStream text;
     text.stream = platform::openStream(path, mode);
+    return text;
 }
 
 bool closeTextStream(TextStream& text) {

@@ -4,7 +4,6 @@
 
 namespace zellauncher {
 
-// Waits so many seconds.
 void sleepSeconds(std::uint32_t count);
 
 }  // namespace zellauncher

@@ -4,22 +4,20 @@
 
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
-#include "instance/lock_owner.h"
+#include "instance/pipe_file.h"
 #include "instance/platform_lock.h"
 #include "platform/files.h"
-#include "platform/interprocess.h"
+#include "platform/pipes.h"
 
 namespace zellauncher {
 
 namespace {
 
 [[noreturn]] void endWithReason(const char* message) {
-    std::wstring reason;
-    formatLastError(reason);
-    logFatalF(message, reason);
+    logFatalF(message, formatLastError());
 }
 
-// The text in UTF-16 little-endian, the terminating NUL included.
+// UTF-16 little-endian with a terminating NUL.
 std::string payloadOf(const std::wstring& text) {
     std::string bytes;
     bytes.reserve((text.size() + 1) * 2);
@@ -48,9 +46,7 @@ platform::Handle connectTo(const std::wstring& pipe) {
 
 void handOffToPlatform(const std::wstring& command) {
     const std::wstring text = upToNul(command);
-    std::wstring pipe;
-    readPipeName(pipe);
-    const platform::Handle client = connectTo(pipe);
+    const platform::Handle client = connectTo(readPipeName().value_or(L""));
     if (!platform::writePipe(client, payloadOf(text))) {
         endWithReason("ZLNCH0144E: Unable to write to pipe '%ls'");
     }

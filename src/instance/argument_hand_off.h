@@ -4,10 +4,9 @@
 
 namespace zellauncher {
 
-// Hands the command of a daemon to the platform that runs, through the pipe whose name that platform
-// published: the whole text as UTF-16LE with its terminating NUL in one write. Waits without limit for
-// a free instance of the pipe. Then gives the lock back. Fatal: ZLNCH0142E, ZLNCH0143E, ZLNCH0144E, each
-// with the system's reason.
+// Hands the command of a daemon to the running platform: waits without limit for a free instance of the
+// pipe that its pipe file names, writes the whole text at once as UTF-16LE with a terminating NUL, and
+// releases the lock. Fatal, with the system's reason: ZLNCH0142E, ZLNCH0143E, ZLNCH0144E.
 void handOffToPlatform(const std::wstring& command);
 
 }  // namespace zellauncher

@@ -32,7 +32,7 @@ LockAnswer unlockFileHead(TextStream& file, std::uint32_t length) {
     if (platform::unlockStream(file.stream, length)) {
         return LockAnswer::done;
     }
-    // The runtime has one answer for both codes.
+    // The runtime does not distinguish the two codes.
     const platform::ErrorCode error = platform::lastError();
     const bool isNotHeld = error == platform::errorNotLocked || error == platform::errorLockViolation;
     return isNotHeld ? LockAnswer::notLocked : LockAnswer::failed;

@@ -4,22 +4,22 @@
 
 #include "foundation/text_stream.h"
 
-// The runtime library's retrying lock on the head of a file, rebuilt over single attempts, since
-// runtimes differ in it.
+// The runtime library's retrying lock on the start of a file, built from single attempts because
+// runtimes differ here.
 namespace zellauncher {
 
 enum class LockAnswer {
     done,
-    deadlock,   // somebody held the range during all ten attempts
-    notLocked,  // a release of what was not held
+    deadlock,   // the range was locked by another process during all ten attempts
+    notLocked,  // the lock to release was not held
     failed,     // the file cannot be locked or unlocked at all
 };
 
-// Goes to the start of the file and takes the lock on its first `length` bytes: ten attempts, one
-// second apart. Never answers notLocked.
+// Rewinds the file and locks its first `length` bytes, with ten attempts one second apart. Never returns
+// notLocked.
 LockAnswer lockFileHead(TextStream& file, std::uint32_t length);
 
-// Goes to the start of the file and gives the lock back. Never answers deadlock.
+// Rewinds the file and releases the lock. Never returns deadlock.
 LockAnswer unlockFileHead(TextStream& file, std::uint32_t length);
 
 }  // namespace zellauncher

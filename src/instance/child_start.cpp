@@ -2,13 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "foundation/log_channel.h"
 #include "instance/platform_lock.h"
 #include "instance/process_record.h"
 #include "platform/clock.h"
 #include "platform/errors.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
 
 namespace zellauncher {
 
@@ -39,12 +40,12 @@ void logLikelyCause(const std::wstring& command, platform::ErrorCode error) {
 }  // namespace
 
 platform::ChildProcess startChild(const std::wstring& command, const platform::StartInformation& start) {
-    platform::ChildProcess child;
-    if (!platform::createProcess(command, start, child)) {
+    const std::optional<platform::ChildProcess> child = platform::createProcess(command, start);
+    if (!child) {
         endWithoutChild(command);
     }
-    recordPlatformProcess(child.processId);
-    return child;
+    recordPlatformProcess(child->processId);
+    return *child;
 }
 
 void waitForChild(const platform::ChildProcess& child) {

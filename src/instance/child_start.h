@@ -6,13 +6,12 @@
 
 namespace zellauncher {
 
-// Starts the command as a child, publishes its number and waits until it has published its endpoint
-// (recordPlatformProcess). The lock stays with this launcher. A command that cannot be started is
-// reported in the log with the system's reason and the likely cause; nothing is recorded, the lock is
-// given back, and the process ends with -1.
+// Starts the command as a child, records its process id and waits for its pipe file
+// (recordPlatformProcess). This launcher keeps the lock. If the command cannot be started, logs the
+// system's reason and the likely cause, records nothing, releases the lock and ends the process with -1.
 platform::ChildProcess startChild(const std::wstring& command, const platform::StartInformation& start);
 
-// Waits for the child's end, asking ten times a second.
+// Waits until the child has ended, polling every 100 milliseconds.
 void waitForChild(const platform::ChildProcess& child);
 
 }  // namespace zellauncher

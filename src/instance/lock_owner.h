@@ -1,24 +1,21 @@
 #pragma once
 
-#include <string>
+#include <cstdint>
 
 #include "platform/process_wide.h"
 
-// Whether the platform that the lock file names is alive: it counts as alive only when the
-// semaphore that it holds, derived from its pipe's name, can be opened.
+// The owner of the lock file: the platform whose process id the file holds. It is alive only if the
+// semaphore that it holds, whose name follows from its pipe's name, can be opened.
 namespace zellauncher {
 
-// Name of the platform's pipe once it has been read; the file is not looked at again after that.
-extern PROCESS_WIDE std::wstring pipeName;
+// The process id last read from the lock file.
+extern PROCESS_WIDE std::int32_t lockOwnerPid;
 
 enum class SemaphoreUse { keepOpen, closeAtOnce };
 
-// Reads the owner's number from the lock file into lockOwnerPid and looks for its semaphore. Fatal:
-// ZLNCH0092E when the file holds something that is no number, ZLNCH0303E when the semaphore may not
-// be opened. keepOpen leaves the semaphore's handle open to the end of the process.
-bool isLockOwnerAlive(const std::wstring& exeName, SemaphoreUse use);
-
-// The first line of `.pipe`. False, with `name` unchanged, when there is none.
-bool readPipeName(std::wstring& name);
+// Reads the owner's process id from the lock file into lockOwnerPid and looks for its semaphore.
+// keepOpen leaves the semaphore open until this process ends. Fatal: ZLNCH0092E if the file holds
+// anything but a number, ZLNCH0303E if access to the semaphore is denied.
+bool isLockOwnerAlive(SemaphoreUse use);
 
 }  // namespace zellauncher

@@ -2,53 +2,49 @@
 
 #include <cstdint>
 
-#include "foundation/file_operations.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
+#include "foundation/user_files.h"
 #include "foundation/waiting.h"
 #include "instance/byte_range_lock.h"
 #include "instance/lock_owner.h"
-#include "launch/launch_state.h"
-#include "platform/clock.h"
+#include "instance/pipe_file.h"
 #include "platform/files.h"
 
 namespace zellauncher {
 
+PROCESS_WIDE bool isMainProcess = false;
+PROCESS_WIDE bool staleEndpointFile = false;
 PROCESS_WIDE std::wstring lockFilePath;
-PROCESS_WIDE std::wstring endpointFilePath;
 PROCESS_WIDE std::wstring mainRecordPath;
 PROCESS_WIDE TextStream lockFileStream;
 
 namespace {
 
-constexpr std::uint32_t lockedBytes = 100;  // a token: it need not cover the text
+constexpr std::uint32_t lockedBytes = 100;  // any agreed range serves
 constexpr int restartWaitSeconds = 20;
-constexpr int removalAttempts = 10;
-constexpr std::uint32_t removalPauseMilliseconds = 100;
 constexpr const wchar_t* blankRecord = L"              ";
 
 std::wstring inWorkspace(const std::wstring& dataDirectory, const wchar_t* name) {
-    std::wstring path = dataDirectory + L"\\" + name;
-    toBackslashes(path);
-    return path;
+    return withBackslashes(dataDirectory + L"\\" + name);
 }
 
-// The number of the platform that asked for this restart; 0 when none is named, since word 0 is
-// read in its place.
+// The process id of the platform that asked for this restart. Required oddity: without `-zel_old_pid`,
+// argument 0 is parsed, which gives 0 for a path.
 std::int32_t restartingPlatform(const Arguments& arguments) {
     const int option = findArgumentIndex(L"-zel_old_pid", arguments);
     const std::size_t number = static_cast<std::size_t>(option) + 1;
     return number < arguments.size() ? parseDecimal(arguments[number]) : 0;
 }
 
-// Lets the platform that asked for this restart end, so that its workspace is free.
-void waitForRestartingPlatform(const Arguments& arguments, const std::wstring& exeName) {
+// Waits until the platform that asked for this restart has ended and its workspace is free.
+void waitForRestartingPlatform(const Arguments& arguments) {
     const std::int32_t oldPlatform = restartingPlatform(arguments);
     sleepSeconds(1);
     int seconds = 1;
-    bool isAlive = isLockOwnerAlive(exeName, SemaphoreUse::closeAtOnce);
+    bool isAlive = isLockOwnerAlive(SemaphoreUse::closeAtOnce);
     while (isAlive && lockOwnerPid == oldPlatform) {
         sleepSeconds(1);
         ++seconds;
@@ -58,29 +54,12 @@ void waitForRestartingPlatform(const Arguments& arguments, const std::wstring& e
                 "Invalidating the lockfile for new launch.");
             invalidateLockFile();
         }
-        isAlive = isLockOwnerAlive(exeName, SemaphoreUse::closeAtOnce);
+        isAlive = isLockOwnerAlive(SemaphoreUse::closeAtOnce);
     }
 }
 
 void logWithTimestamp(const std::wstring& format) {
-    std::wstring timestamp;
-    formatTimestamp(timestamp);
-    logDebugF(format, timestamp);
-}
-
-// One that stayed would be taken for that of the platform to come, and the lock given up before that
-// platform can be found. Two things keep it for a moment: a launcher that waits for a restart reads it
-// without the lock, and a start that was stopped here has left it under the name to which it is moved.
-void removeStaleEndpoint() {
-    for (int attempt = 1; attempt <= removalAttempts; ++attempt) {
-        const bool isDeleted = deleteFile(endpointFilePath);
-        if (!fileExists(endpointFilePath)) {
-            return;
-        }
-        if (!isDeleted) {
-            platform::sleepMilliseconds(removalPauseMilliseconds);
-        }
-    }
+    logDebugF(format, formatTimestamp());
 }
 
 void becomeMainProcess() {
@@ -88,25 +67,22 @@ void becomeMainProcess() {
     isMainProcess = true;
     if (fileExists(endpointFilePath)) {
         staleEndpointFile = true;
-        removeStaleEndpoint();
+        removeStalePipeFile();
     }
 }
 
 }  // namespace
 
-void acquirePlatformLock(const Arguments& arguments, const std::wstring& dataDirectory,
-                         const std::wstring& exeName) {
-    lockFilePath = inWorkspace(dataDirectory, L".zel.lock");
-    endpointFilePath = inWorkspace(dataDirectory, L".pipe");
-    mainRecordPath = inWorkspace(dataDirectory, L".zel.main");
-    bool saved = false;
-    swapLogDebug(true, saved);
+void acquirePlatformLock(const Arguments& arguments, const std::wstring& dataDirectory) {
+    lockFilePath = inWorkspace(dataDirectory, lockFileName);
+    endpointFilePath = inWorkspace(dataDirectory, pipeFileName);
+    mainRecordPath = inWorkspace(dataDirectory, mainRecordName);
+    const ForcedLog forced;
     openLockFile();
     if (hasArgument(L"-restart", arguments)) {
-        waitForRestartingPlatform(arguments, exeName);
+        waitForRestartingPlatform(arguments);
     }
-    lockPlatformFile(exeName);
-    setLogDebug(saved);
+    lockPlatformFile();
 }
 
 void openLockFile() {
@@ -115,13 +91,13 @@ void openLockFile() {
                              platform::shareRead | platform::shareWrite, platform::openFileAlways,
                              platform::attributeHidden | platform::attributeNotContentIndexed);
     platform::closeHandle(made);
-    openFile(lockFileStream, lockFilePath, "r+");
+    lockFileStream = openFile(lockFilePath, "r+");
     if (lockFileStream.stream == nullptr) {
         logFatal("ZLNCH0054E: Error locating platform lock file");
     }
 }
 
-void lockPlatformFile(const std::wstring& exeName) {
+void lockPlatformFile() {
     LockAnswer answer = lockFileHead(lockFileStream, lockedBytes);
     while (answer != LockAnswer::done) {
         if (answer != LockAnswer::deadlock) {
@@ -130,7 +106,7 @@ void lockPlatformFile(const std::wstring& exeName) {
         answer = lockFileHead(lockFileStream, lockedBytes);
     }
     logWithTimestamp(L"ZLNCH0303I: lock file captured @ %s");
-    if (isLockOwnerAlive(exeName, SemaphoreUse::keepOpen)) {
+    if (isLockOwnerAlive(SemaphoreUse::keepOpen)) {
         logDebug("ZLNCH0305I: We are daemon process");
     } else {
         becomeMainProcess();
@@ -139,10 +115,10 @@ void lockPlatformFile(const std::wstring& exeName) {
 
 void releasePlatformLock() {
     const LockAnswer answer = unlockFileHead(lockFileStream, lockedBytes);
-    bool saved = false;
-    swapLogDebug(true, saved);
-    logWithTimestamp(L"ZLNCH0306I: lock file released @ %s");
-    setLogDebug(saved);
+    {
+        const ForcedLog forced;
+        logWithTimestamp(L"ZLNCH0306I: lock file released @ %s");
+    }
     if (answer == LockAnswer::failed) {
         logFatal("ZLNCH0070E: Error unlocking platform lock file");
     }

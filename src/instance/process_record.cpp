@@ -1,18 +1,14 @@
 #include "instance/process_record.h"
 
-#include "foundation/file_tests.h"
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
 #include "foundation/text_stream.h"
-#include "foundation/waiting.h"
+#include "instance/pipe_file.h"
 #include "instance/platform_lock.h"
-#include "launch/launch_state.h"
 
 namespace zellauncher {
 
 namespace {
-
-constexpr int endpointWaitSeconds = 15;
 
 void writeOwnerRecord(std::uint32_t processId) {
     rewindTextStream(lockFileStream);
@@ -23,16 +19,6 @@ void writeOwnerRecord(std::uint32_t processId) {
     }
 }
 
-// The lock is held meanwhile, so the next launcher in line finds everything that it needs.
-void waitForEndpoint() {
-    for (int pass = 0; pass < endpointWaitSeconds; ++pass) {
-        if (fileExists(endpointFilePath)) {
-            return;
-        }
-        sleepSeconds(1);
-    }
-}
-
 }  // namespace
 
 void recordPlatformProcess(std::uint32_t processId) {
@@ -40,14 +26,13 @@ void recordPlatformProcess(std::uint32_t processId) {
         writeMainRecord(processId);
         writeOwnerRecord(processId);
     }
-    waitForEndpoint();
+    // The lock is held meanwhile, so the next launcher finds a platform that can take its command.
+    waitForPipeFile();
 }
 
 void writeMainRecord(std::uint32_t processId) {
-    bool saved = false;
-    swapLogDebug(true, saved);
-    TextStream record;
-    openFile(record, mainRecordPath, "w+");
+    const ForcedLog forced;
+    TextStream record = openFile(mainRecordPath, "w+");
     if (record.stream == nullptr) {
         logDebug("ZLNCH00XXI: Unable to open zel.main file");
     } else {
@@ -56,7 +41,6 @@ void writeMainRecord(std::uint32_t processId) {
             logDebug("ZLNCH00XXI: Unable to write pid to zel.main file");
         }
     }
-    setLogDebug(saved);
 }
 
 }  // namespace zellauncher

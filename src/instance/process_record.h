@@ -4,11 +4,11 @@
 
 namespace zellauncher {
 
-// Publishes the number of the child that was just started, in `.zel.main` and in the lock file, and
-// waits until it has published its `.pipe`, at most 15 seconds.
+// On a main process, writes the child's process id to `.zel.main` and the lock file. Then waits for its
+// pipe file (waitForPipeFile).
 void recordPlatformProcess(std::uint32_t processId);
 
-// Rewrites `.zel.main`. A failure is a line in the log and no more.
+// Rewrites `.zel.main`. A failure is only logged.
 void writeMainRecord(std::uint32_t processId);
 
 }  // namespace zellauncher

@@ -4,54 +4,53 @@
 #include <cstdint>
 #include <optional>
 
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/formatter.h"
 #include "foundation/paths.h"
-#include "launch/launch_state.h"
 
 namespace zellauncher {
 
+PROCESS_WIDE std::wstring provDebugFile;
+PROCESS_WIDE bool provDebugHold = false;
+
 namespace {
 
-// An engineer's debug marker asks for these, in this order, directly behind the program.
+// What the debug marker file inserts after the program, in this order.
 constexpr const wchar_t* debugOptions[] = {L"-debugFile", L"-pb4l", L"-debug", L"-console"};
 
 void lookForDebugMarker(const std::wstring& zelHome) {
-    provDebugFile = zelHome + L"\\zel\\prov.debug\\debug.txt";
-    toBackslashes(provDebugFile);
+    provDebugFile = withBackslashes(zelHome + L"\\zel\\prov.debug\\debug.txt");
     provDebugHold = fileExists(provDebugFile);
 }
 
-void insertDebugOptions(Arguments& words) {
-    const std::ptrdiff_t behindProgram = words.empty() ? 0 : 1;
-    words.insert(words.begin() + behindProgram, std::begin(debugOptions), std::end(debugOptions));
+void insertDebugOptions(Arguments& arguments) {
+    const std::ptrdiff_t afterProgram = arguments.empty() ? 0 : 1;
+    arguments.insert(arguments.begin() + afterProgram, std::begin(debugOptions), std::end(debugOptions));
 }
 
-// Without a configuration the words stand as they are, but for the debug marker's options; the
-// user's own copy of one of them goes.
-void expandPlainly(Arguments& words, const std::wstring& zelHome) {
+// Without `-config` the arguments stay unchanged, except for the options of the debug marker, which
+// replace the user's own.
+void expandPlainly(Arguments& arguments, const std::wstring& zelHome) {
     lookForDebugMarker(zelHome);
     if (!provDebugHold) {
         return;
     }
-    insertDebugOptions(words);
-    removeSecondOccurrence(words, L"-console");
-    removeSecondOccurrence(words, L"-debug");
-    removeSecondOccurrence(words, L"-pb4l");
+    insertDebugOptions(arguments);
+    removeSecondOccurrence(arguments, L"-console");
+    removeSecondOccurrence(arguments, L"-debug");
+    removeSecondOccurrence(arguments, L"-pb4l");
 }
 
-// Where configured words go: in front of the user's last `-vmargs`. The place is counted as if
-// `-config` and its name stood in front of it, also when they stand behind; configurations in the
-// field were written with that.
+// Where configured arguments go: before the user's last `-vmargs`. Required oddity: the index assumes
+// that `-config` and its name come before `-vmargs`; if they come after it, the index is 2 too low.
 std::optional<std::size_t> insertionIndex(std::size_t position) {
     return position >= 2 ? std::optional<std::size_t>(position - 2) : std::nullopt;
 }
 
-// The words but `-config` and its name; `index` is where configured words go, if the user's words
-// settle it.
+// The arguments without `-config` and its name. Sets `index` if the user gave `-vmargs`.
 Arguments withoutConfiguration(const Arguments& arguments, std::size_t config,
                                std::optional<std::size_t>& index) {
-    Arguments words;
+    Arguments others;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (i == config || i == config + 1) {
             continue;
@@ -59,16 +58,16 @@ Arguments withoutConfiguration(const Arguments& arguments, std::size_t config,
         if (arguments[i] == L"-vmargs") {
             index = insertionIndex(i);
         }
-        words.push_back(arguments[i]);
+        others.push_back(arguments[i]);
     }
-    return words;
+    return others;
 }
 
-// Splices `config.<name>.1`, `.2`, ... in. A configured `-vmargs` is the boundary between platform
-// arguments and JVM arguments: it stands for the user's own, and what follows goes to the end.
-void insertConfiguredWords(Arguments& words, const std::wstring& name, std::optional<std::size_t> index,
-                           const PropertyList& zelLauncherArray) {
-    bool isBehindBoundary = false;
+// Inserts the values of `config.<name>.1`, `.2`, ... If the user gave `-vmargs`, a configured `-vmargs` is
+// only a boundary: what follows it belongs to the JVM and goes to the end.
+void insertConfigured(Arguments& arguments, const std::wstring& name, std::optional<std::size_t> index,
+                      const PropertyList& zelLauncherArray) {
+    bool isAfterBoundary = false;
     for (std::int64_t n = 1;; ++n) {
         const std::wstring* value =
             lookupProperty(L"config." + name + formatText(L".%d", {n}), zelLauncherArray);
@@ -79,60 +78,58 @@ void insertConfiguredWords(Arguments& words, const std::wstring& name, std::opti
             continue;
         }
         if (index && *value == L"-vmargs") {
-            isBehindBoundary = true;
-        } else if (!index || isBehindBoundary) {
-            words.push_back(*value);
+            isAfterBoundary = true;
+        } else if (!index || isAfterBoundary) {
+            arguments.push_back(*value);
         } else {
-            words.insert(words.begin() + static_cast<std::ptrdiff_t>(*index), *value);
+            arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(*index), *value);
             ++*index;
         }
     }
 }
 
-// The first occurrence wins, so a word that the user gave in front of the configured ones beats
-// them. The value of an option that goes stays as a word of its own.
-void removeRepeatedWords(Arguments& words) {
+// The first occurrence wins, so an argument that the user gave before the configured ones beats them.
+// Required oddities: the value of a removed option stays, and `-product` is in the list twice, so that a
+// third `-product` goes too.
+void removeRepeatedOptions(Arguments& arguments) {
     constexpr const wchar_t* onceOnly[] = {L"-vm",          L"-data",    L"-plugincustomization",
                                            L"-application", L"-product", L"-personality",
                                            L"-product",     L"-nl",      L"-dir",
                                            L"-console",     L"-debug",   L"-pb4l"};
-    for (const wchar_t* word : onceOnly) {
-        removeSecondOccurrence(words, word);
+    for (const wchar_t* option : onceOnly) {
+        removeSecondOccurrence(arguments, option);
     }
 }
 
-void storeDataDirectory(const Arguments& words, PropertyList& zelLauncherArray) {
-    const int data = findArgumentIndex(L"-data", words);
-    if (data >= 0 && static_cast<std::size_t>(data) + 1 < words.size()) {
-        setPropertyValue(L"zel.data", words[static_cast<std::size_t>(data) + 1], zelLauncherArray);
+void storeDataDirectory(const Arguments& arguments, PropertyList& zelLauncherArray) {
+    if (const std::wstring* directory = argumentAfter(L"-data", arguments)) {
+        setPropertyValue(L"zel.data", *directory, zelLauncherArray);
     }
 }
 
 }  // namespace
 
-void expandConfiguredArguments(Arguments& effectiveArgs, const Arguments& arguments,
-                               PropertyList& zelLauncherArray, VmargOverrides& overrides,
-                               const std::wstring& zelHome) {
-    Arguments words;
-    collectVmArguments(overrides, arguments, words);
-    const int config = findArgumentIndex(L"-config", arguments);
-    const bool isExpanded = config >= 0 && static_cast<std::size_t>(config) + 1 < arguments.size();
-    if (!isExpanded) {
-        expandPlainly(words, zelHome);
-        effectiveArgs = words;
-        return;
+Arguments expandConfiguredArguments(const Arguments& arguments, PropertyList& zelLauncherArray,
+                                    VmargOverrides& overrides, const std::wstring& zelHome) {
+    Arguments expanded = collectVmArguments(overrides, arguments);
+    const std::wstring* name = argumentAfter(L"-config", arguments);
+    if (name == nullptr) {
+        expandPlainly(expanded, zelHome);
+        return expanded;
     }
-    const std::size_t position = static_cast<std::size_t>(config);
+    const auto position = static_cast<std::size_t>(findArgumentIndex(L"-config", arguments));
     std::optional<std::size_t> index;
-    words = withoutConfiguration(arguments, position, index);
-    insertConfiguredWords(words, arguments[position + 1], index, zelLauncherArray);
+    expanded = withoutConfiguration(arguments, position, index);
+    insertConfigured(expanded, *name, index, zelLauncherArray);
+    // Required oddity: the marker file is not looked for here. The flag is set only on a first run, whose
+    // arguments are expanded a second time.
     if (provDebugHold) {
-        insertDebugOptions(words);
+        insertDebugOptions(expanded);
     }
-    removeRepeatedWords(words);
-    storeDataDirectory(words, zelLauncherArray);
-    collectVmWords(overrides, words);
-    effectiveArgs = words;
+    removeRepeatedOptions(expanded);
+    storeDataDirectory(expanded, zelLauncherArray);
+    collectVmWords(overrides, expanded);
+    return expanded;
 }
 
 }  // namespace zellauncher

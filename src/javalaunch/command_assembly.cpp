@@ -3,109 +3,99 @@
 #include <cstdint>
 
 #include "cache/shared_class_cache.h"
-#include "configuration/install_configuration.h"
+#include "configuration/install_kind.h"
 #include "foundation/formatter.h"
-#include "javalaunch/jvm_selection.h"
-#include "javalaunch/library_path.h"
+#include "instance/lock_owner.h"
+#include "instance/platform_lock.h"
+#include "javalaunch/class_path.h"
+#include "javalaunch/jvm_executable.h"
+#include "javalaunch/launch_command.h"
 #include "javalaunch/platform_arguments.h"
-#include "javalaunch/shared_classes.h"
+#include "javalaunch/platform_environment.h"
 #include "javalaunch/system_properties.h"
-#include "launch/launch_command.h"
-#include "launch/launch_state.h"
 #include "properties/substitution.h"
 
 namespace zellauncher {
 
 namespace {
 
-// What the sections read.
-struct Assembly {
-    const std::wstring& dataDirectory;
-    const Arguments& arguments;
-    const std::wstring& zelHome;
-    PropertyList& zelInstallArray;
-    const PropertyList& zelLauncherArray;
-    const VmargOverrides& overrides;
-};
-
-// A running platform is told that the words come from a start that found it, and by which number.
+// Shows the running platform that a daemon sent the command, and which process id it found.
 void appendDaemonPair() {
     if (isMainProcess) {
         return;
     }
-    appendArgument(L"-useDaemon", false);
-    appendArgument(formatText(L"%d", {std::int64_t{lockOwnerPid}}), false);
+    appendArgument(L"-useDaemon");
+    appendArgument(formatText(L"%d", {std::int64_t{lockOwnerPid}}));
 }
 
-// Without an application of its own a provisioning start runs the one that the platform is made for.
-void appendProvisioningApplication(const PropertyList& zelLauncherArray, bool userProvisioning) {
+// Without a provisioning application, the platform's own application runs.
+void appendProvisioningApplication(const PropertyList& zelLauncherArray, CommandPurpose purpose) {
     if (const std::wstring* application = lookupProperty(L"provisioning.application", zelLauncherArray)) {
-        appendArgument(L"-application", false);
-        appendArgument(*application, false);
+        appendArgument(L"-application");
+        appendArgument(*application);
     }
-    if (userProvisioning) {
-        appendArgument(L"-userProvLaunch", false);
+    if (purpose == CommandPurpose::userProvisioning) {
+        appendArgument(L"-userProvLaunch");
     }
 }
 
-// The JVM's side, from the boundary on; the same in every start.
-void appendJvmSide(const Assembly& a, bool vmIsLibrary) {
-    applyLibraryPath(a.zelInstallArray);
-    appendVmArguments(a.dataDirectory, a.zelInstallArray, a.arguments, vmIsLibrary, a.overrides);
-    appendSystemProperties(a.zelInstallArray, a.zelLauncherArray, a.arguments, a.zelHome);
-    appendBootClassPath(a.zelInstallArray);
-    appendClassPath(a.zelInstallArray);
+void appendJvmSide(const CommandInput& input, bool vmIsLibrary) {
+    applyLibraryPath(input.zelInstallArray);
+    appendVmArguments(input.dataDirectory, input.zelInstallArray, input.arguments, vmIsLibrary,
+                      input.overrides);
+    appendSystemProperties(input.zelInstallArray, input.zelLauncherArray, input.arguments, input.zelHome);
+    appendBootClassPath(input.zelInstallArray);
+    appendClassPath(input.zelInstallArray);
 }
 
-void assembleNativeStart(const Assembly& a) {
-    appendLauncherProgram(a.zelInstallArray, a.zelLauncherArray);
-    appendPlatformArguments(a.zelInstallArray, a.zelLauncherArray, a.arguments, a.zelHome);
-    const bool vmIsLibrary = appendVmSelection(a.zelInstallArray, a.zelLauncherArray, a.arguments);
+void assembleNativeStart(const CommandInput& input) {
+    appendLauncherProgram(input.zelInstallArray, input.zelLauncherArray);
+    appendPlatformArguments(input.zelInstallArray, input.zelLauncherArray, input.arguments, input.zelHome);
+    const bool vmIsLibrary =
+        appendVmSelection(input.zelInstallArray, input.zelLauncherArray, input.arguments);
     appendDaemonPair();
-    appendStartupArgument(a.zelInstallArray, a.arguments);
-    appendJvmSide(a, vmIsLibrary);
-    applyEnvironment(a.zelInstallArray);
+    appendStartupArgument(input.zelInstallArray, input.arguments);
+    appendJvmSide(input, vmIsLibrary);
+    applyEnvironment(input.zelInstallArray);
 }
 
-void assembleProvisioningStart(const Assembly& a, bool userProvisioning) {
-    appendLauncherProgram(a.zelInstallArray, a.zelLauncherArray);
-    appendPlatformArguments(a.zelInstallArray, a.zelLauncherArray, a.arguments, a.zelHome);
-    appendProvisioningApplication(a.zelLauncherArray, userProvisioning);
-    const bool vmIsLibrary = appendVmSelection(a.zelInstallArray, a.zelLauncherArray, a.arguments);
-    appendStartupArgument(a.zelInstallArray, a.arguments);
-    appendJvmSide(a, vmIsLibrary);
-    applyEnvironment(a.zelInstallArray);
+void assembleProvisioningStart(const CommandInput& input, CommandPurpose purpose) {
+    appendLauncherProgram(input.zelInstallArray, input.zelLauncherArray);
+    appendPlatformArguments(input.zelInstallArray, input.zelLauncherArray, input.arguments, input.zelHome);
+    appendProvisioningApplication(input.zelLauncherArray, purpose);
+    const bool vmIsLibrary =
+        appendVmSelection(input.zelInstallArray, input.zelLauncherArray, input.arguments);
+    appendStartupArgument(input.zelInstallArray, input.arguments);
+    appendJvmSide(input, vmIsLibrary);
+    applyEnvironment(input.zelInstallArray);
 }
 
-void assembleDirectJavaStart(const Assembly& a) {
-    const bool vmIsLibrary = appendVmSelection(a.zelInstallArray, a.zelLauncherArray, a.arguments);
-    appendJvmSide(a, vmIsLibrary);
-    appendArgument(L"org.eclipse.core.launcher.Main", true);
-    appendPlatformArguments(a.zelInstallArray, a.zelLauncherArray, a.arguments, a.zelHome);
-    applyEnvironment(a.zelInstallArray);
+void assembleDirectJavaStart(const CommandInput& input) {
+    const bool vmIsLibrary =
+        appendVmSelection(input.zelInstallArray, input.zelLauncherArray, input.arguments);
+    appendJvmSide(input, vmIsLibrary);
+    appendArgument(L"org.eclipse.core.launcher.Main", Quoting::quoted);
+    appendPlatformArguments(input.zelInstallArray, input.zelLauncherArray, input.arguments, input.zelHome);
+    applyEnvironment(input.zelInstallArray);
 }
 
 }  // namespace
 
-void assembleCommand(const std::wstring& dataDirectory, Arguments& arguments, const std::wstring& zelHome,
-                     PropertyList& zelInstallArray, const PropertyList& zelLauncherArray,
-                     VmargOverrides& overrides, bool provisioning, bool userProvisioning) {
-    substitutePropertyList(dataDirectory, zelHome, zelInstallArray);
-    substituteArguments(dataDirectory, zelHome, arguments);
-    substituteVmArguments(dataDirectory, zelHome, zelInstallArray, overrides);
+void assembleCommand(const CommandInput& input, CommandPurpose purpose) {
+    substitutePropertyList(input.dataDirectory, input.zelHome, input.zelInstallArray);
+    substituteArguments(input.dataDirectory, input.zelHome, input.arguments);
+    substituteVmArguments(input.dataDirectory, input.zelHome, input.zelInstallArray, input.overrides);
     if (isMainProcess) {
-        bool purged = false;
-        cacheMaintenance(dataDirectory, overrides, staleEndpointFile, purged);
+        cacheMaintenance(input.dataDirectory, input.overrides,
+                         staleEndpointFile ? FormerEnd::unclean : FormerEnd::clean);
     }
-    clearSharedClasses(zelInstallArray, zelLauncherArray);
-
-    const Assembly assembly{dataDirectory, arguments, zelHome, zelInstallArray, zelLauncherArray, overrides};
-    if (provisioning) {
-        assembleProvisioningStart(assembly, userProvisioning);
+    clearSharedClasses(input.zelInstallArray, input.zelLauncherArray);
+    if (purpose != CommandPurpose::platform) {
+        assembleProvisioningStart(input, purpose);
     } else if (isDirectJavaStart()) {
-        assembleDirectJavaStart(assembly);
+        assembleDirectJavaStart(input);
     } else {
-        assembleNativeStart(assembly);
+        assembleNativeStart(input);
     }
 }
 

@@ -8,12 +8,26 @@
 
 namespace zellauncher {
 
-// Writes the whole command of a start into launchCommand. Substitutes tokens in the lists and
-// arguments in place, runs the cache upkeep on a main process, clears the shared classes directory
-// when the manifest version differs, and changes this process's environment for the child.
-// `userProvisioning` counts only with `provisioning`. Fatal: ZLNCH0088E and those of the sections.
-void assembleCommand(const std::wstring& dataDirectory, Arguments& arguments, const std::wstring& zelHome,
-                     PropertyList& zelInstallArray, const PropertyList& zelLauncherArray,
-                     VmargOverrides& overrides, bool provisioning, bool userProvisioning);
+// What a command is made of. References into the caller's record of the start.
+struct CommandInput {
+    const std::wstring& dataDirectory;
+    const std::wstring& zelHome;
+    Arguments& arguments;  // the effective ones
+    PropertyList& zelInstallArray;
+    const PropertyList& zelLauncherArray;
+    VmargOverrides& overrides;
+};
+
+enum class CommandPurpose {
+    platform,
+    provisioning,      // the provisioning application, for an install that only prepares the user
+    userProvisioning,  // the same before a start of the platform
+};
+
+// Writes the whole command of a start into launchCommand. Substitutes tokens in arguments,
+// zelInstallArray and overrides in place, runs the cache maintenance on a main process, clears the
+// shared classes directory if the manifest version differs, and changes this process's environment
+// for the child. Fatal: ZLNCH0088E and those of the sections.
+void assembleCommand(const CommandInput& input, CommandPurpose purpose);
 
 }  // namespace zellauncher

@@ -1,15 +1,20 @@
 #include "kiosk/shell_role.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
+#include "kiosk/administrators.h"
 #include "platform/child_processes.h"
-#include "platform/process.h"
+#include "platform/errors.h"
+#include "platform/own_process.h"
 #include "platform/registry.h"
+#include "platform/users.h"
 
 namespace zellauncher {
 
@@ -27,64 +32,58 @@ constexpr const wchar_t* systemPoliciesKey =
     L"Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\System";
 constexpr std::uint32_t shellBytes = 1000;
 constexpr std::uint32_t desktopWaitMilliseconds = 5000;
+constexpr std::size_t userNameCapacity = 32767;
 
-// A policy of the user's desktop, and what is said when it cannot be cleared.
 struct Policy {
     const wchar_t* name;
     const char* failure;
 };
 
-std::int64_t numberOf(std::uint32_t code) {
-    return static_cast<std::int32_t>(code);
+std::int64_t lastErrorNumber() {
+    return static_cast<std::int32_t>(platform::lastError());
 }
 
 void logRegistryFailure(const wchar_t* format, std::initializer_list<FormatArgument> arguments) {
-    std::string line;
-    wideToNarrow(line, formatText(format, arguments));
-    logDebug(line);
+    logDebug(wideToNarrow(formatText(format, arguments)));
 }
 
-// Opens the key for reading; `none` with a debug line on failure.
 platform::RegistryKey openForReading(const wchar_t* path, const wchar_t* message) {
-    platform::RegistryKey key = platform::RegistryKey::none;
-    const std::uint32_t code = platform::openRegistryKey(platform::RegistryRoot::localMachine, path,
-                                                         platform::registryQueryValue, key);
-    if (code != 0) {
-        logRegistryFailure(message, {std::wstring(path), numberOf(code)});
-    }
-    return key;
-}
-
-// The message names the logon shell for both values: its words are settled.
-void readShell(platform::RegistryKey key, const wchar_t* valueName, std::uint32_t& size, std::wstring& text,
-               const wchar_t* message) {
+    const platform::RegistryKey key =
+        platform::openRegistryKey(platform::RegistryRoot::localMachine, path, platform::registryQueryValue);
     if (key == platform::RegistryKey::none) {
-        return;
+        logRegistryFailure(message, {std::wstring(path), lastErrorNumber()});
     }
-    const std::uint32_t code = platform::queryRegistryText(key, valueName, size, text);
-    if (code != 0) {
-        logRegistryFailure(message, {std::wstring(winLogonKey), std::wstring(shellValue), numberOf(code)});
-    }
+    return key;
 }
 
-// `none`, without a line, for a user who may not change it.
+// Required oddity: the message names the logon shell for both values.
+std::wstring readShell(platform::RegistryKey key, const wchar_t* valueName, std::uint32_t& size,
+                       const wchar_t* message) {
+    if (key == platform::RegistryKey::none) {
+        return {};
+    }
+    const std::optional<std::wstring> text = platform::queryRegistryText(key, valueName, size);
+    if (!text) {
+        logRegistryFailure(message, {std::wstring(winLogonKey), std::wstring(shellValue), lastErrorNumber()});
+    }
+    return text.value_or(L"");
+}
+
+// Logs nothing if the user may not change it.
 platform::RegistryKey openLogonShell() {
-    platform::RegistryKey key = platform::RegistryKey::none;
-    platform::openRegistryKey(platform::RegistryRoot::localMachine, winLogonKey,
-                              platform::registryQueryValue | platform::registrySetValue, key);
-    return key;
+    return platform::openRegistryKey(platform::RegistryRoot::localMachine, winLogonKey,
+                                     platform::registryQueryValue | platform::registrySetValue);
 }
 
 bool clearPolicies(const wchar_t* path, const wchar_t* message, std::initializer_list<Policy> policies) {
-    platform::RegistryKey key = platform::RegistryKey::none;
-    const std::uint32_t code = platform::openRegistryKey(platform::RegistryRoot::currentUser, path,
-                                                         platform::registryAllAccess, key);
-    if (code != 0) {
-        logRegistryFailure(message, {std::wstring(path), numberOf(code)});
-        return true;  // a user without such policies needs none cleared
+    const platform::RegistryKey key =
+        platform::openRegistryKey(platform::RegistryRoot::currentUser, path, platform::registryAllAccess);
+    if (key == platform::RegistryKey::none) {
+        logRegistryFailure(message, {std::wstring(path), lastErrorNumber()});
+        return true;  // no key, no policies to clear
     }
     for (const Policy& policy : policies) {
-        if (platform::setRegistryNumber(key, policy.name, 0) != 0) {
+        if (!platform::setRegistryNumber(key, policy.name, 0)) {
             logDebug(policy.failure);
             return false;
         }
@@ -93,20 +92,46 @@ bool clearPolicies(const wchar_t* path, const wchar_t* message, std::initializer
     return true;
 }
 
+bool isExplorerListed(platform::Handle snapshot) {
+    for (auto entry = platform::firstProcess(snapshot); entry; entry = platform::nextProcess(snapshot)) {
+        if (equalIgnoringCase(entry->executableName, L"Explorer.exe")) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
+void takeShellRoleIfDue() {
+    if (!isKioskShellActive()) {
+        return;
+    }
+    const std::optional<std::wstring> userName = platform::currentUserName(userNameCapacity);
+    if (!userName) {
+        logDebug("ZLNCH0130E: ERROR calling GetUserName");
+    }
+    if (!isUserInAdminGroup(userName.value_or(L""))) {
+        return;
+    }
+    const platform::Handle snapshot = platform::processSnapshot();
+    if (snapshot == platform::Handle::none || !isExplorerListed(snapshot)) {
+        runKioskShellRole();
+    }
+}
+
 bool isKioskShellActive() {
-    // One size serves both values, so a kiosk shell that is longer than the logon shell is not read.
+    // Required oddity: one size serves both values, so a kiosk shell longer than the logon shell is not read.
     std::uint32_t size = shellBytes;
-    std::wstring shell;
     platform::RegistryKey key =
         openForReading(winLogonKey, L"ZLNCH0057E: Error opening HKLM\\%S key: rc = %d");
-    readShell(key, shellValue, size, shell, L"ZLNCH0058E: Error reading HKLM\\%S\\%S: rc = %d");
+    const std::wstring shell =
+        readShell(key, shellValue, size, L"ZLNCH0058E: Error reading HKLM\\%S\\%S: rc = %d");
     platform::closeRegistryKey(key);
 
-    std::wstring kioskShell;
     key = openForReading(kioskShellsKey, L"ZLNCH0131E: Error opening HKLM\\%S key: rc = %d");
-    readShell(key, kioskShellValue, size, kioskShell, L"ZLNCH0134E: Error reading HKLM\\%S\\%S: rc = %d");
+    const std::wstring kioskShell =
+        readShell(key, kioskShellValue, size, L"ZLNCH0134E: Error reading HKLM\\%S\\%S: rc = %d");
     platform::closeRegistryKey(key);
     return equalIgnoringCase(shell, kioskShell);
 }
@@ -114,34 +139,33 @@ bool isKioskShellActive() {
 void runKioskShellRole() {
     setShellToAdmin();
     clearDesktopPolicies();
-    platform::ChildProcess desktop;
-    platform::createProcess(L"Explorer.exe", platform::StartInformation(), desktop);
-    platform::waitForInputIdle(desktop.process, desktopWaitMilliseconds);
+    const std::optional<platform::ChildProcess> desktop = platform::createProcess(L"Explorer.exe", {});
+    platform::waitForInputIdle(desktop ? desktop->process : platform::Handle::none, desktopWaitMilliseconds);
     setShellToKiosk();
     platform::exitProcess(0);
 }
 
-bool readKioskShellValue(KioskShell kind, std::wstring& shell) {
+std::optional<std::wstring> readKioskShellValue(KioskShell kind) {
     const platform::RegistryKey key =
         openForReading(kioskShellsKey, L"ZLNCH0132E: Error opening HKLM\\%S key: rc = %d");
     if (key == platform::RegistryKey::none) {
-        return false;
+        return std::nullopt;
     }
     if (kind != KioskShell::administrators && kind != KioskShell::kiosk) {
         logRegistryFailure(L"ZLNCH0059E: Error Invalid value type of %d",
                            {std::int64_t{static_cast<int>(kind)}});
         platform::closeRegistryKey(key);
-        return false;
+        return std::nullopt;
     }
     const wchar_t* valueName = kind == KioskShell::administrators ? adminShellValue : kioskShellValue;
     std::uint32_t size = shellBytes;
-    const std::uint32_t code = platform::queryRegistryText(key, valueName, size, shell);
-    if (code != 0) {
+    std::optional<std::wstring> shell = platform::queryRegistryText(key, valueName, size);
+    if (!shell) {
         logRegistryFailure(L"ZLNCH0135E: Error reading HKLM\\%S\\%S: rc = %d",
-                           {std::wstring(kioskShellsKey), std::wstring(valueName), numberOf(code)});
+                           {std::wstring(kioskShellsKey), std::wstring(valueName), lastErrorNumber()});
     }
     platform::closeRegistryKey(key);
-    return code == 0;
+    return shell;
 }
 
 bool setShellToAdmin() {
@@ -149,12 +173,12 @@ bool setShellToAdmin() {
     if (key == platform::RegistryKey::none) {
         return false;
     }
-    std::wstring shell;
-    if (!readKioskShellValue(KioskShell::administrators, shell)) {
+    const std::optional<std::wstring> shell = readKioskShellValue(KioskShell::administrators);
+    if (!shell) {
         logDebug("ZLNCH0060E: Error getting Shell name ADMIN_SHELL");
     }
-    // The key stays open: the process ends soon.
-    if (platform::setRegistryText(key, shellValue, shell) != 0) {
+    // The key stays open, because the process ends soon.
+    if (!platform::setRegistryText(key, shellValue, shell.value_or(L""))) {
         logDebug("Problem calling RegSetValueEx with ADMIN_SHELL");
         return false;
     }
@@ -166,15 +190,15 @@ bool setShellToKiosk() {
     if (key == platform::RegistryKey::none) {
         return false;
     }
-    std::wstring shell;
-    if (!readKioskShellValue(KioskShell::kiosk, shell)) {
+    const std::optional<std::wstring> shell = readKioskShellValue(KioskShell::kiosk);
+    if (!shell) {
         logDebug("ZLNCH0066E: Could not retrieve KSD_SHELL");
     }
-    return platform::setRegistryText(key, shellValue, shell) == 0;
+    return platform::setRegistryText(key, shellValue, shell.value_or(L""));
 }
 
 bool clearDesktopPolicies() {
-    // The words of the last three lines are settled, wrong as two of them are.
+    // Required oddity: two of these messages name the wrong policy.
     return clearPolicies(explorerPoliciesKey, L"ZLNCH0080E: Error opening HKCU\\%S key: rc = %d",
                          {{L"NoClose", "ZLNCH0061E: Problem setting NoClose to 0"},
                           {L"NoLogoff", "ZLNCH0062E: Problem setting NoLogoff to 0"}}) &&

@@ -1,19 +1,13 @@
 #include "kiosk/termination.h"
 
 #include <optional>
-#include <string>
 
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
-#include "foundation/text_stream.h"
-#include "launch/platform_execution.h"
+#include "kiosk/exit_data.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
-#include "platform/environment.h"
-#include "platform/errors.h"
-#include "platform/files.h"
-#include "platform/process.h"
-#include "platform/process_wide.h"
+#include "platform/own_process.h"
 #include "platform/session.h"
 
 namespace zellauncher {
@@ -26,31 +20,18 @@ constexpr std::uint32_t appearanceMilliseconds = 3000;
 constexpr std::uint32_t monitorPollMilliseconds = 3500;
 constexpr std::uint32_t shutdownReason = 0x40000;
 
-PROCESS_WIDE std::wstring exitDataPath;
-
-// The word is the whole first line, blanks included.
-bool isExitData(const wchar_t* word) {
-    TextStream file;
-    openFile(file, exitDataPath, "r+");
-    std::wstring line;
-    scanLine(file, LineBlanks::keepLeading, line);
-    closeTextStream(file);
-    return equalIgnoringCase(line, word);
-}
-
-// Whatever fails here, the machine is told to shut down: it may still do so.
+// The shutdown is requested even if the privilege could not be enabled, because it may still work.
 void shutDown() {
     const platform::Handle token = platform::openOwnToken();
     if (token == platform::Handle::none) {
         logDebug("ZLNCH0067E: OpenProcessToken failed.");
     }
     const platform::Privilege privilege = platform::findPrivilege(L"SeShutdownPrivilege");
-    platform::adjustPrivilege(token, privilege, true);
-    if (platform::lastError() != platform::errorSuccess) {
+    if (!platform::adjustPrivilege(token, privilege, platform::PrivilegeState::enabled)) {
         logDebug("ZLNCH0068E: AdjustTokenPrivileges enable failed.");
     }
     platform::endSession(platform::endSessionShutdown | platform::endSessionForce, shutdownReason);
-    platform::adjustPrivilege(token, privilege, false);
+    platform::adjustPrivilege(token, privilege, platform::PrivilegeState::disabled);
 }
 
 void startAgain(const char* reason) {
@@ -76,7 +57,7 @@ void handleOrderlyEnd() {
     }
 }
 
-// A process that may not be asked is another user's, and none of this launcher's business.
+// A process whose exit code cannot be read belongs to another user and is ignored.
 void watchToItsEnd(std::uint32_t processId) {
     const platform::Handle process = platform::openProcess(processId);
     std::optional<std::uint32_t> exitCode = platform::processExitCode(process);
@@ -90,10 +71,6 @@ void watchToItsEnd(std::uint32_t processId) {
 }
 
 }  // namespace
-
-void settleExitDataPath() {
-    exitDataPath = platform::environmentValue(L"HOMEPATH").value_or(L"");
-}
 
 void HandleTermination(std::uint32_t exitCode) {
     platform::sendToDebugger(L"Inside HandleTermination...");
@@ -112,31 +89,12 @@ void monitorPlatformProcess() {
     if (snapshot == platform::Handle::none) {
         platform::exitProcess(0);
     }
-    platform::ProcessEntry entry;
-    for (bool more = platform::firstProcess(snapshot, entry); more;
-         more = platform::nextProcess(snapshot, entry)) {
-        if (equalIgnoringCase(entry.executableName, L"eclipse.exe")) {
-            watchToItsEnd(entry.processId);
+    for (auto entry = platform::firstProcess(snapshot); entry; entry = platform::nextProcess(snapshot)) {
+        if (equalIgnoringCase(entry->executableName, L"eclipse.exe")) {
+            watchToItsEnd(entry->processId);
         }
     }
     platform::closeHandle(snapshot);
-}
-
-bool exitDataExists() {
-    exitDataPath += L"\\.exitData";
-    TextStream file;  // stays open, as long as the process lives
-    openFile(file, exitDataPath, "r");
-    return file.stream != nullptr;
-}
-
-void removeExitData() {
-    exitDataPath += L"\\.exitData";
-    TextStream file;
-    openFile(file, exitDataPath, "r");
-    if (file.stream != nullptr) {
-        closeTextStream(file);
-        platform::deleteFile(exitDataPath);
-    }
 }
 
 }  // namespace zellauncher

@@ -5,7 +5,8 @@
 
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
-#include "launch/launch_state.h"
+#include "instance/lock_owner.h"
+#include "instance/platform_lock.h"
 
 namespace zellauncher {
 
@@ -24,12 +25,12 @@ constexpr ForbiddenText forbiddenTexts[] = {
     {L"java.home", "ZLNCH0192E: zellauncher invoked with arg containing \"java.home\" - not allowed."},
 };
 
-// The digits at the head of the word as a number without sign; 0 without any. A number beyond 32
-// bits is one that no count of words reaches.
-std::uint64_t parseDeclaredCount(const std::wstring& word) {
+// The digits at the start of the text as an unsigned number; 0 without digits. Clamped to a number that
+// no argument count reaches.
+std::uint64_t parseDeclaredCount(const std::wstring& text) {
     constexpr std::uint64_t tooMany = std::uint64_t{1} << 32U;
     std::uint64_t number = 0;
-    for (const wchar_t unit : word) {
+    for (const wchar_t unit : text) {
         if (unit < L'0' || unit > L'9') {
             break;
         }
@@ -44,12 +45,11 @@ std::uint64_t parseDeclaredCount(const std::wstring& word) {
 }  // namespace
 
 void checkUrlHandlerArgs(const Arguments& arguments) {
-    const int option = findArgumentIndex(L"-maxargcnt", arguments);
-    if (option < 0) {
+    if (!hasArgument(L"-maxargcnt", arguments)) {
         return;
     }
-    const std::size_t behind = static_cast<std::size_t>(option) + 1;
-    const std::uint64_t declared = behind < arguments.size() ? parseDeclaredCount(arguments[behind]) : 0;
+    const std::wstring* count = argumentAfter(L"-maxargcnt", arguments);
+    const std::uint64_t declared = count != nullptr ? parseDeclaredCount(*count) : 0;
     const std::uint64_t expected = arguments.size() - (hasRestartFlag(arguments) ? 1U : 0U);
     if (declared != expected) {
         logFatal("ZLNCH0069E: zellauncher invoked with an invalid URL handler action - bad argument count.");

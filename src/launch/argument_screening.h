@@ -2,27 +2,27 @@
 
 #include "properties/arguments.h"
 
-// The launcher can be started by a URL handler, so its arguments may come from outside. Each check
-// returns when the arguments pass and is fatal otherwise, before the platform is touched. The
-// first three look at the raw command line, word 0 included where it says so.
+// Checks of the arguments, which may come from a link through a URL handler. A failed check is fatal. The
+// first three check the raw command line.
 namespace zellauncher {
 
-// A caller that declares the number of its words (`-maxargcnt <n>`) must have brought just so many.
-// Fatal ZLNCH0069E.
+// With `-maxargcnt <n>`, the command line must have exactly n arguments, argument 0 included and a
+// `-restart` not counted. Fatal ZLNCH0069E.
 void checkUrlHandlerArgs(const Arguments& arguments);
 
-// No double quote anywhere, word 0 included: the command puts words in double quotes. Fatal ZLNCH0089E.
+// No argument, argument 0 included, may contain a double quote, because the command puts arguments in
+// double quotes. Fatal ZLNCH0089E.
 void checkDoubleQuotes(const Arguments& arguments);
 
-// No word, word 0 included, may name the JVM's library path or home. Fatal ZLNCH0190E, ZLNCH0191E,
-// ZLNCH0192E.
+// No argument, argument 0 included, may contain the name of the JVM's library path or home. Fatal:
+// ZLNCH0190E, ZLNCH0191E, ZLNCH0192E.
 void checkForbiddenArgs(const Arguments& arguments);
 
-// An installation request (`-provManifest` among the effective arguments) while the platform runs
-// is the fatal ZLNCH0122E. Reads isMainProcess and lockOwnerPid, so it follows the lock.
+// `-provManifest` while a platform is running is the fatal ZLNCH0122E. Call it after the lock is taken,
+// because it reads isMainProcess and lockOwnerPid.
 void checkProvManifest(const Arguments& effectiveArgs);
 
-// `-restart` is among the words from 1 on.
+// True if `-restart` is among the arguments after the program.
 bool hasRestartFlag(const Arguments& arguments);
 
 }  // namespace zellauncher

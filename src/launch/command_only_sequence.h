@@ -4,9 +4,9 @@
 
 namespace zellauncher {
 
-// Prepares a command for a platform that runs, without making or repairing anything on the way; where
-// none runs it fails (ZLNCH0145E, fatal). Its log is opened in the workspace's log directory, which has
-// to be there; without it the log goes to TEMP and the process ends with -1.
+// Assembles the command for a running platform without creating or repairing anything of the user. The log
+// directory must exist already; otherwise the log goes to TEMP and the process ends with -1. Fatal
+// ZLNCH0145E if no platform is running.
 void commandOnlySequence(const Arguments& arguments);
 
 }  // namespace zellauncher

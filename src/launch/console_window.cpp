@@ -4,14 +4,14 @@
 
 #include "foundation/formatter.h"
 #include "platform/clock.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
 
 namespace zellauncher {
 
 namespace {
 
 constexpr std::size_t titleCapacity = 4096;
-constexpr std::uint32_t titleDelayMilliseconds = 40;  // until a new title has reached the window
+constexpr std::uint32_t titleDelayMilliseconds = 40;  // for the new title to reach the window
 
 }  // namespace
 

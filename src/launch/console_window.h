@@ -4,8 +4,8 @@
 
 namespace zellauncher {
 
-// The window of the console that this process was given, or none: the console gets a title that no
-// other window has for a moment, is looked up by it, and gets its own title back.
+// The console window of this process, or none. Gives the console a unique title for a moment and looks for
+// the window with that title.
 platform::Window findConsoleWindow();
 
 }  // namespace zellauncher

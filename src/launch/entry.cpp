@@ -1,50 +1,38 @@
 #include "launch/entry.h"
 
+#include <cstddef>
 #include <string>
 
 #include "desktop/application_identity.h"
 #include "desktop/extension_jars.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
-#include "foundation/text.h"
+#include "javalaunch/launch_command.h"
+#include "kiosk/exit_data.h"
 #include "kiosk/shell_role.h"
-#include "kiosk/termination.h"
-#include "launch/administrators.h"
 #include "launch/command_only_sequence.h"
 #include "launch/install_directory.h"
 #include "launch/launch_sequence.h"
-#include "launch/launch_state.h"
 #include "launch/platform_execution.h"
-#include "platform/child_processes.h"
-#include "platform/process.h"
-#include "platform/users.h"
+#include "launch/version.h"
+#include "platform/own_process.h"
 #include "properties/arguments.h"
+#include "provisioning/provisioning_stage.h"
 
 namespace zellauncher {
 
 namespace {
 
-constexpr std::size_t userNameCapacity = 32767;
-
-// A version query is the option alone; it is answered in the log, and its status is a failure's.
+// Only a lone `-version` counts. It is answered in the log, with exit status -1.
 void answerVersionQuery(const Arguments& arguments) {
     if (hasArgument(L"-version", arguments) && arguments.size() == 2) {
         logFatalF("ZLNCH0031I:   version = \"%ls\"", versionText);
     }
 }
 
-// What somebody asked for stands in every log, debug flag or not.
 void logCommandLine(const Arguments& arguments) {
-    bool saved = false;
-    swapLogDebug(true, saved);
+    const ForcedLog forced;
     logDebugArgs(L"ZLNCH0030I: zellauncher wmain arguments", arguments);
-    setLogDebug(saved);
-}
-
-// Until a section writes the head of the command, it is a text that ends at once: what is appended
-// to it is never seen, so a command without a program is never run by accident.
-void resetLaunchCommand() {
-    launchCommand.assign(1, L'\0');
 }
 
 void prepareCommand(const Arguments& arguments) {
@@ -55,22 +43,20 @@ void prepareCommand(const Arguments& arguments) {
     }
 }
 
-// An install outside a `framework` directory has no place for a companion's jars, and the product
-// does not support it: such a start ends as a memory fault would, but on purpose and with its log
-// on the disk.
+// An install path without `framework` is not supported. Such a start must end with the status of an
+// access violation; this does so deliberately, with the log on disk.
 [[noreturn]] void endWithoutFramework(const std::wstring& installDirectory) {
-    bool saved = false;
-    swapLogDebug(true, saved);
-    logDebugF(L"ZELLauncher> no framework directory in the install path \"%s\"", installDirectory);
-    setLogDebug(saved);
+    {
+        const ForcedLog forced;
+        logDebugF(L"ZELLauncher> no framework directory in the install path \"%s\"", installDirectory);
+    }
     flushLog();
     platform::endWithAccessViolation();
 }
 
-// The jars of a companion application, from the directory beside the platform's own.
+// The jars of a companion application are in the directory `vxext` next to `framework`.
 void addExtensionJars(const Arguments& arguments) {
-    std::wstring installDirectory;
-    locateInstallDir(installDirectory, arguments);
+    const std::wstring installDirectory = locateInstallDir(arguments);
     const std::size_t framework = installDirectory.find(L"framework");
     if (framework == std::wstring::npos) {
         endWithoutFramework(installDirectory);
@@ -83,40 +69,6 @@ void addExtensionJars(const Arguments& arguments) {
     extensionDirPattern += L'*';
     logDebug("ZELLauncher> vxext path exists to update classpath");
     scanExtensionJars();
-}
-
-// An install that only prepares a user: the preparation has happened, nothing is started.
-bool isPreparationOnly(const Arguments& arguments) {
-    return hasArgument(L"-zelLauncherWait", arguments) && hasArgument(L"-provManifest", arguments);
-}
-
-bool isExplorerListed(platform::Handle snapshot) {
-    platform::ProcessEntry entry;
-    for (bool more = platform::firstProcess(snapshot, entry); more;
-         more = platform::nextProcess(snapshot, entry)) {
-        if (equalIgnoringCase(entry.executableName, L"Explorer.exe")) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// On a kiosk machine an administrator who has no desktop yet gets one in place of the platform.
-void takeShellRoleIfDue() {
-    if (!isKioskShellActive()) {
-        return;
-    }
-    std::wstring userName;
-    if (!platform::currentUserName(userNameCapacity, userName)) {
-        logDebug("ZLNCH0130E: ERROR calling GetUserName");
-    }
-    if (!isUserInAdminGroup(userName)) {
-        return;
-    }
-    const platform::Handle snapshot = platform::processSnapshot();
-    if (snapshot == platform::Handle::none || !isExplorerListed(snapshot)) {
-        runKioskShellRole();
-    }
 }
 
 }  // namespace

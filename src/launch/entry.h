@@ -2,9 +2,8 @@
 
 namespace zellauncher {
 
-// A whole start of the launcher, from this process's own command line to its last fork. Returns the
-// exit status of the normal end, 0. Many roads end the process within: every fatal message does,
-// with -1.
+// A whole start of the launcher, from this process's command line on. Returns the exit status 0. Many paths
+// end the process inside; every fatal message does, with -1.
 int wmain();
 
 }  // namespace zellauncher

@@ -1,19 +1,19 @@
 #include "launch/install_directory.h"
 
-#include "foundation/file_tests.h"
+#include "configuration/own_program.h"
+#include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
-#include "foundation/own_program.h"
 
 namespace zellauncher {
 
 namespace {
 
 std::wstring locateOwnProgram(const Arguments& arguments) {
-    std::wstring program;
-    if (!findOwnProgram(program, arguments.empty() ? std::wstring() : arguments[0])) {
-        logFatalF("ZLNCH0129E: Unable to locate %ls", program);
+    const OwnProgram program = findOwnProgram(arguments.empty() ? std::wstring() : arguments[0]);
+    if (!program.isFound) {
+        logFatalF("ZLNCH0129E: Unable to locate %ls", program.path);
     }
-    return program;
+    return program.path;
 }
 
 std::wstring directoryContaining(const std::wstring& program) {
@@ -24,7 +24,7 @@ std::wstring directoryContaining(const std::wstring& program) {
     logFatalF("ZLNCH0048E: Unable to locate the directory containing %ls", program);
 }
 
-// A drive counts as a directory by its root: `C:` alone would be its current directory.
+// `C:` alone would be the current directory of the drive, so its root is tested.
 bool isInstallDirectory(const std::wstring& directory) {
     const bool isDrive = directory.ends_with(L':');
     return directoryExists(isDrive ? directory + L'\\' : directory);
@@ -32,14 +32,13 @@ bool isInstallDirectory(const std::wstring& directory) {
 
 }  // namespace
 
-void locateInstallDir(std::wstring& installDirectory, const Arguments& arguments) {
+std::wstring locateInstallDir(const Arguments& arguments) {
     const std::wstring launcherDirectory = directoryContaining(locateOwnProgram(arguments));
     const std::size_t separator = launcherDirectory.rfind(L'\\');
     if (separator != std::wstring::npos && launcherDirectory.substr(separator + 1) == L"zel") {
         const std::wstring directory = launcherDirectory.substr(0, separator);
         if (isInstallDirectory(directory)) {
-            installDirectory = directory;
-            return;
+            return directory;
         }
     }
     logFatal("ZLNCH0049E: Unable to locate the platform's installation directory");

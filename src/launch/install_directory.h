@@ -6,9 +6,9 @@
 
 namespace zellauncher {
 
-// The install directory: the launcher stands in a directory `zel` directly below it. Backslashes,
-// no trailing one, a drive root as `C:`. Found from word 0 of the command line, else from the
-// running module. Fatal: ZLNCH0129E, ZLNCH0048E, ZLNCH0049E.
-void locateInstallDir(std::wstring& installDirectory, const Arguments& arguments);
+// The install directory: the launcher is in the directory `zel` directly below it. With backslashes,
+// without a trailing one; a drive root is `C:`. Found through argument 0, otherwise through the running
+// module. Fatal: ZLNCH0129E, ZLNCH0048E, ZLNCH0049E.
+std::wstring locateInstallDir(const Arguments& arguments);
 
 }  // namespace zellauncher

@@ -1,45 +1,44 @@
 #include "launch/launch_sequence.h"
 
-#include "configuration/locations.h"
+#include "configuration/workspace.h"
 #include "desktop/application_identity.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
+#include "foundation/user_files.h"
 #include "foundation/waiting.h"
 #include "instance/platform_lock.h"
+#include "javalaunch/argument_expansion.h"
 #include "javalaunch/command_assembly.h"
 #include "launch/argument_screening.h"
-#include "launch/configuration_seeding.h"
-#include "launch/first_run.h"
+#include "launch/first_run_arguments.h"
 #include "launch/install_directory.h"
-#include "launch/install_reading.h"
-#include "launch/jvm_loading.h"
 #include "launch/launch_context.h"
-#include "launch/launch_state.h"
+#include "launch/shared_steps.h"
+#include "launch/user_configuration.h"
 #include "launch/user_directories.h"
 #include "properties/property_reader.h"
+#include "provisioning/platform_xml.h"
 #include "provisioning/provisioning_stage.h"
-#include "provisioning/seed_files.h"
 
 namespace zellauncher {
 
 namespace {
 
-// The order is the design: the screening comes before the lock, the lock before the user's
-// configuration is touched, and the log opens once the workspace is there.
+// The order matters: arguments are screened before the lock is taken, and the lock is taken before the
+// user's configuration changes. The log can only open once the workspace exists.
 void takeWorkspace(LaunchContext& context) {
-    resolveDataDirectory(context.dataDirectory, context.zelLauncherArray, context.effectiveArgs,
-                         context.zelHome);
+    context.dataDirectory =
+        resolveDataDirectory(context.zelLauncherArray, context.effectiveArgs, context.zelHome);
     ensureUserDirectory(context.dataDirectory, "ZLNCH0083E: Unable to create %ls directory.");
     screenArguments(context.rawArguments);
-    platformProgramName(context.exeName, context.zelLauncherArray);
-    acquirePlatformLock(context.effectiveArgs, context.dataDirectory, context.exeName);
+    acquirePlatformLock(context.effectiveArgs, context.dataDirectory);
     const std::wstring logsDirectory = logsDirectoryOf(context);
     ensureUserDirectory(logsDirectory, "ZLNCH0084E: Unable to create %ls directory.");
     openRunLog(logsDirectory);
 }
 
-// An engineer who debugs provisioning holds the start here until the marker file is gone.
+// Holds the start while the marker file exists, for an engineer who debugs provisioning.
 void waitForDebugMarker() {
     while (provDebugHold && fileExists(provDebugFile)) {
         sleepSeconds(1);
@@ -47,19 +46,19 @@ void waitForDebugMarker() {
 }
 
 void takeConfigDirectory(LaunchContext& context) {
-    resolveConfigDirectory(context.configDirectory, context.zelLauncherArray, context.effectiveArgs,
-                           context.zelHome);
+    context.configDirectory =
+        resolveConfigDirectory(context.zelLauncherArray, context.effectiveArgs, context.zelHome);
     ensureUserDirectory(context.configDirectory, "ZLNCH0093E: Unable to create %ls directory.");
 }
 
-// The user's file comes first and so wins, then the workspace, then the restart state.
+// The first source of a key wins: the user's file, then the workspace, then the restart state.
 void loadRunProperties(LaunchContext& context) {
     loadPropertyFile(context.userPropsPath, context.zelInstallArray);
     toForwardSlashes(context.dataDirectory);
     logDebugF(L"ZLNCH0077I: Scrivia workspaceLocation is -  \"%s\"", context.dataDirectory);
     addProperty(context.zelInstallArray, L"scrivia.workspace.loc", context.dataDirectory);
     collectVmProperties(context.vmargOverrides, context.zelInstallArray);
-    loadPropertyFile(context.configDirectory + L"\\args.properties", context.zelInstallArray);
+    loadPropertyFile(context.configDirectory + L"\\" + argsPropertiesName, context.zelInstallArray);
 }
 
 }  // namespace
@@ -68,8 +67,8 @@ void launchSequence(const Arguments& arguments) {
     LaunchContext context;
     context.rawArguments = arguments;
 
-    locateInstallDir(context.zelHome, context.rawArguments);
-    setLogFileName(L"zellauncher.log");
+    context.zelHome = locateInstallDir(context.rawArguments);
+    setLogFileName(launcherLogName);
     readInstall(context);
     takeWorkspace(context);
     waitForDebugMarker();
@@ -85,13 +84,11 @@ void launchSequence(const Arguments& arguments) {
     seedPlatformXml(context.configDirectory, context.baseLocation, context.zelLauncherArray,
                     context.jvmRoot.externalJvm);
     if (isMainProcess) {
-        runProvisioningStage(context.dataDirectory, context.effectiveArgs, context.zelHome,
-                             context.zelInstallArray, context.zelLauncherArray, context.vmargOverrides);
+        runProvisioningStage(commandInput(context));
     }
     applyInitialConfiguration(context);
     resolveApplicationIdentity(context.rawArguments, context.zelLauncherArray);
-    assembleCommand(context.dataDirectory, context.effectiveArgs, context.zelHome, context.zelInstallArray,
-                    context.zelLauncherArray, context.vmargOverrides, false, false);
+    assembleCommand(commandInput(context), CommandPurpose::platform);
     refreshUserPropertiesBackup(context);
 }
 

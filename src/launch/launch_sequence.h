@@ -4,9 +4,9 @@
 
 namespace zellauncher {
 
-// The driver of a normal start: from the raw command line to the finished launchCommand. Makes,
-// seeds and repairs what the user lacks, takes the platform lock and keeps it, and starts nothing
-// itself. Returns only when the command is complete; every failure ends the process.
+// A normal start up to the finished launchCommand: creates, seeds and repairs the user's files, takes the
+// lock of the workspace and keeps it. Does not start the platform, but may run provisioning, which ends
+// the process. Every failure ends the process.
 void launchSequence(const Arguments& arguments);
 
 }  // namespace zellauncher

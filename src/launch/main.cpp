@@ -1,6 +1,6 @@
 #include "launch/entry.h"
 
-// The runtime's arguments are ignored: the launcher reads its command line itself.
-extern "C" int wmain(int /*count*/, wchar_t** /*words*/) {
+// Ignores the runtime's arguments, because the launcher splits its command line itself.
+extern "C" int wmain(int /*count*/, wchar_t** /*arguments*/) {
     return zellauncher::wmain();
 }

@@ -3,16 +3,18 @@
 #include <cstdint>
 #include <optional>
 
-#include "configuration/install_configuration.h"
+#include "configuration/install_kind.h"
+#include "desktop/application_identity.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
 #include "instance/argument_hand_off.h"
 #include "instance/child_start.h"
 #include "instance/platform_lock.h"
+#include "javalaunch/jvm_executable.h"
+#include "javalaunch/launch_command.h"
+#include "kiosk/administrators.h"
 #include "kiosk/termination.h"
-#include "launch/administrators.h"
 #include "launch/console_window.h"
-#include "launch/launch_state.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
 #include "platform/users.h"
@@ -36,15 +38,11 @@ platform::StartInformation prepareStartInformation() {
     return start;
 }
 
-// Every start leaves its command in the log, unless it is too long for one line.
 void logCommand(const std::wstring& command) {
-    bool saved = false;
-    swapLogDebug(true, saved);
+    const ForcedLog forced;
     logDebugF(L"ZLNCH0072I: Command = '%s'", command);
-    setLogDebug(saved);
 }
 
-// From here on the next launcher in line may go on.
 platform::ChildProcess startPlatform(const std::wstring& command, const platform::StartInformation& start) {
     const platform::ChildProcess child = startChild(command, start);
     releasePlatformLock();
@@ -52,27 +50,26 @@ platform::ChildProcess startPlatform(const std::wstring& command, const platform
 }
 
 bool isCurrentUserAdministrator() {
-    std::wstring userName;
-    if (!platform::currentUserName(userNameCapacity, userName)) {
+    const std::optional<std::wstring> userName = platform::currentUserName(userNameCapacity);
+    if (!userName) {
         logDebug("ZLNCH0056E: ERROR calling GetUserName");
     }
-    return isUserInAdminGroup(userName);
+    return isUserInAdminGroup(userName.value_or(L""));
 }
 
-// A platform whose code cannot be had counts as running: taken for one that has ended, it would be started
-// a second time, and again at the next failure.
-std::uint32_t askForExitCode(platform::Handle process) {
+// If the exit code cannot be read, assume the platform is still running. Otherwise a second one would be
+// started beside it.
+std::uint32_t readExitCode(platform::Handle process) {
     return platform::processExitCode(process).value_or(platform::exitCodeStillActive);
 }
 
-// The locked-down desktop: the launcher stays, without its window, until the platform has ended.
 std::uint32_t superviseCommand(const std::wstring& command, const platform::StartInformation& start) {
     const platform::ChildProcess child = startPlatform(command, start);
     platform::hideWindow(findConsoleWindow());
-    std::uint32_t exitCode = askForExitCode(child.process);
+    std::uint32_t exitCode = readExitCode(child.process);
     while (exitCode == platform::exitCodeStillActive) {
         platform::sleepMilliseconds(supervisionPollMilliseconds);
-        exitCode = askForExitCode(child.process);
+        exitCode = readExitCode(child.process);
     }
     return exitCode;
 }
@@ -84,8 +81,8 @@ void runCommand(const std::wstring& command, const platform::StartInformation& s
     }
 }
 
-// The platform's exit code when it was supervised. Never part of its caller: what is on its stack would
-// else stay there for as long as the end is handled.
+// The platform's exit code if it was supervised. Never inline: its locals would stay on the stack across
+// restarts.
 [[gnu::noinline]] std::optional<std::uint32_t> startAndWatch(const std::wstring& command) {
     const platform::StartInformation start = prepareStartInformation();
     const std::wstring commandLine = upToNul(command);
@@ -109,7 +106,7 @@ void handOffOrExecute(const std::wstring& command) {
     }
 }
 
-// Handling the end may start the platform again, level below level, for as long as the machine runs.
+// HandleTermination may call this function again, for each restart of the platform.
 void executeCommand(const std::wstring& command) {
     const std::optional<std::uint32_t> exitCode = startAndWatch(command);
     if (exitCode) {

@@ -2,20 +2,15 @@
 
 #include <string>
 
-// Running the assembled command: the point at which a main process leaves the preparation.
+// Running the assembled command.
 namespace zellauncher {
 
-// The last fork of a start: a main process starts the platform, a daemon hands the command to the
-// platform that runs.
+// A main process starts the platform; a daemon hands the command to the running platform.
 void handOffOrExecute(const std::wstring& command);
 
-// Starts the platform, publishes its number, gives the lock back, and then returns at once, or
-// waits for the platform's end (waitForPlatform), or supervises it (a lockdown install, a user who
-// is no administrator). A command that cannot be started is reported in the log with its likely
-// cause; the lock is given back and the process ends with -1.
+// Starts the platform, records its process id and releases the lock. Then returns; or waits for the end
+// of the platform (waitForPlatform); or supervises it (lockdown install, user is no administrator). A
+// command that cannot be started ends the process (startChild).
 void executeCommand(const std::wstring& command);
-
-// executeCommand on launchCommand, for the supervision that starts the platform anew.
-void rerunCommand();
 
 }  // namespace zellauncher

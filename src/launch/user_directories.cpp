@@ -1,9 +1,9 @@
 #include "launch/user_directories.h"
 
+#include "configuration/initial_launch.h"
 #include "foundation/file_operations.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
-#include "launch/launch_state.h"
 
 namespace zellauncher {
 
@@ -12,11 +12,11 @@ void ensureUserDirectory(const std::wstring& path, const char* message) {
         return;
     }
     initialLaunch = true;
-    // An empty workspace names no directory at all; the long form of a path has no answer for it.
+    // toLongPath must not get an empty path.
     if (path.empty()) {
         logFatalF(message, path);
     }
-    // Another launcher that starts at the same moment may have made it between the look and the call.
+    // Another launcher may have created it since the test above.
     if (!createDirectories(path) && !directoryExists(path)) {
         logFatalF(message, path);
     }

@@ -4,8 +4,8 @@
 
 namespace zellauncher {
 
-// Makes a directory of the user's when it is missing, which makes this start an initial launch.
-// When it is still missing then, the message, with `%ls` for the path, is fatal. Any separators.
+// Creates a directory of the user if it is missing, and sets initialLaunch then. If that fails, the
+// message, with `%ls` for the path, is fatal. Any separators.
 void ensureUserDirectory(const std::wstring& path, const char* message);
 
 }  // namespace zellauncher

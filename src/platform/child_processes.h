@@ -6,16 +6,16 @@
 
 #include "platform/handles.h"
 
-// Starting and watching other processes, and the list of all that run.
+// Starting and watching other processes, and the list of all running processes.
 namespace platform {
 
 inline constexpr std::uint32_t startTitleIsAppId = 0x1000;
 inline constexpr std::uint32_t startPreventPinning = 0x2000;
 inline constexpr std::uint32_t exitCodeStillActive = 259;
 
-// What the child's start information holds beside its size; all else in it is zero.
+// The fields of the child's start information that are set; all others are zero.
 struct StartInformation {
-    std::uint32_t flags = 0;
+    std::uint32_t flags = 0;  // startTitleIsAppId, startPreventPinning
     std::optional<std::wstring> title;
 };
 
@@ -25,25 +25,22 @@ struct ChildProcess {
     std::uint32_t processId = 0;
 };
 
-// Starts a program from a command line (CreateProcessW: no application name, no security
-// attributes, handles not inherited, no creation flags, this process's environment and current
-// directory). False on failure, with the reason in lastError() and `child` untouched. A command
-// line has at most 32,766 characters.
-bool createProcess(const std::wstring& commandLine, const StartInformation& start, ChildProcess& child);
+// Starts a program from a command line of at most 32,766 characters (CreateProcessW without an
+// application name, security attributes or creation flags). The child gets this process's
+// environment and current directory and inherits no handles.
+std::optional<ChildProcess> createProcess(const std::wstring& commandLine, const StartInformation& start);
 
-// True when the process has ended (WaitForSingleObject with a time-out of 0). Never waits.
+// True once the process has ended (WaitForSingleObject with a time-out of 0). Never waits.
 bool hasProcessEnded(Handle process);
 
-// The exit code, or exitCodeStillActive while the process runs; nothing when the handle is not that
-// of a process.
+// The exit code, or exitCodeStillActive while the process runs (GetExitCodeProcess).
 std::optional<std::uint32_t> processExitCode(Handle process);
 
-// Waits until the process has started up and waits for its user, at most so many milliseconds
-// (WaitForInputIdle). A program without windows is not waited for.
+// Waits until the process has started up and waits for user input, for at most `milliseconds`
+// (WaitForInputIdle). Returns at once for a program without windows.
 void waitForInputIdle(Handle process, std::uint32_t milliseconds);
 
-// Opens a process that somebody else started, to ask for its exit code (OpenProcess with
-// PROCESS_QUERY_INFORMATION, the handle inheritable); `none` on failure.
+// Opens any process to query its exit code (OpenProcess with PROCESS_QUERY_INFORMATION, inheritable).
 Handle openProcess(std::uint32_t processId);
 
 struct ProcessEntry {
@@ -51,11 +48,11 @@ struct ProcessEntry {
     std::uint32_t processId = 0;
 };
 
-// A list of all processes at this moment (CreateToolhelp32Snapshot); `none` on failure.
+// A list of all processes at this moment (CreateToolhelp32Snapshot).
 Handle processSnapshot();
 
-// The first and each further entry of a list; false at its end or on failure.
-bool firstProcess(Handle snapshot, ProcessEntry& entry);
-bool nextProcess(Handle snapshot, ProcessEntry& entry);
+// The first and each further entry of a snapshot; nothing at its end or on failure.
+std::optional<ProcessEntry> firstProcess(Handle snapshot);
+std::optional<ProcessEntry> nextProcess(Handle snapshot);
 
 }  // namespace platform

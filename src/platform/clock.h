@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// Time of day, time since the system's start, and waiting.
+// Time of day, time since system start, and waiting.
 namespace platform {
 
 struct LocalTime {
@@ -19,10 +19,10 @@ struct LocalTime {
 // The time of day in the user's time zone (GetLocalTime).
 LocalTime localTime();
 
-// Milliseconds since the system started, modulo 2^32 (GetTickCount).
+// Milliseconds since system start, modulo 2^32 (GetTickCount).
 std::uint32_t tickCount();
 
-// Gives up the processor for at least so many milliseconds (Sleep).
+// Suspends this process for at least `milliseconds` (Sleep).
 void sleepMilliseconds(std::uint32_t milliseconds);
 
 }  // namespace platform

@@ -3,7 +3,12 @@
 #include <cstdint>
 #include <string>
 
-// The system's error codes, and the texts that the system has for them.
+// The system's error codes and their texts.
+//
+// Error convention of the system interface, for all headers of this folder: an operation that can
+// fail says so in its result (false, an empty optional, the handle `none`, or a flag of the returned
+// record) and leaves the system's error code in lastError(). After a success lastError() is
+// unspecified. An operation whose failure no caller needs to know returns nothing.
 namespace platform {
 
 using ErrorCode = std::uint32_t;
@@ -24,14 +29,15 @@ inline constexpr ErrorCode errorDirectoryNotEmpty = 145;
 inline constexpr ErrorCode errorNotLocked = 158;
 inline constexpr ErrorCode errorAlreadyExists = 183;
 inline constexpr ErrorCode errorFileNameTooLong = 206;
+inline constexpr ErrorCode errorMoreData = 234;
 inline constexpr ErrorCode errorDirectory = 267;
 
-// The code that the last failed operation of this thread left (GetLastError). Any later operation
-// of the seam may change it, so it is read straight after the failure.
+// The error code of this thread's last failed operation (GetLastError). Any later operation may
+// change it, so read it right after the failure.
 ErrorCode lastError();
 
-// The system's text for a code in the user's language (FormatMessageW from the system's tables, no
-// inserts), its line end included. Empty when the system has no text for the code.
+// The system's text for an error code in the user's language, line end included (FormatMessageW,
+// system tables, no inserts). Empty if the system has no text for the code.
 std::wstring errorText(ErrorCode code);
 
 }  // namespace platform

@@ -4,46 +4,47 @@
 #include <cstdint>
 #include <string>
 
-// Buffered byte streams of the runtime library. Bytes pass unchanged: the text mode of the files
-// (line ends, Ctrl-Z, formatted reading and writing) is the launcher's own, above this seam.
+// Buffered byte streams of the runtime library. Bytes pass unchanged: text mode (line ends, Ctrl-Z)
+// and formatted reading and writing are the launcher's own code in foundation/text_stream.
 namespace platform {
 
-// A stream; the pointer is its only name. It lives until closeStream or the end of the process.
-// The normal end of a process (exitProcess) writes out what is buffered; a process that is killed
-// loses it.
+// An open stream. It lives until closeStream or the end of the process. exitProcess flushes it; when
+// the process is killed, buffered data is lost.
 struct Stream;
 
-// Opens a file with one of the runtime's modes: "r" reads an existing file, "r+" reads and writes
-// an existing file, "w" and "w+" make it or empty it, "a+" makes it or keeps it and writes at its
-// end; there is no other mode. Others may read and write the file meanwhile. Null on failure, with the reason
-// in lastError(): a missing file or directory, a directory in place of a file, missing rights.
+// Opens a file in one of the runtime's modes: "r" reads an existing file, "r+" reads and writes one,
+// "w" and "w+" create or empty a file, "a+" creates it if missing and writes at its end. Other modes
+// fail. Other processes may read and write the file at the same time. Null on failure.
 Stream* openStream(const std::wstring& path, const char* mode);
 
-// Up to `capacity` bytes from the current position; 0 at the end and on a failure. lastError() tells the
-// two apart: errorSuccess unless the reading failed.
-std::size_t readStream(Stream* stream, char* buffer, std::size_t capacity);
+struct ReadResult {
+    std::size_t count = 0;   // bytes read; 0 at the end of the file
+    bool hasFailed = false;  // `count` bytes were read before the failure
+};
 
-// Puts the bytes into the stream's buffer, which goes to the disk when it is full. False when the
-// disk or the mode refuses; an error may thus show only at a later write, flush or close.
+// Reads up to `capacity` bytes from the current position.
+ReadResult readStream(Stream* stream, char* buffer, std::size_t capacity);
+
+// Appends the bytes to the stream's buffer, which is written to the file when it is full. An error of
+// the disk may therefore only show at a later write, flush or close.
 bool writeStream(Stream* stream, const std::string& bytes);
 
-// Writes out what is buffered. False when that fails.
+// Writes buffered data to the file.
 bool flushStream(Stream* stream);
 
-// Goes back to the first byte. What is buffered is written out first; what was read ahead is
-// forgotten, so that a reading that follows sees what others have written since.
+// Goes back to the first byte: flushes buffered data and drops what was read ahead, so that later
+// reads see what other processes have written.
 bool rewindStream(Stream* stream);
 
-// Writes out what is buffered and gives the stream back, also when the writing fails (false).
+// Flushes and closes the stream. It is closed even if the flush fails (false).
 bool closeStream(Stream* stream);
 
-// One attempt to take an exclusive lock on the first `length` bytes of the file (LockFile on the
-// stream's handle), whether the file has so many or not. Does not wait. False with
-// errorLockViolation when somebody holds a byte of the range, and with another code when the file
-// cannot be locked at all. The lock belongs to this process and goes with its end.
+// Tries once to lock the first `length` bytes of the file exclusively (LockFile); the file may be
+// shorter. Does not wait. Fails with errorLockViolation if a byte of the range is locked already,
+// with another code if the file cannot be locked at all. The lock ends with this process.
 bool lockStream(Stream* stream, std::uint32_t length);
 
-// Gives the lock back (UnlockFile). False with errorNotLocked when it was not held.
+// Releases the lock (UnlockFile). Fails with errorNotLocked if it was not held.
 bool unlockStream(Stream* stream, std::uint32_t length);
 
 }  // namespace platform

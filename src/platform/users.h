@@ -2,36 +2,36 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
-// Who runs this process, and which local groups a user belongs to.
+// The user who runs this process, and the local groups of users.
 namespace platform {
 
-// Name of the calling user (GetUserNameW with room for `capacity` characters). False on failure,
-// with `name` left as it is.
-bool currentUserName(std::size_t capacity, std::wstring& name);
+// Name of the calling user (GetUserNameW with a buffer of `capacity` characters).
+std::optional<std::wstring> currentUserName(std::size_t capacity);
 
 enum class SecurityId : std::uintptr_t { none = 0 };
 
-// The well-known identifier of the local Administrators group (AllocateAndInitializeSid, authority
-// 5, sub-authorities 32 and 544); `none` on failure. Given back with freeSecurityId.
+// The well-known id of the local Administrators group (AllocateAndInitializeSid, authority 5,
+// sub-authorities 32 and 544). Free it with freeSecurityId.
 SecurityId administratorsGroupId();
 void freeSecurityId(SecurityId id);
 
-// The account's name in the system's language (LookupAccountSidW on this machine, with room for
-// `capacity` characters for the name and as many for its domain). False on failure.
-bool accountName(SecurityId id, std::size_t capacity, std::wstring& name);
+// The account's name in the system's language (LookupAccountSidW on this machine, with buffers of
+// `capacity` characters for the name and the domain).
+std::optional<std::wstring> accountName(SecurityId id, std::size_t capacity);
 
 struct LocalGroups {
-    std::uint32_t status = 0;  // 0 on success, else the system's code
-    std::uint32_t entriesRead = 0;
+    bool hasSucceeded = false;
+    std::uint32_t entriesRead = 0;  // as the system reports them, also on failure
     std::uint32_t totalEntries = 0;
-    std::vector<std::wstring> names;
+    std::vector<std::wstring> names;  // empty on failure
 };
 
-// Names of the local groups of a user, those through other groups included (NetUserGetLocalGroups:
-// this machine, level 0, flag 1, preferred size in bytes). The system's buffer is given back within.
+// Names of the user's local groups, including indirect membership (NetUserGetLocalGroups on this
+// machine, level 0, flag 1, preferred size in bytes).
 LocalGroups localGroupsOfUser(const std::wstring& userName, std::uint32_t preferredSize);
 
 }  // namespace platform

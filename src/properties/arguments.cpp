@@ -1,6 +1,7 @@
 #include "properties/arguments.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 
 namespace zellauncher {
@@ -15,6 +16,12 @@ int findArgumentIndex(const std::wstring& text, const Arguments& arguments) {
 
 bool hasArgument(const std::wstring& text, const Arguments& arguments) {
     return findArgumentIndex(text, arguments) >= 0;
+}
+
+const std::wstring* argumentAfter(const std::wstring& option, const Arguments& arguments) {
+    const int index = findArgumentIndex(option, arguments);
+    const std::size_t next = static_cast<std::size_t>(index) + 1;
+    return index >= 0 && next < arguments.size() ? &arguments[next] : nullptr;
 }
 
 void removeSecondOccurrence(Arguments& arguments, const std::wstring& text) {

@@ -24,7 +24,7 @@ void reserveFound(std::vector<const PropertyEntry*>& found) {
     }
 }
 
-// A copy of its own, or the fatal message about the lack of memory.
+// Out of memory is fatal (newString).
 std::wstring copyOf(const std::wstring& text) {
     std::wstring copy = newString(text.size());
     copy = text;

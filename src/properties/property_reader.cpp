@@ -11,12 +11,12 @@ namespace {
 
 constexpr std::size_t plainLineLimit = 1000;
 
-// One logical line while its physical lines arrive.
+// One logical line, which may consist of several physical lines.
 struct LogicalLine {
     std::wstring key;
     std::wstring value;
     bool inValue = false;        // a separator has ended the key
-    bool continued = false;      // the last physical line asked for another
+    bool continued = false;      // the next physical line continues this one
     bool jvmOptionLine = false;  // a line such as -Xoption:value keeps its separator
     bool isBegun = false;
 };
@@ -33,8 +33,8 @@ bool isTooLong(const std::wstring& line) {
     return !line.starts_with(L"arg") && line.size() > plainLineLimit;
 }
 
-// A character that belongs to the key, or to the value, which may be an escaped backslash. Returns
-// how many further characters it took.
+// Appends one character to the key or the value; in a value, two backslashes are one character.
+// Returns the number of further characters consumed.
 std::size_t appendCharacter(LogicalLine& logical, const std::wstring& line, std::size_t position,
                             bool& valueStarted) {
     if (!logical.inValue) {
@@ -66,7 +66,7 @@ void appendLine(LogicalLine& logical, const std::wstring& line) {
             ++i;
         }
         if (line[i] == L'\r') {
-            continue;  // one without a line feed, which alone ends a line
+            continue;  // only a line feed ends a line
         }
         if (!valueStarted && isSeparator(line[i])) {
             logical.inValue = true;
@@ -79,8 +79,8 @@ void appendLine(LogicalLine& logical, const std::wstring& line) {
     }
 }
 
-// The key arg20 never has a value, whatever the file says. A line of one character keeps the setting
-// for JVM options of the line before.
+// Required oddities: the key arg20 never has a value, and a line of one character keeps jvmOptionLine
+// of the line before.
 void finishLine(PropertyList& list, LogicalLine& logical) {
     trimSpaces(logical.key);
     logDebugF(L"ZLNCH0023I:   attrib = \"%s\"", logical.key);
@@ -95,19 +95,15 @@ void finishLine(PropertyList& list, LogicalLine& logical) {
     logical.jvmOptionLine = jvmOptionLine;
 }
 
-// What could not be read is missing from the list, and nothing else would say why.
 void logFailedReading(const std::wstring& path) {
-    bool saved = false;
-    swapLogDebug(true, saved);
+    const ForcedLog forced;
     logDebugF(L"ZELLauncher> reading \"%s\" failed before its end", path);
-    setLogDebug(saved);
 }
 
 }  // namespace
 
 void loadPropertyFile(const std::wstring& path, PropertyList& list) {
-    TextStream file;
-    openFile(file, path, "r");
+    TextStream file = openFile(path, "r");
     if (file.stream == nullptr) {
         logFatalF("ZLNCH0096E: Unable to load %ls file!", path);
     }

@@ -6,9 +6,9 @@
 
 namespace zellauncher {
 
-// Reads a file of the property dialect and appends its entries, in file order, to the list. A file
-// that cannot be opened is the fatal ZLNCH0096E: callers that can live without it test first. A
-// reading that fails ends the file there, and a line in the log says so, debug flag or not.
+// Reads a file of the property dialect and appends its entries to the list in file order. A file that
+// cannot be opened is the fatal ZLNCH0096E, so callers test first if it may be missing. A failed read
+// ends the file there, with a log line that needs no debug flag.
 void loadPropertyFile(const std::wstring& path, PropertyList& list);
 
 }  // namespace zellauncher

@@ -12,21 +12,21 @@ namespace zellauncher {
 
 namespace {
 
-// Replacements in a row that do not move the scan to the left: the text expands to itself.
+// After this many replacements in a row at the same place or further right, the text expands to itself.
 constexpr int stuckLimit = 10;
-// Bounds that no honest list reaches; past them a text would never end or grow for ever. They hold for
-// all texts of one pass together, since a few words that name one another could fill the memory.
+// Bounds against texts that grow without end. They hold for all texts of one pass together, because a
+// few values that name each other could fill the memory.
 constexpr int detourLimit = 10000;
 constexpr std::size_t growthLimit = 4000000;
-// A debug line with more characters than this is dropped, so it is not worth being put together.
+// Longer debug lines are dropped, so they are not assembled at all.
 constexpr std::size_t debugTextLimit = 4000;
 
 constexpr std::wstring_view environmentPrefix = L"env.";
 constexpr std::wstring_view propertyPrefix = L"prop.";
 
-// What is left of the bounds to the texts of a pass.
+// What remains of the bounds in this pass.
 struct Allowance {
-    int detours = detourLimit;         // replacements that bring the scan no further to the left
+    int detours = detourLimit;         // replacements that do not move the scan to the left
     std::size_t growth = growthLimit;  // characters
 };
 
@@ -35,16 +35,14 @@ struct Directories {
     std::wstring home;
 };
 
-Directories withForwardSlashes(const std::wstring& dataDirectory, const std::wstring& homeDirectory) {
-    Directories directories{dataDirectory, homeDirectory};
-    toForwardSlashes(directories.data);
-    toForwardSlashes(directories.home);
-    return directories;
+Directories directoriesWithForwardSlashes(const std::wstring& dataDirectory,
+                                          const std::wstring& homeDirectory) {
+    return {withForwardSlashes(dataDirectory), withForwardSlashes(homeDirectory)};
 }
 
-// Replaces every occurrence, those too that a replacement makes together with what stands around it.
-// Only a brace of the text itself closes a token, so a directory that holds its own token is put in
-// once and no more.
+// Replaces every occurrence, also one that a replacement completes together with the text around it. Only
+// a brace of the original text closes a token, so a directory that contains its own token is inserted
+// once.
 bool replaceToken(std::wstring& text, std::wstring_view token, const std::wstring& directory) {
     if (text.find(token) == std::wstring::npos) {
         return false;
@@ -60,23 +58,18 @@ bool replaceToken(std::wstring& text, std::wstring_view token, const std::wstrin
     return true;
 }
 
-// A variable that is not set gives way to the text behind the first comma, if there is one.
-bool resolveEnvironment(const std::wstring& name, std::wstring& replacement) {
+// If the variable is not set, the text after the first comma replaces it.
+std::optional<std::wstring> resolveEnvironment(const std::wstring& name) {
     const std::size_t comma = name.find(L',');
     const std::wstring variable = name.substr(0, comma).substr(environmentPrefix.size());
-    if (getEnvironmentVariable(variable, replacement) != nullptr) {
-        return true;
+    if (std::optional<std::wstring> value = getEnvironmentVariable(variable)) {
+        return value;
     }
-    if (comma == std::wstring::npos) {
-        return false;
-    }
-    replacement = name.substr(comma + 1);
-    return true;
+    return comma == std::wstring::npos ? std::nullopt : std::optional(name.substr(comma + 1));
 }
 
-// A text while it is scanned: what the scan still looks at, with the one character behind its
-// position, and what lies further to the right, last character first. So a replacement moves nothing
-// but what it replaces, and a long text costs no more than its length.
+// A text during the scan. `ahead` is what the scan still looks at, including the character after its
+// position; `passed` is the rest, in reverse. A replacement moves nothing else, so the cost is linear.
 struct ScannedText {
     std::wstring ahead;
     std::wstring passed;
@@ -100,10 +93,9 @@ void passFrom(ScannedText& text, std::size_t index) {
 }
 
 // Returns the index of the replacement's last character.
-std::ptrdiff_t replaceAhead(ScannedText& text, std::size_t start, std::size_t length,
-                            const std::wstring& replacement) {
-    passFrom(text, start + length);
-    text.ahead.resize(start);
+std::ptrdiff_t replaceAhead(ScannedText& text, const Token& token, const std::wstring& replacement) {
+    passFrom(text, token.start + token.length);
+    text.ahead.resize(token.start);
     text.ahead += replacement;
     const std::ptrdiff_t last = static_cast<std::ptrdiff_t>(text.ahead.size()) - 1;
     if (!text.passed.empty()) {
@@ -113,7 +105,7 @@ std::ptrdiff_t replaceAhead(ScannedText& text, std::size_t start, std::size_t le
     return last;
 }
 
-// The text for the debug line, or nothing when that would be dropped.
+// The text for the debug line; nothing if the line would be dropped.
 std::optional<std::wstring> textForLog(const ScannedText& text) {
     if (!isLogDebug() || lengthOf(text) >= debugTextLimit) {
         return std::nullopt;
@@ -121,7 +113,6 @@ std::optional<std::wstring> textForLog(const ScannedText& text) {
     return wholeOf(text);
 }
 
-// How the scan gets on with moving to the left.
 struct Progress {
     std::ptrdiff_t lastStart = PTRDIFF_MAX;
     int stuck = 0;
@@ -134,8 +125,7 @@ bool isStuck(Progress& progress, std::ptrdiff_t start) {
     return progress.stuck == stuckLimit;
 }
 
-// Takes a replacement that brings the scan no further to the left from the allowance; false when that
-// is used up.
+// Charges a replacement that does not move the scan to the left. False once the allowance is used up.
 bool takeDetour(Progress& progress, std::ptrdiff_t start, Allowance& allowance) {
     if (start < progress.leftmost) {
         progress.leftmost = start;
@@ -144,23 +134,22 @@ bool takeDetour(Progress& progress, std::ptrdiff_t start, Allowance& allowance) 
     return --allowance.detours > 0;
 }
 
-// The scan itself. It goes from right to left, but looks at each replacement again.
+// Scans from right to left, but scans each replacement again.
 bool replaceTokens(ScannedText& text, const PropertyList& list, Allowance& allowance) {
     const std::size_t lengthLimit = lengthOf(text) + allowance.growth;
     std::ptrdiff_t position = static_cast<std::ptrdiff_t>(lengthOf(text)) - 1;
     Progress progress;
     bool isResolved = true;
     while (true) {
-        std::size_t length = 0;
-        std::wstring name;
-        const std::ptrdiff_t start = findLastToken(text.ahead, position, length, name);
-        if (start < 0) {
+        const std::optional<Token> token = findLastToken(text.ahead, position);
+        if (!token) {
             return isResolved;
         }
+        const auto start = static_cast<std::ptrdiff_t>(token->start);
         const std::optional<std::wstring> former = textForLog(text);
-        std::wstring replacement;
-        isResolved = resolveToken(name, replacement, list) && isResolved;
-        position = replaceAhead(text, static_cast<std::size_t>(start), length, replacement);
+        const Resolution resolution = resolveToken(token->name, list);
+        isResolved = resolution.isResolved && isResolved;
+        position = replaceAhead(text, *token, resolution.replacement);
         if (const std::optional<std::wstring> changed = textForLog(text); former && changed) {
             logDebugF(L"ZLNCH0071I: Modified prop_contents %s", *former + L" => " + *changed);
         }
@@ -173,12 +162,12 @@ bool replaceTokens(ScannedText& text, const PropertyList& list, Allowance& allow
         }
         if (!isResolved) {
             position = start - 1;
-            passFrom(text, static_cast<std::size_t>(start) + 1);
+            passFrom(text, token->start + 1);
         }
     }
 }
 
-// The scan on a text; what it gains is taken from the allowance.
+// Scans one text and charges its growth to the allowance.
 bool substituteWithin(std::wstring& text, const PropertyList& list, Allowance& allowance) {
     const std::size_t formerLength = text.size();
     ScannedText scanned{text, {}};
@@ -188,7 +177,6 @@ bool substituteWithin(std::wstring& text, const PropertyList& list, Allowance& a
     return isResolved;
 }
 
-// Both mechanisms on one value.
 void substituteValue(std::wstring& value, const Directories& directories, const PropertyList& list,
                      Allowance& allowance) {
     std::wstring text = value;
@@ -209,38 +197,36 @@ bool replaceLocationTokens(const std::wstring& dataDirectory, const std::wstring
     return hasHome || hasWorkspace || hasData;
 }
 
-std::ptrdiff_t findLastToken(const std::wstring& text, std::ptrdiff_t position, std::size_t& length,
-                             std::wstring& name) {
+std::optional<Token> findLastToken(const std::wstring& text, std::ptrdiff_t position) {
     if (text.size() < 2 || position < 0) {
-        return -1;
+        return std::nullopt;
     }
-    const std::size_t last = static_cast<std::size_t>(position);
-    const std::size_t begin = text.rfind(L"${", std::min(text.size() - 2, last));
-    if (begin == std::wstring::npos) {
-        return -1;
+    const auto last = static_cast<std::size_t>(position);
+    Token token;
+    token.start = text.rfind(L"${", std::min(text.size() - 2, last));
+    if (token.start == std::wstring::npos) {
+        return std::nullopt;
     }
-    std::size_t close = text.find(L'}', begin);
+    std::size_t close = text.find(L'}', token.start);
     if (close == std::wstring::npos || close > last) {
         close = last;
     }
-    length = close - begin + 1;
-    name = length >= 3 ? text.substr(begin + 2, length - 3) : std::wstring();
-    return static_cast<std::ptrdiff_t>(begin);
+    token.length = close - token.start + 1;
+    token.name = token.length >= 3 ? text.substr(token.start + 2, token.length - 3) : std::wstring();
+    return token;
 }
 
-bool resolveToken(const std::wstring& name, std::wstring& replacement, const PropertyList& list) {
+Resolution resolveToken(const std::wstring& name, const PropertyList& list) {
     if (name.starts_with(environmentPrefix)) {
-        if (resolveEnvironment(name, replacement)) {
-            return true;
+        if (const std::optional<std::wstring> value = resolveEnvironment(name)) {
+            return {*value, true};
         }
     } else if (name.starts_with(propertyPrefix)) {
         if (const std::wstring* value = lookupProperty(name.substr(propertyPrefix.size()), list)) {
-            replacement = *value;
-            return true;
+            return {*value, true};
         }
     }
-    replacement = L"${" + name + L"}";
-    return false;
+    return {L"${" + name + L"}", false};
 }
 
 bool substituteProperties(std::wstring& text, const PropertyList& list) {
@@ -250,7 +236,7 @@ bool substituteProperties(std::wstring& text, const PropertyList& list) {
 
 void substitutePropertyList(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
                             PropertyList& list) {
-    const Directories directories = withForwardSlashes(dataDirectory, homeDirectory);
+    const Directories directories = directoriesWithForwardSlashes(dataDirectory, homeDirectory);
     Allowance allowance;
     for (PropertyEntry& entry : list) {
         substituteValue(entry.value, directories, list, allowance);
@@ -259,7 +245,7 @@ void substitutePropertyList(const std::wstring& dataDirectory, const std::wstrin
 
 void substituteVmArguments(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
                            const PropertyList& list, VmargOverrides& overrides) {
-    const Directories directories = withForwardSlashes(dataDirectory, homeDirectory);
+    const Directories directories = directoriesWithForwardSlashes(dataDirectory, homeDirectory);
     Allowance allowance;
     for (auto& [key, value] : overrides) {
         substituteValue(value, directories, list, allowance);
@@ -268,7 +254,7 @@ void substituteVmArguments(const std::wstring& dataDirectory, const std::wstring
 
 void substituteArguments(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
                          Arguments& arguments) {
-    const Directories directories = withForwardSlashes(dataDirectory, homeDirectory);
+    const Directories directories = directoriesWithForwardSlashes(dataDirectory, homeDirectory);
     for (std::wstring& argument : arguments) {
         replaceLocationTokens(directories.data, directories.home, argument);
     }
@@ -281,7 +267,7 @@ void prefixJavaHomeEntries(std::wstring& text) {
     std::wstring result;
     std::size_t start = 0;
     do {
-        const std::size_t end = text.find(L';', start);  // the one behind the text at the latest
+        const std::size_t end = text.find(L';', start);
         const std::wstring entry = text.substr(start, end - start);
         if (entry.size() != 1) {
             if (entry.find(L"${prop.java.home}") == std::wstring::npos) {
@@ -292,8 +278,8 @@ void prefixJavaHomeEntries(std::wstring& text) {
                 result += L';';
             }
         }
-        // The step adds the absolute index to the former start, so from the third entry on it lands
-        // too far to the right. Installs are written with that in mind.
+        // Required oddity: adds the absolute index to the old start, so the third entry and later ones can
+        // be lost.
         start = start + 1 + end;
     } while (start < length);
     text = result;

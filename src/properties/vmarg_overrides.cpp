@@ -8,41 +8,40 @@ namespace zellauncher {
 
 namespace {
 
-bool isOverride(const std::wstring& word) {
-    return word.starts_with(L"vmarg.");
+bool isOverride(const std::wstring& text) {
+    return text.starts_with(L"vmarg.");
 }
 
-// The first insertion of a name wins.
-void insertWord(VmargOverrides& overrides, const std::wstring& word, const char* message) {
-    const std::size_t separator = word.find(L'=');
+// The first option of a name wins.
+void insertOverride(VmargOverrides& overrides, const std::wstring& argument, const char* message) {
+    const std::size_t separator = argument.find(L'=');
     if (separator == std::wstring::npos) {
         logFatal(message);
     }
-    overrides.emplace(word.substr(0, separator), word.substr(separator + 1));
+    overrides.emplace(argument.substr(0, separator), argument.substr(separator + 1));
 }
 
-void collectWords(VmargOverrides& overrides, const Arguments& words, Arguments& kept, const char* message) {
-    for (const std::wstring& word : words) {
-        if (isOverride(word)) {
-            insertWord(overrides, word, message);
+// Moves the overrides among the arguments into the map and returns the other arguments, in order.
+Arguments takeOverrides(VmargOverrides& overrides, const Arguments& arguments, const char* message) {
+    Arguments others;
+    for (const std::wstring& argument : arguments) {
+        if (isOverride(argument)) {
+            insertOverride(overrides, argument, message);
         } else {
-            kept.push_back(word);
+            others.push_back(argument);
         }
     }
+    return others;
 }
 
 }  // namespace
 
-void collectVmArguments(VmargOverrides& overrides, const Arguments& words, Arguments& kept) {
-    Arguments others;
-    collectWords(overrides, words, others, "ZLNCH0033E: zellauncher invoked with an invalid vmarg.");
-    kept = others;
+Arguments collectVmArguments(VmargOverrides& overrides, const Arguments& arguments) {
+    return takeOverrides(overrides, arguments, "ZLNCH0033E: zellauncher invoked with an invalid vmarg.");
 }
 
-void collectVmWords(VmargOverrides& overrides, Arguments& words) {
-    Arguments others;
-    collectWords(overrides, words, others, "ZLNCH0128E: zellauncher invoked with an invalid vmarg.");
-    words = others;
+void collectVmWords(VmargOverrides& overrides, Arguments& arguments) {
+    arguments = takeOverrides(overrides, arguments, "ZLNCH0128E: zellauncher invoked with an invalid vmarg.");
 }
 
 void collectVmProperties(VmargOverrides& overrides, PropertyList& list) {

@@ -6,19 +6,19 @@
 #include "properties/arguments.h"
 #include "properties/property_list.h"
 
-// Named JVM options, `vmarg.<name>=<option>`. The first source of a name shuts out all later ones,
-// so the order of the collecting calls is the precedence.
+// Named JVM options, `vmarg.<name>=<option>`. The first source of a name wins, so the order of the
+// collecting calls is the precedence.
 namespace zellauncher {
 
-// From the key with its prefix to a complete JVM option, which may be empty.
+// From the key, prefix included, to a complete JVM option, which may be empty.
 using VmargOverrides = std::map<std::wstring, std::wstring>;
 
-// Puts the overrides among the words into the map and the other words, in order, into `kept`
-// (emptied first). One without `=`: fatal ZLNCH0033E.
-void collectVmArguments(VmargOverrides& overrides, const Arguments& words, Arguments& kept);
+// Moves the overrides among the arguments into the map and returns the other arguments, in order. An
+// override without `=` is fatal (ZLNCH0033E).
+Arguments collectVmArguments(VmargOverrides& overrides, const Arguments& arguments);
 
-// The same in place. One without `=`: fatal ZLNCH0128E.
-void collectVmWords(VmargOverrides& overrides, Arguments& words);
+// The same in place; an override without `=` is the fatal ZLNCH0128E.
+void collectVmWords(VmargOverrides& overrides, Arguments& arguments);
 
 // Moves the entries with the prefix from the list into the map.
 void collectVmProperties(VmargOverrides& overrides, PropertyList& list);

@@ -1,12 +1,13 @@
 #include "provisioning/backup_and_reset.h"
 
-#include "configuration/locations.h"
+#include "configuration/install_files.h"
 #include "foundation/directory_removal.h"
 #include "foundation/file_operations.h"
-#include "foundation/file_tests.h"
+#include "foundation/file_queries.h"
 #include "foundation/file_transfer.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
+#include "foundation/user_files.h"
 #include "properties/property_list.h"
 #include "properties/property_reader.h"
 
@@ -14,15 +15,8 @@ namespace zellauncher {
 
 namespace {
 
-constexpr const wchar_t* updateDirectoryName = L"\\org.eclipse.update";
-
-std::wstring withBackslashes(std::wstring path) {
-    toBackslashes(path);
-    return path;
-}
-
 std::wstring updateDirectoryOf(const std::wstring& configDirectory) {
-    return withBackslashes(configDirectory + updateDirectoryName);
+    return withBackslashes(configDirectory + L"\\" + updateDirectoryName);
 }
 
 void copyOut(const std::wstring& dataDirectory, const std::wstring& configDirectory,
@@ -48,11 +42,11 @@ void makeUpdateDirectory(const std::wstring& configDirectory, const char* messag
     }
 }
 
-// The user's own file names what to reset; when it is gone, the installation's does.
+// The user's file, otherwise the template of the install.
 std::wstring resetPropertiesPath(const std::wstring& configDirectory, const std::wstring& baseLocation) {
-    std::wstring path = withBackslashes(configDirectory + L"\\zelinstall.properties");
+    std::wstring path = withBackslashes(configDirectory + L"\\" + installPropertiesName);
     if (!fileExists(path)) {
-        baseFilePath(path, baseLocation, L"zelinstall.properties");
+        path = baseFilePath(baseLocation, installPropertiesName);
     }
     if (!fileExists(path)) {
         logFatalF("ZLNCH0106E: Unable to locate %ls file.", path);
@@ -77,24 +71,24 @@ void removeResetDirectory(const std::wstring& directory) {
 }  // namespace
 
 void backupConfiguration(const std::wstring& dataDirectory, const std::wstring& configDirectory) {
-    copyOut(dataDirectory, configDirectory, L"platform.xml");
-    copyOut(dataDirectory, configDirectory, L"registry");
-    copyOut(dataDirectory, configDirectory, L"bookmarks.xml");
+    copyOut(dataDirectory, configDirectory, platformXmlName);
+    copyOut(dataDirectory, configDirectory, registryFileName);
+    copyOut(dataDirectory, configDirectory, bookmarksName);
     moveConfigurationAside(configDirectory);
     makeUpdateDirectory(configDirectory, "ZLNCH0044E: Unable to create %ls directory.");
-    moveBack(dataDirectory, configDirectory, L"registry");
-    moveBack(dataDirectory, configDirectory, L"bookmarks.xml");
+    moveBack(dataDirectory, configDirectory, registryFileName);
+    moveBack(dataDirectory, configDirectory, bookmarksName);
 }
 
 void resetConfiguration(const std::wstring& dataDirectory, const std::wstring& configDirectory,
                         const std::wstring& baseLocation) {
-    copyOut(dataDirectory, configDirectory, L"registry");
-    copyOut(dataDirectory, configDirectory, L"bookmarks.xml");
+    copyOut(dataDirectory, configDirectory, registryFileName);
+    copyOut(dataDirectory, configDirectory, bookmarksName);
     removeResetDirectories(dataDirectory, configDirectory, baseLocation);
     moveConfigurationAside(configDirectory);
     makeUpdateDirectory(configDirectory, "ZLNCH0045E: Unable to create %ls directory.");
-    moveBack(dataDirectory, configDirectory, L"registry");
-    moveBack(dataDirectory, configDirectory, L"bookmarks.xml");
+    moveBack(dataDirectory, configDirectory, registryFileName);
+    moveBack(dataDirectory, configDirectory, bookmarksName);
 }
 
 void removeResetDirectories(const std::wstring& dataDirectory, const std::wstring& configDirectory,

@@ -2,24 +2,24 @@
 
 #include <string>
 
-// Moving a user's configuration away so that the seeding makes it anew. The files `registry` and
-// `bookmarks.xml` of its update area survive, by way of `.old` copies in the workspace; one backup of
-// the configuration directory, its name followed by `bak`, stays. Paths may have any separators.
-// Nothing returns a result: a step succeeds or ends the process (transferPath's messages among them).
+// Moving a user's configuration away, so that it is seeded again. `registry` and `bookmarks.xml` of its
+// update directory survive through `.old` copies in the workspace. One backup of the configuration
+// directory stays, with `bak` after its name. Any separators. Every failure is fatal, also those of
+// transferPath.
 namespace zellauncher {
 
-// After a change of the install identity: keeps a copy of platform.xml as
-// `<dataDirectory>\platform.xml.old` as well. Fatal ZLNCH0044E.
+// For a changed install identity. Also keeps a copy of platform.xml as `<dataDirectory>\platform.xml.old`.
+// Fatal ZLNCH0044E.
 void backupConfiguration(const std::wstring& dataDirectory, const std::wstring& configDirectory);
 
-// On request, or when the user's properties are damaged beyond repair: removes the configured plug-in
-// directories of the workspace as well. Fatal ZLNCH0045E and those of removeResetDirectories.
+// For `-resetconfig`, and for user properties that cannot be repaired. Also removes the configured plug-in
+// directories of the workspace. Fatal ZLNCH0045E and those of removeResetDirectories.
 void resetConfiguration(const std::wstring& dataDirectory, const std::wstring& configDirectory,
                         const std::wstring& baseLocation);
 
 // Removes the directories below `<dataDirectory>\.metadata\.plugins` that the `resetDir.` keys of the
-// user's zelinstall.properties (else the installation's) name. Fatal ZLNCH0106E without such a file,
-// and ZLNCH0107E with the whole list of what resisted.
+// user's zelinstall.properties, otherwise of the template, name. Fatal: ZLNCH0106E without such a file,
+// ZLNCH0107E with a list of everything that could not be removed.
 void removeResetDirectories(const std::wstring& dataDirectory, const std::wstring& configDirectory,
                             const std::wstring& baseLocation);
 

@@ -2,14 +2,14 @@
 
 #include <string>
 
-#include "configuration/install_configuration.h"
+#include "configuration/initial_launch.h"
+#include "configuration/install_kind.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
 #include "instance/child_start.h"
 #include "instance/platform_lock.h"
-#include "javalaunch/command_assembly.h"
-#include "launch/launch_state.h"
-#include "platform/process.h"
+#include "javalaunch/launch_command.h"
+#include "platform/own_process.h"
 
 namespace zellauncher {
 
@@ -26,16 +26,11 @@ bool isProvisionedKind() {
            InstallConfiguration == InstallConfigurationKind::multiuser;
 }
 
-// The user's files hold another manifest version than the installation, or none.
+// The user's manifest version is missing or differs from the install's.
 bool isManifestNew(const PropertyList& zelInstallArray, const PropertyList& zelLauncherArray) {
     const std::wstring* provisioned = lookupProperty(L"provisioning.manifest.version", zelInstallArray);
     const std::wstring* shipped = lookupProperty(L"provisioning.manifest.version", zelLauncherArray);
     return provisioned == nullptr || shipped == nullptr || *provisioned != *shipped;
-}
-
-// Somebody who rolls the platform out prepares a user without starting anything.
-bool isPreparationOnly(const Arguments& effectiveArgs) {
-    return hasArgument(L"-zelLauncherWait", effectiveArgs) && hasArgument(L"-provManifest", effectiveArgs);
 }
 
 bool isProvisioningDue(const Arguments& effectiveArgs, const PropertyList& zelInstallArray,
@@ -50,7 +45,7 @@ bool isProvisioningDue(const Arguments& effectiveArgs, const PropertyList& zelIn
     return initialLaunch || isPreparationOnly(effectiveArgs);
 }
 
-// Provisioning must not fill the cache that the platform shares its classes through.
+// Provisioning must not fill the shared-class cache of the platform.
 void switchSharedClassesOff(VmargOverrides& overrides) {
     if (overrides.erase(L"vmarg.Dshare") == 0) {
         logDebug(
@@ -67,20 +62,21 @@ void switchSharedClassesOff(VmargOverrides& overrides) {
 
 }  // namespace
 
-void runProvisioningStage(const std::wstring& dataDirectory, const Arguments& effectiveArgs,
-                          const std::wstring& zelHome, const PropertyList& zelInstallArray,
-                          const PropertyList& zelLauncherArray, VmargOverrides& overrides) {
-    if (!isProvisioningDue(effectiveArgs, zelInstallArray, zelLauncherArray)) {
+bool isPreparationOnly(const Arguments& arguments) {
+    return hasArgument(L"-zelLauncherWait", arguments) && hasArgument(L"-provManifest", arguments);
+}
+
+void runProvisioningStage(const CommandInput& input) {
+    if (!isProvisioningDue(input.arguments, input.zelInstallArray, input.zelLauncherArray)) {
         return;
     }
-    switchSharedClassesOff(overrides);
+    switchSharedClassesOff(input.overrides);
     logDebug(
         "ZLNCH0076I: Detected platform initial launch or user initial launch. Executing platform "
         "provisioning.");
-    Arguments arguments = effectiveArgs;
-    PropertyList installProperties = zelInstallArray;
-    assembleCommand(dataDirectory, arguments, zelHome, installProperties, zelLauncherArray, overrides, true,
-                    !isPreparationOnly(effectiveArgs));
+    const CommandPurpose purpose =
+        isPreparationOnly(input.arguments) ? CommandPurpose::provisioning : CommandPurpose::userProvisioning;
+    assembleCommand(input, purpose);
     runProvisioningCommand();
     releasePlatformLock();
     platform::exitProcess(0);
@@ -88,10 +84,10 @@ void runProvisioningStage(const std::wstring& dataDirectory, const Arguments& ef
 
 void runProvisioningCommand() {
     const std::wstring command = upToNul(launchCommand);
-    bool saved = false;
-    swapLogDebug(true, saved);
-    logDebugF(L"ZLNCH0073I: Provisioning Command = '%s'", command);
-    setLogDebug(saved);
+    {
+        const ForcedLog forced;
+        logDebugF(L"ZLNCH0073I: Provisioning Command = '%s'", command);
+    }
     waitForChild(startChild(command, {}));
 }
 

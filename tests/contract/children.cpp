@@ -1,19 +1,23 @@
 #include "contract/children.h"
 
+#include <map>
 #include <vector>
 
 #include "contract/contract.h"
-#include "platform/child_processes.h"
 #include "platform/clock.h"
 #include "platform/console.h"
 #include "platform/environment.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
 
 namespace contract {
 
 namespace {
 
-// The cases use no characters beyond the narrow ones.
+using Arguments = std::vector<std::wstring>;
+
+constexpr std::uint32_t exitCodeOfTimeout = 0xDEAD;
+
+// Drops the upper half of each unit, because the tests use only ASCII here.
 std::string narrow(const std::wstring& text) {
     std::string bytes;
     for (const wchar_t unit : text) {
@@ -22,185 +26,195 @@ std::string narrow(const std::wstring& text) {
     return bytes;
 }
 
+// Polls for at most 30 seconds.
+void waitUntil(const std::function<bool()>& isDone) {
+    for (int i = 0; i < 3000 && !isDone(); ++i) {
+        platform::sleepMilliseconds(10);
+    }
+}
+
 void writeWithoutFlush(const std::wstring& path) {
     platform::writeStream(platform::openStream(path, "w"), "unflushed");
 }
 
-int holdLock(const std::vector<std::wstring>& words) {
-    platform::Stream* stream = platform::openStream(words.at(3), "r+");
+void waitForRelease(const std::wstring& readyFile, const std::wstring& releaseFile) {
+    write(readyFile, "");
+    waitForFile(releaseFile);
+}
+
+int exitLater(const Arguments& arguments) {
+    if (arguments.size() > 1) {
+        platform::sleepMilliseconds(static_cast<std::uint32_t>(std::stoul(arguments[1])));
+    }
+    return std::stoi(arguments.at(0));
+}
+
+int leaveUnflushed(const Arguments& arguments) {
+    writeWithoutFlush(arguments.at(1));
+    platform::exitProcess(std::stoi(arguments.at(0)));
+}
+
+int faultUnflushed(const Arguments& arguments) {
+    writeWithoutFlush(arguments.at(0));
+    platform::endWithAccessViolation();
+}
+
+int holdLock(const Arguments& arguments) {
+    platform::Stream* stream = platform::openStream(arguments.at(0), "r+");
     if (stream == nullptr || !platform::lockStream(stream, 10)) {
         return 1;
     }
-    write(words.at(4), "");
-    waitForFile(words.at(5));
+    waitForRelease(arguments.at(1), arguments.at(2));
     return 0;
 }
 
-int holdNamedSemaphore(const std::vector<std::wstring>& words) {
-    holdSemaphore(words.at(3));
-    write(words.at(4), "");
-    waitForFile(words.at(5));
+int holdNamedSemaphore(const Arguments& arguments) {
+    holdSemaphore(arguments.at(0));
+    waitForRelease(arguments.at(1), arguments.at(2));
     return 0;
 }
 
-int serveNamedPipe(const std::vector<std::wstring>& words) {
-    servePipe(words.at(3));
-    write(words.at(4), "");
-    waitForFile(words.at(5));
-    const auto count = static_cast<std::size_t>(std::stoi(words.at(6)));
-    const std::vector<std::string> texts = servedTexts(words.at(3), count);
+int serveNamedPipe(const Arguments& arguments) {
+    servePipe(arguments.at(0));
+    waitForRelease(arguments.at(1), arguments.at(2));
+    const auto count = static_cast<std::size_t>(std::stoi(arguments.at(3)));
+    const std::vector<std::string> texts = servedTexts(arguments.at(0), count);
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        write(words.at(5) + L"." + std::to_wstring(i + 1), texts[i]);
+        write(arguments.at(2) + L"." + std::to_wstring(i + 1), texts[i]);
     }
     return 0;
 }
 
-// A title takes a moment to reach the window.
-platform::Window findInTime(const std::wstring& title) {
+int useConsole(const Arguments& arguments) {
+    const std::wstring& title = arguments.at(0);
+    takeConsole();
+    platform::setConsoleTitle(title);
+    std::string results = narrow(platform::consoleTitle(4096));
+    // A title takes a moment to reach the window.
     for (int i = 0; i < 100 && platform::findWindow(title) == platform::Window::none; ++i) {
         platform::sleepMilliseconds(40);
     }
-    return platform::findWindow(title);
-}
-
-int useConsole(const std::vector<std::wstring>& words) {
-    const std::wstring& title = words.at(3);
-    takeConsole();
-    platform::setConsoleTitle(title);
-    std::string seen = narrow(platform::consoleTitle(4096));
-    const platform::Window window = findInTime(title);
-    seen += window != platform::Window::none ? " found" : " not found";
+    const platform::Window window = platform::findWindow(title);
+    results += window != platform::Window::none ? " found" : " not found";
     platform::hideWindow(window);
-    seen += platform::findWindow(title) == window ? " kept" : " lost";
+    results += platform::findWindow(title) == window ? " kept" : " lost";
     platform::setConsoleTitle(L"another");
     for (const std::size_t capacity : {std::size_t{4096}, std::size_t{4}}) {
-        seen += ' ';
-        seen += narrow(platform::consoleTitle(capacity));
+        results += ' ';
+        results += narrow(platform::consoleTitle(capacity));
     }
-    write(words.at(4), seen);
+    write(arguments.at(1), results);
     return 0;
 }
 
-int writeLate(const std::vector<std::wstring>& words) {
+int writeProcessId(const Arguments& arguments) {
+    write(arguments.at(0), std::to_string(platform::currentProcessId()));
+    return 0;
+}
+
+int startOrphan(const Arguments& arguments) {
+    startChild(L"late \"" + arguments.at(0) + L"\"");
+    return 0;
+}
+
+int writeLate(const Arguments& arguments) {
     platform::sleepMilliseconds(200);
-    write(words.at(3), "late");
+    write(arguments.at(0), "late");
     return 0;
 }
 
-int writeWords(const std::vector<std::wstring>& words) {
+int writeArguments(const Arguments& arguments) {
     std::string text;
-    for (std::size_t i = 4; i < words.size(); ++i) {
-        text += narrow(words[i]) + "\n";
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        text += narrow(arguments[i]) + "\n";
     }
-    write(words.at(3), text);
+    write(arguments.at(0), text);
+    return 0;
+}
+
+int writeVariable(const Arguments& arguments) {
+    write(arguments.at(1), narrow(platform::environmentValue(arguments.at(0)).value_or(L"(not set)")));
+    return 0;
+}
+
+int writeDirectory(const Arguments& arguments) {
+    write(arguments.at(0), narrow(platform::fullPathName(L".", 1000).value_or(L"(none)")));
     return 0;
 }
 
 }  // namespace
 
-std::wstring childProgram() {
-    const std::wstring command = childCommand(0, 0);
-    return command.substr(0, command.find(L'"', 1) + 1);
+std::wstring childCommand(const std::wstring& arguments) {
+    return childProgram() + L" --child " + arguments;
 }
 
-platform::Handle startChild(const std::wstring& words) {
-    platform::ChildProcess child;
-    EXPECT_TRUE(platform::createProcess(childProgram() + L" --as " + words, {}, child))
-        << platform::lastError();
-    platform::closeHandle(child.thread);
-    return child.process;
+platform::ChildProcess startChild(const std::wstring& arguments) {
+    const std::optional<platform::ChildProcess> child = platform::createProcess(childCommand(arguments), {});
+    EXPECT_TRUE(child) << platform::lastError();
+    if (!child) {
+        return {};
+    }
+    platform::closeHandle(child->thread);
+    return *child;
 }
 
 bool waitForEnd(platform::Handle process) {
-    for (int i = 0; i < 3000 && !platform::hasProcessEnded(process); ++i) {
-        platform::sleepMilliseconds(10);
-    }
+    waitUntil([&] { return platform::hasProcessEnded(process); });
     return platform::hasProcessEnded(process);
 }
 
-std::uint32_t endOf(platform::Handle process) {
+std::uint32_t waitForExitCode(platform::Handle process) {
     if (!waitForEnd(process)) {
-        return 0xDEAD;
+        return exitCodeOfTimeout;
     }
-    const std::uint32_t code = platform::processExitCode(process).value_or(0xDEAD);
+    const std::uint32_t code = platform::processExitCode(process).value_or(exitCodeOfTimeout);
     platform::closeHandle(process);
     return code;
 }
 
+std::uint32_t runChild(const std::wstring& arguments) {
+    return waitForExitCode(startChild(arguments).process);
+}
+
 void waitForFile(const std::wstring& path) {
-    for (int i = 0; i < 3000 && !platform::fileAttributes(path); ++i) {
-        platform::sleepMilliseconds(10);
-    }
+    waitUntil([&] { return platform::fileAttributes(path).has_value(); });
 }
 
 Holder startHolder(const std::wstring& scratch, const std::wstring& kind, const std::wstring& what,
-                   int count) {
-    const auto quoted = [](const std::wstring& word) { return L" \"" + word + L"\""; };
+                   int clients) {
     Holder holder;
-    for (int i = 1; holder.go.empty() || platform::fileAttributes(holder.go + L".ready"); ++i) {
-        holder.go = scratch + L"\\go-" + std::to_wstring(i);
+    std::wstring readyFile;
+    for (int i = 1; readyFile.empty() || platform::fileAttributes(readyFile); ++i) {
+        holder.releaseFile = scratch + L"\\release-" + std::to_wstring(i);
+        readyFile = holder.releaseFile + L".ready";
     }
-    const std::wstring ready = holder.go + L".ready";
-    holder.process =
-        startChild(kind + quoted(what) + quoted(ready) + quoted(holder.go) + L" " + std::to_wstring(count));
-    waitForFile(ready);
+    std::wstring arguments = kind;
+    for (const std::wstring& argument : {what, readyFile, holder.releaseFile, std::to_wstring(clients)}) {
+        arguments += L" \"" + argument + L"\"";
+    }
+    holder.process = startChild(arguments).process;
+    waitForFile(readyFile);
     return holder;
 }
 
-void letGo(const Holder& holder) {
-    write(holder.go, "");
-    EXPECT_EQ(endOf(holder.process), 0U);
+void release(const Holder& holder) {
+    write(holder.releaseFile, "");
+    EXPECT_EQ(waitForExitCode(holder.process), 0U);
 }
 
-int runChildAs() {
-    const std::vector<std::wstring> words = platform::commandLineArguments();
-    const std::wstring& kind = words.at(2);
-    if (kind == L"exit") {
-        return std::stoi(words.at(3));
-    }
-    if (kind == L"leave") {
-        writeWithoutFlush(words.at(4));
-        platform::exitProcess(std::stoi(words.at(3)));
-    }
-    if (kind == L"fault") {
-        writeWithoutFlush(words.at(3));
-        platform::endWithAccessViolation();
-    }
-    if (kind == L"lock") {
-        return holdLock(words);
-    }
-    if (kind == L"semaphore") {
-        return holdNamedSemaphore(words);
-    }
-    if (kind == L"pipe") {
-        return serveNamedPipe(words);
-    }
-    if (kind == L"console") {
-        return useConsole(words);
-    }
-    if (kind == L"number") {
-        write(words.at(3), std::to_string(platform::currentProcessId()));
-        return 0;
-    }
-    if (kind == L"orphan") {
-        startChild(L"late \"" + words.at(3) + L"\"");
-        return 0;
-    }
-    if (kind == L"late") {
-        return writeLate(words);
-    }
-    if (kind == L"words") {
-        return writeWords(words);
-    }
-    if (kind == L"variable") {
-        write(words.at(4), narrow(platform::environmentValue(words.at(3)).value_or(L"(not set)")));
-        return 0;
-    }
-    if (kind == L"where") {
-        write(words.at(3), narrow(platform::fullPathName(L".", 1000).value_or(L"(none)")));
-        return 0;
-    }
-    return 99;
+int runAsChild() {
+    static const std::map<std::wstring, int (*)(const Arguments&)> kinds = {
+        {L"exit", exitLater},           {L"leave", leaveUnflushed},
+        {L"fault", faultUnflushed},     {L"lock", holdLock},
+        {L"pipe", serveNamedPipe},      {L"semaphore", holdNamedSemaphore},
+        {L"console", useConsole},       {L"id", writeProcessId},
+        {L"orphan", startOrphan},       {L"late", writeLate},
+        {L"variable", writeVariable},   {L"arguments", writeArguments},
+        {L"directory", writeDirectory},
+    };
+    const Arguments all = platform::commandLineArguments();
+    const auto kind = kinds.find(all.at(2));
+    return kind != kinds.end() ? kind->second({all.begin() + 3, all.end()}) : 99;
 }
 
 }  // namespace contract

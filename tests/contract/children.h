@@ -3,52 +3,61 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/child_processes.h"
 #include "platform/handles.h"
 
-// Children that do more than end: what a process inherits, and what is left of it.
+// Child processes of the tests: further instances of the test program.
 namespace contract {
 
-// Starts a child with these words; a failure to start is a failure of the test.
+// The command line of a child with these arguments:
 //
-//   exit STATUS                ends with this status
-//   leave STATUS FILE          writes to FILE without a flush and ends the normal way
-//   fault FILE                 writes to FILE without a flush and ends with an access violation
-//   lock FILE READY GO         takes a lock on FILE, makes READY, and ends when GO is there, the lock not
-//                              given back
-//   semaphore NAME READY GO    holds a semaphore in the same way
-//   pipe NAME READY GO COUNT   serves a pipe in the same way; the texts of COUNT clients are in GO.1, ...
-//   console TITLE FILE         takes a console of its own with TITLE; whether its window is found by it and
-//                              kept once hidden is in FILE, and its next title, whole and cut
-//   number FILE                writes its process number to FILE
-//   orphan FILE                starts a child that writes to FILE a little later, and ends at once
-//   late FILE                  writes to FILE a little later
-//   words FILE ...             writes its further words to FILE, one a line
-//   variable NAME FILE         writes the variable's value to FILE
-//   where FILE                 writes its current directory to FILE
-platform::Handle startChild(const std::wstring& words);
+//   exit STATUS [MILLISECONDS]      ends with this exit code, after the delay if there is one
+//   leave STATUS FILE               writes to FILE without flushing it and ends normally
+//   fault FILE                      writes to FILE without flushing it and ends with an access violation
+//   lock FILE READY RELEASE         locks FILE, creates READY, waits for RELEASE and ends without unlocking
+//   semaphore NAME READY RELEASE    does the same with a semaphore
+//   pipe NAME READY RELEASE COUNT   does the same with a pipe, and then writes what COUNT clients sent to
+//                                   RELEASE.1, RELEASE.2, ...
+//   console TITLE FILE              sets the title of a console of its own, finds its window, hides and finds
+//                                   it again, sets the title "another", and writes the results and titles to
+//                                   FILE
+//   id FILE                         writes its process id to FILE
+//   orphan FILE                     starts a child `late FILE` and ends at once
+//   late FILE                       writes to FILE after a moment
+//   arguments FILE ...              writes its further arguments to FILE, one per line
+//   variable NAME FILE              writes the variable's value to FILE
+//   directory FILE                  writes its current directory to FILE
+std::wstring childCommand(const std::wstring& arguments);
 
-// The program of such a child, quoted: the head of its command line, `--as` behind it.
-std::wstring childProgram();
+// Starts a child with these arguments, which fails the test if it is not possible. The thread handle is
+// closed already.
+platform::ChildProcess startChild(const std::wstring& arguments);
 
-// Waits for its end, at most half a minute; whether it has ended.
+// Waits until the process ends, for at most 30 seconds. False if it still runs.
 bool waitForEnd(platform::Handle process);
 
-// Waits for its end, gives its exit code, and closes the handle; 0xDEAD when it takes half a minute.
-std::uint32_t endOf(platform::Handle process);
+// Waits for the end, closes the handle and returns the exit code; 0xDEAD if the process still runs.
+std::uint32_t waitForExitCode(platform::Handle process);
 
+// startChild and waitForExitCode in one.
+std::uint32_t runChild(const std::wstring& arguments);
+
+// Waits until the file exists, for at most 30 seconds.
 void waitForFile(const std::wstring& path);
 
-// A child that holds something until it is let go: `lock`, `semaphore` or `pipe` as above, begun when it
-// has what it is to hold.
+// A child `lock`, `semaphore` or `pipe`, until it is released.
 struct Holder {
     platform::Handle process = platform::Handle::none;
-    std::wstring go;
+    std::wstring releaseFile;
 };
-Holder startHolder(const std::wstring& scratch, const std::wstring& kind, const std::wstring& what,
-                   int count = 0);
-void letGo(const Holder& holder);
 
-// What the program does as such a child: its words are its path, `--as`, and the above.
-int runChildAs();
+// Returns once the child holds `what`. `clients` is the COUNT of a pipe.
+Holder startHolder(const std::wstring& scratch, const std::wstring& kind, const std::wstring& what,
+                   int clients = 0);
+// Returns once the child has ended.
+void release(const Holder& holder);
+
+// The main program of a child. The first argument of its command line is `--child`.
+int runAsChild();
 
 }  // namespace contract

@@ -2,18 +2,24 @@
 
 #include "contract/contract.h"
 
+namespace contract {
 namespace {
 
 using namespace platform;
 
-class Clock : public contract::Contract {};
+class Clock : public Contract {};
 
-TEST_F(Clock, TimeGoesForward) {
+TEST_F(Clock, SleepAdvancesTheTickCount) {
     onMachine([&] {
         const std::uint32_t before = tickCount();
         sleepMilliseconds(50);
-        EXPECT_GE(tickCount() - before, 30U);  // a tick may take 16 milliseconds
+        EXPECT_GE(tickCount() - before, 30U);  // the tick count has a resolution of 16 milliseconds
         EXPECT_LT(tickCount() - before, 60000U);
+    });
+}
+
+TEST_F(Clock, LocalTimeFieldsAreInRange) {
+    onMachine([&] {
         const LocalTime now = localTime();
         EXPECT_GE(now.year, 2020);
         EXPECT_TRUE(now.month >= 1 && now.month <= 12 && now.day >= 1 && now.day <= 31);
@@ -22,7 +28,7 @@ TEST_F(Clock, TimeGoesForward) {
     });
 }
 
-TEST_F(Clock, LocalTimeDoesNotGoBackOverASleep) {
+TEST_F(Clock, SleepAdvancesLocalTime) {
     onMachine([&] {
         const auto ordered = [](const LocalTime& time) {
             return ((((time.year * 13LL + time.month) * 32 + time.day) * 24 + time.hour) * 60 + time.minute) *
@@ -35,7 +41,7 @@ TEST_F(Clock, LocalTimeDoesNotGoBackOverASleep) {
     });
 }
 
-TEST_F(Clock, NotWaitingTakesNoTime) {
+TEST_F(Clock, SleepOfZeroTakesNoTime) {
     onMachine([&] {
         const std::uint32_t before = tickCount();
         for (int i = 0; i < 10; ++i) {
@@ -46,3 +52,4 @@ TEST_F(Clock, NotWaitingTakesNoTime) {
 }
 
 }  // namespace
+}  // namespace contract

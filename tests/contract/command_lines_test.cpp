@@ -1,74 +1,64 @@
 #include "contract/children.h"
 #include "contract/contract.h"
 #include "platform/child_processes.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
 
+namespace contract {
 namespace {
 
-using contract::endOf;
-using contract::read;
-using contract::startChild;
 using namespace platform;
 
-// How a command line falls into the words of a program.
-class CommandLines : public contract::Contract {
-protected:
-    // The words that a child gets from this end of a command line, one a line.
-    std::string wordsFrom(const std::wstring& tail) const {
-        EXPECT_EQ(endOf(startChild(L"words" + quoted(L"words") + L" " + tail)), 0U);
-        return read(in(L"words"));
-    }
+class CommandLines : public Contract {};
+
+TEST_F(CommandLines, ProgramIsTheFirstArgument) {
+    onMachine([&] {
+        const std::vector<std::wstring> arguments = commandLineArguments();
+        ASSERT_FALSE(arguments.empty());
+        EXPECT_TRUE(arguments[0].ends_with(L"contract.exe"));
+    });
+}
+
+TEST_F(CommandLines, CommandHasAtMost32766Characters) {
+    onMachine([&] {
+        const std::wstring command = childCommand(L"exit 0 ");
+        EXPECT_FAILS(createProcess(command + std::wstring(32767 - command.size(), L' '), {}),
+                     errorFileNameTooLong);
+        EXPECT_TRUE(createProcess(command + std::wstring(32766 - command.size(), L' '), {})) << lastError();
+    });
+}
+
+struct Splitting {
+    const char* name;
+    const wchar_t* commandLine;  // the part after the program
+    const char* arguments;       // each with a line feed after it
 };
 
-TEST_F(CommandLines, TheProgramIsTheFirstWord) {
+void PrintTo(const Splitting& splitting, std::ostream* stream) {
+    *stream << splitting.name;
+}
+
+class CommandLineSplitting : public Contract, public testing::WithParamInterface<Splitting> {};
+
+TEST_P(CommandLineSplitting, ChildGetsTheArguments) {
     onMachine([&] {
-        const std::vector<std::wstring> words = commandLineArguments();
-        ASSERT_FALSE(words.empty());
-        EXPECT_TRUE(words[0].ends_with(L"contract.exe"));
+        EXPECT_EQ(runChild(L"arguments" + quoted(L"f") + L" " + GetParam().commandLine), 0U);
+        EXPECT_EQ(read(in(L"f")), GetParam().arguments);
     });
 }
 
-TEST_F(CommandLines, BlanksAndTabsBetweenWordsCountOnce) {
-    onMachine([&] { EXPECT_EQ(wordsFrom(L"  a \t b   "), "a\nb\n"); });
-}
-
-TEST_F(CommandLines, NoOtherWhiteSpaceSeparatesWords) {
-    onMachine([&] { EXPECT_EQ(wordsFrom(L"a\rb\fc\vd"), "a\rb\fc\vd\n"); });
-}
-
-TEST_F(CommandLines, QuotesHoldAWordTogether) {
-    onMachine([&] { EXPECT_EQ(wordsFrom(L"a \"b c\" d\"e f\"g \"\" h"), "a\nb c\nde fg\n\nh\n"); });
-}
-
-TEST_F(CommandLines, TwoQuotesWithinAWordAreOneAndEndTheQuoting) {
-    onMachine([&] { EXPECT_EQ(wordsFrom(L"\"a\"\"b c\" d"), "a\"b\nc d\n"); });
-}
-
-TEST_F(CommandLines, AQuoteThatIsNeverClosedEndsWithTheLine) {
-    onMachine([&] { EXPECT_EQ(wordsFrom(L"a \"b c"), "a\nb c\n"); });
-}
-
-TEST_F(CommandLines, BackslashesCountAsThemselvesAwayFromQuotes) {
-    onMachine([&] { EXPECT_EQ(wordsFrom(L"C:\\a\\\\b c\\ \"d\\e\""), "C:\\a\\\\b\nc\\\nd\\e\n"); });
-}
-
-TEST_F(CommandLines, ABackslashMakesAQuoteACharacter) {
-    onMachine([&] { EXPECT_EQ(wordsFrom(L"a\\\"b \"c \\\" d\""), "a\"b\nc \" d\n"); });
-}
-
-TEST_F(CommandLines, TwoBackslashesBeforeAQuoteAreOne) {
-    onMachine([&] { EXPECT_EQ(wordsFrom(L"\"a b\\\\\" c \\\\\\\"d"), "a b\\\nc\n\\\"d\n"); });
-}
-
-TEST_F(CommandLines, ACommandHasAtMost32766Characters) {
-    onMachine([&] {
-        const std::wstring command = contract::childCommand(0, 0) + L" ";
-        ChildProcess child;
-        EXPECT_FAILS(createProcess(command + std::wstring(32767 - command.size(), L' '), {}, child),
-                     errorFileNameTooLong);
-        EXPECT_TRUE(createProcess(command + std::wstring(32766 - command.size(), L' '), {}, child))
-            << lastError();
-    });
-}
+INSTANTIATE_TEST_SUITE_P(
+    Contract, CommandLineSplitting,
+    testing::Values(
+        Splitting{"BlanksAndTabsSeparateArguments", L"  a \t b   ", "a\nb\n"},
+        Splitting{"OtherWhiteSpaceDoesNotSeparateArguments", L"a\rb\fc\vd", "a\rb\fc\vd\n"},
+        Splitting{"QuotesKeepAnArgumentTogether", L"a \"b c\" d\"e f\"g \"\" h", "a\nb c\nde fg\n\nh\n"},
+        Splitting{"DoubledQuoteIsAQuoteAndEndsQuoting", L"\"a\"\"b c\" d", "a\"b\nc d\n"},
+        Splitting{"UnclosedQuoteEndsWithTheLine", L"a \"b c", "a\nb c\n"},
+        Splitting{"BackslashIsLiteralUnlessAQuoteFollows", L"C:\\a\\\\b c\\ \"d\\e\"",
+                  "C:\\a\\\\b\nc\\\nd\\e\n"},
+        Splitting{"BackslashMakesAQuoteLiteral", L"a\\\"b \"c \\\" d\"", "a\"b\nc \" d\n"},
+        Splitting{"TwoBackslashesBeforeAQuoteAreOne", L"\"a b\\\\\" c \\\\\\\"d", "a b\\\nc\n\\\"d\n"}),
+    [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace
+}  // namespace contract

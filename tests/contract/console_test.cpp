@@ -3,17 +3,14 @@
 #include "contract/children.h"
 #include "contract/contract.h"
 
+namespace contract {
 namespace {
 
-using contract::endOf;
-using contract::isWine;
-using contract::read;
-using contract::startChild;
 using namespace platform;
 
-class Console : public contract::Contract {};
+class Console : public Contract {};
 
-TEST_F(Console, ATitleOfAConsoleIsCutToItsRoom) {
+TEST_F(Console, TitleIsCutToTheCapacity) {
     onMachine([&] {
         const std::wstring title = consoleTitle(4096);
         EXPECT_EQ(consoleTitle(title.size() + 1), title);
@@ -21,17 +18,17 @@ TEST_F(Console, ATitleOfAConsoleIsCutToItsRoom) {
     });
 }
 
-TEST_F(Console, AConsoleIsFoundByItsTitleAndStaysWhenItIsHidden) {
+TEST_F(Console, WindowIsFoundByItsTitleEvenWhenHidden) {
     onMachine([&] {
         if (isWine()) {
-            return;  // Wine gives no console where it has no display
+            return;  // without a display Wine has no console window
         }
-        EXPECT_EQ(endOf(startChild(L"console zl-contract-title" + quoted(L"f"))), 0U);
+        EXPECT_EQ(runChild(L"console zl-contract-title" + quoted(L"f")), 0U);
         EXPECT_EQ(read(in(L"f")), "zl-contract-title found kept another ano");
     });
 }
 
-TEST_F(Console, WithoutAConsoleNothingFails) {
+TEST_F(Console, MissingWindowIsNoFailure) {
     onMachine([&] {
         const std::wstring title = consoleTitle(4096);
         setConsoleTitle(title);
@@ -41,3 +38,4 @@ TEST_F(Console, WithoutAConsoleNothingFails) {
 }
 
 }  // namespace
+}  // namespace contract

@@ -15,44 +15,42 @@ std::string read(const std::wstring& path) {
         return "(absent)";
     }
     std::string content;
-    char buffer[512];
-    for (std::size_t count = platform::readStream(stream, buffer, sizeof(buffer)); count > 0;
-         count = platform::readStream(stream, buffer, sizeof(buffer))) {
-        content.append(buffer, count);
+    for (std::string part = readUpTo(stream, 512); !part.empty(); part = readUpTo(stream, 512)) {
+        content += part;
     }
     platform::closeStream(stream);
     return content;
 }
 
-std::string take(platform::Stream* stream, std::size_t count) {
+std::string readUpTo(platform::Stream* stream, std::size_t count) {
     std::string buffer(count, '\0');
-    buffer.resize(platform::readStream(stream, buffer.data(), count));
+    buffer.resize(platform::readStream(stream, buffer.data(), count).count);
     return buffer;
 }
 
-void makeWith(const std::wstring& path, std::uint32_t attributes) {
+void makeFileWith(const std::wstring& path, std::uint32_t attributes) {
     const platform::Handle file = platform::createFile(path, platform::accessRead | platform::accessWrite, 0,
                                                        platform::openFileAlways, attributes);
     EXPECT_NE(file, platform::Handle::none) << platform::lastError();
     platform::closeHandle(file);
 }
 
-std::uint32_t attributesOf(const std::wstring& path) {
-    return platform::fileAttributes(path).value_or(0);
+bool hasAttribute(const std::wstring& path, std::uint32_t attribute) {
+    return (platform::fileAttributes(path).value_or(0) & attribute) != 0;
 }
 
-std::vector<std::wstring> found(const std::wstring& pattern) {
+std::vector<std::wstring> namesMatching(const std::wstring& pattern) {
     std::vector<std::wstring> names;
-    platform::FindEntry entry;
-    const platform::FindHandle handle = platform::findFirst(pattern, entry);
-    if (handle == platform::FindHandle::none) {
+    const platform::FirstMatch first = platform::findFirst(pattern);
+    if (first.handle == platform::FindHandle::none) {
         return names;
     }
-    do {
-        names.push_back(entry.name);
-    } while (platform::findNext(handle, entry));
+    names.push_back(first.entry.name);
+    while (const auto entry = platform::findNext(first.handle)) {
+        names.push_back(entry->name);
+    }
     EXPECT_EQ(platform::lastError(), platform::errorNoMoreFiles);
-    platform::findClose(handle);
+    platform::findClose(first.handle);
     return names;
 }
 

@@ -5,38 +5,40 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "platform/errors.h"
 #include "platform/files.h"
 #include "platform/streams.h"
+#include "platform/users.h"
 
-// What the launcher believes about the machine below the seam. The same cases run natively against
-// the machine in memory and against Windows, so what the one promises is what the other does.
+// Contract tests of the system interface in src/platform. The same tests run natively against the
+// simulated machine and against Windows, so that both implementations keep the same promises.
 namespace contract {
 
-// True where the system is Wine, which differs from Windows in a few places; a case that meets one
-// says so and asks for the Windows answer elsewhere alone.
+// True under Wine, which differs from Windows in a few places. A test that meets a difference names it
+// and expects the behaviour of Windows only elsewhere.
 bool isWine();
 
-// A command line whose program ends with this code after so many milliseconds.
-std::wstring childCommand(std::uint32_t code, std::uint32_t milliseconds);
+// The test program as the first argument of a command line, quoted.
+std::wstring childProgram();
 
-// A key of the user's registry that is there, empty, for the cases alone.
+// A key of the user's registry for the tests, empty at the start of each.
 inline constexpr const wchar_t* registryScratch = L"Software\\zl-contract";
 
-// Runs the body as a process of the machine, with an empty directory of its own: full path,
-// backslashes, no trailing one.
+// Runs the body as a process of the simulated machine, or directly on Windows. `scratch` is the full
+// path of an empty directory, without a backslash at the end.
 void runOnMachine(const std::function<void(const std::wstring& scratch)>& body);
 
-// What a child of the suite does in the place of a platform, until its process ends: it holds a semaphore
-// that everybody may open, or serves a pipe, one client after the other.
+// For child processes: holds a semaphore that any process may open, until the process ends.
 void holdSemaphore(const std::wstring& name);
+// Serves a pipe, one client after the other, until the process ends.
 void servePipe(const std::wstring& name);
-// Gives a child of the suite a console window of its own.
-void takeConsole();
-// What the first `count` clients of a pipe of this process have written, once they have gone.
+// What the first `count` clients of this process's pipe wrote, once they have closed it.
 std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count);
+// Gives the process a console window of its own.
+void takeConsole();
 
 class Contract : public ::testing::Test {
 protected:
@@ -49,27 +51,49 @@ protected:
         });
     }
     std::wstring in(const std::wstring& name) const { return scratch + L"\\" + name; }
-    // The same as a further word of a command line.
+    // The same, quoted, as a further argument of a command line.
     std::wstring quoted(const std::wstring& name) const { return L" \"" + in(name) + L"\""; }
 };
 
-// Through the seam alone.
+// The form of a full path that goes to the file system unchanged.
+inline std::wstring longForm(const std::wstring& path) {
+    return L"\\\\?\\" + path;
+}
+
+// Replaces the content of a file.
 void write(const std::wstring& path, const std::string& content);
-std::string read(const std::wstring& path);  // "(absent)" when it cannot be opened
-// What one reading of so many bytes gives.
-std::string take(platform::Stream* stream, std::size_t count);
+// The content of a file; "(absent)" if it cannot be opened.
+std::string read(const std::wstring& path);
+// Reads once, up to `count` bytes.
+std::string readUpTo(platform::Stream* stream, std::size_t count);
 
-// Makes a file that has these attributes.
-void makeWith(const std::wstring& path, std::uint32_t attributes);
-std::uint32_t attributesOf(const std::wstring& path);  // none when nothing is there
-// Names that fit the pattern, in the order of the walk.
-std::vector<std::wstring> found(const std::wstring& pattern);
+void makeFileWith(const std::wstring& path, std::uint32_t attributes);
+// False also if nothing has this path.
+bool hasAttribute(const std::wstring& path, std::uint32_t attribute);
+// Names that match the pattern, in the order of the search.
+std::vector<std::wstring> namesMatching(const std::wstring& pattern);
 
-// Asserts a failure and its reason.
-#define EXPECT_FAILS(operation, error)             \
-    do {                                           \
-        EXPECT_FALSE(operation);                   \
-        EXPECT_EQ(platform::lastError(), (error)); \
+// Whether the result of an operation says that it failed.
+template <typename Result>
+bool isFailure(const Result& result) {
+    if constexpr (std::is_enum_v<Result>) {
+        return result == Result::none;
+    } else if constexpr (std::is_same_v<Result, platform::FirstMatch>) {
+        return result.handle == platform::FindHandle::none;
+    } else if constexpr (std::is_same_v<Result, platform::ReadResult>) {
+        return result.hasFailed;
+    } else if constexpr (std::is_same_v<Result, platform::LocalGroups>) {
+        return !result.hasSucceeded;
+    } else {
+        return !result;
+    }
+}
+
+// Expects that the operation fails with this error code.
+#define EXPECT_FAILS(operation, error)                 \
+    do {                                               \
+        EXPECT_TRUE(contract::isFailure((operation))); \
+        EXPECT_EQ(platform::lastError(), (error));     \
     } while (false)
 
 }  // namespace contract

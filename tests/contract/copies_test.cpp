@@ -1,103 +1,102 @@
 #include "contract/contract.h"
 
+namespace contract {
 namespace {
 
-using contract::attributesOf;
-using contract::isWine;
-using contract::makeWith;
-using contract::read;
-using contract::write;
 using namespace platform;
 
-class Copies : public contract::Contract {};
+class Copies : public Contract {};
 
-TEST_F(Copies, ACopyKeepsTheContentAndLeavesATarget) {
+TEST_F(Copies, ExistingTargetIsReplacedOnlyOnRequest) {
     onMachine([&] {
         write(in(L"a"), "text");
-        EXPECT_TRUE(copyFile(in(L"a"), in(L"b"), true));
+        EXPECT_TRUE(copyFile(in(L"a"), in(L"b"), ExistingTarget::isFailure));
         EXPECT_EQ(read(in(L"b")), "text");
         write(in(L"a"), "other");
-        EXPECT_FAILS(copyFile(in(L"a"), in(L"b"), true), errorFileExists);
+        EXPECT_FAILS(copyFile(in(L"a"), in(L"b"), ExistingTarget::isFailure), errorFileExists);
         EXPECT_EQ(read(in(L"b")), "text");
-        EXPECT_TRUE(copyFile(in(L"a"), in(L"b"), false));
+        EXPECT_TRUE(copyFile(in(L"a"), in(L"b"), ExistingTarget::isReplaced));
         EXPECT_EQ(read(in(L"b")), "other");
     });
 }
 
-TEST_F(Copies, ACopyKeepsTheAttributes) {
+TEST_F(Copies, CopyKeepsTheAttributes) {
     onMachine([&] {
-        makeWith(in(L"f"), attributeReadOnly);
-        EXPECT_TRUE(copyFile(in(L"f"), in(L"g"), true));
-        EXPECT_NE(attributesOf(in(L"g")) & attributeReadOnly, 0U);
+        makeFileWith(in(L"f"), attributeReadOnly);
+        EXPECT_TRUE(copyFile(in(L"f"), in(L"g"), ExistingTarget::isFailure));
+        EXPECT_TRUE(hasAttribute(in(L"g"), attributeReadOnly));
     });
 }
 
-TEST_F(Copies, ACopyNeedsASourceFileAndADirectory) {
+TEST_F(Copies, CopyNeedsASourceFileAndATargetDirectory) {
     onMachine([&] {
-        EXPECT_FAILS(copyFile(in(L"gone"), in(L"b"), true), errorFileNotFound);
+        EXPECT_FAILS(copyFile(in(L"gone"), in(L"b"), ExistingTarget::isFailure), errorFileNotFound);
         write(in(L"a"), "x");
-        EXPECT_FAILS(copyFile(in(L"a"), in(L"gone\\b"), true), errorPathNotFound);
+        EXPECT_FAILS(copyFile(in(L"a"), in(L"gone\\b"), ExistingTarget::isFailure), errorPathNotFound);
         EXPECT_TRUE(createDirectory(in(L"d")));
-        EXPECT_FAILS(copyFile(in(L"d"), in(L"e"), true), errorAccessDenied);
+        EXPECT_FAILS(copyFile(in(L"d"), in(L"e"), ExistingTarget::isFailure), errorAccessDenied);
     });
 }
 
-TEST_F(Copies, ACopyFromAMissingDirectoryIsAMissingPath) {
-    onMachine([&] { EXPECT_FAILS(copyFile(in(L"gone\\f"), in(L"g"), true), errorPathNotFound); });
-}
-
-TEST_F(Copies, ACopyDoesNotReplaceADirectory) {
+TEST_F(Copies, MissingSourceDirectoryIsPathNotFound) {
     onMachine([&] {
-        write(in(L"f"), "x");
-        EXPECT_TRUE(createDirectory(in(L"d")));
-        EXPECT_FALSE(copyFile(in(L"f"), in(L"d"), false));
-        EXPECT_NE(attributesOf(in(L"d")) & attributeDirectory, 0U);
+        EXPECT_FAILS(copyFile(in(L"gone\\f"), in(L"g"), ExistingTarget::isFailure), errorPathNotFound);
     });
 }
 
-TEST_F(Copies, ACopyOntoADirectoryAndAMissingOneAreToldApart) {
+TEST_F(Copies, CopyDoesNotReplaceADirectory) {
     onMachine([&] {
         write(in(L"f"), "x");
         EXPECT_TRUE(createDirectory(in(L"d")));
-        EXPECT_FAILS(copyFile(in(L"f"), in(L"d"), true), errorFileExists);
-        EXPECT_FAILS(copyFile(in(L"f"), in(L"d"), false), errorAccessDenied);
-        EXPECT_FALSE(copyFile(in(L"f"), in(L"gone\\g"), false));
-        EXPECT_FALSE(copyFile(in(L"f"), in(L"e\\"), false));
+        EXPECT_FALSE(copyFile(in(L"f"), in(L"d"), ExistingTarget::isReplaced));
+        EXPECT_TRUE(hasAttribute(in(L"d"), attributeDirectory));
+    });
+}
+
+TEST_F(Copies, InvalidTargetFailsWithoutBeingCreated) {
+    onMachine([&] {
+        write(in(L"f"), "x");
+        EXPECT_TRUE(createDirectory(in(L"d")));
+        EXPECT_FAILS(copyFile(in(L"f"), in(L"d"), ExistingTarget::isFailure), errorFileExists);
+        EXPECT_FAILS(copyFile(in(L"f"), in(L"d"), ExistingTarget::isReplaced), errorAccessDenied);
+        EXPECT_FALSE(copyFile(in(L"f"), in(L"gone\\g"), ExistingTarget::isReplaced));
+        EXPECT_FALSE(copyFile(in(L"f"), in(L"e\\"), ExistingTarget::isReplaced));
         EXPECT_FALSE(moveFile(in(L"f"), in(L"e\\"), 0));
         EXPECT_FALSE(fileAttributes(in(L"e")));
     });
 }
 
-TEST_F(Copies, AFileIsNotCopiedOntoItself) {
+TEST_F(Copies, CopyOntoItselfFails) {
     onMachine([&] {
         write(in(L"f"), "x");
-        EXPECT_FALSE(copyFile(in(L"f"), in(L"F"), false));
+        EXPECT_FALSE(copyFile(in(L"f"), in(L"F"), ExistingTarget::isReplaced));
         EXPECT_EQ(read(in(L"f")), "x");
     });
 }
 
-TEST_F(Copies, ACopyDoesNotReplaceAReadOnlyFile) {
+TEST_F(Copies, CopyDoesNotReplaceAReadOnlyFile) {
     onMachine([&] {
         if (isWine()) {
-            return;  // Wine leaves this to the system below it, whose superuser may write everything
+            return;  // Wine leaves permissions to the host, whose superuser may write any file
         }
         write(in(L"f"), "new");
-        makeWith(in(L"g"), attributeReadOnly);
-        EXPECT_FAILS(copyFile(in(L"f"), in(L"g"), false), errorAccessDenied);
+        makeFileWith(in(L"g"), attributeReadOnly);
+        EXPECT_FAILS(copyFile(in(L"f"), in(L"g"), ExistingTarget::isReplaced), errorAccessDenied);
         EXPECT_EQ(read(in(L"g")), "");
     });
 }
 
-TEST_F(Copies, ACopyDoesNotGoOverAHiddenFile) {
+TEST_F(Copies, CopyDoesNotReplaceAHiddenFile) {
     onMachine([&] {
         write(in(L"f"), "new");
-        closeHandle(createFile(in(L"g"), accessWrite, 0, openFileAlways, attributeHidden));
-        if (!isWine()) {  // Wine copies over what is hidden
-            EXPECT_FAILS(copyFile(in(L"f"), in(L"g"), false), errorAccessDenied);
+        makeFileWith(in(L"g"), attributeHidden);
+        if (!isWine()) {  // Wine replaces hidden files
+            EXPECT_FAILS(copyFile(in(L"f"), in(L"g"), ExistingTarget::isReplaced), errorAccessDenied);
             EXPECT_EQ(read(in(L"g")), "");
         }
-        EXPECT_FAILS(copyFile(in(L"f"), in(L"g"), true), errorFileExists);
+        EXPECT_FAILS(copyFile(in(L"f"), in(L"g"), ExistingTarget::isFailure), errorFileExists);
     });
 }
 
 }  // namespace
+}  // namespace contract

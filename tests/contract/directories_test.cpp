@@ -1,15 +1,13 @@
 #include "contract/contract.h"
 
+namespace contract {
 namespace {
 
-using contract::isWine;
-using contract::read;
-using contract::write;
 using namespace platform;
 
-class Directories : public contract::Contract {};
+class Directories : public Contract {};
 
-TEST_F(Directories, ADirectoryIsMadeOneLevelAtATime) {
+TEST_F(Directories, OnlyOneMissingLevelIsCreated) {
     onMachine([&] {
         EXPECT_FAILS(createDirectory(in(L"a\\b")), errorPathNotFound);
         EXPECT_TRUE(createDirectory(in(L"a")));
@@ -20,8 +18,8 @@ TEST_F(Directories, ADirectoryIsMadeOneLevelAtATime) {
         EXPECT_FAILS(createDirectory(in(L"f\\d")), errorPathNotFound);
         EXPECT_FAILS(createDirectory(in(L"a?b")), errorInvalidName);
         EXPECT_FALSE(createDirectory(L"C:\\"));
-        if (!isWine()) {  // Wine takes the volume for a directory that it has made
-            EXPECT_FALSE(createDirectory(L"\\\\?\\C:"));
+        if (!isWine()) {  // Wine claims to have created the volume
+            EXPECT_FALSE(createDirectory(longForm(L"C:")));
         }
     });
 }
@@ -38,7 +36,7 @@ TEST_F(Directories, OnlyEmptyDirectoriesAreRemoved) {
     });
 }
 
-TEST_F(Directories, ADirectoryIsRemovedWithASeparatorAtItsEnd) {
+TEST_F(Directories, TrailingSeparatorIsAllowedWhenCreatingAndRemoving) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d\\")));
         EXPECT_TRUE(removeDirectory(in(L"d\\")));
@@ -46,7 +44,7 @@ TEST_F(Directories, ADirectoryIsRemovedWithASeparatorAtItsEnd) {
     });
 }
 
-TEST_F(Directories, ADirectoryIsMovedWithASeparatorBehindItsName) {
+TEST_F(Directories, TrailingSeparatorIsAllowedWhenMoving) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d")));
         write(in(L"d\\f"), "x");
@@ -55,7 +53,7 @@ TEST_F(Directories, ADirectoryIsMovedWithASeparatorBehindItsName) {
     });
 }
 
-TEST_F(Directories, ADirectoryIsNotMovedIntoItself) {
+TEST_F(Directories, MoveIntoItselfFails) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d")));
         write(in(L"d\\f"), "x");
@@ -64,16 +62,15 @@ TEST_F(Directories, ADirectoryIsNotMovedIntoItself) {
     });
 }
 
-TEST_F(Directories, ADirectoryInUseAsTheCurrentOneOfAChild) {
+TEST_F(Directories, CurrentDirectoryCannotBeRemoved) {
     onMachine([&] {
-        // The current directory of this process and its children: nobody takes it away under them.
-        const std::wstring here = fullPathName(L".", 1000).value_or(L"");
-        EXPECT_FALSE(removeDirectory(here));
-        EXPECT_TRUE(fileAttributes(here));
+        const std::wstring current = fullPathName(L".", 1000).value_or(L"");
+        EXPECT_FALSE(removeDirectory(current));
+        EXPECT_TRUE(fileAttributes(current));
     });
 }
 
-TEST_F(Directories, TheRootOfADriveIsNeitherMadeNorTakenAway) {
+TEST_F(Directories, DriveRootCannotBeCreatedRemovedOrMoved) {
     onMachine([&] {
         const std::wstring drive = scratch.substr(0, 3);
         EXPECT_FALSE(createDirectory(drive));
@@ -85,3 +82,4 @@ TEST_F(Directories, TheRootOfADriveIsNeitherMadeNorTakenAway) {
 }
 
 }  // namespace
+}  // namespace contract

@@ -1,50 +1,34 @@
 #include "contract/contract.h"
 
-// Bringing a file's content to the device. That it is there after a loss of power, no case can show.
+// Flushing a file to the device. No test can show that its content survives a power loss.
+namespace contract {
 namespace {
 
-using contract::read;
-using contract::write;
-using platform::accessRead;
-using platform::accessWrite;
-using platform::attributeNormal;
-using platform::attributeReadOnly;
-using platform::closeHandle;
-using platform::createDirectory;
-using platform::createFile;
-using platform::errorAccessDenied;
-using platform::errorFileNotFound;
-using platform::errorPathNotFound;
-using platform::errorSharingViolation;
-using platform::flushFile;
-using platform::Handle;
-using platform::openExistingFile;
-using platform::openFileAlways;
-using platform::shareRead;
+using namespace platform;
 
-class Durability : public contract::Contract {};
+class Durability : public Contract {};
 
-TEST_F(Durability, AFileThatNobodyHasOpenIsFlushedAndStaysAsItIs) {
+TEST_F(Durability, FlushLeavesAClosedFileUnchanged) {
     onMachine([&] {
         write(in(L"f"), "text");
         EXPECT_TRUE(flushFile(in(L"f")));
         EXPECT_EQ(read(in(L"f")), "text");
-        EXPECT_TRUE(platform::deleteFile(in(L"f")));  // nobody has it open afterwards
+        EXPECT_TRUE(deleteFile(in(L"f")));  // the flush has closed its handle
     });
 }
 
-TEST_F(Durability, AFileUnderAStreamIsFlushedWithoutWhatTheStreamBuffers) {
+TEST_F(Durability, FlushDoesNotIncludeBufferedStreamData) {
     onMachine([&] {
-        platform::Stream* stream = platform::openStream(in(L"f"), "w");
-        platform::writeStream(stream, "text");
+        Stream* stream = openStream(in(L"f"), "w");
+        writeStream(stream, "text");
         EXPECT_TRUE(flushFile(in(L"f")));
         EXPECT_EQ(read(in(L"f")), "");
-        EXPECT_TRUE(platform::closeStream(stream));
+        EXPECT_TRUE(closeStream(stream));
         EXPECT_EQ(read(in(L"f")), "text");
     });
 }
 
-TEST_F(Durability, WhatIsNotThereOrNoFileCannotBeFlushed) {
+TEST_F(Durability, MissingFilesAndDirectoriesCannotBeFlushed) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d")));
         EXPECT_FAILS(flushFile(in(L"f")), errorFileNotFound);
@@ -53,17 +37,17 @@ TEST_F(Durability, WhatIsNotThereOrNoFileCannotBeFlushed) {
     });
 }
 
-TEST_F(Durability, AReadOnlyFileCannotBeFlushed) {
+TEST_F(Durability, ReadOnlyFileCannotBeFlushed) {
     onMachine([&] {
-        if (contract::isWine()) {
-            return;  // Wine leaves this to the system below it, whose superuser may write everything
+        if (isWine()) {
+            return;  // Wine leaves permissions to the host, whose superuser may write any file
         }
-        closeHandle(createFile(in(L"f"), accessWrite, 0, openFileAlways, attributeReadOnly));
+        makeFileWith(in(L"f"), attributeReadOnly);
         EXPECT_FAILS(flushFile(in(L"f")), errorAccessDenied);
     });
 }
 
-TEST_F(Durability, AFileWhoseReaderSharesNoWritingCannotBeFlushed) {
+TEST_F(Durability, ReaderWithoutSharedWritingPreventsAFlush) {
     onMachine([&] {
         write(in(L"f"), "text");
         const Handle reader = createFile(in(L"f"), accessRead, shareRead, openExistingFile, attributeNormal);
@@ -74,3 +58,4 @@ TEST_F(Durability, AFileWhoseReaderSharesNoWritingCannotBeFlushed) {
 }
 
 }  // namespace
+}  // namespace contract

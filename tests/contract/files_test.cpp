@@ -2,58 +2,50 @@
 
 #include "contract/contract.h"
 
+// Creating, moving and deleting files. copies_test.cpp and sharing_test.cpp have the rest.
+namespace contract {
 namespace {
 
-using contract::attributesOf;
-using contract::isWine;
-using contract::makeWith;
-using contract::read;
-using contract::write;
 using namespace platform;
 
-// Files as they are made, moved and deleted; how they are copied and opened is told elsewhere.
-class Files : public contract::Contract {};
+class Files : public Contract {};
 
-TEST_F(Files, AttributesTellFilesFromDirectories) {
+TEST_F(Files, AttributesDistinguishFilesAndDirectories) {
     onMachine([&] {
         write(in(L"f"), "");
         EXPECT_TRUE(createDirectory(in(L"d")));
-        EXPECT_EQ(fileAttributes(in(L"f")).value_or(attributeDirectory) & attributeDirectory, 0U);
-        EXPECT_NE(fileAttributes(in(L"d")).value_or(0) & attributeDirectory, 0U);
-        EXPECT_NE(fileAttributes(in(L"d\\")).value_or(0) & attributeDirectory, 0U);
-        EXPECT_NE(fileAttributes(L"C:\\").value_or(0) & attributeDirectory, 0U);
+        EXPECT_TRUE(fileAttributes(in(L"f")));
+        EXPECT_FALSE(hasAttribute(in(L"f"), attributeDirectory));
+        EXPECT_TRUE(hasAttribute(in(L"d"), attributeDirectory));
+        EXPECT_TRUE(hasAttribute(in(L"d\\"), attributeDirectory));
+        EXPECT_TRUE(hasAttribute(L"C:\\", attributeDirectory));
     });
 }
 
-TEST_F(Files, AFileIsMadeWithItsAttributesWhenItIsMissing) {
+TEST_F(Files, OnlyANewFileGetsTheAttributes) {
     onMachine([&] {
         const std::uint32_t attributes = attributeHidden | attributeNotContentIndexed;
-        const Handle made = createFile(in(L"f"), accessRead | accessWrite, shareRead | shareWrite,
-                                       openFileAlways, attributes);
-        ASSERT_NE(made, Handle::none);
-        closeHandle(made);
-        EXPECT_NE(fileAttributes(in(L"f")).value_or(0) & attributeHidden, 0U);
+        const Handle created = createFile(in(L"f"), accessRead | accessWrite, shareRead | shareWrite,
+                                          openFileAlways, attributes);
+        ASSERT_NE(created, Handle::none);
+        closeHandle(created);
+        EXPECT_TRUE(hasAttribute(in(L"f"), attributeHidden));
         write(in(L"g"), "kept");
         closeHandle(createFile(in(L"g"), accessRead | accessWrite, shareRead | shareWrite, openFileAlways,
                                attributes));
         EXPECT_EQ(read(in(L"g")), "kept");
-        EXPECT_EQ(fileAttributes(in(L"g")).value_or(attributeHidden) & attributeHidden, 0U);
-        EXPECT_EQ(createFile(in(L"gone"), accessRead, shareRead, openExistingFile, attributeNormal),
-                  Handle::none);
-        EXPECT_EQ(lastError(), errorFileNotFound);
+        EXPECT_FALSE(hasAttribute(in(L"g"), attributeHidden));
+        EXPECT_FAILS(createFile(in(L"gone"), accessRead, shareRead, openExistingFile, attributeNormal),
+                     errorFileNotFound);
     });
 }
 
-TEST_F(Files, AFileKeepsTheNameThatItWasMadeWith) {
+TEST_F(Files, RewritingKeepsTheCaseOfTheName) {
     onMachine([&] {
         write(in(L"Name"), "one");
         write(in(L"NAME"), "other");
         EXPECT_EQ(read(in(L"name")), "other");
-        FindEntry entry;
-        const FindHandle handle = findFirst(in(L"n*"), entry);
-        EXPECT_EQ(entry.name, L"Name");
-        EXPECT_FALSE(findNext(handle, entry));
-        findClose(handle);
+        EXPECT_EQ(namesMatching(in(L"n*")), (std::vector<std::wstring>{L"Name"}));
     });
 }
 
@@ -66,7 +58,7 @@ TEST_F(Files, OnlyFilesAreDeleted) {
     });
 }
 
-TEST_F(Files, ANameIsFreeAtOnceBehindADeletion) {
+TEST_F(Files, DeletedNameCanBeReusedAtOnce) {
     onMachine([&] {
         for (int i = 0; i < 20; ++i) {
             write(in(L"f"), "x");
@@ -78,7 +70,7 @@ TEST_F(Files, ANameIsFreeAtOnceBehindADeletion) {
     });
 }
 
-TEST_F(Files, AMissingParentIsToldByEveryRemoval) {
+TEST_F(Files, MissingParentIsPathNotFound) {
     onMachine([&] {
         EXPECT_FAILS(deleteFile(in(L"gone\\f")), errorPathNotFound);
         EXPECT_FAILS(removeDirectory(in(L"gone\\d")), errorPathNotFound);
@@ -86,7 +78,7 @@ TEST_F(Files, AMissingParentIsToldByEveryRemoval) {
     });
 }
 
-TEST_F(Files, AMoveRenamesFilesAndDirectories) {
+TEST_F(Files, MoveRenamesFilesAndDirectories) {
     onMachine([&] {
         write(in(L"a"), "x");
         EXPECT_TRUE(moveFile(in(L"a"), in(L"b"), moveWriteThrough));
@@ -96,12 +88,12 @@ TEST_F(Files, AMoveRenamesFilesAndDirectories) {
         write(in(L"d\\f"), "y");
         EXPECT_TRUE(moveFile(in(L"d"), in(L"e"), moveWriteThrough));
         EXPECT_EQ(read(in(L"e\\f")), "y");
-        EXPECT_TRUE(moveFile(L"\\\\?\\" + in(L"e\\f"), L"\\\\?\\" + in(L"f"), moveWriteThrough));
+        EXPECT_TRUE(moveFile(longForm(in(L"e\\f")), longForm(in(L"f")), moveWriteThrough));
         EXPECT_EQ(read(in(L"f")), "y");
     });
 }
 
-TEST_F(Files, AMoveReplacesNothing) {
+TEST_F(Files, MoveNeverReplacesTheTarget) {
     onMachine([&] {
         write(in(L"a"), "x");
         write(in(L"b"), "y");
@@ -114,7 +106,7 @@ TEST_F(Files, AMoveReplacesNothing) {
     });
 }
 
-TEST_F(Files, AMoveDoesNotGoOverADirectory) {
+TEST_F(Files, DirectoryMoveNeverReplacesTheTarget) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d")));
         EXPECT_TRUE(createDirectory(in(L"e")));
@@ -125,72 +117,71 @@ TEST_F(Files, AMoveDoesNotGoOverADirectory) {
     });
 }
 
-TEST_F(Files, AMoveMayChangeTheCaseAlone) {
+TEST_F(Files, MoveMayChangeOnlyTheCase) {
     onMachine([&] {
         write(in(L"name"), "x");
         EXPECT_TRUE(moveFile(in(L"name"), in(L"NAME"), 0));
-        FindEntry entry;
-        const FindHandle handle = findFirst(in(L"nam?"), entry);
-        ASSERT_NE(handle, FindHandle::none);
-        if (!isWine()) {  // Wine takes both names for one and keeps the old one
-            EXPECT_EQ(entry.name, L"NAME");
+        const FirstMatch match = findFirst(in(L"nam?"));
+        ASSERT_NE(match.handle, FindHandle::none);
+        if (!isWine()) {  // Wine treats the names as equal and keeps the old one
+            EXPECT_EQ(match.entry.name, L"NAME");
         }
-        findClose(handle);
+        findClose(match.handle);
     });
 }
 
-TEST_F(Files, AHiddenFileIsDeletedAndMoved) {
+TEST_F(Files, HiddenFileCanBeMovedAndDeleted) {
     onMachine([&] {
-        closeHandle(createFile(in(L"f"), accessWrite, 0, openFileAlways, attributeHidden));
+        makeFileWith(in(L"f"), attributeHidden);
         EXPECT_TRUE(moveFile(in(L"f"), in(L"g"), 0));
-        EXPECT_NE(fileAttributes(in(L"g")).value_or(0) & attributeHidden, 0U);
+        EXPECT_TRUE(hasAttribute(in(L"g"), attributeHidden));
         EXPECT_TRUE(deleteFile(in(L"g")));
     });
 }
 
-TEST_F(Files, AReadOnlyFileCanBeMadeAndReadAndNotDeleted) {
+TEST_F(Files, ReadOnlyFileCanBeReadButNotDeleted) {
     onMachine([&] {
-        makeWith(in(L"f"), attributeReadOnly);
-        EXPECT_NE(attributesOf(in(L"f")) & attributeReadOnly, 0U);
+        makeFileWith(in(L"f"), attributeReadOnly);
+        EXPECT_TRUE(hasAttribute(in(L"f"), attributeReadOnly));
         EXPECT_EQ(read(in(L"f")), "");
         EXPECT_FAILS(deleteFile(in(L"f")), errorAccessDenied);
         EXPECT_TRUE(fileAttributes(in(L"f")));
     });
 }
 
-TEST_F(Files, AReadOnlyFileCanBeMoved) {
+TEST_F(Files, ReadOnlyFileCanBeMoved) {
     onMachine([&] {
-        makeWith(in(L"f"), attributeReadOnly);
+        makeFileWith(in(L"f"), attributeReadOnly);
         EXPECT_TRUE(moveFile(in(L"f"), in(L"g"), 0));
-        EXPECT_NE(attributesOf(in(L"g")) & attributeReadOnly, 0U);
+        EXPECT_TRUE(hasAttribute(in(L"g"), attributeReadOnly));
     });
 }
 
-TEST_F(Files, AReadOnlyFileIsNotOpenedForWriting) {
+TEST_F(Files, ReadOnlyFileCannotBeOpenedForWriting) {
     onMachine([&] {
         if (isWine()) {
-            return;  // Wine leaves this to the system below it, whose superuser may write everything
+            return;  // Wine leaves permissions to the host, whose superuser may write any file
         }
-        makeWith(in(L"f"), attributeReadOnly);
+        makeFileWith(in(L"f"), attributeReadOnly);
         for (const char* mode : {"r+", "w", "w+", "a+"}) {
-            EXPECT_FAILS(openStream(in(L"f"), mode) != nullptr, errorAccessDenied);
+            EXPECT_FAILS(openStream(in(L"f"), mode), errorAccessDenied);
         }
-        EXPECT_FAILS(createFile(in(L"f"), accessWrite, shareRead | shareWrite, openExistingFile,
-                                attributeNormal) != Handle::none,
-                     errorAccessDenied);
+        EXPECT_FAILS(
+            createFile(in(L"f"), accessWrite, shareRead | shareWrite, openExistingFile, attributeNormal),
+            errorAccessDenied);
     });
 }
 
-TEST_F(Files, ADirectoryIsNotOpenedAsAFile) {
+TEST_F(Files, DirectoryCannotBeOpenedAsAFile) {
     onMachine([&] {
-        EXPECT_FAILS(createFile(scratch, accessRead, shareRead, openExistingFile, 0) != Handle::none,
-                     errorAccessDenied);
-        EXPECT_FAILS(openStream(scratch, "a+") != nullptr, errorAccessDenied);
+        EXPECT_FAILS(createFile(scratch, accessRead, shareRead, openExistingFile, 0), errorAccessDenied);
+        EXPECT_FAILS(openStream(scratch, "a+"), errorAccessDenied);
     });
 }
 
-TEST_F(Files, ClosingNothingIsNoFailure) {
+TEST_F(Files, ClosingNoHandleIsIgnored) {
     onMachine([&] { closeHandle(Handle::none); });
 }
 
 }  // namespace
+}  // namespace contract

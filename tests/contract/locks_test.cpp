@@ -1,21 +1,15 @@
 #include "contract/children.h"
 #include "contract/contract.h"
 
+// Locks on the first bytes of a file.
+namespace contract {
 namespace {
 
-using contract::Holder;
-using contract::isWine;
-using contract::letGo;
-using contract::read;
-using contract::startHolder;
-using contract::take;
-using contract::write;
 using namespace platform;
 
-// Locks on the head of a file: who gets them, what they keep others from, and when they go.
-class Locks : public contract::Contract {
+class Locks : public Contract {
 protected:
-    // One stream of the file `f`, which has this content, for the body.
+    // Runs the body with a stream of the file `f`, which has this content.
     void onStream(const std::string& content, const std::function<void(Stream*)>& body) {
         onMachine([&] {
             write(in(L"f"), content);
@@ -24,17 +18,17 @@ protected:
             EXPECT_TRUE(closeStream(stream));
         });
     }
-    // Two streams of it, one beside the other.
+    // The same with two streams of the file.
     void onTwoStreams(const std::string& content, const std::function<void(Stream*, Stream*)>& body) {
         onStream(content, [&](Stream* first) {
             Stream* second = openStream(in(L"f"), "r+");
             body(first, second);
-            closeStream(second);  // what it could not write shows here
+            closeStream(second);  // fails if the body left a write that the lock prevents
         });
     }
 };
 
-TEST_F(Locks, OneHolderOfALockKeepsTheOthersOut) {
+TEST_F(Locks, LockExcludesEveryOtherLock) {
     onTwoStreams("", [](Stream* first, Stream* second) {
         EXPECT_TRUE(lockStream(first, 100));
         EXPECT_FAILS(lockStream(second, 100), errorLockViolation);
@@ -44,10 +38,10 @@ TEST_F(Locks, OneHolderOfALockKeepsTheOthersOut) {
     });
 }
 
-TEST_F(Locks, TheHolderOfALockReadsAndWrites) {
+TEST_F(Locks, HolderCanReadAndWrite) {
     onStream("123", [&](Stream* stream) {
         EXPECT_TRUE(lockStream(stream, 100));
-        EXPECT_EQ(take(stream, 10), "123");
+        EXPECT_EQ(readUpTo(stream, 10), "123");
         EXPECT_TRUE(rewindStream(stream));
         EXPECT_TRUE(writeStream(stream, "45"));
         EXPECT_TRUE(flushStream(stream));
@@ -56,20 +50,20 @@ TEST_F(Locks, TheHolderOfALockReadsAndWrites) {
     });
 }
 
-TEST_F(Locks, AReaderMayLock) {
+TEST_F(Locks, ReadOnlyStreamCanLock) {
     onMachine([&] {
         write(in(L"f"), "x");
-        Stream* one = openStream(in(L"f"), "r");
-        Stream* other = openStream(in(L"f"), "r");
-        EXPECT_TRUE(lockStream(one, 10));
-        EXPECT_FAILS(lockStream(other, 1), errorLockViolation);
-        closeStream(one);
-        EXPECT_TRUE(lockStream(other, 1));
-        closeStream(other);
+        Stream* first = openStream(in(L"f"), "r");
+        Stream* second = openStream(in(L"f"), "r");
+        EXPECT_TRUE(lockStream(first, 10));
+        EXPECT_FAILS(lockStream(second, 1), errorLockViolation);
+        closeStream(first);
+        EXPECT_TRUE(lockStream(second, 1));
+        closeStream(second);
     });
 }
 
-TEST_F(Locks, ALockIsTakenAnewWithAnotherLength) {
+TEST_F(Locks, LockCanBeTakenAgainWithAnotherLength) {
     onStream("", [](Stream* stream) {
         EXPECT_TRUE(lockStream(stream, 10));
         EXPECT_TRUE(unlockStream(stream, 10));
@@ -78,51 +72,53 @@ TEST_F(Locks, ALockIsTakenAnewWithAnotherLength) {
     });
 }
 
-TEST_F(Locks, LocksOfTwoFilesDoNotMeet) {
+TEST_F(Locks, LocksOfTwoFilesAreIndependent) {
     onMachine([&] {
         write(in(L"f"), "");
         write(in(L"g"), "");
-        Stream* one = openStream(in(L"f"), "r+");
-        Stream* other = openStream(in(L"g"), "r+");
-        EXPECT_TRUE(lockStream(one, 10));
-        EXPECT_TRUE(lockStream(other, 10));
-        closeStream(one);
-        closeStream(other);
+        Stream* first = openStream(in(L"f"), "r+");
+        Stream* second = openStream(in(L"g"), "r+");
+        EXPECT_TRUE(lockStream(first, 10));
+        EXPECT_TRUE(lockStream(second, 10));
+        closeStream(first);
+        closeStream(second);
     });
 }
 
-TEST_F(Locks, OthersCannotReadWhatIsLocked) {
+TEST_F(Locks, OtherStreamsCannotReadLockedBytes) {
     onTwoStreams("123", [](Stream* holder, Stream* other) {
         EXPECT_TRUE(lockStream(holder, 100));
-        if (!isWine()) {  // Wine's locks keep other locks out, and no readers
-            EXPECT_EQ(take(other, 10), "");
-            EXPECT_EQ(lastError(), errorLockViolation);
+        if (!isWine()) {  // under Wine a lock only excludes other locks
+            char buffer[10];
+            const ReadResult result = readStream(other, buffer, sizeof(buffer));
+            EXPECT_FAILS(result, errorLockViolation);
+            EXPECT_EQ(result.count, 0U);
         }
         EXPECT_TRUE(unlockStream(holder, 100));
         EXPECT_TRUE(rewindStream(other));
-        EXPECT_EQ(take(other, 10), "123");
+        EXPECT_EQ(readUpTo(other, 10), "123");
     });
 }
 
-TEST_F(Locks, OthersCannotWriteIntoWhatIsLocked) {
+TEST_F(Locks, OtherStreamsCannotWriteLockedBytes) {
     onTwoStreams("123", [](Stream* holder, Stream* other) {
         EXPECT_TRUE(lockStream(holder, 10));
         EXPECT_TRUE(writeStream(other, "x"));
-        if (!isWine()) {  // Wine's locks keep other locks out, and no writers
+        if (!isWine()) {  // under Wine a lock only excludes other locks
             EXPECT_FAILS(flushStream(other), errorLockViolation);
         }
         EXPECT_TRUE(unlockStream(holder, 10));
     });
 }
 
-TEST_F(Locks, AClosingThatCannotWriteTells) {
+TEST_F(Locks, CloseReportsAFailedWrite) {
     onMachine([&] {
         write(in(L"f"), "123");
         Stream* holder = openStream(in(L"f"), "r+");
         Stream* other = openStream(in(L"f"), "r+");
         EXPECT_TRUE(lockStream(holder, 10));
         EXPECT_TRUE(writeStream(other, "x"));
-        if (isWine()) {  // Wine's locks keep other locks out, and no writers
+        if (isWine()) {  // under Wine a lock only excludes other locks
             EXPECT_TRUE(closeStream(other));
         } else {
             EXPECT_FAILS(closeStream(other), errorLockViolation);
@@ -132,7 +128,7 @@ TEST_F(Locks, AClosingThatCannotWriteTells) {
     });
 }
 
-TEST_F(Locks, BytesBehindALockAreWrittenByAnyone) {
+TEST_F(Locks, OtherStreamsCanWriteAfterTheLockedBytes) {
     onStream("0123456789", [&](Stream* holder) {
         EXPECT_TRUE(lockStream(holder, 10));
         Stream* appender = openStream(in(L"f"), "a+");
@@ -144,7 +140,7 @@ TEST_F(Locks, BytesBehindALockAreWrittenByAnyone) {
     });
 }
 
-TEST_F(Locks, ALockGoesWithItsStream) {
+TEST_F(Locks, ClosingTheStreamReleasesTheLock) {
     onMachine([&] {
         write(in(L"f"), "");
         Stream* first = openStream(in(L"f"), "r+");
@@ -156,20 +152,20 @@ TEST_F(Locks, ALockGoesWithItsStream) {
     });
 }
 
-TEST_F(Locks, ALockHoldsAgainstOtherProcessesAndGoesWithItsHolder) {
+TEST_F(Locks, EndOfTheProcessReleasesTheLock) {
     onMachine([&] {
         write(in(L"f"), "");
         const Holder holder = startHolder(scratch, L"lock", in(L"f"));
         Stream* stream = openStream(in(L"f"), "r+");
         ASSERT_NE(stream, nullptr);
         EXPECT_FAILS(lockStream(stream, 10), errorLockViolation);
-        letGo(holder);
+        release(holder);
         EXPECT_TRUE(lockStream(stream, 10));
         closeStream(stream);
     });
 }
 
-TEST_F(Locks, AChildDoesNotInheritALock) {
+TEST_F(Locks, ChildDoesNotInheritTheLock) {
     onMachine([&] {
         write(in(L"f"), "x");
         Stream* stream = openStream(in(L"f"), "r+");
@@ -179,21 +175,21 @@ TEST_F(Locks, AChildDoesNotInheritALock) {
         stream = openStream(in(L"f"), "r+");
         EXPECT_TRUE(lockStream(stream, 100)) << lastError();
         EXPECT_TRUE(closeStream(stream));
-        letGo(child);
+        release(child);
     });
 }
 
-TEST_F(Locks, ALockIsGivenBackWholeOrNotAtAll) {
-    onTwoStreams("", [](Stream* one, Stream* other) {
-        EXPECT_TRUE(lockStream(one, 10));
-        EXPECT_FALSE(unlockStream(one, 5));
+TEST_F(Locks, PartOfALockCannotBeReleased) {
+    onTwoStreams("", [](Stream* holder, Stream* other) {
+        EXPECT_TRUE(lockStream(holder, 10));
+        EXPECT_FALSE(unlockStream(holder, 5));
         EXPECT_FALSE(unlockStream(other, 10));
         EXPECT_FAILS(lockStream(other, 10), errorLockViolation);
     });
 }
 
-TEST_F(Locks, WhatIsNotLockedCannotBeUnlocked) {
-    const ErrorCode notLocked = isWine() ? errorLockViolation : errorNotLocked;  // Wine's own answer
+TEST_F(Locks, UnlockWithoutALockFails) {
+    const ErrorCode notLocked = isWine() ? errorLockViolation : errorNotLocked;  // Wine's own error code
     onStream("", [&](Stream* stream) {
         EXPECT_FAILS(unlockStream(stream, 100), notLocked);
         EXPECT_TRUE(lockStream(stream, 100));
@@ -203,3 +199,4 @@ TEST_F(Locks, WhatIsNotLockedCannotBeUnlocked) {
 }
 
 }  // namespace
+}  // namespace contract

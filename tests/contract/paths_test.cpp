@@ -1,36 +1,45 @@
 #include "contract/contract.h"
 
+// How paths are interpreted: case, separators, length, and their full form.
+namespace contract {
 namespace {
 
-using contract::found;
-using contract::isWine;
-using contract::read;
-using contract::write;
 using namespace platform;
 
-// How a path is read: its names, its separators, its length, and what it is in full.
-class Paths : public contract::Contract {};
+class Paths : public Contract {
+protected:
+    // Creates as many nested directories with names of 100 characters, and returns the long form of the
+    // innermost one's path.
+    std::wstring makeDeepDirectory(int levels) const {
+        std::wstring path = longForm(scratch);
+        for (int level = 0; level < levels; ++level) {
+            path += L"\\" + std::wstring(100, L'd');
+            EXPECT_TRUE(createDirectory(path));
+        }
+        return path;
+    }
+};
 
-TEST_F(Paths, NamesHaveNoCaseAndPathsMixTheirSeparators) {
+TEST_F(Paths, NamesIgnoreCaseAndSeparatorsMix) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"Dir")));
         write(in(L"Dir\\File"), "x");
         EXPECT_TRUE(fileAttributes(in(L"dIR/fILE")));
         EXPECT_TRUE(fileAttributes(in(L"Dir/\\File")));
         EXPECT_TRUE(fileAttributes(in(L"Dir\\..\\Dir\\.\\File")));
-        EXPECT_EQ(found(in(L"dir\\f*")), (std::vector<std::wstring>{L"File"}));
+        EXPECT_EQ(namesMatching(in(L"dir\\f*")), (std::vector<std::wstring>{L"File"}));
     });
 }
 
-TEST_F(Paths, NamesOutsideLatin1) {
+TEST_F(Paths, NonLatinNamesIgnoreCase) {
     onMachine([&] {
         write(in(L"\u0410\u65e5.txt"), "x");
         EXPECT_TRUE(fileAttributes(in(L"\u0430\u65e5.TXT")));
-        EXPECT_EQ(found(in(L"*.txt")), (std::vector<std::wstring>{L"\u0410\u65e5.txt"}));
+        EXPECT_EQ(namesMatching(in(L"*.txt")), (std::vector<std::wstring>{L"\u0410\u65e5.txt"}));
     });
 }
 
-TEST_F(Paths, WhatIsMissingIsToldApart) {
+TEST_F(Paths, MissingFileDiffersFromMissingDirectory) {
     onMachine([&] {
         write(in(L"f"), "");
         EXPECT_FAILS(fileAttributes(in(L"gone")), errorFileNotFound);
@@ -42,28 +51,28 @@ TEST_F(Paths, WhatIsMissingIsToldApart) {
     });
 }
 
-TEST_F(Paths, ANameWithInvalidCharactersIsRefused) {
+TEST_F(Paths, InvalidCharactersAreAnError) {
     onMachine([&] {
         for (const wchar_t* name : {L"a*", L"a?", L"a<", L"a>", L"a|", L"a\""}) {
             EXPECT_FAILS(fileAttributes(in(name)), errorInvalidName);
             EXPECT_FAILS(createDirectory(in(name)), errorInvalidName);
-            EXPECT_FAILS(openStream(in(name), "w") != nullptr, errorInvalidName);
+            EXPECT_FAILS(openStream(in(name), "w"), errorInvalidName);
         }
     });
 }
 
-TEST_F(Paths, ADriveThatIsNotThere) {
-    // Wine does not tell a missing drive from a missing file.
+TEST_F(Paths, MissingDriveIsPathNotFound) {
+    // Wine does not distinguish a missing drive from a missing file.
     const ErrorCode missing = isWine() ? errorFileNotFound : errorPathNotFound;
     onMachine([&] {
         EXPECT_FAILS(fileAttributes(L"Q:\\x"), missing);
         EXPECT_FAILS(createDirectory(L"Q:\\x"), missing);
-        EXPECT_FAILS(openStream(L"Q:\\x", "w") != nullptr, missing);
+        EXPECT_FAILS(openStream(L"Q:\\x", "w"), missing);
         EXPECT_EQ(fullPathName(L"Q:\\a\\..\\b", 260), L"Q:\\b");
     });
 }
 
-TEST_F(Paths, ASeparatorBehindAName) {
+TEST_F(Paths, TrailingSeparatorNamesOnlyDirectories) {
     onMachine([&] {
         write(in(L"f"), "x");
         EXPECT_TRUE(createDirectory(in(L"d")));
@@ -78,7 +87,7 @@ TEST_F(Paths, ASeparatorBehindAName) {
     });
 }
 
-TEST_F(Paths, AFileIsNotMadeWithASeparatorAtItsEnd) {
+TEST_F(Paths, TrailingSeparatorPreventsCreatingAFile) {
     onMachine([&] {
         EXPECT_EQ(openStream(in(L"f\\"), "w"), nullptr);
         EXPECT_EQ(createFile(in(L"f\\"), accessWrite, 0, openFileAlways, attributeNormal), Handle::none);
@@ -86,7 +95,7 @@ TEST_F(Paths, AFileIsNotMadeWithASeparatorAtItsEnd) {
     });
 }
 
-TEST_F(Paths, DotsAndBlanksAtTheEndOfANameAreDropped) {
+TEST_F(Paths, TrailingDotsAndBlanksAreDropped) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d. .")));
         EXPECT_TRUE(fileAttributes(in(L"d")));
@@ -94,110 +103,101 @@ TEST_F(Paths, DotsAndBlanksAtTheEndOfANameAreDropped) {
     });
 }
 
-TEST_F(Paths, ANameHasAtMost255Characters) {
+TEST_F(Paths, NameHasAtMost255Characters) {
     onMachine([&] {
-        EXPECT_TRUE(createDirectory(L"\\\\?\\" + in(std::wstring(255, L'd'))));
-        EXPECT_FALSE(createDirectory(L"\\\\?\\" + in(std::wstring(256, L'd'))));
+        EXPECT_TRUE(createDirectory(longForm(in(std::wstring(255, L'd')))));
+        EXPECT_FALSE(createDirectory(longForm(in(std::wstring(256, L'd')))));
     });
 }
 
-TEST_F(Paths, APlainPathOfADirectoryIsShorterThan248Characters) {
+TEST_F(Paths, PlainDirectoryPathHasAtMost247Characters) {
     onMachine([&] {
-        const std::size_t room = 247 - scratch.size() - 1;
-        EXPECT_TRUE(createDirectory(in(std::wstring(room, L'd'))));
-        if (!isWine()) {  // Wine has no limit for plain paths
-            EXPECT_FAILS(createDirectory(in(std::wstring(room + 1, L'd'))), errorFileNameTooLong);
+        const std::size_t longest = 247 - scratch.size() - 1;
+        EXPECT_TRUE(createDirectory(in(std::wstring(longest, L'd'))));
+        if (!isWine()) {  // Wine does not limit plain paths
+            EXPECT_FAILS(createDirectory(in(std::wstring(longest + 1, L'd'))), errorFileNameTooLong);
         }
     });
 }
 
-TEST_F(Paths, APlainPathOfAFileIsShorterThan260Characters) {
+TEST_F(Paths, PlainFilePathHasAtMost259Characters) {
     onMachine([&] {
-        const std::size_t room = 259 - scratch.size() - 1;
-        write(in(std::wstring(room, L'f')), "x");
-        EXPECT_EQ(read(in(std::wstring(room, L'f'))), "x");
-        if (!isWine()) {  // Wine has no limit for plain paths
-            EXPECT_FAILS(openStream(in(std::wstring(room + 1, L'f')), "w") != nullptr, errorPathNotFound);
+        const std::size_t longest = 259 - scratch.size() - 1;
+        write(in(std::wstring(longest, L'f')), "x");
+        EXPECT_EQ(read(in(std::wstring(longest, L'f'))), "x");
+        if (!isWine()) {  // Wine does not limit plain paths
+            EXPECT_FAILS(openStream(in(std::wstring(longest + 1, L'f')), "w"), errorPathNotFound);
         }
     });
 }
 
-TEST_F(Paths, TheLongFormIsTakenLiterally) {
+TEST_F(Paths, LongFormIsNotNormalised) {
     onMachine([&] {
-        EXPECT_TRUE(createDirectory(L"\\\\?\\" + in(L"d")));
+        EXPECT_TRUE(createDirectory(longForm(in(L"d"))));
         write(in(L"d\\f"), "x");
-        EXPECT_TRUE(fileAttributes(L"\\\\?\\" + in(L"d\\f")));
-        EXPECT_FALSE(fileAttributes(L"\\\\?\\" + in(L"d/f")));
-        EXPECT_FALSE(fileAttributes(L"\\\\?\\" + in(L"d\\..\\d\\f")));
+        EXPECT_TRUE(fileAttributes(longForm(in(L"d\\f"))));
+        EXPECT_FALSE(fileAttributes(longForm(in(L"d/f"))));
+        EXPECT_FALSE(fileAttributes(longForm(in(L"d\\..\\d\\f"))));
     });
 }
 
-TEST_F(Paths, TheLongFormKeepsDotsAtTheEndOfAName) {
+TEST_F(Paths, LongFormKeepsTrailingDots) {
     onMachine([&] {
-        EXPECT_TRUE(createDirectory(L"\\\\?\\" + in(L"d.")));
-        EXPECT_TRUE(fileAttributes(L"\\\\?\\" + in(L"d.")));
+        EXPECT_TRUE(createDirectory(longForm(in(L"d."))));
+        EXPECT_TRUE(fileAttributes(longForm(in(L"d."))));
         EXPECT_FALSE(fileAttributes(in(L"d")));
     });
 }
 
-TEST_F(Paths, TheLongFormHasNoLimitOf260Characters) {
+TEST_F(Paths, LongFormHasNoLimitOf260Characters) {
     onMachine([&] {
-        std::wstring path = L"\\\\?\\" + scratch;
-        for (int level = 0; level < 6; ++level) {
-            path += L"\\" + std::wstring(100, L'd');
-            EXPECT_TRUE(createDirectory(path));
-        }
+        const std::wstring path = makeDeepDirectory(6);
         EXPECT_TRUE(fileAttributes(path));
-        if (!isWine()) {  // Wine has no limit for plain paths
+        if (!isWine()) {  // Wine does not limit plain paths
             EXPECT_FALSE(fileAttributes(path.substr(4)));
         }
     });
 }
 
-TEST_F(Paths, ALongFileIsReadAndWrittenInTheLongForm) {
+TEST_F(Paths, FileOperationsTakeLongPaths) {
     onMachine([&] {
-        std::wstring path = L"\\\\?\\" + scratch;
-        for (int level = 0; level < 3; ++level) {
-            path += L"\\" + std::wstring(100, L'd');
-            EXPECT_TRUE(createDirectory(path));
-        }
+        const std::wstring path = makeDeepDirectory(3);
         write(path + L"\\f", "text");
         EXPECT_EQ(read(path + L"\\f"), "text");
-        EXPECT_TRUE(copyFile(path + L"\\f", path + L"\\g", true));
+        EXPECT_TRUE(copyFile(path + L"\\f", path + L"\\g", ExistingTarget::isFailure));
         EXPECT_TRUE(moveFile(path + L"\\g", path + L"\\h", moveWriteThrough));
         EXPECT_TRUE(deleteFile(path + L"\\f"));
         EXPECT_EQ(read(path + L"\\h"), "text");
     });
 }
 
-TEST_F(Paths, AFullPathIsNormalised) {
+TEST_F(Paths, FullPathIsNormalised) {
     onMachine([&] {
         EXPECT_EQ(fullPathName(L"C:/a//b/../c/.", 260), L"C:\\a\\c");
         EXPECT_EQ(fullPathName(L"C:\\a\\", 260), L"C:\\a\\");
         EXPECT_EQ(fullPathName(L"C:\\..\\..\\a", 260), L"C:\\a");
         EXPECT_EQ(fullPathName(L"C:\\a.\\b ", 260), L"C:\\a\\b");
-        const std::wstring here = fullPathName(L".", 260).value_or(L"");
-        EXPECT_EQ(fullPathName(L"x", 260), (here.ends_with(L"\\") ? here : here + L"\\") + L"x");
-        EXPECT_EQ(fullPathName(L"\\x", 260), here.substr(0, 2) + L"\\x");
+        const std::wstring current = fullPathName(L".", 260).value_or(L"");
+        EXPECT_EQ(fullPathName(L"x", 260), (current.ends_with(L"\\") ? current : current + L"\\") + L"x");
+        EXPECT_EQ(fullPathName(L"\\x", 260), current.substr(0, 2) + L"\\x");
     });
 }
 
-TEST_F(Paths, AFullPathOfAShareStaysWithinIt) {
+TEST_F(Paths, FullPathOfAShareKeepsServerAndShare) {
     onMachine([&] {
         EXPECT_EQ(fullPathName(L"//server/share/a", 260), L"\\\\server\\share\\a");
         EXPECT_EQ(fullPathName(L"\\\\server\\share\\a\\..\\b", 260), L"\\\\server\\share\\b");
     });
 }
 
-TEST_F(Paths, ANameBehindADriveAloneIsInItsCurrentDirectory) {
+TEST_F(Paths, DriveRelativePathUsesTheCurrentDirectory) {
     onMachine([&] {
-        const std::wstring here = fullPathName(L".", 1000).value_or(L"");
-        const std::wstring drive = here.substr(0, 2);
+        const std::wstring drive = fullPathName(L".", 1000).value_or(L"").substr(0, 2);
         EXPECT_EQ(fullPathName(drive + L"x", 1000), fullPathName(L"x", 1000));
     });
 }
 
-TEST_F(Paths, AFullPathHasToFitWithItsEnd) {
+TEST_F(Paths, FullPathMustFitWithItsNul) {
     onMachine([&] {
         EXPECT_TRUE(fullPathName(L"C:\\abc", 7));
         EXPECT_FALSE(fullPathName(L"C:\\abc", 6));
@@ -208,3 +208,4 @@ TEST_F(Paths, AFullPathHasToFitWithItsEnd) {
 }
 
 }  // namespace
+}  // namespace contract

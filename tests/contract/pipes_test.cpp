@@ -1,190 +1,191 @@
+#include "platform/pipes.h"
+
 #include "contract/children.h"
 #include "contract/contract.h"
 #include "platform/clock.h"
-#include "platform/interprocess.h"
 
+namespace contract {
 namespace {
 
-using contract::Holder;
-using contract::isWine;
-using contract::letGo;
-using contract::read;
-using contract::startHolder;
 using namespace platform;
 
 constexpr ErrorCode errorTimeout = 121;
 constexpr ErrorCode errorPipeBusy = 231;
 constexpr ErrorCode errorPipeClosing = 232;
+constexpr const wchar_t* missingPipe = L"\\\\.\\pipe\\zl-contract-never";
 
-class Pipes : public contract::Contract {
+class Pipes : public Contract {
 protected:
-    // Every case has a pipe of its own: the system may take a moment to forget a former one.
+    // The pipe of the last server. Each server has a new name, because the system may keep an old pipe
+    // for a moment.
     std::wstring name;
 
-    Holder serve(int clients) {
+    Holder startServer(int clients) {
         static int count = 0;
         name = L"\\\\.\\pipe\\zl-contract-" + std::to_wstring(tickCount()) + L"-" + std::to_wstring(++count);
         return startHolder(scratch, L"pipe", name, clients);
     }
-    static Handle connect(const std::wstring& pipe) {
+    static Handle open(const std::wstring& pipe) {
         return createFile(pipe, accessRead | accessWrite, 0, openExistingFile, attributeNormal);
     }
-    // A whole client: waits, connects, writes and goes.
+    // Opens the server's pipe, which must be free.
+    Handle connect() const {
+        const Handle client = open(name);
+        EXPECT_NE(client, Handle::none) << lastError();
+        return client;
+    }
+    // A whole client: waits, connects, writes and closes.
     void send(const std::string& text) const {
         ASSERT_TRUE(waitNamedPipe(name, waitForever)) << lastError();
-        const Handle client = connect(name);
-        ASSERT_NE(client, Handle::none) << lastError();
+        const Handle client = connect();
         EXPECT_TRUE(writePipe(client, text)) << lastError();
         closeHandle(client);
     }
+    // What a client sent to the server, which has been released. The first client is 1.
     static std::string textOf(const Holder& server, int client) {
-        return read(server.go + L"." + std::to_wstring(client));
+        return read(server.releaseFile + L"." + std::to_wstring(client));
     }
 };
 
-TEST_F(Pipes, AMissingPipeIsNotWaitedFor) {
+TEST_F(Pipes, WaitForAMissingPipeFailsAtOnce) {
     onMachine([&] {
         const std::uint32_t before = tickCount();
-        EXPECT_FALSE(waitNamedPipe(L"\\\\.\\pipe\\zl-contract-never", waitForever));
-        if (!isWine()) {  // Wine gives no reason
+        EXPECT_FALSE(waitNamedPipe(missingPipe, waitForever));
+        if (!isWine()) {  // Wine leaves no error code
             EXPECT_EQ(lastError(), errorFileNotFound);
         }
         EXPECT_LT(tickCount() - before, 10000U);
     });
 }
 
-TEST_F(Pipes, AMissingPipeCannotBeOpened) {
-    onMachine(
-        [&] { EXPECT_FAILS(connect(L"\\\\.\\pipe\\zl-contract-never") != Handle::none, errorFileNotFound); });
+TEST_F(Pipes, MissingPipeCannotBeOpened) {
+    onMachine([&] { EXPECT_FAILS(open(missingPipe), errorFileNotFound); });
 }
 
-TEST_F(Pipes, AFreePipeIsThereAtOnce) {
+TEST_F(Pipes, WaitForAFreePipeSucceeds) {
     onMachine([&] {
-        const Holder server = serve(0);
+        const Holder server = startServer(0);
         EXPECT_TRUE(waitNamedPipe(name, 1));
-        letGo(server);
+        release(server);
     });
 }
 
-TEST_F(Pipes, ATextArrivesAsItIs) {
+TEST_F(Pipes, BytesArriveUnchanged) {
     onMachine([&] {
-        const Holder server = serve(1);
+        const Holder server = startServer(1);
         std::string bytes;
         for (int i = 0; i < 256; ++i) {
             bytes += static_cast<char>(i);
         }
         bytes += "\r\n\x1A";
         send(bytes);
-        letGo(server);
+        release(server);
         EXPECT_EQ(textOf(server, 1), bytes);
     });
 }
 
-TEST_F(Pipes, WhatIsWrittenInTwoPartsIsOneText) {
+TEST_F(Pipes, TwoWritesArriveAsOneText) {
     onMachine([&] {
-        const Holder server = serve(1);
-        const Handle client = connect(name);
-        ASSERT_NE(client, Handle::none) << lastError();
+        const Holder server = startServer(1);
+        const Handle client = connect();
         EXPECT_TRUE(writePipe(client, "one "));
         EXPECT_TRUE(writePipe(client, "text"));
         closeHandle(client);
-        letGo(server);
+        release(server);
         EXPECT_EQ(textOf(server, 1), "one text");
     });
 }
 
-TEST_F(Pipes, AMebibyteArrivesWhole) {
+TEST_F(Pipes, MebibyteArrivesWhole) {
     onMachine([&] {
-        const Holder server = serve(1);
+        const Holder server = startServer(1);
         std::string bytes;
         for (int i = 0; i < 1024 * 1024; ++i) {
             bytes += static_cast<char>(i % 251);
         }
         send(bytes);
-        letGo(server);
+        release(server);
         EXPECT_TRUE(textOf(server, 1) == bytes);
     });
 }
 
-TEST_F(Pipes, ClientsAreServedOneAfterTheOther) {
+TEST_F(Pipes, ClientsAreServedInOrder) {
     onMachine([&] {
-        const Holder server = serve(3);
+        const Holder server = startServer(3);
         send("first");
         send("second");
         send("third");
-        letGo(server);
+        release(server);
         EXPECT_EQ(textOf(server, 1), "first");
         EXPECT_EQ(textOf(server, 2), "second");
         EXPECT_EQ(textOf(server, 3), "third");
     });
 }
 
-TEST_F(Pipes, ABusyPipeIsNotOpened) {
+TEST_F(Pipes, BusyPipeCannotBeOpened) {
     onMachine([&] {
-        const Holder server = serve(1);
-        const Handle client = connect(name);
-        ASSERT_NE(client, Handle::none) << lastError();
-        EXPECT_FAILS(connect(name) != Handle::none, errorPipeBusy);
+        const Holder server = startServer(1);
+        const Handle client = connect();
+        EXPECT_FAILS(open(name), errorPipeBusy);
         closeHandle(client);
-        letGo(server);
+        release(server);
     });
 }
 
-TEST_F(Pipes, ABusyPipeIsWaitedForAsLongAsAsked) {
+TEST_F(Pipes, WaitForABusyPipeTimesOut) {
     onMachine([&] {
-        const Holder server = serve(1);
-        const Handle client = connect(name);
-        ASSERT_NE(client, Handle::none) << lastError();
+        const Holder server = startServer(1);
+        const Handle client = connect();
         const std::uint32_t before = tickCount();
         EXPECT_FAILS(waitNamedPipe(name, 200), errorTimeout);
         EXPECT_GE(tickCount() - before, 150U);
         closeHandle(client);
         EXPECT_TRUE(waitNamedPipe(name, 30000));
-        letGo(server);
+        release(server);
     });
 }
 
-TEST_F(Pipes, TheNameOfAPipeHasNoCase) {
+TEST_F(Pipes, NameIgnoresCase) {
     onMachine([&] {
-        const Holder server = serve(1);
-        std::wstring other = name;
-        other.replace(0, 14, L"\\\\.\\PIPE\\ZL-CO");
-        EXPECT_TRUE(waitNamedPipe(other, 1)) << lastError();
-        const Handle client = connect(other);
+        const Holder server = startServer(1);
+        std::wstring otherCase = name;
+        otherCase.replace(0, 14, L"\\\\.\\PIPE\\ZL-CO");
+        EXPECT_TRUE(waitNamedPipe(otherCase, 1)) << lastError();
+        const Handle client = open(otherCase);
         EXPECT_NE(client, Handle::none) << lastError();
         closeHandle(client);
-        letGo(server);
+        release(server);
     });
 }
 
-TEST_F(Pipes, APipeGoesWithTheProcessThatServesIt) {
+TEST_F(Pipes, PipeEndsWithItsServer) {
     onMachine([&] {
-        letGo(serve(0));
-        EXPECT_FAILS(connect(name) != Handle::none, errorFileNotFound);
+        release(startServer(0));
+        EXPECT_FAILS(open(name), errorFileNotFound);
         EXPECT_FALSE(waitNamedPipe(name, 1));
     });
 }
 
-TEST_F(Pipes, WritingToAServerThatHasGoneFails) {
+TEST_F(Pipes, WriteFailsOnceTheServerHasEnded) {
     onMachine([&] {
-        const Holder server = serve(0);
-        const Handle client = connect(name);
-        ASSERT_NE(client, Handle::none) << lastError();
-        letGo(server);
+        const Holder server = startServer(0);
+        const Handle client = connect();
+        release(server);
         EXPECT_FAILS(writePipe(client, "late"), errorPipeClosing);
         closeHandle(client);
     });
 }
 
-TEST_F(Pipes, WritingToNothingFails) {
+TEST_F(Pipes, WriteFailsWithoutAnOpenHandle) {
     onMachine([&] {
         EXPECT_FAILS(writePipe(Handle::none, "text"), errorInvalidHandle);
-        const Holder server = serve(1);
-        const Handle client = connect(name);
+        const Holder server = startServer(1);
+        const Handle client = connect();
         closeHandle(client);
         EXPECT_FAILS(writePipe(client, "text"), errorInvalidHandle);
-        letGo(server);
+        release(server);
     });
 }
 
 }  // namespace
+}  // namespace contract

@@ -1,95 +1,95 @@
+#include <algorithm>
+
 #include "contract/children.h"
 #include "contract/contract.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
 
+// Snapshots of the system's process list.
+namespace contract {
 namespace {
 
-using contract::endOf;
-using contract::found;
 using namespace platform;
 
-// The list of the processes of the machine.
-class ProcessLists : public contract::Contract {};
+class ProcessLists : public Contract {
+protected:
+    static std::vector<ProcessEntry> entriesOf(Handle snapshot) {
+        std::vector<ProcessEntry> entries;
+        for (auto entry = firstProcess(snapshot); entry; entry = nextProcess(snapshot)) {
+            entries.push_back(*entry);
+        }
+        return entries;
+    }
+    static bool contains(const std::vector<ProcessEntry>& entries, std::uint32_t processId) {
+        return std::any_of(entries.begin(), entries.end(),
+                           [&](const ProcessEntry& entry) { return entry.processId == processId; });
+    }
+    // Whether a new snapshot has an entry with this process id.
+    static bool isListedNow(std::uint32_t processId) {
+        const Handle snapshot = processSnapshot();
+        const bool isListed = contains(entriesOf(snapshot), processId);
+        closeHandle(snapshot);
+        return isListed;
+    }
+};
 
-TEST_F(ProcessLists, TheProcessListHoldsThisProcess) {
+TEST_F(ProcessLists, ListContainsTheOwnProcess) {
     onMachine([&] {
         const Handle snapshot = processSnapshot();
         ASSERT_NE(snapshot, Handle::none);
-        bool isListed = false;
-        ProcessEntry entry;
-        for (bool more = firstProcess(snapshot, entry); more; more = nextProcess(snapshot, entry)) {
-            isListed = isListed ||
-                       (entry.processId == currentProcessId() && entry.executableName == L"contract.exe");
-        }
-        EXPECT_TRUE(isListed);
+        const std::vector<ProcessEntry> entries = entriesOf(snapshot);
+        EXPECT_TRUE(std::any_of(entries.begin(), entries.end(), [](const ProcessEntry& entry) {
+            return entry.processId == currentProcessId() && entry.executableName == L"contract.exe";
+        }));
         closeHandle(snapshot);
     });
 }
 
-TEST_F(ProcessLists, AListHoldsARunningChildAndNoEndedOne) {
+TEST_F(ProcessLists, ListContainsAChildUntilItEnds) {
     onMachine([&] {
-        const auto isListed = [](std::uint32_t id) {
-            const Handle snapshot = processSnapshot();
-            bool found = false;
-            ProcessEntry entry;
-            for (bool more = firstProcess(snapshot, entry); more; more = nextProcess(snapshot, entry)) {
-                found = found || entry.processId == id;
-            }
-            closeHandle(snapshot);
-            return found;
-        };
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(0, 300), {}, child));
-        EXPECT_TRUE(isListed(child.processId));
-        closeHandle(child.thread);
-        EXPECT_EQ(endOf(child.process), 0U);
-        for (int i = 0; i < 200 && isListed(child.processId); ++i) {
+        const ChildProcess child = startChild(L"exit 0 300");
+        EXPECT_TRUE(isListedNow(child.processId));
+        EXPECT_EQ(waitForExitCode(child.process), 0U);
+        for (int i = 0; i < 200 && isListedNow(child.processId); ++i) {
             sleepMilliseconds(10);  // the system takes a moment to forget it
         }
-        EXPECT_FALSE(isListed(child.processId));
+        EXPECT_FALSE(isListedNow(child.processId));
     });
 }
 
-TEST_F(ProcessLists, AProcessListBeginsAnewAndEnds) {
+TEST_F(ProcessLists, ListEndsAndCanBeReadAgain) {
     onMachine([&] {
         const Handle snapshot = processSnapshot();
-        ProcessEntry head;
-        ProcessEntry again;
-        ASSERT_TRUE(firstProcess(snapshot, head));
-        ProcessEntry entry;
-        while (nextProcess(snapshot, entry)) {
-            EXPECT_EQ(entry.executableName.find(L'\\'), std::wstring::npos);
+        const std::optional<ProcessEntry> first = firstProcess(snapshot);
+        ASSERT_TRUE(first);
+        while (const auto entry = nextProcess(snapshot)) {
+            EXPECT_EQ(entry->executableName.find(L'\\'), std::wstring::npos);
         }
-        EXPECT_FAILS(nextProcess(snapshot, entry), errorNoMoreFiles);
-        EXPECT_TRUE(firstProcess(snapshot, again));
-        EXPECT_EQ(again.processId, head.processId);
+        EXPECT_FAILS(nextProcess(snapshot), errorNoMoreFiles);
+        const std::optional<ProcessEntry> again = firstProcess(snapshot);
+        ASSERT_TRUE(again);
+        EXPECT_EQ(again->processId, first->processId);
         closeHandle(snapshot);
     });
 }
 
-TEST_F(ProcessLists, AListDoesNotGrow) {
+TEST_F(ProcessLists, LaterProcessesAreNotInTheList) {
     onMachine([&] {
         const Handle snapshot = processSnapshot();
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(0, 500), {}, child));
-        ProcessEntry entry;
-        for (bool more = firstProcess(snapshot, entry); more; more = nextProcess(snapshot, entry)) {
-            EXPECT_NE(entry.processId, child.processId);
-        }
+        const ChildProcess child = startChild(L"exit 0 500");
+        EXPECT_FALSE(contains(entriesOf(snapshot), child.processId));
         closeHandle(snapshot);
-        closeHandle(child.thread);
-        EXPECT_EQ(endOf(child.process), 0U);
+        EXPECT_EQ(waitForExitCode(child.process), 0U);
     });
 }
 
-TEST_F(ProcessLists, WhatIsNoListHasNoEntries) {
+TEST_F(ProcessLists, InvalidSnapshotHasNoEntries) {
     onMachine([&] {
-        ProcessEntry entry;
-        EXPECT_FAILS(firstProcess(Handle::none, entry), errorInvalidHandle);
-        EXPECT_FAILS(nextProcess(Handle::none, entry), errorInvalidHandle);
+        EXPECT_FAILS(firstProcess(Handle::none), errorInvalidHandle);
+        EXPECT_FAILS(nextProcess(Handle::none), errorInvalidHandle);
     });
 }
 
 }  // namespace
+}  // namespace contract

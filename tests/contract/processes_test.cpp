@@ -2,22 +2,19 @@
 #include "contract/contract.h"
 #include "platform/child_processes.h"
 #include "platform/clock.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
 
+// Child processes from start to end, and their exit codes.
+namespace contract {
 namespace {
 
-using contract::endOf;
-using contract::read;
-using contract::startChild;
-using contract::waitForEnd;
 using namespace platform;
 
-// Processes from their start to their end, and what is left of them.
-class Processes : public contract::Contract {
+class Processes : public Contract {
 protected:
-    // What a child of the kind `late` writes to this file, once it has written it.
+    // The content of the file once a child `late` has written it.
     static std::string lateText(const std::wstring& path) {
-        contract::waitForFile(path);
+        waitForFile(path);
         for (int i = 0; i < 3000 && read(path).empty(); ++i) {
             sleepMilliseconds(10);
         }
@@ -25,108 +22,99 @@ protected:
     }
 };
 
-TEST_F(Processes, AChildRunsAndLeavesItsCode) {
+TEST_F(Processes, ChildRunsAndEndsWithItsExitCode) {
     onMachine([&] {
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(7, 400), {}, child)) << lastError();
-        EXPECT_NE(child.processId, 0U);
-        EXPECT_FALSE(hasProcessEnded(child.process));
-        EXPECT_EQ(processExitCode(child.process), exitCodeStillActive);
-        EXPECT_TRUE(waitForEnd(child.process));
-        EXPECT_EQ(processExitCode(child.process), 7U);
-        closeHandle(child.process);
-        closeHandle(child.thread);
+        const std::optional<ChildProcess> child = createProcess(childCommand(L"exit 7 400"), {});
+        ASSERT_TRUE(child) << lastError();
+        EXPECT_NE(child->processId, 0U);
+        EXPECT_FALSE(hasProcessEnded(child->process));
+        EXPECT_EQ(processExitCode(child->process), exitCodeStillActive);
+        EXPECT_TRUE(waitForEnd(child->process));
+        EXPECT_EQ(processExitCode(child->process), 7U);
+        closeHandle(child->process);
+        closeHandle(child->thread);
     });
 }
 
-TEST_F(Processes, AnExitCodeHasAll32Bits) {
+TEST_F(Processes, ExitCodeHas32Bits) {
     onMachine([&] {
-        EXPECT_EQ(endOf(startChild(L"exit 0")), 0U);
-        EXPECT_EQ(endOf(startChild(L"exit 65537")), 65537U);
-        EXPECT_EQ(endOf(startChild(L"exit -1")), 0xFFFFFFFFU);
+        EXPECT_EQ(runChild(L"exit 0"), 0U);
+        EXPECT_EQ(runChild(L"exit 65537"), 65537U);
+        EXPECT_EQ(runChild(L"exit -1"), 0xFFFFFFFFU);
     });
 }
 
-TEST_F(Processes, AnExitCodeStaysForAsLongAsTheHandle) {
+TEST_F(Processes, ExitCodeCanBeReadUntilTheHandleIsClosed) {
     onMachine([&] {
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(3, 0), {}, child));
+        const ChildProcess child = startChild(L"exit 3");
         waitForEnd(child.process);
         EXPECT_EQ(processExitCode(child.process), 3U);
         EXPECT_EQ(processExitCode(child.process), 3U);
         EXPECT_TRUE(hasProcessEnded(child.process));
         closeHandle(child.process);
         EXPECT_EQ(processExitCode(child.process), std::nullopt);
-        closeHandle(child.thread);
     });
 }
 
-TEST_F(Processes, AnEndWith259LooksLikeARunningProcessToItsExitCodeAlone) {
+TEST_F(Processes, ExitCode259LooksLikeARunningProcess) {
     onMachine([&] {
-        const Handle child = startChild(L"exit 259");
+        const Handle child = startChild(L"exit 259").process;
         EXPECT_TRUE(waitForEnd(child));
         EXPECT_EQ(processExitCode(child), exitCodeStillActive);
         closeHandle(child);
     });
 }
 
-TEST_F(Processes, AThreadHasNoExitCodeOfAProcess) {
+TEST_F(Processes, ThreadHandleHasNoProcessExitCode) {
     onMachine([&] {
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(3, 0), {}, child));
-        EXPECT_FAILS(processExitCode(child.thread).has_value(), errorInvalidHandle);
-        closeHandle(child.thread);
-        EXPECT_EQ(endOf(child.process), 3U);
+        const std::optional<ChildProcess> child = createProcess(childCommand(L"exit 3"), {});
+        ASSERT_TRUE(child) << lastError();
+        EXPECT_FAILS(processExitCode(child->thread), errorInvalidHandle);
+        closeHandle(child->thread);
+        EXPECT_EQ(waitForExitCode(child->process), 3U);
     });
 }
 
-TEST_F(Processes, WhatIsNoProcessHasNoExitCode) {
+TEST_F(Processes, InvalidHandleHasNoExitCode) {
     onMachine([&] {
         EXPECT_EQ(processExitCode(Handle::none), std::nullopt);
         EXPECT_FALSE(hasProcessEnded(Handle::none));
     });
 }
 
-TEST_F(Processes, LookingDoesNotWait) {
+TEST_F(Processes, QueriesDoNotWait) {
     onMachine([&] {
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(0, 3000), {}, child));
+        const ChildProcess child = startChild(L"exit 0 3000");
         const std::uint32_t before = tickCount();
         EXPECT_FALSE(hasProcessEnded(child.process));
         EXPECT_EQ(processExitCode(child.process), exitCodeStillActive);
         EXPECT_LT(tickCount() - before, 2000U);
-        closeHandle(child.thread);
-        EXPECT_EQ(endOf(child.process), 0U);
+        EXPECT_EQ(waitForExitCode(child.process), 0U);
     });
 }
 
-TEST_F(Processes, TwoChildrenAreTwoProcesses) {
+TEST_F(Processes, ChildrenHaveTheirOwnIdsAndExitCodes) {
     onMachine([&] {
-        ChildProcess first;
-        ChildProcess second;
-        ASSERT_TRUE(createProcess(contract::childCommand(1, 0), {}, first));
-        ASSERT_TRUE(createProcess(contract::childCommand(2, 0), {}, second));
+        const ChildProcess first = startChild(L"exit 1");
+        const ChildProcess second = startChild(L"exit 2");
         EXPECT_NE(first.processId, second.processId);
         EXPECT_NE(first.processId, currentProcessId());
-        EXPECT_EQ(endOf(second.process), 2U);
-        EXPECT_EQ(endOf(first.process), 1U);
+        EXPECT_EQ(waitForExitCode(second.process), 2U);
+        EXPECT_EQ(waitForExitCode(first.process), 1U);
     });
 }
 
-TEST_F(Processes, TheNumberIsTheOneThatTheChildHasItself) {
+TEST_F(Processes, ParentAndChildSeeTheSameProcessId) {
     onMachine([&] {
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childProgram() + L" --as number" + quoted(L"f"), {}, child));
-        closeHandle(child.thread);
-        EXPECT_EQ(endOf(child.process), 0U);
+        const ChildProcess child = startChild(L"id" + quoted(L"f"));
+        EXPECT_EQ(waitForExitCode(child.process), 0U);
         EXPECT_EQ(read(in(L"f")), std::to_string(child.processId));
     });
 }
 
-TEST_F(Processes, AProcessCanBeOpenedByItsNumberForItsExitCode) {
+TEST_F(Processes, OpenedProcessHasAnExitCode) {
     onMachine([&] {
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(24, 1500), {}, child));
+        const ChildProcess child = startChild(L"exit 24 1500");
         const Handle process = openProcess(child.processId);
         ASSERT_NE(process, Handle::none);
         EXPECT_EQ(processExitCode(process), exitCodeStillActive);
@@ -138,18 +126,16 @@ TEST_F(Processes, AProcessCanBeOpenedByItsNumberForItsExitCode) {
     });
 }
 
-TEST_F(Processes, ANumberThatNobodyHasCannotBeOpened) {
+TEST_F(Processes, UnusedProcessIdCannotBeOpened) {
     onMachine([&] {
-        EXPECT_EQ(openProcess(0x7FFFFFF0), Handle::none);
-        EXPECT_EQ(lastError(), errorInvalidParameter);
+        EXPECT_FAILS(openProcess(0x7FFFFFF0), errorInvalidParameter);
         EXPECT_EQ(processExitCode(Handle::none), std::nullopt);
     });
 }
 
-TEST_F(Processes, AProgramWithoutWindowsIsNotWaitedFor) {
+TEST_F(Processes, WaitForInputIdleIgnoresProgramsWithoutWindows) {
     onMachine([&] {
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(0, 3000), {}, child));
+        const ChildProcess child = startChild(L"exit 0 3000");
         const std::uint32_t before = tickCount();
         waitForInputIdle(child.process, 1000);
         waitForInputIdle(Handle::none, 1000);
@@ -158,32 +144,33 @@ TEST_F(Processes, AProgramWithoutWindowsIsNotWaitedFor) {
     });
 }
 
-TEST_F(Processes, TheNormalEndWritesOutTheBuffers) {
+TEST_F(Processes, NormalEndFlushesStreams) {
     onMachine([&] {
-        EXPECT_EQ(endOf(startChild(L"leave 5" + quoted(L"f"))), 5U);
+        EXPECT_EQ(runChild(L"leave 5" + quoted(L"f")), 5U);
         EXPECT_EQ(read(in(L"f")), "unflushed");
     });
 }
 
-TEST_F(Processes, AnAccessViolationLosesTheBuffers) {
+TEST_F(Processes, AccessViolationLosesBufferedData) {
     onMachine([&] {
-        EXPECT_EQ(endOf(startChild(L"fault" + quoted(L"f"))), 0xC0000005U);
+        EXPECT_EQ(runChild(L"fault" + quoted(L"f")), 0xC0000005U);
         EXPECT_EQ(read(in(L"f")), "");
     });
 }
 
-TEST_F(Processes, AChildGoesOnWithoutItsHandles) {
+TEST_F(Processes, ChildRunsOnAfterItsHandlesAreClosed) {
     onMachine([&] {
-        closeHandle(startChild(L"late" + quoted(L"f")));
+        closeHandle(startChild(L"late" + quoted(L"f")).process);
         EXPECT_EQ(lateText(in(L"f")), "late");
     });
 }
 
-TEST_F(Processes, AChildOutlivesItsParent) {
+TEST_F(Processes, ChildOutlivesItsParent) {
     onMachine([&] {
-        EXPECT_EQ(endOf(startChild(L"orphan" + quoted(L"f"))), 0U);
+        EXPECT_EQ(runChild(L"orphan" + quoted(L"f")), 0U);
         EXPECT_EQ(lateText(in(L"f")), "late");
     });
 }
 
 }  // namespace
+}  // namespace contract

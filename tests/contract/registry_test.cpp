@@ -2,173 +2,159 @@
 
 #include "contract/contract.h"
 
+namespace contract {
 namespace {
 
 using namespace platform;
 
 constexpr const wchar_t* winlogon = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Winlogon";
 
-// The shell and the policies of a desktop stand in the registry.
-class Registry : public contract::Contract {
+class Registry : public Contract {
 protected:
-    static RegistryKey openScratch(std::uint32_t access) {
-        RegistryKey key = RegistryKey::none;
-        EXPECT_EQ(openRegistryKey(RegistryRoot::currentUser, contract::registryScratch, access, key), 0U);
+    static RegistryKey openWinlogon() {
+        const RegistryKey key = openRegistryKey(RegistryRoot::localMachine, winlogon, registryQueryValue);
+        EXPECT_NE(key, RegistryKey::none) << lastError();
         return key;
     }
-    static std::wstring valueOf(const std::wstring& name) {
-        const RegistryKey key = openScratch(registryQueryValue);
+    static RegistryKey openScratch(std::uint32_t access) {
+        const RegistryKey key = openRegistryKey(RegistryRoot::currentUser, registryScratch, access);
+        EXPECT_NE(key, RegistryKey::none) << lastError();
+        return key;
+    }
+    // Reads a text of up to 1000 bytes.
+    static std::optional<std::wstring> textOf(RegistryKey key, const std::wstring& name) {
         std::uint32_t size = 1000;
-        std::wstring text = L"(absent)";
-        queryRegistryText(key, name, size, text);
+        return queryRegistryText(key, name, size);
+    }
+    // A text of the scratch key, read through a handle of its own.
+    static std::optional<std::wstring> scratchText(const std::wstring& name) {
+        const RegistryKey key = openScratch(registryQueryValue);
+        std::optional<std::wstring> text = textOf(key, name);
         closeRegistryKey(key);
         return text;
     }
 };
 
-TEST_F(Registry, TheRegistryTellsWhatIsThere) {
+TEST_F(Registry, ValueAndItsSizeAreRead) {
     onMachine([&] {
-        RegistryKey key = RegistryKey::none;
-        ASSERT_EQ(openRegistryKey(RegistryRoot::localMachine, winlogon, registryQueryValue, key), 0U);
+        const RegistryKey key = openWinlogon();
         std::uint32_t size = 1000;
-        std::wstring text;
-        EXPECT_EQ(queryRegistryText(key, L"SHELL", size, text), 0U);
-        EXPECT_EQ(text, L"explorer.exe");
+        EXPECT_EQ(queryRegistryText(key, L"SHELL", size), L"explorer.exe");
         EXPECT_EQ(size, 26U);
         size = 4;
-        EXPECT_EQ(queryRegistryText(key, L"Shell", size, text), 234U);
+        EXPECT_FAILS(queryRegistryText(key, L"Shell", size), errorMoreData);
         EXPECT_EQ(size, 26U);
-        EXPECT_EQ(queryRegistryText(key, L"Never", size, text), 2U);
+        EXPECT_FAILS(queryRegistryText(key, L"Never", size), errorFileNotFound);
         closeRegistryKey(key);
-        EXPECT_EQ(openRegistryKey(RegistryRoot::localMachine, std::wstring(winlogon) + L"\\Never",
-                                  registryQueryValue, key),
-                  2U);
-        EXPECT_EQ(key, RegistryKey::none);
-        closeRegistryKey(key);
+        const std::wstring missing = std::wstring(winlogon) + L"\\Never";
+        EXPECT_FAILS(openRegistryKey(RegistryRoot::localMachine, missing, registryQueryValue),
+                     errorFileNotFound);
     });
 }
 
-TEST_F(Registry, NamesInTheRegistryHaveNoCase) {
+TEST_F(Registry, NamesIgnoreCase) {
     onMachine([&] {
-        RegistryKey key = RegistryKey::none;
-        EXPECT_EQ(openRegistryKey(RegistryRoot::localMachine,
-                                  L"SOFTWARE\\MICROSOFT\\Windows nt\\currentversion\\WINLOGON",
-                                  registryQueryValue, key),
-                  0U);
-        std::uint32_t size = 1000;
-        std::wstring text;
-        EXPECT_EQ(queryRegistryText(key, L"shell", size, text), 0U);
-        EXPECT_EQ(text, L"explorer.exe");
+        const RegistryKey key =
+            openRegistryKey(RegistryRoot::localMachine,
+                            L"SOFTWARE\\MICROSOFT\\Windows nt\\currentversion\\WINLOGON", registryQueryValue);
+        EXPECT_NE(key, RegistryKey::none);
+        EXPECT_EQ(textOf(key, L"shell"), L"explorer.exe");
         closeRegistryKey(key);
     });
 }
 
-TEST_F(Registry, AMissingKeyOfTheUserIsToldAsOne) {
+TEST_F(Registry, MissingUserKeyIsFileNotFound) {
     onMachine([&] {
-        RegistryKey key = RegistryKey::none;
-        EXPECT_EQ(openRegistryKey(RegistryRoot::currentUser, L"Software\\zl-contract-never",
-                                  registryQueryValue, key),
-                  2U);
-        EXPECT_EQ(key, RegistryKey::none);
+        EXPECT_FAILS(
+            openRegistryKey(RegistryRoot::currentUser, L"Software\\zl-contract-never", registryQueryValue),
+            errorFileNotFound);
     });
 }
 
-TEST_F(Registry, ARegistryTextHasToFitWithItsEnd) {
+TEST_F(Registry, TextMustFitWithItsNul) {
     onMachine([&] {
-        RegistryKey key = RegistryKey::none;
-        ASSERT_EQ(openRegistryKey(RegistryRoot::localMachine, winlogon, registryQueryValue, key), 0U);
-        std::wstring text = L"untouched";
-        for (const std::uint32_t room : {2U, 24U, 25U}) {
-            std::uint32_t size = room;
-            EXPECT_EQ(queryRegistryText(key, L"Shell", size, text), 234U);
+        const RegistryKey key = openWinlogon();
+        for (const std::uint32_t capacity : {2U, 24U, 25U}) {
+            std::uint32_t size = capacity;
+            EXPECT_FAILS(queryRegistryText(key, L"Shell", size), errorMoreData);
             EXPECT_EQ(size, 26U);
-            EXPECT_EQ(text, L"untouched");
         }
         std::uint32_t size = 26;
-        EXPECT_EQ(queryRegistryText(key, L"Shell", size, text), 0U);
-        EXPECT_EQ(text, L"explorer.exe");
+        EXPECT_EQ(queryRegistryText(key, L"Shell", size), L"explorer.exe");
         closeRegistryKey(key);
     });
 }
 
-TEST_F(Registry, AValueIsMadeAndReplaced) {
+TEST_F(Registry, TextIsCreatedAndReplaced) {
     onMachine([&] {
         const RegistryKey key = openScratch(registryQueryValue | registrySetValue);
-        EXPECT_EQ(setRegistryText(key, L"Shell", L"first.exe"), 0U);
-        EXPECT_EQ(valueOf(L"SHELL"), L"first.exe");
-        EXPECT_EQ(setRegistryText(key, L"shell", L"\u65e5\u672c"), 0U);
-        EXPECT_EQ(valueOf(L"Shell"), L"\u65e5\u672c");
-        std::uint32_t size = 6;
-        std::wstring text;
-        EXPECT_EQ(queryRegistryText(key, L"Shell", size, text), 0U);  // two units and the NUL
+        EXPECT_TRUE(setRegistryText(key, L"Shell", L"first.exe"));
+        EXPECT_EQ(scratchText(L"SHELL"), L"first.exe");
+        EXPECT_TRUE(setRegistryText(key, L"shell", L"\u65e5\u672c"));
+        EXPECT_EQ(scratchText(L"Shell"), L"\u65e5\u672c");
+        std::uint32_t size = 6;  // two characters and the NUL
+        EXPECT_TRUE(queryRegistryText(key, L"Shell", size));
         EXPECT_EQ(size, 6U);
         closeRegistryKey(key);
     });
 }
 
-TEST_F(Registry, AnEmptyTextIsAValue) {
+TEST_F(Registry, EmptyTextIsAValue) {
     onMachine([&] {
         const RegistryKey key = openScratch(registryAllAccess);
-        EXPECT_EQ(setRegistryText(key, L"Shell", L""), 0U);
-        EXPECT_EQ(valueOf(L"Shell"), L"");
+        EXPECT_TRUE(setRegistryText(key, L"Shell", L""));
+        EXPECT_EQ(scratchText(L"Shell"), L"");
         closeRegistryKey(key);
     });
 }
 
-TEST_F(Registry, ANumberTakesFourBytes) {
+TEST_F(Registry, NumberHasFourBytes) {
     onMachine([&] {
         const RegistryKey key = openScratch(registryAllAccess);
-        EXPECT_EQ(setRegistryNumber(key, L"NoClose", 0), 0U);
+        EXPECT_TRUE(setRegistryNumber(key, L"NoClose", 0));
         std::uint32_t size = 3;
-        std::wstring text;
-        EXPECT_EQ(queryRegistryText(key, L"NoClose", size, text), 234U);
+        EXPECT_FAILS(queryRegistryText(key, L"NoClose", size), errorMoreData);
         EXPECT_EQ(size, 4U);
         closeRegistryKey(key);
     });
 }
 
-TEST_F(Registry, AKeyThatWasOpenedForReadingTakesNoValue) {
+TEST_F(Registry, KeyOpenedForReadingCannotBeWritten) {
     onMachine([&] {
         const RegistryKey key = openScratch(registryQueryValue);
-        EXPECT_EQ(setRegistryText(key, L"Shell", L"x"), errorAccessDenied);
-        EXPECT_EQ(setRegistryNumber(key, L"NoClose", 0), errorAccessDenied);
-        EXPECT_EQ(valueOf(L"Shell"), L"(absent)");
+        EXPECT_FAILS(setRegistryText(key, L"Shell", L"x"), errorAccessDenied);
+        EXPECT_FAILS(setRegistryNumber(key, L"NoClose", 0), errorAccessDenied);
+        EXPECT_EQ(scratchText(L"Shell"), std::nullopt);
         closeRegistryKey(key);
     });
 }
 
-TEST_F(Registry, TwoKeysOfTheRegistryAreGivenBackOneByOne) {
+TEST_F(Registry, ClosingOneHandleKeepsTheOtherOpen) {
     onMachine([&] {
-        RegistryKey one = RegistryKey::none;
-        RegistryKey other = RegistryKey::none;
-        ASSERT_EQ(openRegistryKey(RegistryRoot::localMachine, winlogon, registryQueryValue, one), 0U);
-        ASSERT_EQ(openRegistryKey(RegistryRoot::localMachine, winlogon, registryQueryValue, other), 0U);
-        closeRegistryKey(one);
-        std::uint32_t size = 1000;
-        std::wstring text;
-        EXPECT_EQ(queryRegistryText(other, L"Shell", size, text), 0U);
-        closeRegistryKey(other);
+        const RegistryKey first = openWinlogon();
+        const RegistryKey second = openWinlogon();
+        closeRegistryKey(first);
+        EXPECT_EQ(textOf(second, L"Shell"), L"explorer.exe");
+        closeRegistryKey(second);
     });
 }
 
-TEST_F(Registry, NoKeyOfTheRegistryHasNoValues) {
+TEST_F(Registry, QueryWithoutAKeyKeepsTheSize) {
     onMachine([&] {
         std::uint32_t size = 1000;
-        std::wstring text = L"untouched";
-        EXPECT_EQ(queryRegistryText(RegistryKey::none, L"Shell", size, text), errorInvalidHandle);
-        EXPECT_EQ(text, L"untouched");
+        EXPECT_FAILS(queryRegistryText(RegistryKey::none, L"Shell", size), errorInvalidHandle);
         EXPECT_EQ(size, 1000U);
     });
 }
 
-TEST_F(Registry, AKeyThatIsNoneTakesAndGivesNothing) {
+TEST_F(Registry, OperationsWithoutAKeyFail) {
     onMachine([&] {
         std::uint32_t size = 100;
-        std::wstring text;
-        EXPECT_EQ(setRegistryText(RegistryKey::none, L"Shell", L"x"), errorInvalidHandle);
-        EXPECT_EQ(queryRegistryText(RegistryKey::none, L"Shell", size, text), errorInvalidHandle);
+        EXPECT_FAILS(setRegistryText(RegistryKey::none, L"Shell", L"x"), errorInvalidHandle);
+        EXPECT_FAILS(queryRegistryText(RegistryKey::none, L"Shell", size), errorInvalidHandle);
         closeRegistryKey(RegistryKey::none);
     });
 }
 
 }  // namespace
+}  // namespace contract

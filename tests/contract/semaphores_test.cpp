@@ -1,80 +1,77 @@
+#include "platform/semaphores.h"
+
 #include "contract/children.h"
 #include "contract/contract.h"
-#include "platform/interprocess.h"
 
+// Named semaphores of other processes.
+namespace contract {
 namespace {
 
-using contract::Holder;
-using contract::letGo;
-using contract::startHolder;
 using namespace platform;
 
 constexpr std::uint32_t access = accessReadControl | accessSemaphoreModifyState;
 
-// A platform shows that it lives by a semaphore, which goes with the last handle of it.
-class Semaphores : public contract::Contract {
+class Semaphores : public Contract {
 protected:
     const std::wstring name = L"Global\\zl-contract-life";
 
-    // Whether somebody has it: opens it and gives it back.
-    bool isThere() const {
+    bool exists() const {
         const Handle handle = openSemaphore(name, access);
         closeHandle(handle);
         return handle != Handle::none;
     }
 };
 
-TEST_F(Semaphores, ASemaphoreIsFoundByItsName) {
+TEST_F(Semaphores, SemaphoreIsFoundByItsExactName) {
     onMachine([&] {
         const Handle handle = openSemaphore(L"Global\\contract", access);
         EXPECT_NE(handle, Handle::none);
         closeHandle(handle);
-        EXPECT_EQ(openSemaphore(L"Global\\contract-never", access), Handle::none);
-        EXPECT_EQ(lastError(), errorFileNotFound);
-        EXPECT_EQ(openSemaphore(L"Global\\CONTRACT", access), Handle::none);  // names of objects have a case
+        EXPECT_FAILS(openSemaphore(L"Global\\contract-never", access), errorFileNotFound);
+        // Unlike file names, names of kernel objects are case-sensitive.
+        EXPECT_EQ(openSemaphore(L"Global\\CONTRACT", access), Handle::none);
     });
 }
 
-TEST_F(Semaphores, OneOfAnotherUserIsThereAndNotOpened) {
+TEST_F(Semaphores, InaccessibleSemaphoreIsAccessDenied) {
+    onMachine([&] { EXPECT_FAILS(openSemaphore(L"Global\\contract-denied", access), errorAccessDenied); });
+}
+
+TEST_F(Semaphores, SemaphoreEndsWithItsProcess) {
     onMachine([&] {
-        EXPECT_FAILS(openSemaphore(L"Global\\contract-denied", access) != Handle::none, errorAccessDenied);
+        EXPECT_FALSE(exists());
+        const Holder holder = startHolder(scratch, L"semaphore", name);
+        EXPECT_TRUE(exists());
+        EXPECT_TRUE(exists());
+        release(holder);
+        EXPECT_FAILS(exists(), errorFileNotFound);
     });
 }
 
-TEST_F(Semaphores, ItGoesWithItsProcess) {
+TEST_F(Semaphores, OpenHandleKeepsTheSemaphore) {
     onMachine([&] {
-        EXPECT_FALSE(isThere());
-        const Holder platform = startHolder(scratch, L"semaphore", name);
-        EXPECT_TRUE(isThere());
-        EXPECT_TRUE(isThere());
-        letGo(platform);
-        EXPECT_FAILS(isThere(), errorFileNotFound);
+        const Holder holder = startHolder(scratch, L"semaphore", name);
+        const Handle handle = openSemaphore(name, access);
+        release(holder);
+        EXPECT_TRUE(exists());
+        closeHandle(handle);
+        EXPECT_FALSE(exists());
     });
 }
 
-TEST_F(Semaphores, WhoeverHasOpenedItKeepsItAlive) {
+TEST_F(Semaphores, LastHandleEndsTheSemaphore) {
     onMachine([&] {
-        const Holder platform = startHolder(scratch, L"semaphore", name);
-        const Handle kept = openSemaphore(name, access);
-        letGo(platform);
-        EXPECT_TRUE(isThere());
-        closeHandle(kept);
-        EXPECT_FALSE(isThere());
-    });
-}
-
-TEST_F(Semaphores, TwoHandlesAreGivenBackOneByOne) {
-    onMachine([&] {
-        const Holder platform = startHolder(scratch, L"semaphore", name);
-        const Handle one = openSemaphore(name, access);
-        const Handle other = openSemaphore(name, access);
-        EXPECT_NE(one, other);
-        letGo(platform);
-        closeHandle(one);
-        EXPECT_TRUE(isThere());
-        closeHandle(other);
-        EXPECT_FALSE(isThere());
+        const Holder holder = startHolder(scratch, L"semaphore", name);
+        const Handle first = openSemaphore(name, access);
+        const Handle second = openSemaphore(name, access);
+        EXPECT_NE(first, second);
+        release(holder);
+        closeHandle(first);
+        EXPECT_TRUE(exists());
+        closeHandle(second);
+        EXPECT_FALSE(exists());
     });
 }
 
 }  // namespace
+}  // namespace contract

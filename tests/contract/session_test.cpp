@@ -3,47 +3,45 @@
 #include "contract/contract.h"
 #include "platform/clock.h"
 
+namespace contract {
 namespace {
 
 using namespace platform;
 
-// What the supervision of a locked-down desktop believes.
-class Session : public contract::Contract {};
+constexpr ErrorCode errorNotAllAssigned = 1300;
+constexpr ErrorCode errorNoSuchPrivilege = 1313;
 
-TEST_F(Session, ThePrivilegeToShutDownIsEnabledAndTakenBack) {
+class Session : public Contract {};
+
+TEST_F(Session, ShutdownPrivilegeIsEnabledAndDisabled) {
     onMachine([&] {
         const Handle token = openOwnToken();
         ASSERT_NE(token, Handle::none);
         const Privilege privilege = findPrivilege(L"SeShutdownPrivilege");
         EXPECT_NE(privilege, Privilege::none);
-        adjustPrivilege(token, privilege, true);
-        EXPECT_EQ(lastError(), errorSuccess);
-        adjustPrivilege(token, privilege, false);
-        EXPECT_EQ(lastError(), errorSuccess);
+        EXPECT_TRUE(adjustPrivilege(token, privilege, PrivilegeState::enabled)) << lastError();
+        EXPECT_TRUE(adjustPrivilege(token, privilege, PrivilegeState::disabled)) << lastError();
         closeHandle(token);
     });
 }
 
-TEST_F(Session, APrivilegeThatDoesNotExistIsNotFoundAndNotGiven) {
+TEST_F(Session, UnknownPrivilegeIsNeitherFoundNorEnabled) {
     onMachine([&] {
-        EXPECT_EQ(findPrivilege(L"SeNeverPrivilege"), Privilege::none);
-        EXPECT_EQ(lastError(), 1313U);
+        EXPECT_FAILS(findPrivilege(L"SeNeverPrivilege"), errorNoSuchPrivilege);
         const Handle token = openOwnToken();
-        adjustPrivilege(token, Privilege::none, true);
-        EXPECT_EQ(lastError(), 1300U);
+        EXPECT_FAILS(adjustPrivilege(token, Privilege::none, PrivilegeState::enabled), errorNotAllAssigned);
         closeHandle(token);
     });
 }
 
-TEST_F(Session, WithoutATokenNoPrivilegeIsGiven) {
+TEST_F(Session, PrivilegeNeedsAToken) {
     onMachine([&] {
-        adjustPrivilege(Handle::none, findPrivilege(L"SeShutdownPrivilege"), true);
-        EXPECT_EQ(lastError(), errorInvalidHandle);
+        const Privilege privilege = findPrivilege(L"SeShutdownPrivilege");
+        EXPECT_FAILS(adjustPrivilege(Handle::none, privilege, PrivilegeState::enabled), errorInvalidHandle);
     });
 }
 
-// Without one the call costs nothing that a user could notice.
-TEST_F(Session, WordsForADebuggerThatIsNotThereAreLost) {
+TEST_F(Session, DebuggerTextsAreQuickWithoutADebugger) {
     onMachine([&] {
         const std::uint32_t before = tickCount();
         for (int i = 0; i < 100; ++i) {
@@ -54,3 +52,4 @@ TEST_F(Session, WordsForADebuggerThatIsNotThereAreLost) {
 }
 
 }  // namespace
+}  // namespace contract

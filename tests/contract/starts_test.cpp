@@ -2,86 +2,77 @@
 #include "contract/contract.h"
 #include "platform/child_processes.h"
 
+// Starting a program, and the errors of a failed start.
+namespace contract {
 namespace {
 
-using contract::endOf;
-using contract::isWine;
-using contract::read;
-using contract::startChild;
-using contract::waitForEnd;
-using contract::write;
 using namespace platform;
 
-// What it takes to start a program, and what a start that fails tells.
-class Starts : public contract::Contract {};
+constexpr ErrorCode errorBadProgram = 193;
 
-TEST_F(Starts, AChildTakesATitleAndFlags) {
+class Starts : public Contract {
+protected:
+    // A command line with only the program, quoted.
+    std::wstring programIn(const std::wstring& name) const { return L"\"" + in(name) + L"\""; }
+};
+
+TEST_F(Starts, ChildStartsWithTitleAndFlags) {
     onMachine([&] {
         StartInformation start;
         start.flags = startPreventPinning | startTitleIsAppId;
         start.title = L"my.id";
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(contract::childCommand(0, 0), start, child)) << lastError();
-        EXPECT_TRUE(waitForEnd(child.process));
+        const std::optional<ChildProcess> child = createProcess(childCommand(L"exit 0"), start);
+        ASSERT_TRUE(child) << lastError();
+        EXPECT_TRUE(waitForEnd(child->process));
     });
 }
 
-TEST_F(Starts, AChildStartsInTheDirectoryOfItsParent) {
+TEST_F(Starts, ChildStartsInTheParentsCurrentDirectory) {
     onMachine([&] {
-        EXPECT_EQ(endOf(startChild(L"where" + quoted(L"f"))), 0U);
-        const std::string there = read(in(L"f"));
-        EXPECT_EQ(std::wstring(there.begin(), there.end()), fullPathName(L".", 1000));
+        EXPECT_EQ(runChild(L"directory" + quoted(L"f")), 0U);
+        const std::string directory = read(in(L"f"));
+        EXPECT_EQ(std::wstring(directory.begin(), directory.end()), fullPathName(L".", 1000));
     });
 }
 
-TEST_F(Starts, AProgramIsFoundWithoutItsEnding) {
+TEST_F(Starts, ProgramIsFoundWithoutItsExtension) {
     onMachine([&] {
-        std::wstring command = contract::childCommand(6, 0);
+        std::wstring command = childCommand(L"exit 6");
         command.erase(command.find(L".exe"), 4);
-        ChildProcess child;
-        ASSERT_TRUE(createProcess(command, {}, child)) << lastError();
-        closeHandle(child.thread);
-        EXPECT_EQ(endOf(child.process), 6U);
+        const std::optional<ChildProcess> child = createProcess(command, {});
+        ASSERT_TRUE(child) << lastError();
+        closeHandle(child->thread);
+        EXPECT_EQ(waitForExitCode(child->process), 6U);
     });
 }
 
-TEST_F(Starts, WhatCannotBeStartedIsToldApart) {
+TEST_F(Starts, MissingProgramDiffersFromInvalidProgram) {
     onMachine([&] {
-        ChildProcess child;
-        EXPECT_FAILS(createProcess(L"\"" + in(L"gone.exe") + L"\" x", {}, child), errorFileNotFound);
+        EXPECT_FAILS(createProcess(programIn(L"gone.exe") + L" x", {}), errorFileNotFound);
         write(in(L"text.exe"), "no program");
-        EXPECT_FAILS(createProcess(L"\"" + in(L"text.exe") + L"\"", {}, child), 193U);
-        EXPECT_FALSE(createProcess(L"", {}, child));
-        EXPECT_EQ(child.processId, 0U);
+        EXPECT_FAILS(createProcess(programIn(L"text.exe"), {}), errorBadProgram);
+        EXPECT_FALSE(createProcess(L"", {}));
     });
 }
 
-TEST_F(Starts, AProgramInAMissingDirectoryIsAMissingPath) {
+TEST_F(Starts, MissingDirectoryIsPathNotFound) {
     onMachine([&] {
-        ChildProcess child;
-        // Wine does not tell a missing directory from a missing file.
-        EXPECT_FAILS(createProcess(L"\"" + in(L"gone\\x.exe") + L"\"", {}, child),
+        // Wine does not distinguish a missing directory from a missing file.
+        EXPECT_FAILS(createProcess(programIn(L"gone\\x.exe"), {}),
                      isWine() ? errorFileNotFound : errorPathNotFound);
     });
 }
 
-TEST_F(Starts, ADirectoryIsNoProgram) {
+TEST_F(Starts, DirectoryCannotBeStarted) {
     onMachine([&] {
-        ChildProcess child;
         EXPECT_TRUE(createDirectory(in(L"d.exe")));
-        EXPECT_FAILS(createProcess(L"\"" + in(L"d.exe") + L"\"", {}, child), errorAccessDenied);
+        EXPECT_FAILS(createProcess(programIn(L"d.exe"), {}), errorAccessDenied);
     });
 }
 
-TEST_F(Starts, AFailedStartLeavesTheRecordAlone) {
-    onMachine([&] {
-        ChildProcess child;
-        child.processId = 12;
-        EXPECT_FAILS(createProcess(in(L"gone.exe"), {}, child), errorFileNotFound);
-        EXPECT_EQ(child.processId, 12U);
-        EXPECT_EQ(child.process, Handle::none);
-        EXPECT_EQ(child.thread, Handle::none);
-    });
+TEST_F(Starts, UnquotedMissingProgramIsFileNotFound) {
+    onMachine([&] { EXPECT_FAILS(createProcess(in(L"gone.exe"), {}), errorFileNotFound); });
 }
 
 }  // namespace
+}  // namespace contract

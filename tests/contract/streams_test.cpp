@@ -2,15 +2,12 @@
 
 #include "contract/contract.h"
 
+namespace contract {
 namespace {
 
-using contract::isWine;
-using contract::read;
-using contract::take;
-using contract::write;
 using namespace platform;
 
-class Streams : public contract::Contract {};
+class Streams : public Contract {};
 
 TEST_F(Streams, BytesPassUnchanged) {
     onMachine([&] {
@@ -24,22 +21,22 @@ TEST_F(Streams, BytesPassUnchanged) {
     });
 }
 
-TEST_F(Streams, ReadingNeedsAFile) {
+TEST_F(Streams, OpenReportsWhatIsMissing) {
     onMachine([&] {
-        EXPECT_FAILS(openStream(in(L"gone"), "r") != nullptr, errorFileNotFound);
-        EXPECT_FAILS(openStream(in(L"gone"), "r+") != nullptr, errorFileNotFound);
-        EXPECT_FAILS(openStream(in(L"gone\\x"), "r") != nullptr, errorPathNotFound);
-        EXPECT_FAILS(openStream(in(L"gone\\x"), "w") != nullptr, errorPathNotFound);
-        EXPECT_FAILS(openStream(scratch, "r") != nullptr, errorAccessDenied);
-        EXPECT_FAILS(openStream(scratch, "w") != nullptr, errorAccessDenied);
+        EXPECT_FAILS(openStream(in(L"gone"), "r"), errorFileNotFound);
+        EXPECT_FAILS(openStream(in(L"gone"), "r+"), errorFileNotFound);
+        EXPECT_FAILS(openStream(in(L"gone\\x"), "r"), errorPathNotFound);
+        EXPECT_FAILS(openStream(in(L"gone\\x"), "w"), errorPathNotFound);
+        EXPECT_FAILS(openStream(scratch, "r"), errorAccessDenied);
+        EXPECT_FAILS(openStream(scratch, "w"), errorAccessDenied);
     });
 }
 
-TEST_F(Streams, OnlyModesThatWriteMakeAFile) {
+TEST_F(Streams, OnlyWritingModesCreateAFile) {
     onMachine([&] {
         for (const char* mode : {"r", "r+"}) {
-            EXPECT_FAILS(openStream(in(L"f"), mode) != nullptr, errorFileNotFound);
-            EXPECT_FALSE(fileAttributes(in(L"f")));
+            EXPECT_FAILS(openStream(in(L"f"), mode), errorFileNotFound);
+            EXPECT_FALSE(fileAttributes(in(L"f"))) << mode;
         }
         for (const char* mode : {"w", "w+", "a+"}) {
             Stream* stream = openStream(in(L"f"), mode);
@@ -50,7 +47,7 @@ TEST_F(Streams, OnlyModesThatWriteMakeAFile) {
     });
 }
 
-TEST_F(Streams, WritingEmptiesTheFile) {
+TEST_F(Streams, WriteModesEmptyTheFile) {
     onMachine([&] {
         write(in(L"f"), "long text");
         write(in(L"f"), "x");
@@ -58,12 +55,12 @@ TEST_F(Streams, WritingEmptiesTheFile) {
         Stream* stream = openStream(in(L"f"), "w+");
         EXPECT_TRUE(writeStream(stream, "abc"));
         EXPECT_TRUE(rewindStream(stream));
-        EXPECT_EQ(take(stream, 10), "abc");
+        EXPECT_EQ(readUpTo(stream, 10), "abc");
         closeStream(stream);
     });
 }
 
-TEST_F(Streams, EmptyingAFileIsSeenAtOnce) {
+TEST_F(Streams, FileIsEmptiedOnOpen) {
     onMachine([&] {
         write(in(L"f"), "text");
         Stream* stream = openStream(in(L"f"), "w");
@@ -73,7 +70,7 @@ TEST_F(Streams, EmptyingAFileIsSeenAtOnce) {
     });
 }
 
-TEST_F(Streams, AppendingKeepsWhatIsThere) {
+TEST_F(Streams, AppendModeWritesAtTheEnd) {
     onMachine([&] {
         for (int i = 0; i < 2; ++i) {
             Stream* stream = openStream(in(L"f"), "a+");
@@ -90,80 +87,82 @@ TEST_F(Streams, AppendingKeepsWhatIsThere) {
     });
 }
 
-TEST_F(Streams, AppendingReadsFromTheHeadAfterARewind) {
+TEST_F(Streams, AppendModeReadsFromTheStartAfterARewind) {
     onMachine([&] {
         write(in(L"f"), "ab");
         Stream* stream = openStream(in(L"f"), "a+");
         EXPECT_TRUE(writeStream(stream, "cd"));
         EXPECT_TRUE(rewindStream(stream));
-        EXPECT_EQ(take(stream, 10), "abcd");
+        EXPECT_EQ(readUpTo(stream, 10), "abcd");
         EXPECT_TRUE(closeStream(stream));
     });
 }
 
-TEST_F(Streams, UpdatingWritesOverTheHeadAndTruncatesNothing) {
+TEST_F(Streams, UpdateModeOverwritesWithoutTruncating) {
     onMachine([&] {
         write(in(L"f"), "0123456789");
         Stream* stream = openStream(in(L"f"), "r+");
-        EXPECT_EQ(take(stream, 4), "0123");
+        EXPECT_EQ(readUpTo(stream, 4), "0123");
         EXPECT_TRUE(rewindStream(stream));
         EXPECT_TRUE(writeStream(stream, "ab"));
         EXPECT_TRUE(flushStream(stream));
         EXPECT_TRUE(rewindStream(stream));
-        EXPECT_EQ(take(stream, 20), "ab23456789");
+        EXPECT_EQ(readUpTo(stream, 20), "ab23456789");
         closeStream(stream);
     });
 }
 
-TEST_F(Streams, ReadingGoesOnWhereItStopped) {
+TEST_F(Streams, ReadsAreConsecutive) {
     onMachine([&] {
         write(in(L"f"), "0123456789");
         Stream* stream = openStream(in(L"f"), "r");
-        EXPECT_EQ(take(stream, 3), "012");
-        EXPECT_EQ(take(stream, 3), "345");
-        EXPECT_EQ(take(stream, 30), "6789");
+        EXPECT_EQ(readUpTo(stream, 3), "012");
+        EXPECT_EQ(readUpTo(stream, 3), "345");
+        EXPECT_EQ(readUpTo(stream, 30), "6789");
         closeStream(stream);
     });
 }
 
-TEST_F(Streams, WritingGoesOnWhereReadingStopped) {
+TEST_F(Streams, WriteContinuesWhereReadingStopped) {
     onMachine([&] {
         write(in(L"f"), "0123456789");
         Stream* stream = openStream(in(L"f"), "r+");
-        EXPECT_EQ(take(stream, 3), "012");
+        EXPECT_EQ(readUpTo(stream, 3), "012");
         EXPECT_TRUE(writeStream(stream, "ab"));
-        EXPECT_EQ(take(stream, 3), "567");
+        EXPECT_EQ(readUpTo(stream, 3), "567");
         EXPECT_TRUE(closeStream(stream));
         EXPECT_EQ(read(in(L"f")), "012ab56789");
     });
 }
 
-TEST_F(Streams, TheEndGivesNothing) {
+TEST_F(Streams, EndOfFileIsNoFailure) {
     onMachine([&] {
         write(in(L"f"), "ab");
         Stream* stream = openStream(in(L"f"), "r");
-        EXPECT_EQ(take(stream, 2), "ab");
-        EXPECT_EQ(take(stream, 2), "");
-        EXPECT_EQ(lastError(), errorSuccess);
-        EXPECT_EQ(take(stream, 2), "");
-        EXPECT_EQ(lastError(), errorSuccess);
+        EXPECT_EQ(readUpTo(stream, 2), "ab");
+        for (int i = 0; i < 2; ++i) {
+            char buffer[2];
+            const ReadResult result = readStream(stream, buffer, sizeof(buffer));
+            EXPECT_EQ(result.count, 0U);
+            EXPECT_FALSE(result.hasFailed);
+        }
         closeStream(stream);
     });
 }
 
-TEST_F(Streams, NothingIsReadAndNothingIsWrittenOfNoBytes) {
+TEST_F(Streams, ZeroBytesCanBeReadAndWritten) {
     onMachine([&] {
         write(in(L"f"), "ab");
         Stream* stream = openStream(in(L"f"), "r+");
-        EXPECT_EQ(take(stream, 0), "");
+        EXPECT_EQ(readUpTo(stream, 0), "");
         EXPECT_TRUE(writeStream(stream, ""));
         EXPECT_TRUE(flushStream(stream));
-        EXPECT_EQ(take(stream, 10), "ab");
+        EXPECT_EQ(readUpTo(stream, 10), "ab");
         EXPECT_TRUE(closeStream(stream));
     });
 }
 
-TEST_F(Streams, AReaderCannotWrite) {
+TEST_F(Streams, ReadModeCannotWrite) {
     onMachine([&] {
         write(in(L"f"), "ab");
         Stream* stream = openStream(in(L"f"), "r");
@@ -173,19 +172,19 @@ TEST_F(Streams, AReaderCannotWrite) {
     });
 }
 
-TEST_F(Streams, AWriterCannotRead) {
+TEST_F(Streams, WriteModeCannotRead) {
     onMachine([&] {
         Stream* stream = openStream(in(L"f"), "w");
         ASSERT_NE(stream, nullptr);
         EXPECT_TRUE(writeStream(stream, "x"));
         EXPECT_TRUE(rewindStream(stream));
-        EXPECT_EQ(take(stream, 10), "");
+        EXPECT_EQ(readUpTo(stream, 10), "");
         closeStream(stream);
         EXPECT_EQ(read(in(L"f")), "x");
     });
 }
 
-TEST_F(Streams, SmallWritesAreSeenAfterAFlush) {
+TEST_F(Streams, SmallWriteReachesTheFileWithAFlush) {
     onMachine([&] {
         Stream* stream = openStream(in(L"f"), "w");
         EXPECT_TRUE(writeStream(stream, "abc"));
@@ -196,7 +195,7 @@ TEST_F(Streams, SmallWritesAreSeenAfterAFlush) {
     });
 }
 
-TEST_F(Streams, ALargeWriteGoesToTheDiskBeforeAFlush) {
+TEST_F(Streams, LargeWriteReachesTheFileWithoutAFlush) {
     onMachine([&] {
         Stream* stream = openStream(in(L"f"), "w");
         ASSERT_NE(stream, nullptr);
@@ -208,69 +207,70 @@ TEST_F(Streams, ALargeWriteGoesToTheDiskBeforeAFlush) {
     });
 }
 
-TEST_F(Streams, ARewindSeesWhatOthersHaveWritten) {
+TEST_F(Streams, RewindShowsWhatOtherStreamsWrote) {
     onMachine([&] {
         write(in(L"f"), "old");
         Stream* reader = openStream(in(L"f"), "r+");
-        EXPECT_EQ(take(reader, 10), "old");
+        EXPECT_EQ(readUpTo(reader, 10), "old");
         Stream* writer = openStream(in(L"f"), "r+");
         EXPECT_TRUE(writeStream(writer, "newer"));
         closeStream(writer);
         EXPECT_TRUE(rewindStream(reader));
-        EXPECT_EQ(take(reader, 10), "newer");
+        EXPECT_EQ(readUpTo(reader, 10), "newer");
         closeStream(reader);
     });
 }
 
-TEST_F(Streams, AReaderOfAnEmptiedFileSeesNothingBehindARewind) {
+TEST_F(Streams, RewindShowsThatTheFileWasEmptied) {
     onMachine([&] {
         write(in(L"f"), "text");
         Stream* reader = openStream(in(L"f"), "r");
-        EXPECT_EQ(take(reader, 2), "te");
+        EXPECT_EQ(readUpTo(reader, 2), "te");
         write(in(L"f"), "");
         EXPECT_TRUE(rewindStream(reader));
-        EXPECT_EQ(take(reader, 10), "");
+        EXPECT_EQ(readUpTo(reader, 10), "");
         closeStream(reader);
     });
 }
 
-TEST_F(Streams, TwoAppendersWriteBehindEachOther) {
+TEST_F(Streams, TwoAppendingStreamsDoNotOverwriteEachOther) {
     onMachine([&] {
-        Stream* one = openStream(in(L"f"), "a+");
-        Stream* other = openStream(in(L"f"), "a+");
-        EXPECT_TRUE(writeStream(one, "a") && flushStream(one));
-        EXPECT_TRUE(writeStream(other, "b") && flushStream(other));
-        EXPECT_TRUE(writeStream(one, "c") && flushStream(one));
-        EXPECT_TRUE(closeStream(one));
-        EXPECT_TRUE(closeStream(other));
+        Stream* first = openStream(in(L"f"), "a+");
+        Stream* second = openStream(in(L"f"), "a+");
+        EXPECT_TRUE(writeStream(first, "a") && flushStream(first));
+        EXPECT_TRUE(writeStream(second, "b") && flushStream(second));
+        EXPECT_TRUE(writeStream(first, "c") && flushStream(first));
+        EXPECT_TRUE(closeStream(first));
+        EXPECT_TRUE(closeStream(second));
         EXPECT_EQ(read(in(L"f")), "abc");
     });
 }
 
-TEST_F(Streams, AHiddenFileCanBeReadAndAppendedTo) {
+TEST_F(Streams, HiddenFileCanBeReadAndAppendedTo) {
     onMachine([&] {
-        closeHandle(createFile(in(L"f"), accessWrite, 0, openFileAlways, attributeHidden));
+        makeFileWith(in(L"f"), attributeHidden);
         Stream* stream = openStream(in(L"f"), "a+");
         ASSERT_NE(stream, nullptr) << lastError();
         EXPECT_TRUE(writeStream(stream, "x"));
         EXPECT_TRUE(closeStream(stream));
         EXPECT_EQ(read(in(L"f")), "x");
-        EXPECT_NE(fileAttributes(in(L"f")).value_or(0) & attributeHidden, 0U);
+        EXPECT_TRUE(hasAttribute(in(L"f"), attributeHidden));
     });
 }
 
-TEST_F(Streams, AHiddenFileCanBeUpdatedAndNotEmptied) {
+TEST_F(Streams, HiddenFileCanBeUpdatedButNotEmptied) {
     onMachine([&] {
-        closeHandle(createFile(in(L"f"), accessWrite, shareRead, openFileAlways, attributeHidden));
+        makeFileWith(in(L"f"), attributeHidden);
         Stream* stream = openStream(in(L"f"), "r+");
         ASSERT_NE(stream, nullptr);
         EXPECT_TRUE(writeStream(stream, "abc"));
         closeStream(stream);
         EXPECT_EQ(read(in(L"f")), "abc");
-        if (!isWine()) {  // Wine lets a hidden file be emptied
-            EXPECT_FAILS(openStream(in(L"f"), "w") != nullptr, errorAccessDenied);
+        if (!isWine()) {  // Wine empties hidden files
+            EXPECT_FAILS(openStream(in(L"f"), "w"), errorAccessDenied);
         }
     });
 }
 
 }  // namespace
+}  // namespace contract

@@ -1,24 +1,25 @@
 #include "contract/contract.h"
-#include "platform/desktop.h"
-#include "platform/process.h"
+#include "platform/libraries.h"
+#include "platform/own_process.h"
+#include "platform/system_version.h"
 
+// The system's version, libraries and error texts, and the path of the program.
+namespace contract {
 namespace {
 
 using namespace platform;
 
-// What the system tells of itself and of this program.
-class System : public contract::Contract {};
+class System : public Contract {};
 
-TEST_F(System, TheVersionIsThatOfTheSystem) {
+TEST_F(System, VersionIsAtLeastWindows7) {
     onMachine([&] {
-        std::uint32_t major = 0;
-        std::uint32_t minor = 0;
-        EXPECT_TRUE(systemVersion(major, minor));
-        EXPECT_TRUE(major > 6 || (major == 6 && minor >= 1));
+        const std::optional<SystemVersion> version = systemVersion();
+        ASSERT_TRUE(version);
+        EXPECT_TRUE(version->major > 6 || (version->major == 6 && version->minor >= 1));
     });
 }
 
-TEST_F(System, TheModuleIsThisProgram) {
+TEST_F(System, ModuleFileNameMustFitWithItsNul) {
     onMachine([&] {
         const std::wstring path = moduleFileName(260).value_or(L"");
         EXPECT_TRUE(path.ends_with(L"\\contract.exe"));
@@ -27,7 +28,7 @@ TEST_F(System, TheModuleIsThisProgram) {
     });
 }
 
-TEST_F(System, FunctionsAreFoundAtRunTime) {
+TEST_F(System, LibraryFunctionIsFoundAndCalled) {
     onMachine([&] {
         const Library shell = loadLibrary(L"shell32.dll");
         ASSERT_NE(shell, Library::none);
@@ -40,7 +41,7 @@ TEST_F(System, FunctionsAreFoundAtRunTime) {
     });
 }
 
-TEST_F(System, WithoutTheCurrentDirectoryTheSystemsLibrariesAreStillFound) {
+TEST_F(System, SystemLibraryIsFoundWithoutTheCurrentDirectory) {
     onMachine([&] {
         removeCurrentDirectoryFromLibrarySearch();
         const Library shell = loadLibrary(L"shell32.dll");
@@ -49,7 +50,7 @@ TEST_F(System, WithoutTheCurrentDirectoryTheSystemsLibrariesAreStillFound) {
     });
 }
 
-TEST_F(System, ErrorsHaveTextsThatEndALine) {
+TEST_F(System, ErrorTextsEndWithALineEnd) {
     onMachine([&] {
         EXPECT_TRUE(errorText(errorFileNotFound).ends_with(L"\r\n"));
         EXPECT_TRUE(errorText(errorAccessDenied).ends_with(L"\r\n"));
@@ -59,3 +60,4 @@ TEST_F(System, ErrorsHaveTextsThatEndALine) {
 }
 
 }  // namespace
+}  // namespace contract

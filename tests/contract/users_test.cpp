@@ -2,69 +2,65 @@
 
 #include "contract/contract.h"
 
+namespace contract {
 namespace {
 
-using contract::isWine;
 using namespace platform;
 
-// The user and the groups of users.
-class Users : public contract::Contract {};
+constexpr std::size_t longestUserName = 32767;
 
-TEST_F(Users, TheUserHasAName) {
+class Users : public Contract {};
+
+TEST_F(Users, UserNameMustFitWithItsNul) {
     onMachine([&] {
-        std::wstring name;
-        ASSERT_TRUE(currentUserName(32767, name));
-        EXPECT_FALSE(name.empty());
-        std::wstring untouched = L"untouched";
-        EXPECT_FALSE(currentUserName(name.size(), untouched));
-        EXPECT_EQ(untouched, L"untouched");
-        EXPECT_TRUE(currentUserName(name.size() + 1, untouched));
+        const std::optional<std::wstring> name = currentUserName(longestUserName);
+        ASSERT_TRUE(name);
+        EXPECT_FALSE(name->empty());
+        EXPECT_EQ(currentUserName(name->size()), std::nullopt);
+        EXPECT_TRUE(currentUserName(name->size() + 1));
     });
 }
 
-TEST_F(Users, TheUserHasOneNameInEveryAnswer) {
+TEST_F(Users, UserNameDoesNotDependOnTheCapacity) {
     onMachine([&] {
-        std::wstring one;
-        std::wstring other;
-        EXPECT_TRUE(currentUserName(32767, one));
-        EXPECT_TRUE(currentUserName(one.size() + 1, other));
-        EXPECT_EQ(one, other);
+        const std::optional<std::wstring> name = currentUserName(longestUserName);
+        ASSERT_TRUE(name);
+        EXPECT_EQ(currentUserName(name->size() + 1), name);
     });
 }
 
-TEST_F(Users, TheAdministratorsGroupHasAName) {
+TEST_F(Users, AdministratorsGroupHasAName) {
     onMachine([&] {
         const SecurityId id = administratorsGroupId();
         ASSERT_NE(id, SecurityId::none);
-        std::wstring name;
-        EXPECT_TRUE(accountName(id, 100, name));
-        EXPECT_FALSE(name.empty());
-        EXPECT_FALSE(accountName(id, 2, name));
-        EXPECT_FALSE(accountName(SecurityId::none, 100, name));
+        EXPECT_NE(accountName(id, 100).value_or(L""), L"");
+        EXPECT_FALSE(accountName(id, 2));
+        EXPECT_FALSE(accountName(SecurityId::none, 100));
         freeSecurityId(id);
     });
 }
 
-TEST_F(Users, AUsersGroupsAreNamed) {
+TEST_F(Users, LocalGroupsOfTheUserAreListed) {
     onMachine([&] {
-        std::wstring user;
-        ASSERT_TRUE(currentUserName(32767, user));
-        const LocalGroups groups = localGroupsOfUser(user, 64000);
-        EXPECT_EQ(groups.status, 0U);
+        const std::optional<std::wstring> user = currentUserName(longestUserName);
+        ASSERT_TRUE(user);
+        const LocalGroups groups = localGroupsOfUser(*user, 64000);
+        EXPECT_TRUE(groups.hasSucceeded) << lastError();
         EXPECT_EQ(groups.names.size(), groups.entriesRead);
         EXPECT_FALSE(groups.names.empty());
     });
 }
 
-TEST_F(Users, AUserThatDoesNotExistHasNoGroups) {
+TEST_F(Users, UnknownUserHasNoGroups) {
     onMachine([&] {
         if (isWine()) {
-            return;  // Wine has the same groups for every name
+            return;  // Wine returns the same groups for every name
         }
         const LocalGroups groups = localGroupsOfUser(L"zl-contract-nobody", 64000);
-        EXPECT_NE(groups.status, 0U);
+        EXPECT_FALSE(groups.hasSucceeded);
         EXPECT_TRUE(groups.names.empty());
     });
 }
 
 }  // namespace
+}  // namespace contract

@@ -3,136 +3,114 @@
 
 #include "contract/contract.h"
 
+// Searching a directory for names that match a pattern.
+namespace contract {
 namespace {
 
-using contract::found;
-using contract::write;
 using namespace platform;
 
-// Walks over the names in a directory that fit a pattern.
-class Walks : public contract::Contract {};
+class Walks : public Contract {};
 
-TEST_F(Walks, AWalkHasTheDirectoryItselfAndItsParent) {
+TEST_F(Walks, PatternSelectsEntriesIncludingDotEntries) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d")));
-        EXPECT_EQ(found(in(L"d\\*")), (std::vector<std::wstring>{L".", L".."}));
+        EXPECT_EQ(namesMatching(in(L"d\\*")), (std::vector<std::wstring>{L".", L".."}));
         write(in(L"d\\b.txt"), "");
         write(in(L"d\\a.jar"), "");
-        std::vector<std::wstring> names = found(in(L"d\\*"));
+        std::vector<std::wstring> names = namesMatching(in(L"d\\*"));
         std::sort(names.begin(), names.end());
         EXPECT_EQ(names, (std::vector<std::wstring>{L".", L"..", L"a.jar", L"b.txt"}));
-        EXPECT_EQ(found(in(L"d\\*b*")), (std::vector<std::wstring>{L"b.txt"}));
-        EXPECT_EQ(found(in(L"d\\?.JAR")), (std::vector<std::wstring>{L"a.jar"}));
-        EXPECT_EQ(found(L"\\\\?\\" + in(L"d\\*.txt")), (std::vector<std::wstring>{L"b.txt"}));
-        EXPECT_EQ(found(in(L"d")), (std::vector<std::wstring>{L"d"}));
+        EXPECT_EQ(namesMatching(in(L"d\\*b*")), (std::vector<std::wstring>{L"b.txt"}));
+        EXPECT_EQ(namesMatching(in(L"d\\?.JAR")), (std::vector<std::wstring>{L"a.jar"}));
+        EXPECT_EQ(namesMatching(longForm(in(L"d\\*.txt"))), (std::vector<std::wstring>{L"b.txt"}));
+        EXPECT_EQ(namesMatching(in(L"d")), (std::vector<std::wstring>{L"d"}));
     });
 }
 
-TEST_F(Walks, AWalkTellsWhichEntriesAreDirectories) {
+TEST_F(Walks, EntryOfADirectoryHasItsAttribute) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"dir.jar")));
-        FindEntry entry;
-        const FindHandle handle = findFirst(in(L"*.jar"), entry);
-        ASSERT_NE(handle, FindHandle::none);
-        EXPECT_EQ(entry.name, L"dir.jar");
-        EXPECT_NE(entry.attributes & attributeDirectory, 0U);
-        EXPECT_FALSE(findNext(handle, entry));
-        findClose(handle);
+        const FirstMatch match = findFirst(in(L"*.jar"));
+        ASSERT_NE(match.handle, FindHandle::none);
+        EXPECT_EQ(match.entry.name, L"dir.jar");
+        EXPECT_NE(match.entry.attributes & attributeDirectory, 0U);
+        EXPECT_FALSE(findNext(match.handle));
+        findClose(match.handle);
     });
 }
 
-TEST_F(Walks, APatternStarDotStarFitsNamesWithoutADot) {
+TEST_F(Walks, StarDotStarMatchesNamesWithoutADot) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d")));
-        FindEntry entry;
-        const FindHandle handle = findFirst(in(L"*.*"), entry);
-        ASSERT_NE(handle, FindHandle::none);
-        bool isFound = entry.name == L"d";
-        while (findNext(handle, entry)) {
-            isFound = isFound || entry.name == L"d";
-        }
-        EXPECT_TRUE(isFound);
-        findClose(handle);
+        const std::vector<std::wstring> names = namesMatching(in(L"*.*"));
+        EXPECT_EQ(std::count(names.begin(), names.end(), L"d"), 1);
     });
 }
 
-TEST_F(Walks, AWalkOverNothingFails) {
+TEST_F(Walks, SearchWithoutAMatchFails) {
     onMachine([&] {
-        FindEntry entry;
-        EXPECT_EQ(findFirst(in(L"gone\\*"), entry), FindHandle::none);
-        EXPECT_EQ(lastError(), errorPathNotFound);
-        EXPECT_EQ(findFirst(in(L"*.none"), entry), FindHandle::none);
-        EXPECT_EQ(lastError(), errorFileNotFound);
+        EXPECT_FAILS(findFirst(in(L"gone\\*")), errorPathNotFound);
+        EXPECT_FAILS(findFirst(in(L"*.none")), errorFileNotFound);
     });
 }
 
-TEST_F(Walks, ASearchNeedsAPatternAndADirectory) {
+TEST_F(Walks, SearchNeedsAPatternAndADirectory) {
     onMachine([&] {
         write(in(L"f"), "");
-        FindEntry entry;
-        entry.name = L"untouched";
-        EXPECT_FAILS(findFirst(scratch + L"\\", entry) != FindHandle::none, errorFileNotFound);
-        EXPECT_EQ(findFirst(in(L"f\\*"), entry), FindHandle::none);
-        EXPECT_EQ(entry.name, L"untouched");
+        EXPECT_FAILS(findFirst(scratch + L"\\"), errorFileNotFound);
+        const FirstMatch match = findFirst(in(L"f\\*"));
+        EXPECT_EQ(match.handle, FindHandle::none);
+        EXPECT_EQ(match.entry.name, L"");
         findClose(FindHandle::none);
     });
 }
 
-TEST_F(Walks, TwoWalksDoNotDisturbEachOther) {
+TEST_F(Walks, TwoSearchesAreIndependent) {
     onMachine([&] {
         write(in(L"a1"), "");
         write(in(L"b1"), "");
-        FindEntry first;
-        FindEntry second;
-        const FindHandle one = findFirst(in(L"a*"), first);
-        const FindHandle other = findFirst(in(L"b*"), second);
-        EXPECT_EQ(first.name, L"a1");
-        EXPECT_EQ(second.name, L"b1");
-        EXPECT_FALSE(findNext(one, first));
-        findClose(one);
-        EXPECT_FALSE(findNext(other, second));
-        findClose(other);
+        const FirstMatch first = findFirst(in(L"a*"));
+        const FirstMatch second = findFirst(in(L"b*"));
+        EXPECT_EQ(first.entry.name, L"a1");
+        EXPECT_EQ(second.entry.name, L"b1");
+        EXPECT_FALSE(findNext(first.handle));
+        findClose(first.handle);
+        EXPECT_FALSE(findNext(second.handle));
+        findClose(second.handle);
     });
 }
 
-TEST_F(Walks, AWalkHasEachOfManyEntriesOnce) {
+TEST_F(Walks, EachOfManyEntriesIsFoundOnce) {
     onMachine([&] {
         for (int i = 0; i < 500; ++i) {
             write(in(L"file with a longer name " + std::to_wstring(i)), "");
         }
-        std::set<std::wstring> names;
-        FindEntry entry;
-        const FindHandle handle = findFirst(in(L"file*"), entry);
-        bool isNew = true;
-        do {
-            isNew = isNew && names.insert(entry.name).second;
-        } while (findNext(handle, entry));
-        findClose(handle);
-        EXPECT_TRUE(isNew);
+        const std::vector<std::wstring> names = namesMatching(in(L"file*"));
         EXPECT_EQ(names.size(), 500U);
+        EXPECT_EQ(std::set<std::wstring>(names.begin(), names.end()).size(), 500U);
     });
 }
 
-TEST_F(Walks, EntriesMayGoWhileTheyAreWalkedOver) {
+TEST_F(Walks, EntriesMayBeDeletedDuringTheSearch) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d")));
         for (int i = 0; i < 300; ++i) {
             write(in(L"d\\f" + std::to_wstring(i)), "");
         }
-        FindEntry entry;
-        const FindHandle handle = findFirst(in(L"d\\*"), entry);
-        ASSERT_NE(handle, FindHandle::none);
+        const FirstMatch match = findFirst(in(L"d\\*"));
+        ASSERT_NE(match.handle, FindHandle::none);
         int count = 0;
-        do {
-            if ((entry.attributes & attributeDirectory) == 0) {
-                EXPECT_TRUE(deleteFile(in(L"d\\" + entry.name)));
+        for (std::optional<FindEntry> entry = match.entry; entry; entry = findNext(match.handle)) {
+            if ((entry->attributes & attributeDirectory) == 0) {
+                EXPECT_TRUE(deleteFile(in(L"d\\" + entry->name)));
                 ++count;
             }
-        } while (findNext(handle, entry));
-        findClose(handle);
+        }
+        findClose(match.handle);
         EXPECT_EQ(count, 300);
         EXPECT_TRUE(removeDirectory(in(L"d"))) << lastError();
     });
 }
 
 }  // namespace
+}  // namespace contract

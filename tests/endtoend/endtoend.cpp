@@ -5,16 +5,17 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstring>
 #include <fstream>
 #include <sstream>
+
+#include "support/text.h"
 
 namespace endtoend {
 
 namespace {
 
-constexpr DWORD launcherBound = 60000;
-constexpr DWORD platformBound = 15000;
+constexpr DWORD launcherMilliseconds = 60000;
+constexpr DWORD platformMilliseconds = 15000;
 constexpr DWORD pauseMilliseconds = 50;
 
 std::wstring environmentText(const wchar_t* name) {
@@ -23,11 +24,11 @@ std::wstring environmentText(const wchar_t* name) {
     return value;
 }
 
-// A word as the system's rules for command lines want it.
-std::wstring quoted(const std::wstring& word) {
+// The argument in quotes, escaped so that the system's rules give it back unchanged.
+std::wstring quoted(const std::wstring& argument) {
     std::wstring text = L"\"";
     std::size_t backslashes = 0;
-    for (const wchar_t unit : word) {
+    for (const wchar_t unit : argument) {
         if (unit == L'"') {
             text.append(backslashes + 1, L'\\');
         }
@@ -37,13 +38,14 @@ std::wstring quoted(const std::wstring& word) {
     return text.append(backslashes, L'\\') + L"\"";
 }
 
+// The separator is looked for from position 1, because some variables have names such as `=C:`.
 template <typename Text>
 std::pair<Text, Text> splitAtEquals(const Text& line) {
     const std::size_t separator = line.find(static_cast<typename Text::value_type>('='), 1);
     return {line.substr(0, separator), separator == Text::npos ? Text() : line.substr(separator + 1)};
 }
 
-// Variables of this process with those of the test on top and without the missing ones, as one block.
+// This process's environment with the test's own variables and without the missing ones, as one block.
 std::wstring environmentBlock(const Variables& own, const std::set<std::wstring>& missing) {
     Variables variables;
     wchar_t* block = GetEnvironmentStringsW();
@@ -64,12 +66,12 @@ std::wstring environmentBlock(const Variables& own, const std::set<std::wstring>
     return text + L'\0';
 }
 
-// The process that the launcher recorded, with these rights; null when there is none.
+// The process in .zel.main, or null.
 HANDLE openRecordedProcess(const fs::path& directory, DWORD rights) {
     std::istringstream record(bytesOf(directory / L".zel.main"));
-    DWORD number = 0;
-    record >> number;
-    return number == 0 ? nullptr : OpenProcess(rights, FALSE, number);
+    DWORD processId = 0;
+    record >> processId;
+    return processId == 0 ? nullptr : OpenProcess(rights, FALSE, processId);
 }
 
 bool holdsAdministrators(const TOKEN_GROUPS& groups) {
@@ -81,13 +83,20 @@ bool holdsAdministrators(const TOKEN_GROUPS& groups) {
         [&](const SID_AND_ATTRIBUTES& group) { return EqualSid(group.Sid, administrators.data()) != 0; });
 }
 
+// Wine links these names to the home directory of its user, where other programs write.
+bool isLinkOutOfWine(const fs::path& path) {
+    const std::set<std::wstring> names = {L"Desktop",  L"Documents", L"Downloads", L"Music",
+                                          L"Pictures", L"Templates", L"Videos"};
+    return names.count(path.filename().wstring()) != 0;
+}
+
 fs::path payloadFile(const fs::path& workspace, int number) {
     return workspace / L"standin" / (L"payload-" + std::to_wstring(number) + L".bin");
 }
 
 }  // namespace
 
-// The build puts the programs above the directory of this one.
+// The nearest directory above this program that has zellauncher.exe.
 fs::path builtPrograms() {
     wchar_t path[MAX_PATH] = {};
     GetModuleFileNameW(nullptr, path, MAX_PATH);
@@ -98,25 +107,7 @@ fs::path builtPrograms() {
     return directory;
 }
 
-std::wstring wide(const std::string& utf8) {
-    const int length =
-        MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), nullptr, 0);
-    std::wstring text(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), text.data(), length);
-    return text;
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-// A file is read although the process that moved it to its place may not have let go of it yet: a
-// reader that did not share its deletion would be refused for that moment.
+// Shares deletion, because the process that renamed the file into place may still have it open.
 std::string bytesOf(const fs::path& path) {
     HANDLE file =
         CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -124,7 +115,7 @@ std::string bytesOf(const fs::path& path) {
     if (file == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
         EXPECT_TRUE(error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
-            << path << " cannot be read: " << error;
+            << path << " cannot be read, error " << error;
         return {};
     }
     std::string content;
@@ -146,11 +137,11 @@ EndToEnd::EndToEnd() {
     static int count = 0;
     root = fs::path(environmentText(L"TEMP")) /
            (L"zl-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count));
-    home = root / L"framework" / L"Client";
-    base = home / L"zel" / L"eclipse" / L"plugins" / L"base_1.0";
+    install = root / L"framework" / L"Client";
+    base = install / L"zel" / L"eclipse" / L"plugins" / L"base_1.0";
     userHome = root / L"home";
     std::error_code ignored;
-    fs::remove_all(root, ignored);  // process numbers come again, and so may this name
+    fs::remove_all(root, ignored);  // process ids are reused
     launcherProperties = {{"zel.install.id", "1234"},
                           {"zel.base.location", "${zel.home}/zel/eclipse/plugins/base_1.0"},
                           {"install.configuration", "user"},
@@ -200,45 +191,45 @@ void EndToEnd::layOut() {
     }
     fs::create_directories(userHome);
     fs::create_directories(root / L"temp");
-    placeProgram(L"zellauncher.exe", home / L"zel" / L"zellauncher.exe");
+    placeProgram(L"zellauncher.exe", install / L"zel" / L"zellauncher.exe");
     placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");
     write(base / L"win32" / L"x86_64" / L"standin.script", joined(scriptLines));
-    write(home / L"zel" / L"zellauncher.properties", joined(launcherLines));
+    write(install / L"zel" / L"zellauncher.properties", joined(launcherLines));
     write(base / L"zelinstall.properties", joined(baseLines));
     write(base / L"config.ini", "seeded=base\r\n");
     write(base / L"config" / L"user" / L"config.ini", "seeded=user\r\n");
     write(base / L"config" / L"pbuilder" / L"config.ini", "seeded=pbuilder\r\n");
     write(base / L"platform.xml", "<config>\r\n<feature id=\"${jvm.feature.id}\"/>\r\n</config>\r\n");
-    write(home / L"custom.ini", "");
-    write(home / L"zel" / L"deploy" / L"jvm.properties", joined(jvmLines));
-    write(home / L"jvm" / L"bin" / L"javaw.exe", "");
-    write(home / L"jvm" / L"bin" / L"java.exe", "");
+    write(install / L"custom.ini", "");
+    write(install / L"zel" / L"deploy" / L"jvm.properties", joined(jvmLines));
+    write(install / L"jvm" / L"bin" / L"javaw.exe", "");
+    write(install / L"jvm" / L"bin" / L"java.exe", "");
 }
 
 void EndToEnd::layOutExample() {
     isLaidOut = true;
     fs::create_directories(userHome);
     fs::create_directories(root / L"temp");
-    fs::create_directories(home);
-    fs::copy(builtPrograms() / L"example-install", home, fs::copy_options::recursive);
-    placeProgram(L"zellauncher.exe", home / L"zel" / L"zellauncher.exe");
+    fs::create_directories(install);
+    fs::copy(builtPrograms() / L"example-install", install, fs::copy_options::recursive);
+    placeProgram(L"zellauncher.exe", install / L"zel" / L"zellauncher.exe");
     placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");
 }
 
-Running EndToEnd::begin(const std::vector<std::wstring>& words) {
-    return beginFrom(home / L"zel" / L"zellauncher.exe", words);
+Running EndToEnd::begin(const Arguments& arguments) {
+    return beginFrom(install / L"zel" / L"zellauncher.exe", arguments);
 }
 
-Running EndToEnd::beginFrom(const fs::path& program, const std::vector<std::wstring>& words) {
+Running EndToEnd::beginFrom(const fs::path& program, const Arguments& arguments) {
     std::wstring command = quoted(program.wstring());
-    for (const std::wstring& word : words) {
-        command += L" " + quoted(word);
+    for (const std::wstring& argument : arguments) {
+        command += L" " + quoted(argument);
     }
     return beginCommand(command);
 }
 
 Running EndToEnd::beginLine(const std::wstring& tail) {
-    return beginCommand(quoted((home / L"zel" / L"zellauncher.exe").wstring()) + L" " + tail);
+    return beginCommand(quoted((install / L"zel" / L"zellauncher.exe").wstring()) + L" " + tail);
 }
 
 Running EndToEnd::beginCommand(std::wstring command) {
@@ -261,7 +252,7 @@ Running EndToEnd::beginCommand(std::wstring command) {
     if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_UNICODE_ENVIRONMENT,
                        block.data(), currentDirectory.empty() ? nullptr : currentDirectory.c_str(), &start,
                        &process) == 0) {
-        ADD_FAILURE() << "the launcher cannot be started: error " << GetLastError();
+        ADD_FAILURE() << "CreateProcessW of the launcher failed with error " << GetLastError();
         return {};
     }
     CloseHandle(process.hThread);
@@ -271,7 +262,8 @@ Running EndToEnd::beginCommand(std::wstring command) {
 Status EndToEnd::waitFor(const Running& running) {
     Status status;
     DWORD code = 0;
-    if (running.process != nullptr && WaitForSingleObject(running.process, launcherBound) == WAIT_OBJECT_0 &&
+    if (running.process != nullptr &&
+        WaitForSingleObject(running.process, launcherMilliseconds) == WAIT_OBJECT_0 &&
         GetExitCodeProcess(running.process, &code) != 0) {
         status = code;
     }
@@ -284,16 +276,20 @@ Status EndToEnd::waitFor(const Running& running) {
     return status;
 }
 
-Status EndToEnd::launch(const std::vector<std::wstring>& words) {
-    return waitFor(begin(words));
+Status EndToEnd::launch(const Arguments& arguments) {
+    return waitFor(begin(arguments));
 }
 
-Status EndToEnd::launchFrom(const fs::path& program, const std::vector<std::wstring>& words) {
-    return waitFor(beginFrom(program, words));
+Status EndToEnd::launchFrom(const fs::path& program, const Arguments& arguments) {
+    return waitFor(beginFrom(program, arguments));
 }
 
 fs::path EndToEnd::workspace() const {
     return userHome / L"Mivel" / L"ZEL" / L"1234" / userName;
+}
+
+std::wstring EndToEnd::workspaceArgument() const {
+    return userHome.wstring() + L"/Mivel/ZEL/1234/" + userName;
 }
 
 std::string EndToEnd::log() const {
@@ -320,14 +316,7 @@ std::string EndToEnd::lockLog() const {
 }
 
 std::string EndToEnd::read(const fs::path& path) {
-    const std::string bytes = bytesOf(path);
-    std::string text;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (bytes[i] != '\r' || i + 1 == bytes.size() || bytes[i + 1] != '\n') {
-            text += bytes[i];
-        }
-    }
-    return text;
+    return launchertest::withLineFeeds(bytesOf(path));
 }
 
 void EndToEnd::write(const fs::path& path, const std::string& content) {
@@ -336,47 +325,50 @@ void EndToEnd::write(const fs::path& path, const std::string& content) {
     file << content;
 }
 
-std::vector<std::wstring> EndToEnd::platformWords(const fs::path& directory) const {
+// The standin writes running.txt when its other records are complete.
+void EndToEnd::awaitRecords(const fs::path& directory) {
     EXPECT_TRUE(eventually([&] { return fs::exists(directory / L"standin" / L"running.txt"); }));
-    std::vector<std::wstring> words;
-    for (const std::string& line : linesOf(read(directory / L"standin" / L"arguments.txt"))) {
-        words.push_back(wide(line));
-    }
-    return words;
+}
+
+Arguments EndToEnd::platformArguments(const fs::path& directory) const {
+    awaitRecords(directory);
+    return linesOf(read(directory / L"standin" / L"arguments.txt"));
 }
 
 std::wstring EndToEnd::platformCommand(const fs::path& directory) const {
-    EXPECT_TRUE(eventually([&] { return fs::exists(directory / L"standin" / L"running.txt"); }));
-    return wide(read(directory / L"standin" / L"command.txt"));
+    awaitRecords(directory);
+    return launchertest::fromUtf8(read(directory / L"standin" / L"command.txt"));
 }
 
 Variables EndToEnd::platformEnvironment() const {
-    EXPECT_TRUE(eventually([&] { return fs::exists(workspace() / L"standin" / L"running.txt"); }));
+    awaitRecords(workspace());
     Variables variables;
-    for (const std::string& line : linesOf(read(workspace() / L"standin" / L"environment.txt"))) {
-        variables.insert(splitAtEquals(wide(line)));
+    for (const std::wstring& line : linesOf(read(workspace() / L"standin" / L"environment.txt"))) {
+        variables.insert(splitAtEquals(line));
     }
     return variables;
 }
 
 std::map<std::string, std::string> EndToEnd::platformStart() const {
-    EXPECT_TRUE(eventually([&] { return fs::exists(workspace() / L"standin" / L"running.txt"); }));
+    awaitRecords(workspace());
     std::map<std::string, std::string> entries;
-    for (const std::string& line : linesOf(read(workspace() / L"standin" / L"start.txt"))) {
+    for (const std::string& line : launchertest::splitLines(read(workspace() / L"standin" / L"start.txt"))) {
         entries.insert(splitAtEquals(line));
     }
     return entries;
 }
 
-bool EndToEnd::hasWord(const std::wstring& word) const {
-    const std::vector<std::wstring> words = platformWords();
-    return std::find(words.begin(), words.end(), word) != words.end();
+bool EndToEnd::hasArgument(const std::wstring& argument) const {
+    return contains(platformArguments(), argument);
 }
 
-std::wstring EndToEnd::wordBehind(const std::wstring& option) const {
-    const std::vector<std::wstring> words = platformWords();
-    const auto found = std::find(words.begin(), words.end(), option);
-    return found == words.end() || found + 1 == words.end() ? std::wstring() : *(found + 1);
+std::wstring EndToEnd::argumentAfter(const std::wstring& option) const {
+    return argumentAfter(option, platformArguments());
+}
+
+std::wstring EndToEnd::argumentAfter(const std::wstring& option, const Arguments& arguments) {
+    const auto found = std::find(arguments.begin(), arguments.end(), option);
+    return found == arguments.end() || found + 1 == arguments.end() ? std::wstring() : *(found + 1);
 }
 
 bool EndToEnd::hasPayload(int number) const {
@@ -387,9 +379,11 @@ std::wstring EndToEnd::payload(int number) const {
     EXPECT_TRUE(eventually([&] { return hasPayload(number); })) << "payload " << number;
     const std::string bytes = bytesOf(payloadFile(workspace(), number));
     EXPECT_EQ(bytes.size() % sizeof(wchar_t), 0U);
-    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-    return text;
+    return launchertest::pipeText(bytes);
+}
+
+Arguments EndToEnd::handedOver(int number) const {
+    return linesOfPayload(payload(number));
 }
 
 bool EndToEnd::isPlatformRunning(const fs::path& directory) const {
@@ -407,7 +401,7 @@ void EndToEnd::stopPlatform(const fs::path& directory) {
     HANDLE process = openRecordedProcess(directory, SYNCHRONIZE);
     if (process != nullptr) {
         write(directory / L"standin.stop", "");
-        WaitForSingleObject(process, platformBound);
+        WaitForSingleObject(process, platformMilliseconds);
         CloseHandle(process);
     }
     fs::remove(directory / L"standin.stop", ignored);
@@ -418,7 +412,7 @@ void EndToEnd::crashPlatform() {
     HANDLE process = openRecordedProcess(workspace(), PROCESS_TERMINATE | SYNCHRONIZE);
     ASSERT_NE(process, nullptr);
     EXPECT_NE(TerminateProcess(process, 1), 0);
-    EXPECT_EQ(WaitForSingleObject(process, platformBound), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(process, platformMilliseconds), WAIT_OBJECT_0);
     CloseHandle(process);
     fs::remove_all(workspace() / L"standin");
 }
@@ -441,12 +435,12 @@ void EndToEnd::pause() {
 }
 
 std::wstring EndToEnd::pipeName(const fs::path& directory) {
-    const std::vector<std::string> lines = linesOf(read(directory / L".pipe"));
-    return lines.empty() ? std::wstring() : wide(lines.front());
+    const Arguments lines = linesOf(read(directory / L".pipe"));
+    return lines.empty() ? std::wstring() : lines.front();
 }
 
 PipeClient::PipeClient(const std::wstring& name) {
-    WaitNamedPipeW(name.c_str(), platformBound);
+    WaitNamedPipeW(name.c_str(), platformMilliseconds);
     HANDLE handle = CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                 FILE_ATTRIBUTE_NORMAL, nullptr);
     pipe = handle == INVALID_HANDLE_VALUE ? nullptr : handle;
@@ -469,12 +463,61 @@ bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
+bool contains(const Arguments& arguments, const std::wstring& argument) {
+    return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
+}
+
+bool containsInOrder(const Arguments& arguments, const Arguments& part) {
+    return std::search(arguments.begin(), arguments.end(), part.begin(), part.end()) != arguments.end();
+}
+
+Arguments linesOf(const std::string& text) {
+    Arguments lines;
+    for (const std::string& line : launchertest::splitLines(text)) {
+        lines.push_back(launchertest::fromUtf8(line));
+    }
+    return lines;
+}
+
+Arguments linesOfPayload(const std::wstring& text) {
+    EXPECT_EQ(text.find(L'\0'), text.size() - 1);
+    Arguments lines(1);
+    for (const wchar_t unit : text) {
+        if (unit == L'\n') {
+            lines.emplace_back();
+        } else if (unit != L'\0') {
+            lines.back() += unit;
+        }
+    }
+    return lines;
+}
+
+Tree treeOf(const fs::path& directory) {
+    Tree tree;
+    const fs::recursive_directory_iterator end;
+    for (fs::recursive_directory_iterator walk(directory); walk != end; ++walk) {
+        std::error_code ignored;  // the system may delete a file meanwhile
+        std::wstring& line = tree[walk->path()];
+        if (walk->is_regular_file(ignored)) {
+            line = std::to_wstring(walk->file_size(ignored)) + L" " +
+                   std::to_wstring(walk->last_write_time(ignored).time_since_epoch().count());
+        } else if (isLinkOutOfWine(walk->path())) {
+            walk.disable_recursion_pending();
+        }
+    }
+    return tree;
+}
+
 std::wstring forward(const fs::path& path) {
     return path.generic_wstring();
 }
 
 std::wstring backward(const fs::path& path) {
     return fs::path(path).make_preferred().wstring();
+}
+
+bool isWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
 bool isUserAdministrator() {
@@ -484,7 +527,7 @@ bool isUserAdministrator() {
     }
     DWORD size = 0;
     GetTokenInformation(token, TokenGroups, nullptr, 0, &size);
-    // As pointers, for the alignment that the groups need.
+    // Elements of type void*, because the groups need that alignment.
     std::vector<void*> groups(size / sizeof(void*) + 1);
     const bool isRead = GetTokenInformation(token, TokenGroups, groups.data(), size, &size) != 0;
     CloseHandle(token);

@@ -11,30 +11,32 @@
 #include <utility>
 #include <vector>
 
-// The real zellauncher.exe on an install with real files, with the stand-in as the platform. Every
-// wait is for an event and has a bound.
+// Runs the real zellauncher.exe on an install with real files, with the standin as the platform. Every
+// wait is for an event and has a limit.
 namespace endtoend {
 
 namespace fs = std::filesystem;
 
-// The end of a launcher: its status, or nothing when it did not end in time.
+using Arguments = std::vector<std::wstring>;
+
+// Exit status of a launcher; nothing if it did not end in time.
 using Status = std::optional<std::uint32_t>;
 
 inline constexpr std::uint32_t fatalStatus = 0xFFFFFFFFU;
 
-// A launcher that was started and not yet waited for.
+// A launcher that has been started but not waited for.
 struct Running {
     void* process = nullptr;
     std::uint32_t processId = 0;
 };
 
-// Variables of an environment; their names are told apart as the system does.
+// Compares names of environment variables as the system does: without regard to case.
 struct VariableOrder {
     bool operator()(const std::wstring& left, const std::wstring& right) const;
 };
 using Variables = std::map<std::wstring, std::wstring, VariableOrder>;
 
-// A client of a platform's pipe, as a launcher is one, but at the pace of a test.
+// A client of a platform's pipe that a test drives step by step.
 class PipeClient {
 public:
     explicit PipeClient(const std::wstring& name);
@@ -43,95 +45,107 @@ public:
     PipeClient& operator=(const PipeClient&) = delete;
 
     bool isConnected() const { return pipe != nullptr; }
-    bool write(const std::wstring& text);  // and the NUL behind it
+    bool write(const std::wstring& text);  // with a NUL at the end
     void close();
 
 private:
     void* pipe = nullptr;
 };
 
-// Where the build put the programs.
+// The build directory, in which the programs are.
 fs::path builtPrograms();
 
+// One install, user and temporary directory for each test, below a directory of its own.
 class EndToEnd : public ::testing::Test {
 protected:
     EndToEnd();
-    ~EndToEnd() override;  // ends the platforms of this test and removes its files
+    ~EndToEnd() override;  // ends the platforms of this test and deletes its files
 
-    // Where things are. `home` is the install directory `...\framework\Client`.
-    fs::path root;
-    fs::path home;
-    fs::path base;  // the base location
+    fs::path root;     // everything of this test
+    fs::path install;  // ...\framework\Client
+    fs::path base;     // the base location
     fs::path userHome;
     std::wstring userName = L"ann";
-    Variables environment;                    // on top of the launcher's usual variables
-    std::set<std::wstring> missingVariables;  // which the launcher does not have at all
-    fs::path currentDirectory;                // of the launchers; that of the tests when empty
+    Variables environment;                    // added to the launcher's usual variables
+    std::set<std::wstring> missingVariables;  // removed from them
+    fs::path currentDirectory;                // of the launchers; empty means that of the tests
 
-    // Lines of the files of the install; changed before the first start, or written again by layOut.
+    // Contents of the install's files. Set them before the first start, or call layOut afterwards.
     std::vector<std::pair<std::string, std::string>> launcherProperties;
     std::vector<std::string> baseLines;
     std::vector<std::string> jvmLines;
-    std::vector<std::string> scriptLines;  // of the stand-in
+    std::vector<std::string> scriptLines;  // of the standin
 
     void setProperty(const std::string& key, const std::string& value);
     void removeProperty(const std::string& key);
     virtual void layOut();
-    // The install that stands in the repository as an example, in place of the usual one.
+    // Lays out examples/install instead.
     void layOutExample();
 
-    // Starts the launcher with these words behind the program and waits for its end.
-    Status launch(const std::vector<std::wstring>& words = {});
-    Status launchFrom(const fs::path& program, const std::vector<std::wstring>& words = {});
-    // Starts it with this text behind the program, as whoever calls by a command line of his own.
+    // Starts the launcher with these arguments and waits for its end.
+    Status launch(const Arguments& arguments = {});
+    Status launchFrom(const fs::path& program, const Arguments& arguments = {});
+    // Starts it with this text after the program on the command line.
     Status launchLine(const std::wstring& tail) { return waitFor(beginLine(tail)); }
-    Running begin(const std::vector<std::wstring>& words = {});
+    Running begin(const Arguments& arguments = {});
     Running beginLine(const std::wstring& tail);
-    Running beginFrom(const fs::path& program, const std::vector<std::wstring>& words);
+    Running beginFrom(const fs::path& program, const Arguments& arguments);
     static Status waitFor(const Running& running);
 
-    fs::path workspace() const;  // the default one of the user
-    std::string log() const;     // of the default workspace, line feeds
+    fs::path workspace() const;              // the user's default one
+    std::wstring workspaceArgument() const;  // as the launcher spells it on the command line
+    std::string log() const;                 // in the default workspace
     std::string tempLog() const;
-    // Logs with a time stamp in their names: each start that debugs has one of its own.
+    // Logs with a time stamp in their names; each start with -debug writes one.
     std::vector<std::string> debugLogs() const { return stampedLogs(workspace() / L"logs"); }
-    std::string lockLog() const;  // of the one start that ended at the lock, which debugs by itself
-    static std::string read(const fs::path& path);  // whole, CR LF as line feeds; empty when missing
+    // A start that fails at the lock writes a stamped log to the temporary directory. Empty unless
+    // there is exactly one.
+    std::string lockLog() const;
+    // The whole file with CR LF as LF; empty if it is missing.
+    static std::string read(const fs::path& path);
     static void write(const fs::path& path, const std::string& content);
-    // Copies a file that the build made, by its path below the build directory.
+    // Copies a file of the build directory, unless the target exists.
     static void placeProgram(const std::wstring& name, const fs::path& target);
 
-    // What the platform recorded; waits for it.
-    std::vector<std::wstring> platformWords() const { return platformWords(workspace()); }
-    std::vector<std::wstring> platformWords(const fs::path& directory) const;
+    // What the platform recorded at its start; these wait for it.
+    Arguments platformArguments() const { return platformArguments(workspace()); }
+    Arguments platformArguments(const fs::path& directory) const;
     std::wstring platformCommand() const { return platformCommand(workspace()); }
     std::wstring platformCommand(const fs::path& directory) const;
-    bool hasWord(const std::wstring& word) const;
-    std::wstring wordBehind(const std::wstring& option) const;  // empty without the option
+    bool hasArgument(const std::wstring& argument) const;
+    // The argument after the option; empty without the option.
+    std::wstring argumentAfter(const std::wstring& option) const;
+    static std::wstring argumentAfter(const std::wstring& option, const Arguments& arguments);
     Variables platformEnvironment() const;
-    // The n-th text, from 1 on, that came through the platform's pipe, its NUL included; waits for it.
+    std::map<std::string, std::string> platformStart() const;
+    std::string platformProcessId() const { return platformStart()["pid"]; }
+
+    // The n-th text, from 1 on, that came through the platform's pipe, with its NUL; waits for it.
     std::wstring payload(int number) const;
     bool hasPayload(int number) const;
-    std::map<std::string, std::string> platformStart() const;
-    // The process that the launcher recorded.
+    // The lines of that text.
+    Arguments handedOver(int number) const;
+
+    // True if the process in .zel.main runs.
     bool isPlatformRunning() const { return isPlatformRunning(workspace()); }
     bool isPlatformRunning(const fs::path& directory) const;
+    // The pipe's name as the pipe file has it.
     std::wstring pipeName() const { return pipeName(workspace()); }
-    static std::wstring pipeName(const fs::path& directory);  // as the platform published it
-    // Asks the platform to end and waits for that; its records are removed.
+    static std::wstring pipeName(const fs::path& directory);
+    // Asks the platform to end, waits for that and deletes its records.
     void stopPlatform() { stopPlatform(workspace()); }
     void stopPlatform(const fs::path& directory);
-    // Ends it in the middle of whatever it does, as a crash would.
+    // Kills the platform.
     void crashPlatform();
 
-    // Whether the next launcher of this workspace would get the lock at once.
+    // True if the next launcher of the workspace would get the lock at once.
     bool isLockFree() const;
 
-    // True when the condition holds within this time.
+    // True if the condition becomes true within this time.
     template <typename Condition>
     static bool eventually(Condition condition, int seconds = 10) {
-        constexpr int looksInASecond = 20;
-        for (int i = 0; i < seconds * looksInASecond; ++i) {
+        constexpr int looksPerSecond = 20;
+        for (int i = 0; i < seconds * looksPerSecond; ++i) {
             if (condition()) {
                 return true;
             }
@@ -143,6 +157,7 @@ protected:
 private:
     static void pause();
     static std::vector<std::string> stampedLogs(const fs::path& directory);
+    static void awaitRecords(const fs::path& directory);
     Running beginCommand(std::wstring command);
 
     bool isLaidOut = false;
@@ -150,17 +165,28 @@ private:
 };
 
 bool contains(const std::string& text, const std::string& part);
+bool contains(const Arguments& arguments, const std::wstring& argument);
+// True if the part occurs in the arguments without a gap.
+bool containsInOrder(const Arguments& arguments, const Arguments& part);
 
-// A UTF-8 text as the system's; the lines of a text.
-std::wstring wide(const std::string& utf8);
-std::vector<std::string> linesOf(const std::string& text);
-// The bytes of a file; none when it is missing, and a failure when it is there and cannot be read.
+// The lines of a UTF-8 text.
+Arguments linesOf(const std::string& text);
+// The lines of a text from the pipe. The text must have one NUL, at its end.
+Arguments linesOfPayload(const std::wstring& text);
+
+// The bytes of a file. None if it is missing; a failure if it exists and cannot be read.
 std::string bytesOf(const fs::path& path);
+
+// Size and time of the last write of each file below a directory; an empty text for a directory.
+using Tree = std::map<fs::path, std::wstring>;
+Tree treeOf(const fs::path& directory);
 
 std::wstring forward(const fs::path& path);   // with forward slashes
 std::wstring backward(const fs::path& path);  // with backslashes
 
-// Whether the user of the tests is in the local Administrators group. Wine makes everybody one.
+bool isWine();
+
+// True if the user of the tests is in the local Administrators group. Under Wine every user is.
 bool isUserAdministrator();
 
 }  // namespace endtoend

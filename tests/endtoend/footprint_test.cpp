@@ -1,50 +1,24 @@
-#include <windows.h>
-
 #include <algorithm>
 
 #include "endtoend.h"
 
-// What a start writes, and that it writes nothing else: the files of the whole drive before and after.
+// What a start writes, and that it writes nothing else: compares all files before and after.
 namespace {
 
+using endtoend::Arguments;
 using endtoend::EndToEnd;
 using endtoend::fatalStatus;
+using endtoend::Tree;
+using endtoend::treeOf;
 namespace fs = std::filesystem;
-
-// What a directory is, or a file with its size and its time of writing.
-using Tree = std::map<fs::path, std::wstring>;
 
 class Footprint : public EndToEnd {
 protected:
     Footprint() { layOut(); }
 
-    // The tests' own files, and under Wine the whole drive: on a Windows others write all the time.
-    fs::path observed() const {
-        const bool isWine = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-        return isWine ? root.root_path() : root;
-    }
-    // Wine shows the home of whoever runs it under these names, where others work at the same time.
-    static bool isAnotherHome(const fs::path& path) {
-        const std::set<std::wstring> names = {L"Desktop",  L"Documents", L"Downloads", L"Music",
-                                              L"Pictures", L"Templates", L"Videos"};
-        return names.count(path.filename().wstring()) != 0;
-    }
-    static Tree treeOf(const fs::path& directory) {
-        Tree tree;
-        const fs::recursive_directory_iterator end;
-        for (fs::recursive_directory_iterator walk(directory); walk != end; ++walk) {
-            std::error_code ignored;  // a file of the system may go meanwhile
-            std::wstring& line = tree[walk->path()];
-            if (walk->is_regular_file(ignored)) {
-                line = std::to_wstring(walk->file_size(ignored)) + L" " +
-                       std::to_wstring(walk->last_write_time(ignored).time_since_epoch().count());
-            } else if (isAnotherHome(walk->path())) {
-                walk.disable_recursion_pending();
-            }
-        }
-        return tree;
-    }
-    // What was made, changed or removed, relative to the tests' own directory.
+    // Under Wine the whole drive; on Windows only the test's own files, because other programs write there.
+    fs::path observed() const { return endtoend::isWine() ? root.root_path() : root; }
+    // Paths of the created, changed and deleted files, relative to root.
     std::vector<std::wstring> changesFrom(const Tree& before) const {
         std::vector<std::wstring> changes;
         const Tree after = treeOf(observed());
@@ -62,7 +36,7 @@ protected:
         std::sort(changes.begin(), changes.end());
         return changes;
     }
-    // The changes of a start outside this directory.
+    // The same without the paths in this directory.
     std::vector<std::wstring> changesOutside(const fs::path& directory, const Tree& before) const {
         std::vector<std::wstring> changes = changesFrom(before);
         const std::wstring inside = fs::relative(directory, root).wstring();
@@ -74,25 +48,25 @@ protected:
     const std::vector<std::wstring> nothing;
 };
 
-TEST_F(Footprint, AFirstStartMakesTheWorkspaceAndTheWayToIt) {
+TEST_F(Footprint, FirstStartWritesOnlyTheWorkspaceAndItsParents) {
     const Tree before = treeOf(observed());
     EXPECT_EQ(launch(), 0U) << log();
-    EXPECT_FALSE(platformWords().empty());
+    EXPECT_FALSE(platformArguments().empty());
     EXPECT_EQ(changesOutside(workspace(), before),
               (std::vector<std::wstring>{L"home\\Mivel", L"home\\Mivel\\ZEL", L"home\\Mivel\\ZEL\\1234"}));
     EXPECT_NE(changesFrom(before), changesOutside(workspace(), before));
 }
 
-TEST_F(Footprint, LaterStartsAndHandOffsAndResetsWriteInTheWorkspaceAlone) {
+TEST_F(Footprint, LaterStartsHandOffsAndResetsWriteOnlyTheWorkspace) {
     EXPECT_EQ(launch(), 0U) << log();
     const Tree before = treeOf(observed());
     EXPECT_EQ(launch({L"handed over"}), 0U) << log();
     EXPECT_EQ(launch({L"-dcommand_only"}), 0U) << log();
     stopPlatform();
-    for (const std::vector<std::wstring>& words :
-         {std::vector<std::wstring>{}, {L"-debug"}, {L"-console"}, {L"-resetconfig"}, {L"-version", L"x"}}) {
-        EXPECT_EQ(launch(words), 0U) << log();
-        EXPECT_FALSE(platformWords().empty());
+    for (const Arguments& arguments :
+         {Arguments{}, {L"-debug"}, {L"-console"}, {L"-resetconfig"}, {L"-version", L"x"}}) {
+        EXPECT_EQ(launch(arguments), 0U) << log();
+        EXPECT_FALSE(platformArguments().empty());
         stopPlatform();
     }
     write(workspace() / L".config" / L"zelinstall.properties", "damaged");
@@ -101,7 +75,7 @@ TEST_F(Footprint, LaterStartsAndHandOffsAndResetsWriteInTheWorkspaceAlone) {
     EXPECT_EQ(changesOutside(workspace(), before), nothing);
 }
 
-TEST_F(Footprint, ARefusedStartWritesItsLogToTempAndTheNextOneTakesItAway) {
+TEST_F(Footprint, RefusedStartWritesATempLogThatTheNextStartDeletes) {
     const Tree before = treeOf(observed());
     EXPECT_EQ(launch({L"-version"}), fatalStatus);
     EXPECT_EQ(changesFrom(before), std::vector<std::wstring>{L"temp\\zellauncher.log"});
@@ -113,18 +87,17 @@ TEST_F(Footprint, ARefusedStartWritesItsLogToTempAndTheNextOneTakesItAway) {
     EXPECT_EQ(changesOutside(workspace(), later), nothing);
 }
 
-TEST_F(Footprint, AWorkspaceOfTheCommandLineIsTheOnlyOne) {
+TEST_F(Footprint, StartWithDataWritesOnlyThatWorkspace) {
     const fs::path other = root / L"elsewhere";
     const Tree before = treeOf(observed());
     EXPECT_EQ(launch({L"-data", other.wstring()}), 0U);
-    EXPECT_FALSE(platformWords(other).empty());
+    EXPECT_FALSE(platformArguments(other).empty());
     EXPECT_EQ(changesOutside(other, before), nothing);
     stopPlatform(other);
 }
 
-// The one place beyond the workspace in which a start removes something: the directory that an install
-// names for shared classes, when the manifest version is another one than the user's.
-TEST_F(Footprint, ADirectoryOfSharedClassesIsEmptiedWhenTheManifestVersionChanges) {
+// The only place outside the workspace where a start deletes something.
+TEST_F(Footprint, NewManifestVersionEmptiesTheSharedClassDirectory) {
     setProperty("provisioning.manifest.version", "2");
     jvmLines.push_back("jvm.shareclasses.fullpath=" + (root / L"classes").generic_string());
     layOut();
@@ -135,9 +108,8 @@ TEST_F(Footprint, ADirectoryOfSharedClassesIsEmptiedWhenTheManifestVersionChange
     stopPlatform(root / L"elsewhere");
 }
 
-// A cache that a JVM option names is purged only where it lies in the workspace.
-TEST_F(Footprint, ACacheOutsideTheWorkspaceIsLeftAlone) {
-    const auto startBehindACrash = [&](const fs::path& controlDirectory) {
+TEST_F(Footprint, OnlyACacheInTheWorkspaceIsPurged) {
+    const auto startAfterACrash = [&](const fs::path& controlDirectory) {
         write(controlDirectory / L"mycache", "x");
         EXPECT_EQ(launch(), 0U) << log();
         crashPlatform();
@@ -150,10 +122,10 @@ TEST_F(Footprint, ACacheOutsideTheWorkspaceIsLeftAlone) {
         EXPECT_EQ(changesOutside(workspace(), before), nothing);
         stopPlatform();
     };
-    startBehindACrash(root / L"classes");
+    startAfterACrash(root / L"classes");
     EXPECT_TRUE(fs::exists(root / L"classes" / L"mycache"));
-    // A path of the workspace as the launcher writes it: the comparison is of the text.
-    startBehindACrash(userHome.wstring() + L"/Mivel/ZEL/1234/ann/classes");
+    // The launcher compares the paths as texts.
+    startAfterACrash(workspaceArgument() + L"/classes");
     EXPECT_FALSE(fs::exists(workspace() / L"classes" / L"mycache"));
 }
 

@@ -1,11 +1,9 @@
-#include <string>
-#include <vector>
-
 #include "endtoend.h"
 
-// Whole installs, and the whole command that comes out of them.
+// Whole installs and the whole command made from them.
 namespace {
 
+using endtoend::Arguments;
 using endtoend::backward;
 using endtoend::EndToEnd;
 using endtoend::forward;
@@ -13,7 +11,7 @@ namespace fs = std::filesystem;
 
 class Installs : public EndToEnd {};
 
-std::wstring commandOf(const std::vector<std::wstring>& elements) {
+std::wstring joined(const Arguments& elements) {
     std::wstring command;
     for (const std::wstring& element : elements) {
         command += (command.empty() ? L"" : L" ") + element;
@@ -21,9 +19,9 @@ std::wstring commandOf(const std::vector<std::wstring>& elements) {
     return command;
 }
 
-// One property of each sort. A start needs Xbootclasspath.append to be there, and an empty value still
-// makes an element: it follows the 28 that the properties make.
-TEST_F(Installs, TheCommandHasAllItsElementsInOrder) {
+// One property of each kind. Xbootclasspath.append is required, and its empty value still makes an
+// element: the 29th.
+TEST_F(Installs, CommandHasAllElementsInOrder) {
     setProperty("osgi.splashPath", "file:/C:/Apps/Client/splash");
     baseLines = {"application=com.example.app",
                  "plugincustomization=${zel.home}/custom.ini",
@@ -33,14 +31,14 @@ TEST_F(Installs, TheCommandHasAllItsElementsInOrder) {
                  "jvm.library.path=${prop.java.home}/jvm/bin",
                  "Xbootclasspath.append="};
     environment[L"HOMEPATH"] = forward(userHome).substr(2);
-    // The restart state keeps PATH for the library path, unless it is too long to be read back.
+    // This PATH is too long to be read back from the restart state, so it is not in the library path.
     environment[L"PATH"] = L"C:\\windows\\system32" + std::wstring(1000, L';');
     EXPECT_EQ(launch({L"vmarg.Xss=-Xss256k"}), 0U) << log();
 
-    const std::wstring install = forward(home);
-    const std::wstring location = install + L"/zel/eclipse/plugins/base_1.0";
+    const std::wstring zelHome = forward(install);
+    const std::wstring location = zelHome + L"/zel/eclipse/plugins/base_1.0";
     const std::wstring data = forward(userHome) + L"/Mivel/ZEL/1234/ann";
-    const std::vector<std::wstring> expected = {
+    const Arguments expected = {
         L"\"" + location + L"\\win32\\x86_64\\eclipse.exe\"",
         L"--launcher.suppressErrors",
         L"-data",
@@ -50,43 +48,43 @@ TEST_F(Installs, TheCommandHasAllItsElementsInOrder) {
         L"-application",
         L"\"com.example.app\"",
         L"-plugincustomization",
-        L"\"" + install + L"/custom.ini\"",
+        L"\"" + zelHome + L"/custom.ini\"",
         L"-product",
         L"\"com.example.product\"",
         L"-vm",
-        L"\"" + install + L"/jvm/bin/javaw.exe\"",
+        L"\"" + zelHome + L"/jvm/bin/javaw.exe\"",
         L"-startup",
         L"\"" + location + L"/launcher.jar\"",
         L"-vmargs",
         L"\"-Dvmfix=" + backward(data) + L"\\log\"",
         L"\"-Xss256k\"",
-        L"-Dzel.home=\"" + backward(home) + L"\"",
+        L"-Dzel.home=\"" + backward(install) + L"\"",
         L"-Dzel.data=\"" + data + L"\"",
         L"-Dosgi.splashPath=\"file:/C:/Apps/Client/splash\"",
         L"-Dcom.mivel.zel.install.id=\"1234\"",
         L"-Dzel.install.config=\"user\"",
         L"-Dfoo=\"bar\"",
-        L"-Djava.library.path=\"" + install + L"/jvm/bin;" + install + L"/bin\"",
-        L"-Dzel.osgi.install.area=\"" + backward(home) + L"\\zel\\eclipse\"",
+        L"-Djava.library.path=\"" + zelHome + L"/jvm/bin;" + zelHome + L"/bin\"",
+        L"-Dzel.osgi.install.area=\"" + backward(install) + L"\\zel\\eclipse\"",
         L"\"-Xmx512m\"",
         L"-Xbootclasspath/a:\"\"",
     };
-    EXPECT_EQ(platformCommand(), commandOf(expected));
+    EXPECT_EQ(platformCommand(), joined(expected));
 }
 
-TEST_F(Installs, TheExampleOfTheRepositoryStarts) {
+TEST_F(Installs, ExampleInstallStarts) {
     layOutExample();
     EXPECT_EQ(launch({L"hello world"}), 0U) << log() << tempLog();
-    EXPECT_TRUE(hasWord(L"hello world"));
-    EXPECT_EQ(wordBehind(L"-vm"), forward(home) + L"/jvm/bin/javaw.exe");
-    EXPECT_EQ(wordBehind(L"-plugincustomization"), forward(home) + L"/plugin_customization.ini");
-    EXPECT_EQ(wordBehind(L"-application"), L"com.example.platform.main");
-    EXPECT_TRUE(hasWord(L"-Xmx512m"));
+    EXPECT_TRUE(hasArgument(L"hello world"));
+    EXPECT_EQ(argumentAfter(L"-vm"), forward(install) + L"/jvm/bin/javaw.exe");
+    EXPECT_EQ(argumentAfter(L"-plugincustomization"), forward(install) + L"/plugin_customization.ini");
+    EXPECT_EQ(argumentAfter(L"-application"), L"com.example.platform.main");
+    EXPECT_TRUE(hasArgument(L"-Xmx512m"));
     EXPECT_EQ(read(workspace() / L".config" / L"config.ini"),
               read(base / L"config" / L"user" / L"config.ini"));
     stopPlatform();
     EXPECT_EQ(launch({L"-config", L"help"}), 0U) << log();
-    EXPECT_EQ(wordBehind(L"-application"), L"com.example.help");
+    EXPECT_EQ(argumentAfter(L"-application"), L"com.example.help");
     EXPECT_EQ(platformStart()["title"], "com.example.client.help");
 }
 

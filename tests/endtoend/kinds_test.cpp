@@ -1,9 +1,8 @@
-#include <algorithm>
-
 #include "endtoend.h"
 
 namespace {
 
+using endtoend::Arguments;
 using endtoend::contains;
 using endtoend::EndToEnd;
 using endtoend::fatalStatus;
@@ -11,58 +10,58 @@ namespace fs = std::filesystem;
 
 class Kinds : public EndToEnd {
 protected:
-    // A start in the user's own workspace, seeded from the templates of the kind.
+    // Starts in the user's own workspace and expects it to be seeded from this template of config.ini.
     void expectKind(const std::string& value, const std::string& template_) {
         setProperty("install.configuration", value);
         EXPECT_EQ(launch(), 0U) << log() << tempLog();
-        EXPECT_TRUE(hasWord(L"-Dzel.install.config=" + std::wstring(value.begin(), value.end())));
-        EXPECT_TRUE(hasWord(L"-vmargs"));
+        EXPECT_TRUE(hasArgument(L"-Dzel.install.config=" + std::wstring(value.begin(), value.end())));
+        EXPECT_TRUE(hasArgument(L"-vmargs"));
         EXPECT_EQ(read(workspace() / L".config" / L"config.ini"), "seeded=" + template_ + "\n");
         EXPECT_TRUE(fs::exists(workspace() / L".config" / L"org.eclipse.update" / L"platform.xml"));
     }
 };
 
-TEST_F(Kinds, AServiceStartsJavaItself) {
+TEST_F(Kinds, ServiceStartsJavaDirectly) {
     setProperty("install.configuration", "service");
     layOut();
-    fs::remove(home / L"jvm" / L"bin" / L"javaw.exe");
-    fs::copy_file(base / L"win32" / L"x86_64" / L"eclipse.exe", home / L"jvm" / L"bin" / L"javaw.exe");
+    fs::remove(install / L"jvm" / L"bin" / L"javaw.exe");
+    fs::copy_file(base / L"win32" / L"x86_64" / L"eclipse.exe", install / L"jvm" / L"bin" / L"javaw.exe");
     EXPECT_EQ(launch({L"-data", (root / L"other").wstring()}), 0U) << tempLog();
     EXPECT_FALSE(fs::exists(root / L"other"));
-    const fs::path area = home / L"eclipse" / L".workspace";
-    const std::vector<std::wstring> words = platformWords(area);
-    EXPECT_EQ(words.at(0), home.generic_wstring() + L"/jvm/bin/javaw.exe");
-    EXPECT_NE(std::find(words.begin(), words.end(), L"org.eclipse.core.launcher.Main"), words.end());
-    EXPECT_EQ(std::find(words.begin(), words.end(), L"-vmargs"), words.end());
-    EXPECT_NE(std::find(words.begin(), words.end(), L"-nosplash"), words.end());
-    EXPECT_TRUE(fs::exists(home / L"eclipse" / L".config" / L"zelinstall.properties"));
-    EXPECT_EQ(read(home / L"eclipse" / L".config" / L"config.ini"), "seeded=base\n");
+    const fs::path area = install / L"eclipse" / L".workspace";
+    const Arguments arguments = platformArguments(area);
+    EXPECT_EQ(arguments.at(0), install.generic_wstring() + L"/jvm/bin/javaw.exe");
+    EXPECT_TRUE(contains(arguments, L"org.eclipse.core.launcher.Main"));
+    EXPECT_FALSE(contains(arguments, L"-vmargs"));
+    EXPECT_TRUE(contains(arguments, L"-nosplash"));
+    EXPECT_TRUE(fs::exists(install / L"eclipse" / L".config" / L"zelinstall.properties"));
+    EXPECT_EQ(read(install / L"eclipse" / L".config" / L"config.ini"), "seeded=base\n");
     EXPECT_FALSE(fs::exists(userHome / L"Mivel"));
     stopPlatform(area);
 }
 
-// For anybody else the launcher would stay beside the platform and supervise it.
-TEST_F(Kinds, Lockdown) {
+// For other users the launcher would stay and supervise the platform.
+TEST_F(Kinds, LockdownOfAnAdministratorStarts) {
     if (!endtoend::isUserAdministrator()) {
-        GTEST_SKIP() << "the user of the tests is no administrator";
+        GTEST_SKIP() << "needs an administrator";
     }
     expectKind("lockdown", "user");
     EXPECT_TRUE(isPlatformRunning());
 }
 
-TEST_F(Kinds, User) {
+TEST_F(Kinds, UserStarts) {
     expectKind("user", "user");
 }
 
-TEST_F(Kinds, SerialMultiuser) {
+TEST_F(Kinds, SerialMultiuserStarts) {
     expectKind("serial.multiuser", "base");
 }
 
-TEST_F(Kinds, Multiuser) {
+TEST_F(Kinds, MultiuserStarts) {
     expectKind("multiuser", "user");
 }
 
-TEST_F(Kinds, AnUnknownKindIsRefused) {
+TEST_F(Kinds, UnknownKindIsFatal) {
     setProperty("install.configuration", "User");
     EXPECT_EQ(launch(), fatalStatus);
     EXPECT_TRUE(log().ends_with(
@@ -71,18 +70,18 @@ TEST_F(Kinds, AnUnknownKindIsRefused) {
     EXPECT_TRUE(isLockFree());
 }
 
-TEST_F(Kinds, UserpbMakesItsIdentity) {
+TEST_F(Kinds, UserpbCreatesItsIdentity) {
     setProperty("install.configuration", "userpb");
     removeProperty("zel.install.id");
     setProperty("zel.data", "${env.USERPROFILE}/own");
     EXPECT_EQ(launch(), 0U) << tempLog();
-    const std::string properties = read(home / L"zel" / L"zellauncher.properties");
+    const std::string properties = read(install / L"zel" / L"zellauncher.properties");
     EXPECT_TRUE(contains(properties, "\nzel.install.id="));
     EXPECT_EQ(read(userHome / L"own" / L".config" / L"config.ini"), "seeded=pbuilder\n");
     EXPECT_FALSE(fs::exists(userHome / L"own" / L".config" / L"org.eclipse.update"));
     stopPlatform(userHome / L"own");
     EXPECT_EQ(launch(), 0U);
-    EXPECT_EQ(read(home / L"zel" / L"zellauncher.properties"), properties);
+    EXPECT_EQ(read(install / L"zel" / L"zellauncher.properties"), properties);
     stopPlatform(userHome / L"own");
 }
 

@@ -2,7 +2,7 @@
 
 #include "endtoend.h"
 
-// A kiosk machine: the registry of this system is made one for the time of a test.
+// Starts on a kiosk machine: each test changes the registry of this system and restores it.
 namespace {
 
 using endtoend::EndToEnd;
@@ -62,11 +62,11 @@ protected:
     std::wstring formerShell;
 };
 
-// Wine has a desktop process of that name as soon as a program has windows, so what follows without one is
-// told on the simulated machine alone.
-TEST_F(Kiosk, AnAdministratorWithADesktopGetsThePlatform) {
+// Only the simulated machine can test an administrator without a desktop: Wine starts an explorer.exe as
+// soon as a program has windows.
+TEST_F(Kiosk, AdministratorWithADesktopGetsThePlatform) {
     layOut();
-    const fs::path desktop = home / L"desktop" / L"Explorer.exe";
+    const fs::path desktop = install / L"desktop" / L"Explorer.exe";
     fs::create_directories(desktop.parent_path());
     fs::copy_file(base / L"win32" / L"x86_64" / L"eclipse.exe", desktop);
     const Running explorer = beginFrom(desktop, {});
@@ -79,7 +79,7 @@ TEST_F(Kiosk, AnAdministratorWithADesktopGetsThePlatform) {
     EXPECT_EQ(waitFor(explorer), 0U);
 }
 
-TEST_F(Kiosk, ElsewhereThePlatformStartsAndNothingIsWritten) {
+TEST_F(Kiosk, OrdinaryMachineStartsWithoutRegistryChanges) {
     setText(winLogon, L"Shell", L"explorer.exe");
     EXPECT_EQ(launch(), 0U) << log();
     EXPECT_TRUE(isPlatformRunning());

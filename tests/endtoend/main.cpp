@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-extern "C" int wmain(int count, wchar_t** words) {
-    testing::InitGoogleTest(&count, words);
+extern "C" int wmain(int count, wchar_t** arguments) {
+    testing::InitGoogleTest(&count, arguments);
     return RUN_ALL_TESTS();
 }

@@ -1,8 +1,9 @@
 #include <algorithm>
 
 #include "endtoend.h"
+#include "support/text.h"
 
-// One workspace, one platform: who starts it, who finds it, and what becomes of it.
+// A workspace has one platform: which launcher starts it, which finds it, and how it ends.
 namespace {
 
 using endtoend::contains;
@@ -14,10 +15,10 @@ namespace fs = std::filesystem;
 
 class OnePlatform : public EndToEnd {};
 
-TEST_F(OnePlatform, OfTwoLaunchersAtOnceOneStartsIt) {
+TEST_F(OnePlatform, OneOfTwoLaunchersAtOnceStartsIt) {
     scriptLines = {"publish-after 1500"};
     layOut();
-    // With -debug each of them has a log of its own.
+    // With -debug each has its own log.
     const Running first = begin({L"-debug", L"one"});
     const Running second = begin({L"-debug", L"two"});
     const Status firstStatus = waitFor(first);
@@ -25,11 +26,11 @@ TEST_F(OnePlatform, OfTwoLaunchersAtOnceOneStartsIt) {
     ASSERT_TRUE(firstStatus && secondStatus);
     EXPECT_EQ(*firstStatus, 0U);
     EXPECT_EQ(*secondStatus, 0U);
-    const std::wstring started = hasWord(L"one") ? L"one" : L"two";
-    EXPECT_TRUE(hasWord(started));
+    const std::wstring started = hasArgument(L"one") ? L"one" : L"two";
+    EXPECT_TRUE(hasArgument(started));
     EXPECT_NE(payload(1).find(started == L"one" ? L"\ntwo\n" : L"\none\n"), std::wstring::npos);
-    const std::string number = platformStart()["pid"];
-    EXPECT_EQ(read(workspace() / L".zel.lock"), number + std::string(10, ' '));
+    const std::string processId = platformProcessId();
+    EXPECT_EQ(read(workspace() / L".zel.lock"), processId + std::string(10, ' '));
 
     const std::vector<std::string> logs = debugLogs();
     ASSERT_EQ(logs.size(), 2U);
@@ -41,27 +42,27 @@ TEST_F(OnePlatform, OfTwoLaunchersAtOnceOneStartsIt) {
               1);
 }
 
-TEST_F(OnePlatform, ALaterLauncherLeavesTheRunningOnesFilesAlone) {
+TEST_F(OnePlatform, LaterStartLeavesItsFilesAlone) {
     EXPECT_EQ(launch({L"first"}), 0U);
     const std::string arguments = read(workspace() / L".config" / L"args.properties");
     const std::string record = read(workspace() / L".zel.lock");
     EXPECT_EQ(launch({L"second"}), 0U) << log();
     EXPECT_TRUE(isPlatformRunning());
-    EXPECT_TRUE(hasWord(L"first"));
+    EXPECT_TRUE(hasArgument(L"first"));
     EXPECT_EQ(read(workspace() / L".config" / L"args.properties"), arguments);
     EXPECT_EQ(read(workspace() / L".zel.lock"), record);
     EXPECT_TRUE(isLockFree());
 }
 
-TEST_F(OnePlatform, NothingIsInstalledWhileItRuns) {
+TEST_F(OnePlatform, ProvManifestWhileItRunsIsFatal) {
     EXPECT_EQ(launch(), 0U);
-    const std::string number = platformStart()["pid"];
+    const std::string processId = platformProcessId();
     EXPECT_EQ(launch({L"-provManifest"}), fatalStatus);
     EXPECT_TRUE(
-        log().ends_with("ZLNCH0122E: Attempting to install while process " + number + " is running.\n"));
+        log().ends_with("ZLNCH0122E: Attempting to install while process " + processId + " is running.\n"));
 }
 
-TEST_F(OnePlatform, OneOfOtherRightsIsNotTakenOver) {
+TEST_F(OnePlatform, InaccessiblePlatformIsFatal) {
     scriptLines = {"semaphore denied"};
     EXPECT_EQ(launch(), 0U);
     EXPECT_EQ(launch(), fatalStatus);
@@ -70,11 +71,10 @@ TEST_F(OnePlatform, OneOfOtherRightsIsNotTakenOver) {
     EXPECT_TRUE(isPlatformRunning());
 }
 
-// Until the platform can be found, no other launcher may look for it.
-TEST_F(OnePlatform, TheLockIsHeldUntilItHasPublished) {
+TEST_F(OnePlatform, LockIsHeldUntilThePipeFileExists) {
     scriptLines = {"publish-after 3000"};
     const Running launcher = begin();
-    platformWords();
+    platformArguments();
     EXPECT_FALSE(isLockFree());
     EXPECT_FALSE(fs::exists(workspace() / L".pipe"));
     EXPECT_EQ(waitFor(launcher), 0U);
@@ -82,7 +82,7 @@ TEST_F(OnePlatform, TheLockIsHeldUntilItHasPublished) {
     EXPECT_TRUE(isLockFree());
 }
 
-TEST_F(OnePlatform, TheLauncherStaysBesideItWhenAsked) {
+TEST_F(OnePlatform, ZelLauncherWaitStaysUntilItEnds) {
     scriptLines = {"live 4000", "exit 7"};
     const Running launcher = begin({L"-zelLauncherWait"});
     EXPECT_TRUE(eventually([&] { return fs::exists(workspace() / L".pipe") && isLockFree(); }));
@@ -92,7 +92,7 @@ TEST_F(OnePlatform, TheLauncherStaysBesideItWhenAsked) {
     EXPECT_EQ(read(workspace() / L"standin" / L"ended.txt"), "exit=7\n");
 }
 
-TEST_F(OnePlatform, ThePreparationAloneStartsNone) {
+TEST_F(OnePlatform, ProvManifestStartsNoPlatform) {
     EXPECT_EQ(launch({L"-zelLauncherWait", L"-provManifest"}), 0U) << log();
     EXPECT_TRUE(fs::exists(workspace() / L".config" / L"zelinstall.properties"));
     EXPECT_FALSE(fs::exists(workspace() / L".zel.main"));
@@ -100,18 +100,18 @@ TEST_F(OnePlatform, ThePreparationAloneStartsNone) {
     EXPECT_TRUE(isLockFree());
 }
 
-TEST_F(OnePlatform, ACrashedOneIsReplaced) {
+TEST_F(OnePlatform, CrashedPlatformIsReplaced) {
     EXPECT_EQ(launch({L"first"}), 0U);
-    const std::string endpoint = read(workspace() / L".pipe");
+    const std::string pipeFile = read(workspace() / L".pipe");
     crashPlatform();
-    EXPECT_EQ(read(workspace() / L".pipe"), endpoint);
+    EXPECT_EQ(read(workspace() / L".pipe"), pipeFile);
     EXPECT_EQ(launch({L"second"}), 0U) << log();
     EXPECT_TRUE(contains(log(), "ZLNCH0304I: We are main process\n"));
-    EXPECT_TRUE(hasWord(L"second"));
-    EXPECT_NE(read(workspace() / L".pipe"), endpoint);
+    EXPECT_TRUE(hasArgument(L"second"));
+    EXPECT_NE(read(workspace() / L".pipe"), pipeFile);
 }
 
-TEST_F(OnePlatform, TheEndpointOfADeadOneIsNoSignOfLife) {
+TEST_F(OnePlatform, StalePipeFileIsReplaced) {
     layOut();
     write(workspace() / L".pipe", "\\\\.\\pipe\\gone\r\n");
     write(workspace() / L".zel.lock", "4711          ");
@@ -120,7 +120,7 @@ TEST_F(OnePlatform, TheEndpointOfADeadOneIsNoSignOfLife) {
     EXPECT_FALSE(contains(read(workspace() / L".pipe"), "gone"));
 }
 
-TEST_F(OnePlatform, ALockFileThatHoldsNoNumberStopsTheStart) {
+TEST_F(OnePlatform, LockFileWithoutAProcessIdIsFatal) {
     layOut();
     write(workspace() / L".zel.lock", "abc");
     EXPECT_EQ(launch(), fatalStatus);
@@ -128,15 +128,15 @@ TEST_F(OnePlatform, ALockFileThatHoldsNoNumberStopsTheStart) {
     EXPECT_EQ(read(workspace() / L".zel.lock"), "abc");
 }
 
-TEST_F(OnePlatform, ARestartWaitsForTheOneThatAskedForIt) {
+TEST_F(OnePlatform, RestartWaitsForTheOldPlatform) {
     EXPECT_EQ(launch({L"first"}), 0U);
     const std::string arguments = read(workspace() / L".config" / L"args.properties");
-    const std::wstring number = std::to_wstring(std::stoul(platformStart()["pid"]));
-    const Running restart = begin({L"-restart", L"-zel_old_pid", number});
+    const std::wstring processId = launchertest::fromUtf8(platformProcessId());
+    const Running restart = begin({L"-restart", L"-zel_old_pid", processId});
     stopPlatform();
     EXPECT_EQ(waitFor(restart), 0U) << log();
     EXPECT_EQ(read(workspace() / L".config" / L"args.properties"), arguments);
-    EXPECT_FALSE(hasWord(L"-restart"));
+    EXPECT_FALSE(hasArgument(L"-restart"));
 }
 
 }  // namespace

@@ -4,9 +4,9 @@
 
 #include "endtoend.h"
 
-// Somebody has put a library of every name that the system has beside the launcher, into the install,
-// beside the platform and into the current directory. Each of them leaves a mark when it is loaded,
-// with the name of the program that did it.
+// Libraries with the names of system libraries are planted beside the launcher, in the install, beside the
+// platform and in the current directory. Each leaves a mark when it is loaded, a file with the program's
+// name.
 namespace {
 
 using endtoend::EndToEnd;
@@ -15,13 +15,9 @@ namespace fs = std::filesystem;
 
 constexpr const wchar_t* overridesKey = L"Software\\Wine\\AppDefaults\\";
 
-bool isWine() {
-    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-}
-
-// What every Windows takes from its own directory, whatever lies beside a program; a program finds no
-// other among the imports of the launcher. Wine keeps no such list, so these are not planted.
-bool isTakenFromTheSystemAlone(const std::wstring& name) {
+// Windows loads these from its own directory whatever lies beside the program. Wine does not, so they are
+// not planted. The launcher imports no others.
+bool isKnownLibrary(const std::wstring& name) {
     const wchar_t* names[] = {L"kernel32.dll", L"kernelbase.dll", L"msvcrt.dll", L"ntdll.dll"};
     return std::any_of(std::begin(names), std::end(names), [&](const wchar_t* other) {
         return CompareStringOrdinal(name.c_str(), -1, other, -1, TRUE) == CSTR_EQUAL;
@@ -34,7 +30,7 @@ std::vector<std::wstring> systemLibraries() {
     std::vector<std::wstring> names;
     for (const fs::directory_entry& entry : fs::directory_iterator(directory)) {
         const std::wstring name = entry.path().filename().wstring();
-        if (name.ends_with(L".dll") && !isTakenFromTheSystemAlone(name)) {
+        if (name.ends_with(L".dll") && !isKnownLibrary(name)) {
             names.push_back(name);
         }
     }
@@ -48,14 +44,15 @@ protected:
     fs::path elsewhere;  // the current directory of the launchers
 
     void SetUp() override {
-        preferFilesToWinesOwn();
+        preferFilesToBuiltins();
         elsewhere = root / L"elsewhere";
         layOut();
         placeProgram(L"planted.dll", root / L"planted.dll");
-        for (const fs::path& directory : {home, home / L"zel", base, home / L"jvm" / L"bin", elsewhere}) {
+        for (const fs::path& directory :
+             {install, install / L"zel", base, install / L"jvm" / L"bin", elsewhere}) {
             plantIn(directory, names);
         }
-        // Beside the platform none that the stand-in for it needs itself.
+        // Beside the platform only libraries that the standin does not load itself.
         plantIn(base / L"win32" / L"x86_64",
                 {L"cryptbase.dll", L"dwmapi.dll", L"netapi32.dll", L"profapi.dll", L"user32.dll",
                  L"uxtheme.dll", L"version.dll", L"winmm.dll"});
@@ -73,7 +70,7 @@ protected:
             fs::create_hard_link(root / L"planted.dll", directory / name);
         }
     }
-    // The marks that this program left anywhere.
+    // Paths of all marks of this program, relative to root.
     std::vector<std::wstring> marksOf(const std::wstring& program) const {
         std::vector<std::wstring> marks;
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
@@ -87,11 +84,11 @@ protected:
     }
 
 private:
-    // Wine puts libraries of its own in the place of what it finds, unless it is told not to.
-    void preferFilesToWinesOwn() const {
+    // Without this setting Wine loads its built-in libraries instead of the files.
+    void preferFilesToBuiltins() const {
         for (const std::wstring& program : programs) {
             HKEY key = nullptr;
-            if (!isWine() ||
+            if (!endtoend::isWine() ||
                 RegCreateKeyW(HKEY_CURRENT_USER, (overridesKey + program + L"\\DllOverrides").c_str(),
                               &key) != ERROR_SUCCESS) {
                 continue;
@@ -107,12 +104,12 @@ private:
     }
 };
 
-// The control: a program that is not careful finds them, beside itself and in the current directory.
-TEST_F(PlantedDll, ACarelessProgramLoadsThem) {
-    placeProgram(L"library_probe.exe", home / L"zel" / L"library_probe.exe");
+// The control: an ordinary program does load them.
+TEST_F(PlantedDll, OrdinaryProgramLoadsThem) {
+    placeProgram(L"library_probe.exe", install / L"zel" / L"library_probe.exe");
     fs::copy_file(root / L"planted.dll", elsewhere / L"zl-of-no-system.dll");
     for (const wchar_t* name : {L"netapi32.dll", L"version.dll", L"userenv.dll", L"zl-of-no-system.dll"}) {
-        EXPECT_EQ(launchFrom(home / L"zel" / L"library_probe.exe", {name}), 0U);
+        EXPECT_EQ(launchFrom(install / L"zel" / L"library_probe.exe", {name}), 0U);
     }
     EXPECT_EQ(
         marksOf(L"library_probe.exe"),
@@ -122,7 +119,7 @@ TEST_F(PlantedDll, ACarelessProgramLoadsThem) {
                                    L"framework\\Client\\zel\\version.dll.loaded-by-library_probe.exe"}));
 }
 
-TEST_F(PlantedDll, NoStartLoadsOne) {
+TEST_F(PlantedDll, StartsLoadNone) {
     EXPECT_GT(names.size(), 100U);
     EXPECT_EQ(launch({L"-version"}), fatalStatus);
     EXPECT_EQ(launch(), 0U) << log() << tempLog();
@@ -133,17 +130,17 @@ TEST_F(PlantedDll, NoStartLoadsOne) {
     EXPECT_EQ(marksOf(L"zellauncher.exe"), std::vector<std::wstring>());
 }
 
-TEST_F(PlantedDll, NoRefusalLoadsOne) {
+TEST_F(PlantedDll, RefusedStartsLoadNone) {
     EXPECT_EQ(launch({L"-maxargcnt", L"9"}), fatalStatus);
     fs::remove(base / L"win32" / L"x86_64" / L"eclipse.exe");
     EXPECT_EQ(launch(), fatalStatus);
     EXPECT_EQ(marksOf(L"zellauncher.exe"), std::vector<std::wstring>());
 }
 
-// The program that calls every operation by which the launcher reaches the system.
-TEST_F(PlantedDll, NothingThatTheLauncherAsksOfTheSystemLoadsOne) {
-    placeProgram(L"tests/contract.exe", home / L"zel" / L"contract.exe");
-    EXPECT_EQ(launchFrom(home / L"zel" / L"contract.exe", {L"--gtest_brief=1"}), 0U);
+// contract.exe calls every function of the system interface.
+TEST_F(PlantedDll, SystemInterfaceLoadsNone) {
+    placeProgram(L"tests/contract.exe", install / L"zel" / L"contract.exe");
+    EXPECT_EQ(launchFrom(install / L"zel" / L"contract.exe", {L"--gtest_brief=1"}), 0U);
     EXPECT_EQ(marksOf(L"contract.exe"), std::vector<std::wstring>());
 }
 

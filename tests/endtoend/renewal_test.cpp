@@ -1,7 +1,5 @@
 #include <windows.h>
 
-#include <algorithm>
-
 #include "endtoend.h"
 
 namespace {
@@ -12,7 +10,7 @@ using endtoend::fatalStatus;
 using endtoend::Running;
 namespace fs = std::filesystem;
 
-// A user whose configuration is made anew, or prepared by the provisioning application.
+// The user's configuration is created again, or changed by the provisioning application.
 class Renewals : public EndToEnd {
 protected:
     fs::path config() const { return workspace() / L".config"; }
@@ -35,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(Renewals, AnotherIdentityIsAnUpgrade) {
+TEST_F(Renewals, NewIdentityRenewsTheConfiguration) {
     startOnce();
     setProperty("zel.install.id", "1235");
     layOut();
@@ -45,7 +43,7 @@ TEST_F(Renewals, AnotherIdentityIsAnUpgrade) {
     EXPECT_TRUE(fs::exists(workspace() / L"platform.xml.old"));
 }
 
-TEST_F(Renewals, AResetOnRequest) {
+TEST_F(Renewals, ResetconfigRenewsTheConfiguration) {
     baseLines.push_back("resetDir.views=views");
     startOnce();
     write(workspace() / L".metadata" / L".plugins" / L"views" / L"sub" / L"x", "");
@@ -54,7 +52,7 @@ TEST_F(Renewals, AResetOnRequest) {
     EXPECT_FALSE(fs::exists(workspace() / L".metadata" / L".plugins" / L"views"));
 }
 
-TEST_F(Renewals, PropertiesCutAtHalfTheirLengthWithoutABackup) {
+TEST_F(Renewals, TruncatedPropertiesWithoutBackupAreRenewed) {
     startOnce();
     const std::string good = read(config() / L"zelinstall.properties");
     write(config() / L"zelinstall.properties", good.substr(0, good.size() / 2));
@@ -64,7 +62,7 @@ TEST_F(Renewals, PropertiesCutAtHalfTheirLengthWithoutABackup) {
     EXPECT_EQ(read(config() / L"zelinstall.properties"), good);
 }
 
-TEST_F(Renewals, AFileThatAnotherProgramHoldsStopsTheResetBeforeAnythingMoves) {
+TEST_F(Renewals, OpenFileStopsTheResetBeforeTheMove) {
     baseLines.push_back("resetDir.views=views");
     startOnce();
     const fs::path held = workspace() / L".metadata" / L".plugins" / L"views" / L"held";
@@ -81,7 +79,7 @@ TEST_F(Renewals, AFileThatAnotherProgramHoldsStopsTheResetBeforeAnythingMoves) {
     expectRenewed();
 }
 
-TEST_F(Renewals, ADirectoryThatAnotherProgramHoldsIsTriedForSomeSeconds) {
+TEST_F(Renewals, OpenDirectoryStopsTheResetBeforeTheMove) {
     baseLines.push_back("resetDir.views=views");
     startOnce();
     const fs::path held = workspace() / L".metadata" / L".plugins" / L"views" / L"held";
@@ -97,23 +95,22 @@ TEST_F(Renewals, ADirectoryThatAnotherProgramHoldsIsTriedForSomeSeconds) {
     expectRenewed();
 }
 
-TEST_F(Renewals, ProvisioningRunsUnderTheLockWhileAnotherLauncherWaits) {
+TEST_F(Renewals, SecondStartWaitsWhileProvisioningRuns) {
     setProperty("provisioning", "true");
     setProperty("provisioning.manifest.version", "7");
     setProperty("provisioning.application", "com.example.prov");
     scriptLines = {"live 2500"};
     layOut();
     const Running first = begin({L"vmarg.Dshare=-Xshareclasses:name=x"});
-    const std::vector<std::wstring> words = platformWords();
-    EXPECT_NE(std::find(words.begin(), words.end(), L"-userProvLaunch"), words.end());
-    EXPECT_NE(std::find(words.begin(), words.end(), L"-Xshareclasses=none"), words.end());
-    const std::string provisioning = platformStart()["pid"];
+    EXPECT_TRUE(hasArgument(L"-userProvLaunch"));
+    EXPECT_TRUE(hasArgument(L"-Xshareclasses=none"));
+    const std::string provisioning = platformProcessId();
     const Running second = begin();
     EXPECT_EQ(waitFor(first), 0U);
     EXPECT_EQ(read(workspace() / L".zel.main"), provisioning + std::string(5, ' '));
     EXPECT_EQ(waitFor(second), 0U);
-    EXPECT_NE(read(workspace() / L".zel.main"),
-              provisioning + std::string(5, ' '));  // nobody had recorded the version
+    // The second start provisions again, because the standin did not record the version.
+    EXPECT_NE(read(workspace() / L".zel.main"), provisioning + std::string(5, ' '));
     EXPECT_TRUE(contains(log(), "ZLNCH0073I: Provisioning Command = '\""));
     write(config() / L"zelinstall.properties",
           read(config() / L"zelinstall.properties") + "provisioning.manifest.version=7\n");

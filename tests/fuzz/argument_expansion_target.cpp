@@ -4,16 +4,15 @@
 #include <map>
 #include <optional>
 
-#include "fuzz/allocation_account.h"
-#include "fuzz/bench.h"
-#include "fuzz/sections.h"
+#include "fuzz/input_sections.h"
+#include "fuzz/launcher_runner.h"
+#include "fuzz/peak_memory.h"
+#include "fuzz/printable.h"
 #include "fuzz/target.h"
-#include "fuzz/text_lines.h"
 #include "launch/argument_screening.h"
 
-// The input is a command line and the configurations of zellauncher.properties. What comes out must be
-// what the rules of the expansion give, and the screening must let no word through that it is there to
-// refuse.
+// The input is a command line and the configurations of zellauncher.properties. The effective arguments must
+// be those of a second expansion, and the screening must refuse exactly the arguments that it has to refuse.
 namespace fuzz {
 
 namespace {
@@ -22,36 +21,38 @@ using zellauncher::Arguments;
 using zellauncher::PropertyList;
 using Overrides = std::map<std::wstring, std::wstring>;
 
-constexpr std::size_t mostWords = 200;
+constexpr std::size_t mostArguments = 200;
 
 struct Expansion {
-    Arguments words;
+    Arguments arguments;
     Overrides overrides;
-    std::optional<std::wstring> data;  // what zel.data becomes
+    std::optional<std::wstring> data;  // the new value of zel.data
 };
 
-// Takes the overrides out; false when one has no value.
-bool takeOverrides(Arguments& words, Overrides& overrides) {
-    bool isSound = true;
-    const auto isOverride = [](const std::wstring& word) { return word.compare(0, 6, L"vmarg.") == 0; };
-    for (const std::wstring& word : words) {
-        const std::size_t separator = word.find(L'=');
-        if (isOverride(word) && isSound) {
-            isSound = separator != std::wstring::npos;
-            if (isSound) {
-                overrides.insert({word.substr(0, separator), word.substr(separator + 1)});
+// Moves the overrides out of the arguments; false if one has no value.
+bool moveOverrides(Arguments& arguments, Overrides& overrides) {
+    bool hasValues = true;
+    const auto isOverride = [](const std::wstring& argument) {
+        return argument.compare(0, 6, L"vmarg.") == 0;
+    };
+    for (const std::wstring& argument : arguments) {
+        const std::size_t separator = argument.find(L'=');
+        if (isOverride(argument) && hasValues) {
+            hasValues = separator != std::wstring::npos;
+            if (hasValues) {
+                overrides.insert({argument.substr(0, separator), argument.substr(separator + 1)});
             }
         }
     }
-    std::erase_if(words, isOverride);
-    return isSound;
+    std::erase_if(arguments, isOverride);
+    return hasValues;
 }
 
-void eraseSecond(Arguments& words, const std::wstring& word) {
-    auto found = std::find(words.begin(), words.end(), word);
-    found = found == words.end() ? found : std::find(found + 1, words.end(), word);
-    if (found != words.end()) {
-        words.erase(found);
+void eraseSecond(Arguments& arguments, const std::wstring& argument) {
+    auto found = std::find(arguments.begin(), arguments.end(), argument);
+    found = found == arguments.end() ? found : std::find(found + 1, arguments.end(), argument);
+    if (found != arguments.end()) {
+        arguments.erase(found);
     }
 }
 
@@ -68,143 +69,146 @@ std::vector<std::wstring> configuredValues(const std::wstring& name, const Prope
     }
 }
 
-// The words in front of the configured place, the configured ones, and those behind; a boundary among
-// the configured ones sends the rest to the end.
-Arguments spliced(Arguments words, std::ptrdiff_t place, const std::vector<std::wstring>& values) {
+// Inserts the configured arguments at the place, and those from a configured `-vmargs` on at the end. A place
+// below 0 sends all to the end.
+Arguments insertConfigured(Arguments arguments, std::ptrdiff_t place,
+                           const std::vector<std::wstring>& values) {
     Arguments atPlace;
     Arguments atEnd;
-    bool isBehind = place < 0;
+    bool isAfterVmargs = place < 0;
     for (const std::wstring& value : values) {
         if (value == L"-vmargs" && place >= 0) {
-            isBehind = true;
+            isAfterVmargs = true;
         } else if (!value.empty()) {
-            (isBehind ? atEnd : atPlace).push_back(value);
+            (isAfterVmargs ? atEnd : atPlace).push_back(value);
         }
     }
-    words.insert(words.begin() + std::max<std::ptrdiff_t>(place, 0), atPlace.begin(), atPlace.end());
-    words.insert(words.end(), atEnd.begin(), atEnd.end());
-    return words;
+    arguments.insert(arguments.begin() + std::max<std::ptrdiff_t>(place, 0), atPlace.begin(), atPlace.end());
+    arguments.insert(arguments.end(), atEnd.begin(), atEnd.end());
+    return arguments;
 }
 
-std::optional<Expansion> expandAgain(const Arguments& arguments, const PropertyList& list, bool isMarked) {
+std::optional<Expansion> expandAgain(const Arguments& arguments, const PropertyList& list, bool hasMarker) {
     Expansion expansion;
     Arguments plain = arguments;
-    if (!takeOverrides(plain, expansion.overrides)) {
+    if (!moveOverrides(plain, expansion.overrides)) {
         return std::nullopt;
     }
     const auto config = std::find(arguments.begin() + 1, arguments.end(), L"-config");
     if (config == arguments.end() || config + 1 == arguments.end()) {
-        if (isMarked) {
+        if (hasMarker) {
             plain.insert(plain.begin() + 1, {L"-debugFile", L"-pb4l", L"-debug", L"-console"});
-            for (const wchar_t* word : {L"-console", L"-debug", L"-pb4l"}) {
-                eraseSecond(plain, word);
+            for (const wchar_t* option : {L"-console", L"-debug", L"-pb4l"}) {
+                eraseSecond(plain, option);
             }
         }
-        expansion.words = plain;
+        expansion.arguments = plain;
         return expansion;
     }
     std::ptrdiff_t place = -1;
-    Arguments words;
-    for (auto word = arguments.begin(); word != arguments.end(); ++word) {
-        if (word == config || word == config + 1) {
+    Arguments effective;
+    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+        if (argument == config || argument == config + 1) {
             continue;
         }
-        if (*word == L"-vmargs") {
-            place = std::max<std::ptrdiff_t>(word - arguments.begin() - 2, -1);
+        if (*argument == L"-vmargs") {
+            place = std::max<std::ptrdiff_t>(argument - arguments.begin() - 2, -1);
         }
-        words.push_back(*word);
+        effective.push_back(*argument);
     }
-    words = spliced(words, place, configuredValues(*(config + 1), list));
-    for (const wchar_t* word :
+    effective = insertConfigured(effective, place, configuredValues(*(config + 1), list));
+    for (const wchar_t* option :
          {L"-vm", L"-data", L"-plugincustomization", L"-application", L"-product", L"-personality",
           L"-product", L"-nl", L"-dir", L"-console", L"-debug", L"-pb4l"}) {
-        eraseSecond(words, word);
+        eraseSecond(effective, option);
     }
-    const auto dataWord = words.empty() ? words.end() : std::find(words.begin() + 1, words.end(), L"-data");
-    if (dataWord != words.end() && dataWord + 1 != words.end()) {
-        expansion.data = *(dataWord + 1);
+    const auto data =
+        effective.empty() ? effective.end() : std::find(effective.begin() + 1, effective.end(), L"-data");
+    if (data != effective.end() && data + 1 != effective.end()) {
+        expansion.data = *(data + 1);
     }
-    if (!takeOverrides(words, expansion.overrides)) {
+    if (!moveOverrides(effective, expansion.overrides)) {
         return std::nullopt;
     }
-    expansion.words = words;
+    expansion.arguments = effective;
     return expansion;
 }
 
-std::string printableWords(const Arguments& words) {
+std::string printableArguments(const Arguments& arguments) {
     std::string text;
-    for (const std::wstring& word : words) {
-        text += "[" + printable(word) + "] ";
+    for (const std::wstring& argument : arguments) {
+        text += "[" + printable(argument) + "] ";
     }
     return text;
 }
 
-// Whether a count that the caller declares is that of its words.
-bool isDeclaredRightly(const Arguments& arguments) {
+// True without -maxargcnt, or if its value is the number of arguments.
+bool hasDeclaredCount(const Arguments& arguments) {
     const auto option = std::find(arguments.begin() + 1, arguments.end(), L"-maxargcnt");
     if (option == arguments.end()) {
         return true;
     }
-    const std::wstring word = option + 1 == arguments.end() ? L"" : *(option + 1);
-    std::wstring digits = word.substr(0, word.find_first_not_of(L"0123456789"));
+    const std::wstring value = option + 1 == arguments.end() ? L"" : *(option + 1);
+    std::wstring digits = value.substr(0, value.find_first_not_of(L"0123456789"));
     digits.erase(0, std::min(digits.find_first_not_of(L'0'), digits.size()));
     const bool isRestart = std::find(arguments.begin() + 1, arguments.end(), L"-restart") != arguments.end();
     const std::size_t expected = arguments.size() - (isRestart ? 1 : 0);
     return digits == (expected == 0 ? L"" : std::to_wstring(expected));
 }
 
-void expectScreened(Bench& bench, const Arguments& arguments) {
-    bool isClean = isDeclaredRightly(arguments);
-    for (const std::wstring& word : arguments) {
+void expectScreened(LauncherRunner& runner, const Arguments& arguments) {
+    bool isAllowed = hasDeclaredCount(arguments);
+    for (const std::wstring& argument : arguments) {
         for (const wchar_t* refused : {L"\"", L"jvm.library.path", L"java.library.path", L"java.home"}) {
-            isClean = isClean && word.find(refused) == std::wstring::npos;
+            isAllowed = isAllowed && argument.find(refused) == std::wstring::npos;
         }
     }
-    const launchertest::Outcome outcome = bench.runQuietly([&] {
+    const launchertest::Outcome outcome = runner.runQuietly([&] {
         zellauncher::checkUrlHandlerArgs(arguments);
         zellauncher::checkDoubleQuotes(arguments);
         zellauncher::checkForbiddenArgs(arguments);
     });
-    expect(outcome.isFatal() != isClean,
-           "what must not pass, and nothing else, is refused: " + printableWords(arguments));
+    expect(outcome.isFatal() != isAllowed,
+           "exactly the forbidden arguments are refused: " + printableArguments(arguments));
 }
 
 }  // namespace
 
 void runInput(const std::string& bytes) {
     Sections sections = readSections(bytes);
-    Arguments arguments = wordsOf(sections["words"]);
-    arguments.resize(std::min(arguments.size(), mostWords));
+    Arguments arguments = decodeLines(sections["words"]);
+    arguments.resize(std::min(arguments.size(), mostArguments));
     arguments.insert(arguments.begin(), L"C:\\Apps\\framework\\Client\\zel\\zellauncher.exe");
-    PropertyList list = entriesOf(sections["configurations"]);
+    PropertyList list = decodeEntries(sections["configurations"]);
     const PropertyList before = list;
-    const bool isMarked = sections.count("marker") != 0;
+    const bool hasMarker = sections.count("marker") != 0;
 
-    Arguments words;
+    Arguments effective;
     Overrides overrides;
-    const AllocationAccount account;
-    Bench bench;
-    if (isMarked) {
-        bench.machine.writeFile(L"C:\\Apps\\framework\\Client\\zel\\prov.debug\\debug.txt", "");
+    const PeakMemory memory;
+    LauncherRunner runner;
+    if (hasMarker) {
+        runner.machine.writeFile(L"C:\\Apps\\framework\\Client\\zel\\prov.debug\\debug.txt", "");
     }
-    const launchertest::Outcome outcome = bench.runQuietly([&] {
-        zellauncher::expandConfiguredArguments(words, arguments, list, overrides,
-                                               L"C:\\Apps\\framework\\Client");
+    const launchertest::Outcome outcome = runner.runQuietly([&] {
+        effective = zellauncher::expandConfiguredArguments(arguments, list, overrides,
+                                                           L"C:\\Apps\\framework\\Client");
     });
-    expect(bench.machine.operationCount() <= 100, "the expansion asks the system for one file alone");
-    expect(account.peakBytes() <= 600'000 + 200 * bytes.size(),
-           "memory is bounded by the words: " + std::to_string(account.peakBytes()));
+    expect(runner.machine.operationCount() <= 100, "the expansion only looks for the marker file");
+    expect(memory.bytes() <= 600'000 + 200 * bytes.size(),
+           "memory is bounded by the arguments: " + std::to_string(memory.bytes()));
 
-    const std::optional<Expansion> expected = expandAgain(arguments, before, isMarked);
-    expect(outcome.isFatal() != expected.has_value(), "an override without a value is fatal");
+    const std::optional<Expansion> expected = expandAgain(arguments, before, hasMarker);
+    expect(outcome.isFatal() != expected.has_value(), "only an override without a value is fatal");
     if (expected && !outcome.isFatal()) {
-        expect(words == expected->words,
-               printableWords(words) + "is by the rules " + printableWords(expected->words));
-        expect(overrides == expected->overrides, "the overrides are those of the rules");
+        expect(effective == expected->arguments,
+               printableArguments(effective) + "should be " + printableArguments(expected->arguments));
+        expect(overrides == expected->overrides, "the overrides are those of the second expansion");
         const std::wstring* data = zellauncher::lookupProperty(L"zel.data", list);
-        expect(data == nullptr || !expected->data || *data == *expected->data, "the workspace is the word's");
+        expect(data == nullptr || !expected->data || *data == *expected->data,
+               "zel.data has the value of -data");
     }
-    expectScreened(bench, arguments);
+    expectScreened(runner, arguments);
 }
 
 }  // namespace fuzz

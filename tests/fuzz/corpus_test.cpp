@@ -10,8 +10,8 @@
 
 #include "fuzz/target.h"
 
-// The corpus of a target as ordinary tests, and what is too costly for a fuzzer to begin with: one test
-// a file.
+// One test for each file of the target's corpus, and for each file in `costly`, which would slow down a
+// fuzzer that starts with them.
 namespace fuzz {
 
 void expect(bool holds, const std::string& what) {
@@ -45,13 +45,13 @@ std::string testNameOf(const ::testing::TestParamInfo<std::filesystem::path>& in
     return name;
 }
 
-class Corpus : public ::testing::TestWithParam<std::filesystem::path> {};
+class CorpusInput : public ::testing::TestWithParam<std::filesystem::path> {};
 
-TEST_P(Corpus, holds) {
+TEST_P(CorpusInput, Passes) {
     runInput(contentOf(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(, Corpus, ::testing::ValuesIn(corpusFiles()), testNameOf);
+INSTANTIATE_TEST_SUITE_P(, CorpusInput, ::testing::ValuesIn(corpusFiles()), testNameOf);
 
 }  // namespace
 

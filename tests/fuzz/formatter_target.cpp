@@ -6,15 +6,14 @@
 #include <vector>
 
 #include "foundation/log_channel.h"
-#include "fuzz/allocation_account.h"
-#include "fuzz/bench.h"
-#include "fuzz/sections.h"
+#include "fuzz/input_sections.h"
+#include "fuzz/launcher_runner.h"
+#include "fuzz/peak_memory.h"
+#include "fuzz/printable.h"
 #include "fuzz/target.h"
-#include "fuzz/text_lines.h"
 
-// The input is a format and arguments. The whole text must be what a second formatter makes of it, which
-// leaves each conversion that it knows to the C library; and what the log makes of a hostile format
-// must stay a bounded line of the log.
+// The input is a format and arguments. The text must be that of a second formatter, which leaves each
+// conversion that it knows to the C library. In the log, a hostile format must give one bounded line.
 namespace fuzz {
 
 namespace {
@@ -24,19 +23,19 @@ using zellauncher::FormatArgument;
 constexpr std::size_t widestField = 4096;
 constexpr std::size_t mostArguments = 3;
 
-// `d` in front of a number makes it a signed one, `u` an unsigned one; all else is a text.
-FormatArgument argumentOf(const std::wstring& word) {
+// `d42` is a signed number, `u42` an unsigned one, anything else a text.
+FormatArgument argumentOf(const std::wstring& line) {
     const bool isNumber =
-        word.size() > 1 && word.size() < 20 && (word[0] == L'd' || word[0] == L'u') &&
-        std::all_of(word.begin() + 1, word.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; });
+        line.size() > 1 && line.size() < 20 && (line[0] == L'd' || line[0] == L'u') &&
+        std::all_of(line.begin() + 1, line.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; });
     if (!isNumber) {
-        const bool isNegative = word.starts_with(L"d-") && word.size() < 20;
+        const bool isNegative = line.starts_with(L"d-") && line.size() < 20;
         return isNegative
-                   ? FormatArgument(-static_cast<std::int64_t>(std::wcstoull(word.c_str() + 2, nullptr, 10)))
-                   : FormatArgument(word);
+                   ? FormatArgument(-static_cast<std::int64_t>(std::wcstoull(line.c_str() + 2, nullptr, 10)))
+                   : FormatArgument(line);
     }
-    const std::uint64_t number = std::wcstoull(word.c_str() + 1, nullptr, 10);
-    return word[0] == L'd' ? FormatArgument(static_cast<std::int64_t>(number)) : FormatArgument(number);
+    const std::uint64_t number = std::wcstoull(line.c_str() + 1, nullptr, 10);
+    return line[0] == L'd' ? FormatArgument(static_cast<std::int64_t>(number)) : FormatArgument(number);
 }
 
 bool isIn(wchar_t unit, std::wstring_view set) {
@@ -51,8 +50,8 @@ struct Field {
 
 using Buffer = std::array<char, 2 * widestField>;
 
-// A number by the C library, but for two habits of its own: it writes no digit at all for a zero with
-// the precision zero, where the launcher writes one; and it takes flag and precision together.
+// A number as the C library formats it, except that the launcher writes a digit for a zero with the
+// precision zero. With a precision the flag has no effect.
 int print(Buffer& text, const Field& field, wchar_t letter, long long number) {
     const auto bits = static_cast<unsigned long long>(number);
     const bool isPadded = field.isZeroPadded && field.precision < 0;
@@ -96,10 +95,10 @@ std::wstring textOf(const Field& field, wchar_t letter, const FormatArgument& ar
     if (text == nullptr) {
         return {};
     }
-    const std::wstring cut =
+    const std::wstring shown =
         field.precision < 0 ? *text : text->substr(0, static_cast<std::size_t>(field.precision));
     const auto width = static_cast<std::size_t>(field.width);
-    return std::wstring(width - std::min(width, cut.size()), L' ') + cut;
+    return std::wstring(width - std::min(width, shown.size()), L' ') + shown;
 }
 
 int takeCount(const std::wstring& format, std::size_t& i) {
@@ -149,13 +148,13 @@ std::wstring formatWith(const std::wstring& format, const std::vector<FormatArgu
     }
 }
 
-// A hostile format in the log: a line, or nothing.
+// The log drops a line that is too long.
 void expectBoundedLine(const std::wstring& format, const std::wstring& argument) {
-    constexpr std::size_t longestLine = 6 * 4000;  // each character may be written as `\uXXXX`
+    constexpr std::size_t longestLine = 6 * 4000;  // a character may be written as `\uXXXX`
     constexpr std::size_t otherLines = 200;
-    Bench bench;
-    const launchertest::Outcome outcome = bench.run([&] { zellauncher::logDebugF(format, argument); });
-    expect(outcome.end.status == 0, "a debug line ends nothing");
+    LauncherRunner runner;
+    const launchertest::Outcome outcome = runner.run([&] { zellauncher::logDebugF(format, argument); });
+    expect(outcome.processEnd().status == 0, "a debug line is never fatal");
     expect(outcome.log.size() <= longestLine + otherLines, "a debug line is bounded");
 }
 
@@ -163,25 +162,25 @@ void expectBoundedLine(const std::wstring& format, const std::wstring& argument)
 
 void runInput(const std::string& bytes) {
     Sections sections = readSections(bytes);
-    const std::wstring format = unitsOf(sections["format"]);
+    const std::wstring format = decodeText(sections["format"]);
     std::vector<FormatArgument> arguments;
     std::size_t length = format.size();
-    for (const std::wstring& word : wordsOf(sections["arguments"])) {
+    for (const std::wstring& line : decodeLines(sections["arguments"])) {
         if (arguments.size() < mostArguments) {
-            arguments.push_back(argumentOf(word));
-            length += word.size();
+            arguments.push_back(argumentOf(line));
+            length += line.size();
         }
     }
     std::wstring text;
-    const AllocationAccount account;
+    const PeakMemory memory;
     text = formatWith(format, arguments);
-    // A field for each argument, and no more than an argument is long.
+    // Each argument is at most as long as itself or its field.
     const std::size_t mostUnits = length + arguments.size() * (widestField + 24);
-    expect(text.size() <= mostUnits, "a text is as long as its parts");
-    expect(account.peakBytes() <= 4096 + 8 * sizeof(wchar_t) * (mostUnits + widestField),
-           "memory is bounded: " + std::to_string(account.peakBytes()));
+    expect(text.size() <= mostUnits, "the text is not longer than its parts");
+    expect(memory.bytes() <= 4096 + 8 * sizeof(wchar_t) * (mostUnits + widestField),
+           "memory is bounded: " + std::to_string(memory.bytes()));
     const std::wstring expected = formatAgain(format, arguments);
-    expect(text == expected, printable(text) + " is " + printable(expected));
+    expect(text == expected, printable(text) + " should be " + printable(expected));
     expectBoundedLine(format, arguments.empty() ? L"" : format);
 }
 

@@ -9,14 +9,13 @@ namespace fuzz {
 
 void expect(bool holds, const std::string& what) {
     if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", what.c_str());
+        std::fprintf(stderr, "check failed: %s\n", what.c_str());
         std::abort();
     }
 }
 
 }  // namespace fuzz
 
-// The name is libFuzzer's.
 // NOLINTNEXTLINE(readability-identifier-naming)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 

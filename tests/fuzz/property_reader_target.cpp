@@ -2,14 +2,15 @@
 #include <cwchar>
 
 #include "configuration/user_install_properties.h"
-#include "fuzz/allocation_account.h"
-#include "fuzz/bench.h"
+#include "fuzz/launcher_runner.h"
+#include "fuzz/peak_memory.h"
+#include "fuzz/printable.h"
+#include "fuzz/reference_lines.h"
 #include "fuzz/target.h"
-#include "fuzz/text_lines.h"
 #include "properties/property_reader.h"
 
-// The input is a property file. What the launcher's reader makes of it must be what a second reader
-// makes of it, which is written from the description of the dialect and shares nothing with the first.
+// The input is a property file. The launcher's reader must give the same entries as a second reader, which
+// is written from the description of the dialect and shares no code with the first.
 namespace fuzz {
 
 namespace {
@@ -20,18 +21,19 @@ using zellauncher::PropertyList;
 constexpr const wchar_t* file = L"C:\\in.properties";
 constexpr std::size_t longestPlainLine = 1000;
 
-// Bounds: bytes for the machine itself, and bytes and operations for each byte of the file. The debug
-// lines make most of it: each line of a file gives up to three of them, which reach the log.
+// Bounds: a fixed part for the simulated machine, and a part for each byte of the file. Most of it is for
+// debug lines: each line of a file writes up to three of them to the log.
 constexpr std::size_t machineBytes = 400'000;
-constexpr std::size_t bytesForByte = 500;
+constexpr std::size_t bytesPerByte = 500;
 constexpr std::size_t machineOperations = 60;
-constexpr std::size_t operationsForByte = 4;
+constexpr std::size_t operationsPerByte = 4;
 
-PropertyList load(Bench& bench, const std::string& bytes) {
+PropertyList load(LauncherRunner& runner, const std::string& bytes) {
     PropertyList list;
-    bench.machine.writeFile(file, bytes);
-    const launchertest::Outcome outcome = bench.run([&] { zellauncher::loadPropertyFile(file, list); });
-    expect(outcome.end.kind == simulation::EndKind::exited && outcome.end.status == 0, "a file is read");
+    runner.machine.writeFile(file, bytes);
+    const launchertest::Outcome outcome = runner.run([&] { zellauncher::loadPropertyFile(file, list); });
+    const simulation::ProcessEnd end = outcome.processEnd();
+    expect(end.kind == simulation::EndKind::exited && end.status == 0, "no property file is fatal");
     return list;
 }
 
@@ -48,11 +50,11 @@ std::wstring unescaped(const std::wstring& value) {
             plain += value[++i];
         }
     }
-    const std::wstring text = trimmed(plain);
+    const std::wstring text = trimBlanks(plain);
     return text.substr(0, text.find(L'\0'));
 }
 
-// The second reader: a machine that is fed line by line, character by character.
+// The second reader takes the file line by line and each line character by character.
 class SecondReader {
 public:
     void takeLine(const std::wstring& line) {
@@ -68,7 +70,7 @@ public:
         for (std::size_t i = 0; i < line.size();) {
             i += takeAt(line, i);
         }
-        if (!goesOn) {
+        if (!isContinued) {
             finish();
         }
     }
@@ -76,14 +78,14 @@ public:
     PropertyList list;
 
 private:
-    // How many characters were taken.
+    // Returns the number of characters taken.
     std::size_t takeAt(const std::wstring& line, std::size_t i) {
         if (line[i] != L'\\') {
             takeCharacter(line[i]);
             return 1;
         }
         if (i + 1 == line.size()) {
-            goesOn = true;
+            isContinued = true;
             return 1;
         }
         if (std::wstring_view(L" #:=").find(line[i + 1]) != std::wstring_view::npos) {
@@ -107,7 +109,7 @@ private:
             isInValue = true;
             value.append(isJvmOption ? 1 : 0, unit);
         } else if (isInValue) {
-            goesOn = false;
+            isContinued = false;
             hasValueBegun = true;
             value += unit;
         } else {
@@ -116,7 +118,7 @@ private:
     }
 
     void finish() {
-        const std::wstring name = trimmed(key);
+        const std::wstring name = trimBlanks(key);
         list.push_back({name, name == L"arg20" ? std::wstring() : unescaped(value)});
         key.clear();
         value.clear();
@@ -128,14 +130,14 @@ private:
     std::wstring value;
     bool isInValue = false;
     bool hasValueBegun = false;
-    bool goesOn = false;
+    bool isContinued = false;
     bool isJvmOption = false;
     bool isFresh = true;
 };
 
 PropertyList readAgain(const std::string& bytes) {
     SecondReader reader;
-    for (const std::wstring& line : readLines(bytes, true)) {
+    for (const std::wstring& line : referenceLines(bytes, LeadingSpace::skipped)) {
         reader.takeLine(line);
     }
     return reader.list;
@@ -143,13 +145,13 @@ PropertyList readAgain(const std::string& bytes) {
 
 void expectSame(const PropertyList& list, const PropertyList& expected) {
     expect(list.size() == expected.size(),
-           "as many entries as the second reader finds: " + std::to_string(list.size()) + " against " +
+           "the second reader finds as many entries: " + std::to_string(list.size()) + " and " +
                std::to_string(expected.size()));
     for (std::size_t i = 0; i < std::min(list.size(), expected.size()); ++i) {
         expect(list[i].key == expected[i].key,
-               "the key " + printable(list[i].key) + " is " + printable(expected[i].key));
+               "the key " + printable(list[i].key) + " should be " + printable(expected[i].key));
         expect(list[i].value == expected[i].value,
-               "the value " + printable(list[i].value) + " is " + printable(expected[i].value));
+               "the value " + printable(list[i].value) + " should be " + printable(expected[i].value));
     }
 }
 
@@ -158,16 +160,16 @@ void expectSound(const PropertyList& list, std::size_t size) {
     for (const PropertyEntry& entry : list) {
         length += entry.key.size() + entry.value.size();
         for (const wchar_t unit : entry.key + entry.value) {
-            expect(unit != 0 && unit <= 0xFFFF, "a unit is one of sixteen bits and no NUL");
+            expect(unit != 0 && unit <= 0xFFFF, "a unit has 16 bits and is not NUL");
         }
     }
-    expect(length <= size, "the entries hold no more than the file");
+    expect(length <= size, "the entries are not longer than the file");
 }
 
-// What the launcher writes as a value comes back as that value, unless it begins with a separator: no
-// backslash protects one there.
+// A value that the launcher writes is read back unchanged, unless it begins with a separator, which no
+// backslash can protect there.
 void expectRoundTrip(const PropertyList& list) {
-    constexpr std::size_t longestValue = 150;  // six characters each still fit a line
+    constexpr std::size_t longestValue = 150;  // a line has room for six characters each
     constexpr std::size_t mostValues = 50;
     std::string written;
     PropertyList expected;
@@ -178,29 +180,28 @@ void expectRoundTrip(const PropertyList& list) {
         if (isLost || entry.value.size() > longestValue || expected.size() == mostValues) {
             continue;
         }
-        std::wstring line;
-        zellauncher::escapeEntry(L"key", entry.value, line);
+        const std::wstring line = zellauncher::escapeEntry(L"key", entry.value);
         written.append(line.begin(), line.end());
         written += "\r\n";
-        expected.push_back({L"key", trimmed(entry.value)});
+        expected.push_back({L"key", trimBlanks(entry.value)});
     }
-    Bench bench;
-    expectSame(load(bench, written), expected);
+    LauncherRunner runner;
+    expectSame(load(runner, written), expected);
 }
 
 }  // namespace
 
 void runInput(const std::string& bytes) {
     PropertyList list;
-    const AllocationAccount account;
+    const PeakMemory memory;
     {
-        Bench bench;
-        list = load(bench, bytes);
-        expect(bench.machine.operationCount() <= machineOperations + operationsForByte * bytes.size(),
-               "operations are bounded by the file: " + std::to_string(bench.machine.operationCount()));
+        LauncherRunner runner;
+        list = load(runner, bytes);
+        expect(runner.machine.operationCount() <= machineOperations + operationsPerByte * bytes.size(),
+               "operations are bounded by the file: " + std::to_string(runner.machine.operationCount()));
     }
-    expect(account.peakBytes() <= machineBytes + bytesForByte * bytes.size(),
-           "memory is bounded by the file: " + std::to_string(account.peakBytes()));
+    expect(memory.bytes() <= machineBytes + bytesPerByte * bytes.size(),
+           "memory is bounded by the file: " + std::to_string(memory.bytes()));
     expectSound(list, bytes.size());
     expectSame(list, readAgain(bytes));
     expectRoundTrip(list);

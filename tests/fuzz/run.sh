@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Builds all fuzz targets and runs each of them, two at a time, from its corpus and what earlier runs
-# found (kept under build/). Ends with a table and with status 1 when one has found something.
+# Builds the fuzz targets and runs them, two at a time, each with its corpus and the inputs that earlier runs
+# kept in build/. Prints a table at the end; the status is 1 if a target found something.
 #
-#   tests/fuzz/run.sh [seconds] [target...]      600 seconds each, and all targets, unless told otherwise
+#   tests/fuzz/run.sh [seconds] [target...]      by default 600 seconds each, and all targets
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 source cmake/setup.sh
@@ -21,7 +21,7 @@ build_targets() {
     nice cmake --build --preset native-fuzz -j 2 --target "${targets[@]/#/fuzz_}"
 }
 
-# A simulated machine passes the turn from thread to thread, which costs much less on one processor.
+# Only one thread of a simulated machine runs at any time, and changing threads is faster on one processor.
 pin_to() {
     local processor=$(($1 % $(nproc)))
     shift
@@ -32,7 +32,7 @@ pin_to() {
     fi
 }
 
-# A finding is written to build/fuzz/<target>/ as crash-*, timeout-* or oom-*; its status is in the log's end.
+# A finding is written to build/fuzz/<target>/ as crash-*, timeout-* or oom-*, and described at the end of the log.
 run_target() {
     local target=$1 processor=$2
     echo "running $target for $seconds seconds"
@@ -48,7 +48,7 @@ run_target() {
     fi
 }
 
-# Each processor has every second target.
+# One processor runs every second target, the other one the rest.
 run_every_second() {
     local first=$1 i
     for ((i = first; i < ${#targets[@]}; i += 2)); do
@@ -67,7 +67,7 @@ print_table() {
             "$(stat_of "$target" number_of_executed_units)" "$(stat_of "$target" average_exec_per_sec)" \
             "${features:--}" "$(stat_of "$target" peak_rss_mb)"
         if [ "$(cat "$work/$target.result")" != holds ]; then
-            grep -aE 'does not hold|ERROR:|runtime error|simulation:|Assertion' "$work/$target.log" | head -n 3 || true
+            grep -aE 'check failed|ERROR:|runtime error|simulation:|Assertion' "$work/$target.log" | head -n 3 || true
             ls "$work/$target/"{crash,timeout,oom}-* 2>/dev/null || true
             status=1
         fi

@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <optional>
 
-#include "fuzz/allocation_account.h"
-#include "fuzz/bench.h"
-#include "fuzz/sections.h"
+#include "fuzz/input_sections.h"
+#include "fuzz/launcher_runner.h"
+#include "fuzz/peak_memory.h"
+#include "fuzz/printable.h"
 #include "fuzz/target.h"
-#include "fuzz/text_lines.h"
 
-// The input is a list of entries, an environment and texts. What the launcher's scan makes of a text must
-// be what the rules make of it when they are followed literally, on one plain string, as long as that
-// comes to an end within reason; and the launcher must come to its end in any case.
+// The input is a property list, an environment and texts. The launcher's scan must give the result of a
+// literal implementation of the rules on one plain string, unless that one takes too many steps. The
+// launcher must end in any case.
 namespace fuzz {
 
 namespace {
@@ -21,15 +21,15 @@ using zellauncher::PropertyList;
 constexpr const wchar_t* home = L"C:/Apps/framework/Client";
 constexpr const wchar_t* data = L"C:/Users/ann/work";
 
-// What one text may grow by, and what all values of a list may grow by together, whatever they say; and
-// how many such texts there are at one moment, the line about an invalid one included.
+// The most by which one text, and all values of a list together, may grow; and the number of such texts that
+// exist at one moment, including the log line about an invalid one.
 constexpr std::size_t bytesOfGrowth = sizeof(wchar_t) * 4'000'000;
 constexpr std::size_t textsAtOnce = 10;
 constexpr std::size_t mostReplacements = 10'000;
 
 using Environment = std::vector<zellauncher::PropertyEntry>;
 
-// The names of variables are compared without regard to case.
+// Names of variables are not case-sensitive.
 const std::wstring* variable(const std::wstring& name, const Environment& environment) {
     const auto same = [](wchar_t a, wchar_t b) { return (a | 0x20) == (b | 0x20); };
     for (auto entry = environment.rbegin(); entry != environment.rend(); ++entry) {
@@ -40,7 +40,7 @@ const std::wstring* variable(const std::wstring& name, const Environment& enviro
     return nullptr;
 }
 
-// The rules, literally. Nothing when the text takes too many steps or grows too long to go on.
+// The literal implementation. Gives up, with nothing as the result, on too many steps or too long a text.
 class LiteralScan {
 public:
     LiteralScan(const PropertyList& entries, const Environment& variables)
@@ -85,8 +85,9 @@ private:
             return -1;
         }
         const std::size_t brace = text.find(L'}', static_cast<std::size_t>(i));
-        const bool isBehind = brace == std::wstring::npos || brace > static_cast<std::size_t>(position);
-        const std::ptrdiff_t close = isBehind ? position : static_cast<std::ptrdiff_t>(brace);
+        const bool isAfterPosition =
+            brace == std::wstring::npos || brace > static_cast<std::size_t>(position);
+        const std::ptrdiff_t close = isAfterPosition ? position : static_cast<std::ptrdiff_t>(brace);
         length = static_cast<std::size_t>(close - i + 1);
         name = length < 3 ? L"" : text.substr(static_cast<std::size_t>(i) + 2, length - 3);
         return i;
@@ -94,13 +95,13 @@ private:
 
     bool resolve(const std::wstring& name, std::wstring& replacement) const {
         const std::wstring* value = nullptr;
-        std::wstring other;
+        std::wstring defaultValue;
         if (name.compare(0, 4, L"env.") == 0) {
             const std::size_t comma = name.find(L',');
             value = variable(name.substr(4, comma == std::wstring::npos ? comma : comma - 4), environment);
             if (value == nullptr && comma != std::wstring::npos) {
-                other = name.substr(comma + 1);
-                value = &other;
+                defaultValue = name.substr(comma + 1);
+                value = &defaultValue;
             }
         } else if (name.compare(0, 5, L"prop.") == 0) {
             const auto found = std::find_if(list.begin(), list.end(),
@@ -115,8 +116,8 @@ private:
     const Environment& environment;
 };
 
-// Plain search and replace from the start. The directories hold no token, but what stands around a
-// replaced one may make a new one with it.
+// Plain search and replace from the start. The directories contain no token, but the text around a replaced
+// one may form a new one.
 bool replaceLiterally(std::wstring& text) {
     bool isReplaced = false;
     for (const auto& [token, directory] :
@@ -131,11 +132,11 @@ bool replaceLiterally(std::wstring& text) {
 }
 
 struct Results {
-    std::vector<std::wstring> texts;  // after the location tokens
+    std::vector<std::wstring> texts;  // with the location tokens replaced
     std::vector<bool> isReplaced;
     std::vector<std::wstring> substituted;
     std::vector<bool> isResolved;
-    PropertyList list;  // after the pass over the whole list, if that came to its end
+    PropertyList list;  // after the substitution of the whole list, if that was not fatal
     bool isListValid = false;
 };
 
@@ -144,20 +145,21 @@ void expectFollowsTheRules(const Results& results, const std::vector<std::wstrin
     const LiteralScan scan(list, environment);
     for (std::size_t i = 0; i < texts.size(); ++i) {
         std::wstring text = texts[i];
-        expect(replaceLiterally(text) == results.isReplaced[i], "location tokens are noticed");
+        expect(replaceLiterally(text) == results.isReplaced[i], "replaced location tokens are reported");
         expect(text == results.texts[i], "location tokens are replaced: " + printable(results.texts[i]));
         const std::optional<bool> isResolved = scan.substitute(text);
         if (isResolved) {
-            expect(*isResolved == results.isResolved[i], "a token is known: " + printable(texts[i]));
+            expect(*isResolved == results.isResolved[i],
+                   "the result says whether all tokens are known: " + printable(texts[i]));
             expect(text == results.substituted[i], "the scan gives " + printable(results.substituted[i]) +
                                                        ", the rules give " + printable(text));
         }
         const bool hasToken = results.substituted[i].find(L"${") != std::wstring::npos;
-        expect(!results.isResolved[i] || !hasToken, "a valid text holds no token");
+        expect(!results.isResolved[i] || !hasToken, "a valid text has no token left");
     }
 }
 
-// The whole list in place, each value seen by those behind it; a false one ends the start.
+// The list is substituted in place, so later values see the new earlier ones. An invalid value is fatal.
 void expectListFollowsTheRules(const Results& results, PropertyList list, const Environment& environment) {
     for (zellauncher::PropertyEntry& entry : list) {
         std::wstring text = entry.value;
@@ -166,15 +168,15 @@ void expectListFollowsTheRules(const Results& results, PropertyList list, const 
         if (!isResolved) {
             return;
         }
-        expect(*isResolved || !results.isListValid, "an invalid value ends the start");
+        expect(*isResolved || !results.isListValid, "an invalid value is fatal");
         if (!*isResolved) {
             return;
         }
         entry.value = text;
     }
-    expect(results.isListValid, "a valid list does not end the start");
+    expect(results.isListValid, "a valid list is not fatal");
     for (std::size_t i = 0; i < list.size(); ++i) {
-        expect(results.list[i].value == list[i].value, "the list holds " + printable(list[i].value));
+        expect(results.list[i].value == list[i].value, "the list has the value " + printable(list[i].value));
     }
 }
 
@@ -182,25 +184,25 @@ void expectListFollowsTheRules(const Results& results, PropertyList list, const 
 
 void runInput(const std::string& bytes) {
     Sections sections = readSections(bytes);
-    const PropertyList list = entriesOf(sections["list"]);
-    const Environment environment = entriesOf(sections["environment"]);
-    std::vector<std::wstring> texts = wordsOf(sections["texts"]);
+    const PropertyList list = decodeEntries(sections["list"]);
+    const Environment environment = decodeEntries(sections["environment"]);
+    std::vector<std::wstring> texts = decodeLines(sections["texts"]);
     constexpr std::size_t mostTexts = 4;
     texts.resize(std::min(texts.size(), mostTexts));
 
     Results results;
     results.list = list;
-    const AllocationAccount account;
+    const PeakMemory memory;
     {
-        Bench bench;
+        LauncherRunner runner;
         for (const char* known : {"TEMP", "HOMEDRIVE", "HOMEPATH", "USERNAME", "USERPROFILE", "PATH"}) {
-            bench.machine.unsetEnvironment(std::wstring(known, known + std::string(known).size()));
+            runner.machine.unsetEnvironment(std::wstring(known, known + std::string(known).size()));
         }
         for (const zellauncher::PropertyEntry& entry : environment) {
-            bench.machine.setEnvironment(entry.key, entry.value);
+            runner.machine.setEnvironment(entry.key, entry.value);
         }
         const simulation::ProcessEnd end =
-            bench
+            runner
                 .runQuietly([&] {
                     for (std::wstring text : texts) {
                         results.isReplaced.push_back(zellauncher::replaceLocationTokens(data, home, text));
@@ -211,15 +213,14 @@ void runInput(const std::string& bytes) {
                     zellauncher::substitutePropertyList(data, home, results.list);
                     results.isListValid = true;
                 })
-                .end;
-        expect(end.status == (results.isListValid ? 0U : 0xFFFFFFFFU), "the start ends as the list asks");
+                .processEnd();
+        expect(end.status == (results.isListValid ? 0U : 0xFFFFFFFFU), "only an invalid list is fatal");
         const std::size_t passes = texts.size() + 1;
-        expect(bench.machine.operationCount() <= 100 + passes * 2 * (mostReplacements + bytes.size()),
+        expect(runner.machine.operationCount() <= 100 + passes * 2 * (mostReplacements + bytes.size()),
                "replacements are bounded");
     }
-    expect(
-        account.peakBytes() <= 1'000'000 + 200 * bytes.size() + (texts.size() + textsAtOnce) * bytesOfGrowth,
-        "memory is bounded: " + std::to_string(account.peakBytes()));
+    expect(memory.bytes() <= 1'000'000 + 200 * bytes.size() + (texts.size() + textsAtOnce) * bytesOfGrowth,
+           "memory is bounded: " + std::to_string(memory.bytes()));
     expectFollowsTheRules(results, texts, list, environment);
     expectListFollowsTheRules(results, list, environment);
 }

@@ -2,37 +2,40 @@
 #include <optional>
 #include <set>
 
-#include "fuzz/allocation_account.h"
-#include "fuzz/places.h"
-#include "fuzz/sections.h"
+#include "fuzz/allowed_paths.h"
+#include "fuzz/input_sections.h"
+#include "fuzz/peak_memory.h"
+#include "fuzz/printable.h"
 #include "fuzz/target.h"
-#include "fuzz/text_lines.h"
 #include "fuzz/windows_command_line.h"
 #include "scenarios/story.h"
+#include "support/text.h"
 
-// The input is a command line, an environment, and files of the install and of the user, each of them
-// written over the ordinary one or behind it. Three launchers are started one after the other: the
-// first start of a user, one while its platform runs, and one after that has ended. Whatever they are
-// given, they come to an end; and what reaches the platform is what they were given.
+// The input is a command line, an environment, and files of the install and of the user, each of which
+// replaces the ordinary one or is appended to it. Three launchers start one after the other: the first
+// start of a user, one while its platform runs, and one after that has ended. Each must end, and the
+// platform must get the arguments that the launcher got.
 namespace fuzz {
 
 namespace {
 
 using simulation::ProcessId;
-using Words = std::vector<std::wstring>;
+using Arguments = std::vector<std::wstring>;
 
 constexpr const wchar_t* home = L"C:\\Apps\\framework\\Client";
-constexpr std::size_t mostWords = 200;
+constexpr std::size_t mostArguments = 200;
 
-// Bounds for one run of all three starts, and for each byte of the input.
+// Bounds: a fixed part for all three starts, a part for each byte of the input, and more for tokens. In
+// each of the two passes of a start, tokens may take ten thousand replacements and grow by four million
+// characters.
 constexpr std::size_t startOperations = 12'000;
-constexpr std::size_t operationsForByte = 200;
+constexpr std::size_t operationsPerByte = 200;
 constexpr std::size_t startBytes = 24'000'000;
-constexpr std::size_t bytesForByte = 20'000;
+constexpr std::size_t bytesPerByte = 20'000;
 constexpr std::size_t operationsForTokens = 200'000;
 constexpr std::size_t bytesForTokens = 300'000'000;
 
-// Files of the input by the name of their section.
+// The files that a section of the input replaces.
 struct KnownFile {
     const char* section;
     const wchar_t* path;
@@ -60,28 +63,28 @@ constexpr KnownFile knownFiles[] = {
     {"marker", L"C:\\Apps\\framework\\Client\\zel\\prov.debug\\debug.txt"},
 };
 
-bool has(const Words& words, const std::wstring& word) {
-    return std::find(words.begin(), words.end(), word) != words.end();
+bool has(const Arguments& arguments, const std::wstring& argument) {
+    return std::find(arguments.begin(), arguments.end(), argument) != arguments.end();
 }
 
-bool contains(const std::string& text, const std::string& what) {
-    return text.find(what) != std::string::npos;
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
 }
 
 // One install, one user, and the three starts.
-class Start : public scenarios::Story {
+class ThreeStarts : public scenarios::Story {
 public:
-    explicit Start(const Sections& sections) : input(sections) {
+    explicit ThreeStarts(const Sections& sections) : input(sections) {
         layOut();
-        // A locked-down desktop starts its platform again and again, until one restarts by itself and is
-        // not seen any more. Nobody else asks for the code.
+        // A locked-down desktop restarts its platform forever unless the exit code says that it restarts
+        // by itself. No other kind of install uses the code.
         platform.exitCode = 23;
         for (const KnownFile& file : knownFiles) {
             place(file);
         }
         const auto environment = input.find("environment");
         if (environment != input.end()) {
-            for (const zellauncher::PropertyEntry& entry : entriesOf(environment->second)) {
+            for (const zellauncher::PropertyEntry& entry : decodeEntries(environment->second)) {
                 machine.setEnvironment(entry.key, entry.value);
             }
         }
@@ -93,12 +96,12 @@ public:
         }
     }
 
-    // Runs a launcher for at most half an hour of the machine's time. An engineer's debug marker, for
-    // which a start waits, is taken away after ten seconds.
-    ProcessId start(const Words& words) {
+    // Runs a launcher for at most half an hour of simulated time. The debug marker, for whose removal a
+    // start waits, is removed after ten seconds.
+    ProcessId start(const Arguments& arguments) {
         constexpr int mostSeconds = 1800;
         constexpr int markerSeconds = 10;
-        const ProcessId launcherId = begin(words);
+        const ProcessId launcherId = begin(arguments);
         launchers.insert(launcherId);
         for (int second = 0; second < mostSeconds && machine.isRunning(launcherId); ++second) {
             machine.runUntilIdle(1000);
@@ -115,7 +118,7 @@ public:
         return machine.isRunning(id) ? std::nullopt : std::optional(machine.waitFor(id));
     }
 
-    // The last command line with which this launcher tried to start something.
+    // The last command line that this launcher tried to start.
     std::optional<std::wstring> commandOf(ProcessId id) const {
         std::optional<std::wstring> command;
         for (const simulation::StartedProcess& child : machine.startedProcesses()) {
@@ -124,15 +127,15 @@ public:
         return command;
     }
 
-    Words allPayloads() const { return payloads(); }
-    const simulation::Machine& world() const { return machine; }
+    std::vector<std::wstring> allPayloads() const { return payloads(); }
+    const simulation::Machine& theMachine() const { return machine; }
 
     std::set<ProcessId> launchers;
 
 private:
     void TestBody() override {}
 
-    // `name` stands in place of the ordinary file, `+name` behind what that says.
+    // The section `<name>` replaces the ordinary file, `+<name>` is appended to it.
     void place(const KnownFile& file) {
         const auto whole = input.find(file.section);
         if (whole != input.end()) {
@@ -147,37 +150,36 @@ private:
     const Sections& input;
 };
 
-// What the input says about itself.
+// What the checks need to know about the input.
 struct Traits {
-    Words words;
+    Arguments arguments;
     bool hasOwnFiles = false;  // of the install or of the user
     bool hasEnvironment = false;
-    bool mayHoldLineFeeds = false;  // a value or a word with a line feed splits a list
+    bool mayHaveLineFeeds = false;  // in an argument or a value, where they split a handed-over list
 };
 
 Traits traitsOf(const Sections& sections) {
     Traits traits;
-    const auto words = sections.find("words");
-    traits.words = words == sections.end() ? Words() : wordsOf(words->second);
-    traits.words.resize(std::min(traits.words.size(), mostWords));
-    for (std::wstring& word : traits.words) {
-        word = word.substr(0, word.find(L'\0'));
-        traits.mayHoldLineFeeds = traits.mayHoldLineFeeds || word.find(L'\n') != std::wstring::npos;
+    const auto given = sections.find("words");
+    traits.arguments = given == sections.end() ? Arguments() : decodeLines(given->second);
+    traits.arguments.resize(std::min(traits.arguments.size(), mostArguments));
+    for (std::wstring& argument : traits.arguments) {
+        argument = argument.substr(0, argument.find(L'\0'));
+        traits.mayHaveLineFeeds = traits.mayHaveLineFeeds || argument.find(L'\n') != std::wstring::npos;
     }
     for (const auto& [name, text] : sections) {
         const bool isFile = name != "words" && name != "environment" && name != "platform" && !name.empty();
         traits.hasOwnFiles = traits.hasOwnFiles || isFile;
         traits.hasEnvironment = traits.hasEnvironment || name == "environment";
-        traits.mayHoldLineFeeds = traits.mayHoldLineFeeds || (name != "words" && contains(text, "\\u"));
+        traits.mayHaveLineFeeds = traits.mayHaveLineFeeds || (name != "words" && contains(text, "\\u"));
     }
     return traits;
 }
 
-// A word that no start may come through with.
-bool isRefused(const Words& words) {
-    return std::any_of(words.begin(), words.end(), [](const std::wstring& word) {
+bool hasRefused(const Arguments& arguments) {
+    return std::any_of(arguments.begin(), arguments.end(), [](const std::wstring& argument) {
         for (const wchar_t* text : {L"\"", L"java.home", L"java.library.path", L"jvm.library.path"}) {
-            if (word.find(text) != std::wstring::npos) {
+            if (argument.find(text) != std::wstring::npos) {
                 return true;
             }
         }
@@ -185,24 +187,24 @@ bool isRefused(const Words& words) {
     });
 }
 
-// Nobody waits for ever, and nothing ends in a fault.
-void expectEnd(Start& start, ProcessId id, const Traits& traits) {
-    const std::optional<simulation::ProcessEnd> end = start.endOf(id);
-    expect(end.has_value(), "a start comes to its end within half an hour");
+void expectEnd(ThreeStarts& starts, ProcessId id, const Traits& traits) {
+    const std::optional<simulation::ProcessEnd> end = starts.endOf(id);
+    expect(end.has_value(), "a start ends within half an hour");
     if (!end) {
         return;
     }
-    expect(end->kind == simulation::EndKind::exited, "a start is never a fault");
+    expect(end->kind == simulation::EndKind::exited, "a start never crashes");
     expect(end->status == 0 || end->status == scenarios::fatalStatus, "a start ends with 0 or -1");
-    if (isRefused(traits.words)) {
-        expect(end->status == scenarios::fatalStatus, "a refused word ends the start");
-        expect(!start.commandOf(id).has_value(), "a refused word starts nothing");
+    if (hasRefused(traits.arguments)) {
+        expect(end->status == scenarios::fatalStatus, "a refused argument is fatal");
+        expect(!starts.commandOf(id).has_value(), "a refused argument starts nothing");
     }
 }
 
-// A start that failed has told why, in whatever log it had by then; a version query ends like a failure.
-bool hasToldWhy(const simulation::Machine& machine) {
-    const auto isTold = [](const std::string& line) {
+// A failed start has logged its reason in any log. A version query ends with -1 as well, and logs the
+// version.
+bool isReasonLogged(const simulation::Machine& machine) {
+    const auto isReason = [](const std::string& line) {
         const std::size_t code = line.find("ZLNCH");
         return contains(line, "ZELLauncher>") || contains(line, "ZLNCH0031I:") ||
                (code != std::string::npos && line.compare(std::min(code + 9, line.size()), 2, "E:") == 0);
@@ -210,8 +212,8 @@ bool hasToldWhy(const simulation::Machine& machine) {
     for (const wchar_t* drive : {L"C:\\", L"D:\\"}) {
         for (const std::wstring& path : machine.tree(drive)) {
             const bool isLog = path.ends_with(L".log") && !path.ends_with(L"shutdown.log");
-            const auto lines = linesOf(isLog ? machine.readFile(path).value_or("") : std::string());
-            if (std::any_of(lines.begin(), lines.end(), isTold)) {
+            const auto lines = launchertest::splitLines(isLog ? machine.readFile(path).value_or("") : "");
+            if (std::any_of(lines.begin(), lines.end(), isReason)) {
                 return true;
             }
         }
@@ -219,22 +221,22 @@ bool hasToldWhy(const simulation::Machine& machine) {
     return false;
 }
 
-// The start's own files, those of the user, and the places that words name on purpose: a workspace
-// behind -data, and the jvm.properties in the directories above a VM behind -vm.
-std::optional<Places> placesOf(const Traits& traits) {
+// The files of the install and of the user, and the paths that arguments name: a workspace with -data, and
+// with -vm a VM and the jvm.properties in the directories above it. Nothing if the input may name any path.
+std::optional<AllowedPaths> allowedPathsOf(const Traits& traits) {
     if (traits.hasOwnFiles || traits.hasEnvironment) {
-        return std::nullopt;  // what an install names in its own files, it may read
+        return std::nullopt;
     }
-    Places places;
+    AllowedPaths paths;
     for (const wchar_t* tree : {home, L"C:\\Apps\\vxext", L"C:\\Users\\ann", L"C:\\Temp"}) {
-        places.allowTree(tree);
+        paths.allowTree(tree);
     }
     // Four levels above the install's own VM, where its jvm.properties may be.
-    places.allowFile(L"C:\\Apps\\framework\\jvm.properties");
-    for (std::size_t i = 0; i + 1 < traits.words.size(); ++i) {
-        const std::wstring& value = traits.words[i + 1];
-        const bool isData = traits.words[i] == L"-data";
-        if (!isData && traits.words[i] != L"-vm") {
+    paths.allowFile(L"C:\\Apps\\framework\\jvm.properties");
+    for (std::size_t i = 0; i + 1 < traits.arguments.size(); ++i) {
+        const std::wstring& value = traits.arguments[i + 1];
+        const bool isData = traits.arguments[i] == L"-data";
+        if (!isData && traits.arguments[i] != L"-vm") {
             continue;
         }
         // A token may name anything, and the long form of a path with `..` is another path.
@@ -242,50 +244,50 @@ std::optional<Places> placesOf(const Traits& traits) {
             return std::nullopt;
         }
         if (isData) {
-            places.allowTree(value);
+            paths.allowTree(value);
             continue;
         }
-        places.allowFile(value);
-        places.allowFile(L"jvm.properties");  // of a VM directly below /eclipse/plugins/
+        paths.allowFile(value);
+        paths.allowFile(L"jvm.properties");  // of a VM directly below /eclipse/plugins/
         for (std::size_t at = value.find_first_of(L"\\/"); at != std::wstring::npos;
              at = value.find_first_of(L"\\/", at + 1)) {
-            places.allowFile(value.substr(0, at + 1) + L"jvm.properties");
+            paths.allowFile(value.substr(0, at + 1) + L"jvm.properties");
             for (const wchar_t* name : {L"java.exe", L"k7.exe", L"navarin.exe"}) {
-                places.allowFile(value.substr(0, at + 1) + name);
+                paths.allowFile(value.substr(0, at + 1) + name);
             }
         }
     }
-    return places;
+    return paths;
 }
 
-void expectInPlace(const Start& start, const Places& places) {
-    for (const simulation::Operation& operation : start.world().operations()) {
-        bool isLook = false;
+void expectOnlyAllowedPaths(const ThreeStarts& starts, const AllowedPaths& paths) {
+    for (const simulation::Operation& operation : starts.theMachine().operations()) {
+        const FileAccess access = fileAccessOf(operation);
         const bool isPipe = operation.argument.starts_with(L"\\\\.\\pipe\\");
-        if (start.launchers.count(operation.process) == 0 || isPipe || !isFileOperation(operation, isLook)) {
+        if (starts.launchers.count(operation.process) == 0 || isPipe || access == FileAccess::none) {
             continue;
         }
-        const bool isAllowed =
-            isLook ? places.mayLookAt(operation.argument) : places.mayTouch(operation.argument);
-        expect(isAllowed, operation.name + " on " + printable(operation.argument));
+        const bool isAllowed = access == FileAccess::look ? paths.mayLookAt(operation.argument)
+                                                          : paths.mayTouch(operation.argument);
+        expect(isAllowed, operation.name + " on an allowed path: " + printable(operation.argument));
     }
 }
 
-// With an install that is as it should be, words do not choose the program.
-void expectProgram(const Start& start) {
-    for (const simulation::StartedProcess& child : start.world().startedProcesses()) {
-        const Words words = wordsOfCommandLine(child.commandLine);
-        expect(!words.empty() && systemPath(words[0]) ==
-                                     systemPath(std::wstring(home) + L"\\zel\\eclipse\\plugins\\base_1.0"
-                                                                     L"\\win32\\x86_64\\eclipse.exe"),
+// Arguments alone cannot choose the program.
+void expectProgram(const ThreeStarts& starts) {
+    for (const simulation::StartedProcess& child : starts.theMachine().startedProcesses()) {
+        const Arguments seen = windowsArguments(child.commandLine);
+        expect(!seen.empty() &&
+                   systemPath(seen[0]) == systemPath(std::wstring(home) + L"\\zel\\eclipse\\plugins\\base_1.0"
+                                                                          L"\\win32\\x86_64\\eclipse.exe"),
                "the program is the install's: " + printable(child.commandLine));
     }
 }
 
-// The elements of a list that was handed to a platform, without the pair that only such a list has.
-Words elementsOfList(const std::wstring& payload) {
+// The elements of a list that was handed over, without `-useDaemon <process id>`, which a command lacks.
+Arguments elementsOfList(const std::wstring& payload) {
     std::wstring list = payload.substr(0, payload.find(L'\0'));
-    Words elements;
+    Arguments elements;
     std::wstring element;
     for (const wchar_t unit : list + L"\n") {
         if (unit != L'\n') {
@@ -302,96 +304,96 @@ Words elementsOfList(const std::wstring& payload) {
     return elements;
 }
 
-// Nothing is escaped in a command line: a quote, or a backslash in front of a closing quote, joins what
-// stands behind it. What stands in front is the platform's as it was meant.
+// Nothing in a command line is escaped, so a quote, or a backslash before a closing quote, joins an element
+// with the next. The elements before it are unaffected.
 bool joinsWithNext(const std::wstring& element) {
     return element.find(L'"') != std::wstring::npos || element.ends_with(L"\\") ||
            element.find(L"\\\"") != std::wstring::npos;
 }
 
-// An element that stands without quotes and holds a blank is several. The launcher writes only its own
-// names so, those of the options that it knows and keys of its property files.
-bool isSeveral(const std::wstring& element) {
+// A blank splits an element without quotes. The launcher leaves out the quotes only around its own options
+// and the keys of property files.
+bool isSplit(const std::wstring& element) {
     const std::wstring name = element.starts_with(L"-D") ? element.substr(0, element.find(L'=')) : L"";
     return name.find_first_of(L" \t") != std::wstring::npos;
 }
 
-// The words of the command line are the elements of the list, as far as nothing joins.
+// The arguments of the command are the elements of the list, up to the first that is joined or split.
 void expectSameElements(const std::wstring& command, const std::wstring& payload) {
-    const Words seen = wordsOfCommandLine(command);
-    const Words meant = elementsOfList(payload);
+    const Arguments seen = windowsArguments(command);
+    const Arguments expected = elementsOfList(payload);
     std::size_t whole = 0;
-    while (whole < meant.size() && !joinsWithNext(meant[whole]) && !isSeveral(meant[whole])) {
+    while (whole < expected.size() && !joinsWithNext(expected[whole]) && !isSplit(expected[whole])) {
         ++whole;
     }
-    if (whole == meant.size()) {
-        expect(seen.size() == meant.size(), "as many elements as were meant: " + std::to_string(seen.size()) +
-                                                " of " + std::to_string(meant.size()));
+    if (whole == expected.size()) {
+        expect(seen.size() == expected.size(),
+               "command and list have the same number of elements: " + std::to_string(seen.size()) + " and " +
+                   std::to_string(expected.size()));
     }
     for (std::size_t i = 0; i < whole; ++i) {
-        expect(i < seen.size() && seen[i] == meant[i],
-               "the platform sees " + (i < seen.size() ? printable(seen[i]) : "nothing") + " for " +
-                   printable(meant[i]));
+        expect(i < seen.size() && seen[i] == expected[i],
+               "the platform gets " + (i < seen.size() ? printable(seen[i]) : "nothing") + " instead of " +
+                   printable(expected[i]));
     }
 }
 
-// The caller's words that the launcher passes on, in front of `-vmargs`.
-Words passedWords(const Words& words) {
-    Words plain = {L"program"};
-    std::copy_if(words.begin(), words.end(), std::back_inserter(plain),
-                 [](const std::wstring& word) { return !word.starts_with(L"vmarg."); });
-    const std::set<std::wstring> pairs = {L"-data", L"-configuration", L"-vm", L"-zel_old_pid"};
-    const std::set<std::wstring> choices = {L"-plugincustomization", L"-application", L"-product",
-                                            L"-personality"};
-    const std::set<std::wstring> alone = {L"-restart", L"-resetconfig"};
-    Words passed;
+// The arguments before `-vmargs` that the launcher passes on.
+Arguments passedArguments(const Arguments& arguments) {
+    Arguments plain = {L"program"};
+    std::copy_if(arguments.begin(), arguments.end(), std::back_inserter(plain),
+                 [](const std::wstring& argument) { return !argument.starts_with(L"vmarg."); });
+    const std::set<std::wstring> droppedWithValue = {L"-data", L"-configuration", L"-vm", L"-zel_old_pid"};
+    const std::set<std::wstring> passedWithValue = {L"-plugincustomization", L"-application", L"-product",
+                                                    L"-personality"};
+    const std::set<std::wstring> dropped = {L"-restart", L"-resetconfig"};
+    Arguments passed;
     const auto end = std::find(plain.begin() + 1, plain.end(), L"-vmargs");
-    for (auto word = plain.begin() + 1; word < end; ++word) {
-        const bool isFirst = std::find(plain.begin() + 1, word, *word) == word;
-        if (isFirst && alone.count(*word) != 0) {
+    for (auto argument = plain.begin() + 1; argument < end; ++argument) {
+        const bool isFirst = std::find(plain.begin() + 1, argument, *argument) == argument;
+        if (isFirst && dropped.count(*argument) != 0) {
             continue;
         }
-        if (isFirst && pairs.count(*word) != 0) {
-            ++word;
-            if (word >= end) {
+        if (isFirst && droppedWithValue.count(*argument) != 0) {
+            ++argument;
+            if (argument >= end) {
                 break;
             }
             continue;
         }
-        passed.push_back(*word);
-        if (isFirst && choices.count(*word) != 0 && word + 1 != plain.end()) {
-            passed.push_back(*++word);
+        passed.push_back(*argument);
+        if (isFirst && passedWithValue.count(*argument) != 0 && argument + 1 != plain.end()) {
+            passed.push_back(*++argument);
         }
-        if (word >= end) {
+        if (argument >= end) {
             break;
         }
     }
     return passed;
 }
 
-// A word of the caller is one element, whatever stands in it; and it is that word.
-void expectWords(const std::wstring& command, const Traits& traits) {
-    const bool isPlain = std::none_of(traits.words.begin(), traits.words.end(), [](const std::wstring& word) {
-        return word.find(L"${") != std::wstring::npos || word == L"-config";
-    });
-    const Words seen = wordsOfCommandLine(command);
+// Each argument of the caller is one element, unchanged.
+void expectArguments(const std::wstring& command, const Traits& traits) {
+    const bool isPlain =
+        std::none_of(traits.arguments.begin(), traits.arguments.end(), [](const std::wstring& argument) {
+            return argument.find(L"${") != std::wstring::npos || argument == L"-config";
+        });
+    const Arguments seen = windowsArguments(command);
     if (traits.hasOwnFiles || !isPlain || has(seen, L"-userProvLaunch")) {
         return;
     }
-    std::size_t position = has(traits.words, L"-debug") ? 1 : 2;
-    for (const std::wstring& word : passedWords(traits.words)) {
-        if (joinsWithNext(word)) {
+    std::size_t position = has(traits.arguments, L"-debug") ? 1 : 2;
+    for (const std::wstring& argument : passedArguments(traits.arguments)) {
+        if (joinsWithNext(argument)) {
             return;
         }
-        expect(position < seen.size() && seen[position] == word,
-               "the word " + printable(word) + " is an element");
+        expect(position < seen.size() && seen[position] == argument,
+               "the argument " + printable(argument) + " is an element");
         ++position;
     }
-    expect(position < seen.size() && seen[position] == L"-data", "behind the words stands the workspace");
+    expect(position < seen.size() && seen[position] == L"-data", "-data follows the arguments");
 }
 
-// Texts that name other texts may take ten thousand replacements, and grow by four million characters,
-// in each of the two passes of a start.
 bool hasTokens(const std::string& bytes) {
     return contains(bytes, "${");
 }
@@ -401,44 +403,45 @@ bool hasTokens(const std::string& bytes) {
 void runInput(const std::string& bytes) {
     const Sections sections = readSections(bytes);
     const Traits traits = traitsOf(sections);
-    const AllocationAccount account;
+    const PeakMemory memory;
     {
-        Start start(sections);
-        const ProcessId first = start.start(traits.words);
-        const std::size_t before = start.allPayloads().size();
-        const ProcessId second = start.start(traits.words);
-        const Words payloads = start.allPayloads();
-        start.letPlatformsEnd();
-        const ProcessId third = start.start(traits.words);
+        ThreeStarts starts(sections);
+        const ProcessId first = starts.start(traits.arguments);
+        const std::size_t before = starts.allPayloads().size();
+        const ProcessId second = starts.start(traits.arguments);
+        const std::vector<std::wstring> payloads = starts.allPayloads();
+        starts.letPlatformsEnd();
+        const ProcessId third = starts.start(traits.arguments);
         for (const ProcessId id : {first, second, third}) {
-            expectEnd(start, id, traits);
-            const std::optional<simulation::ProcessEnd> end = start.endOf(id);
+            expectEnd(starts, id, traits);
+            const std::optional<simulation::ProcessEnd> end = starts.endOf(id);
             const bool isFatal = end && end->status == scenarios::fatalStatus;
-            expect(!isFatal || traits.hasEnvironment || hasToldWhy(start.world()), "a fatal end says why");
-            if (const std::optional<std::wstring> command = start.commandOf(id)) {
-                expectWords(*command, traits);
+            expect(!isFatal || traits.hasEnvironment || isReasonLogged(starts.theMachine()),
+                   "a fatal end logs its reason");
+            if (const std::optional<std::wstring> command = starts.commandOf(id)) {
+                expectArguments(*command, traits);
             }
         }
-        const std::optional<std::wstring> command = start.commandOf(third);
-        const bool isRenewed = has(traits.words, L"-resetconfig") || has(traits.words, L"-restart");
-        if (payloads.size() > before && command && !traits.mayHoldLineFeeds && !isRenewed &&
-            start.endOf(third)->status == 0) {
+        const std::optional<std::wstring> command = starts.commandOf(third);
+        const bool isRenewed = has(traits.arguments, L"-resetconfig") || has(traits.arguments, L"-restart");
+        if (payloads.size() > before && command && !traits.mayHaveLineFeeds && !isRenewed &&
+            starts.endOf(third)->status == 0) {
             expectSameElements(*command, payloads.back());
         }
-        if (const std::optional<Places> places = placesOf(traits)) {
-            expectInPlace(start, *places);
+        if (const std::optional<AllowedPaths> paths = allowedPathsOf(traits)) {
+            expectOnlyAllowedPaths(starts, *paths);
         }
         if (!traits.hasOwnFiles) {
-            expectProgram(start);
+            expectProgram(starts);
         }
-        const std::size_t operations = start.world().operationCount();
-        expect(operations <= startOperations + operationsForByte * bytes.size() +
+        const std::size_t operations = starts.theMachine().operationCount();
+        expect(operations <= startOperations + operationsPerByte * bytes.size() +
                                  (hasTokens(bytes) ? operationsForTokens : 0),
                "operations are bounded by the input: " + std::to_string(operations));
     }
-    expect(account.peakBytes() <=
-               startBytes + bytesForByte * bytes.size() + (hasTokens(bytes) ? bytesForTokens : 0),
-           "memory is bounded by the input: " + std::to_string(account.peakBytes()));
+    expect(
+        memory.bytes() <= startBytes + bytesPerByte * bytes.size() + (hasTokens(bytes) ? bytesForTokens : 0),
+        "memory is bounded by the input: " + std::to_string(memory.bytes()));
 }
 
 }  // namespace fuzz

@@ -6,12 +6,12 @@ namespace fuzz {
 
 namespace {
 
-// One unit after the other; what it means depends on the backslashes and the quotes in front of it.
+// Takes one unit after the other; its meaning depends on the backslashes and quotes before it.
 //
-// The third of three quotes in a row is a character, where one that opened the quoted part counts as the
-// first; the count then begins anew, outside of quotes. Two in a row therefore open and close, or close
-// and open again.
-class WordReader {
+// The third of three quotes in a row is a character. The quote that opened the quoted part is the first
+// of them. After the third the count restarts, outside of quotes. So two in a row open and close, or
+// close and open again.
+class ArgumentReader {
 public:
     void take(wchar_t unit) {
         if (unit == L'\\') {
@@ -26,31 +26,31 @@ public:
 
     std::vector<std::wstring> finish() {
         addBackslashes(backslashes);
-        endWord();
-        return words;
+        endArgument();
+        return arguments;
     }
 
 private:
     void addBackslashes(std::size_t count) {
-        word.append(count, L'\\');
-        isInWord = isInWord || count > 0;
+        argument.append(count, L'\\');
+        isInArgument = isInArgument || count > 0;
         backslashes = 0;
     }
 
     void takeQuote() {
         const bool isCharacter = backslashes % 2 == 1;
         addBackslashes(backslashes / 2);
-        isInWord = true;
+        isInArgument = true;
         if (isCharacter) {
-            word += L'"';
+            argument += L'"';
         } else if (++quotes == 3) {
-            word += L'"';
+            argument += L'"';
             quotes = 0;
         }
         isInRow = true;
     }
 
-    // Two that stood in a row are none; one goes on being open.
+    // Two quotes in a row cancel out; a single one stays open.
     void endRow() {
         quotes = isInRow && quotes == 2 ? 0 : quotes;
         isInRow = false;
@@ -60,26 +60,26 @@ private:
         endRow();
         addBackslashes(backslashes);
         if (quotes == 0 && (unit == L' ' || unit == L'\t')) {
-            endWord();
+            endArgument();
         } else {
-            word += unit;
-            isInWord = true;
+            argument += unit;
+            isInArgument = true;
         }
     }
 
-    void endWord() {
-        if (isInWord) {
-            words.push_back(word);
+    void endArgument() {
+        if (isInArgument) {
+            arguments.push_back(argument);
         }
-        word.clear();
-        isInWord = false;
+        argument.clear();
+        isInArgument = false;
     }
 
-    std::vector<std::wstring> words;
-    std::wstring word;
+    std::vector<std::wstring> arguments;
+    std::wstring argument;
     std::size_t backslashes = 0;
     int quotes = 0;
-    bool isInWord = false;
+    bool isInArgument = false;
     bool isInRow = false;
 };
 
@@ -91,20 +91,20 @@ std::size_t endOfProgram(const std::wstring& commandLine) {
 
 }  // namespace
 
-std::vector<std::wstring> wordsOfCommandLine(const std::wstring& commandLine) {
+std::vector<std::wstring> windowsArguments(const std::wstring& commandLine) {
     if (commandLine.empty()) {
         return {};
     }
     const std::size_t end = endOfProgram(commandLine);
     std::wstring program = commandLine.substr(0, end);
     std::erase(program, L'"');
-    WordReader reader;
+    ArgumentReader reader;
     for (const wchar_t unit : commandLine.substr(end)) {
         reader.take(unit);
     }
-    std::vector<std::wstring> words = reader.finish();
-    words.insert(words.begin(), program);
-    return words;
+    std::vector<std::wstring> arguments = reader.finish();
+    arguments.insert(arguments.begin(), program);
+    return arguments;
 }
 
 }  // namespace fuzz

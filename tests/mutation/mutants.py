@@ -29,7 +29,7 @@ class Mutant:
     before: str  # the lines that change, on one line
     after: str
     text: str  # the whole mutated file
-    number: int = 0  # which one it is of those in the file that read the same; 0 when it is alone
+    number: int = 0  # its place among the same changes in the file, from 1; 0 if it is the only one
 
     @property
     def change(self):
@@ -52,7 +52,7 @@ def read_operators(path):
 
 
 def masked(text):
-    """The text with comments and the preprocessor's lines blanked and literals marked, the same length."""
+    """The text at the same length, with blanks for comments and preprocessor lines, and marks in literals."""
 
     def mask(match):
         token = match.group(0)
@@ -64,7 +64,7 @@ def masked(text):
 
 
 def expand(operator, match, text):
-    """The replacement with its groups as they stand in the text."""
+    """The replacement with its groups replaced by their original text."""
 
     def group(reference):
         start, end = match.span(int(reference.group(1)))
@@ -74,7 +74,7 @@ def expand(operator, match, text):
 
 
 def on_one_line(text, start, end):
-    """The whole lines around the place, without the blanks that only lay them out."""
+    """The whole lines from start to end, without indentation and line ends."""
     begin = text.rfind("\n", 0, start) + 1
     finish = text.find("\n", end)
     return " ".join(text[begin : finish if finish >= 0 else len(text)].split())
@@ -100,7 +100,7 @@ def changes_of(file, operators):
             position = match.start() + 1
             start, end = match.span()
             replacement = expand(operator, match, text)
-            # What a pattern needs in front of its place is no part of the change.
+            # What the pattern matches before the changed text is not part of the change.
             while start < end and replacement and text[start] == replacement[0]:
                 start, replacement = start + 1, replacement[1:]
             mutated = text[:start] + replacement + text[end:]

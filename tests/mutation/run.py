@@ -1,8 +1,8 @@
-"""Builds and tests mutants of the launcher's sources; run.sh prepares what it needs and tells its options.
+"""Builds and tests mutants of the launcher's sources. run.sh prepares the build and describes the options.
 
-One mutant is one file compiled anew, linked in front of the libraries of the build with the test programs
-that matter to it: those of its subsystem first, whole starts when they let it live. It is killed when a
-program fails, crashes, or takes more processor time than an honest run can.
+A mutant is one recompiled file, linked before the libraries of the build with the unit tests of its
+subsystem and, if it survives them, with the scenarios. It is killed if a test program fails, crashes, or takes
+much more processor time than without a mutant.
 """
 
 import argparse
@@ -27,11 +27,11 @@ HERE = Path(__file__).parent
 BUILD = Path("build/native-mutation").resolve()
 WORK = BUILD / "mutants"
 SUBSYSTEMS = ("properties", "configuration", "javalaunch")
-# Simulated processes are threads; with small stacks and one heap they leave room for a limit that holds.
+# Simulated processes are threads. Small stacks and one heap allow a low limit.
 MEMORY_LIMIT = 4 << 30
 STACK_LIMIT = 1 << 20
 REQUIRED = 90  # per cent
-# Indices out of bounds end the program instead of reading what lies there.
+# An index out of bounds ends the program.
 CHECKS = ["-w", "-D_GLIBCXX_ASSERTIONS"]
 
 
@@ -50,24 +50,24 @@ def run(command, **options):
 
 
 def compile_flags(file):
-    """The flags with which the build compiles a file; warnings are no matter to a mutant."""
+    """The flags with which the build compiles a file, without warnings."""
     for entry in json.loads((BUILD / "compile_commands.json").read_text()):
         if entry["file"].endswith("/" + file):
-            words = shlex.split(entry["command"])
-            words = words[words.index(next(word for word in words if word.endswith("clang++"))) :]
-            return [word for word in words[1 : words.index("-o")] if not word.startswith("-W") and word != "-O1"]
+            parts = shlex.split(entry["command"])
+            parts = parts[parts.index(next(part for part in parts if part.endswith("clang++"))) :]
+            return [part for part in parts[1 : parts.index("-o")] if not part.startswith("-W") and part != "-O1"]
     sys.exit(f"{file} is not part of the build")
 
 
 def link_command(program):
     commands = run(["ninja", "-C", str(BUILD), "-t", "commands", f"tests/{program}"], text=True).stdout
-    words = shlex.split(commands.strip().splitlines()[-1])
-    words = [word for word in words if word not in (":", "&&")]
-    return words[: words.index("-o")] + words[words.index("-o") + 2 :]
+    parts = shlex.split(commands.strip().splitlines()[-1])
+    parts = [part for part in parts if part not in (":", "&&")]
+    return parts[: parts.index("-o")] + parts[parts.index("-o") + 2 :]
 
 
 class Builder:
-    """Compiles and links mutants. The headers are compiled once."""
+    """Compiles and links mutants. Precompiles the headers."""
 
     def __init__(self, files):
         WORK.mkdir(parents=True, exist_ok=True)
@@ -81,13 +81,13 @@ class Builder:
             sys.exit(made.stderr.decode())
 
     def compile(self, directory, file, text):
-        """The object file and a digest of its code, or None for what does not compile."""
+        """The object file and a digest of its code, or None if the text does not compile."""
         source, target = directory / Path(file).name, directory / "mutant.o"
         source.write_text(text)
         command = ["clang++", *self.flags, *CHECKS, "-include-pch", str(self.headers)]
         made = run([*command, "-c", str(source), "-o", str(target)], text=True)
         if "has been modified since" in made.stderr:
-            raise RuntimeError("a header has changed meanwhile; start again")
+            raise RuntimeError("a header has changed; start again")
         if made.returncode:
             return None
         return target, hashlib.sha1(target.read_bytes()).hexdigest()
@@ -105,7 +105,7 @@ class Builder:
 
 
 def run_tests(executable, cpu_seconds, directory):
-    """How the program ended: nothing when every test passed."""
+    """How the program ended; empty if every test passed."""
 
     def limit():
         resource.setrlimit(resource.RLIMIT_CPU, (cpu_seconds, cpu_seconds + 1))
@@ -114,7 +114,7 @@ def run_tests(executable, cpu_seconds, directory):
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
     try:
-        # The wall clock ends only what waits for ever: the machine may be busy.
+        # The limit of elapsed time is only for programs that wait forever, because the machine may be busy.
         ended = run([str(executable), "--gtest_brief=1", "--gtest_fail_fast"], cwd=directory, preexec_fn=limit,
                     timeout=60 + 10 * cpu_seconds, env={**os.environ, "MALLOC_ARENA_MAX": "1"})
     except subprocess.TimeoutExpired:
@@ -130,9 +130,9 @@ def run_tests(executable, cpu_seconds, directory):
 
 
 class Results:
-    """What is known about mutants, kept in a file from run to run.
+    """The results of all runs, kept in a file.
 
-    A kill holds as long as the file is the same. A survivor is tried again when the tests have changed.
+    A kill is valid until the source file changes. A survivor is tested again once the tests have changed.
     """
 
     def __init__(self, path, tests_digest, start_anew):
@@ -178,7 +178,7 @@ class Laboratory:
         return self.local.directory
 
     def prepare(self, files):
-        """The originals have to pass, in the very way in which mutants are built; tells how long that takes."""
+        """Runs the originals, built as mutants are: they must pass, and their times give the limits."""
         for file in files:
             mutant = self.builder.compile(self.directory(), file, Path(file).read_text())
             self.original_code[file] = mutant[1]
@@ -240,6 +240,12 @@ def read_equivalents(path):
     return equivalents
 
 
+def unmatched(equivalents, mutants):
+    """The entries whose source line or change no longer exists."""
+    changes = {(mutant.file, mutant.change) for mutant in mutants}
+    return [f"{file} | {change}" for file, change in equivalents if (file, change) not in changes]
+
+
 def report(mutants, results, equivalents, verbose):
     table = collections.defaultdict(collections.Counter)
     survivors = []
@@ -253,17 +259,17 @@ def report(mutants, results, equivalents, verbose):
         table[mutant.file][state] += 1
         if verbose and state == "killed":
             print(f"{mutant.file}:{mutant.line}: {mutant.operator}: {record['by']}")
-    print("\nSurvivors to look at:" if survivors else "\nNo survivor without a reason.")
+    print("\nSurvivors without a reason:" if survivors else "\nNo survivor without a reason.")
     for mutant in survivors:
         print(f"{mutant.file} | {mutant.change} | line {mutant.line}, {mutant.operator}")
 
-    print(f"\n{'file':48}{'mutants':>8}{'killed':>8}{'equal':>8}{'lives':>8}{'not run':>8}{'killed':>9}")
+    print(f"\n{'file':48}{'mutants':>8}{'killed':>8}{'equal':>8}{'alive':>8}{'not run':>8}{'killed':>9}")
     total = collections.Counter()
     for file, counts in sorted(table.items()):
         total.update(counts)
         print_row(file, counts)
     print_row("all", total)
-    print(f"left out: {total['does not compile']} that do not compile, {total['same code']} with the same code,"
+    print(f"not counted: {total['does not compile']} that do not compile, {total['same code']} with the same code,"
           f" {total['same as another']} with the code of another mutant")
     counted = total["killed"] + total["survived"] + total["equivalent"]
     return counted > 0 and 100 * total["killed"] >= REQUIRED * counted and not survivors
@@ -279,13 +285,14 @@ def print_row(name, counts):
 def read_options():
     parser = argparse.ArgumentParser(prog="tests/mutation/run.sh")
     parser.add_argument("files", nargs="*", help="only these sources")
-    parser.add_argument("--sample", type=int, help="so many mutants, drawn by the seed")
+    parser.add_argument("--sample", type=int, help="only this number of mutants, drawn with the seed")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=1)
-    parser.add_argument("--units", action="store_true", help="without whole starts: what lives is tried again later")
+    parser.add_argument("--units", action="store_true",
+                        help="only unit tests; a later run without it tests the survivors again")
     parser.add_argument("--fresh", action="store_true", help="forget the results of earlier runs")
-    parser.add_argument("--report", action="store_true", help="run nothing; tell what is known")
-    parser.add_argument("--verbose", action="store_true", help="tell what killed each mutant")
+    parser.add_argument("--report", action="store_true", help="run nothing, print the known results")
+    parser.add_argument("--verbose", action="store_true", help="print what killed each mutant")
     return parser.parse_args()
 
 
@@ -294,7 +301,9 @@ def main():
     files = options.files or sorted(str(file) for name in SUBSYSTEMS for file in Path("src", name).glob("*.cpp"))
     operators = read_operators(HERE / "operators.txt")
     mutants = [mutant for file in files for mutant in mutants_of(file, operators)]
-    # In the order of the draw, so that a run that is stopped leaves a fair sample behind.
+    equivalents = read_equivalents(HERE / "equivalents.txt")
+    unmatched_entries = [] if options.files else unmatched(equivalents, mutants)
+    # In random order, so that a run that is stopped leaves a fair sample.
     random.Random(options.seed).shuffle(mutants)
     mutants = mutants[: options.sample]
     results = Results(BUILD / "mutants.jsonl", tests_digest(options.units), options.fresh)
@@ -309,8 +318,10 @@ def main():
                 if record["state"] == "survived" or number % 50 == 0:
                     print(f"{number} of {len(unknown)}: {record['file']}:{record['line']}: {record['operator']}:"
                           f" {record['state']}", flush=True)
-    is_enough = report(mutants, results, read_equivalents(HERE / "equivalents.txt"), options.verbose)
-    sys.exit(0 if is_enough else 1)
+    is_enough = report(mutants, results, equivalents, options.verbose)
+    for entry in unmatched_entries:
+        print(f"equivalents.txt: no such mutant: {entry}")
+    sys.exit(0 if is_enough and not unmatched_entries else 1)
 
 
 if __name__ == "__main__":

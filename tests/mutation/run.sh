@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
-# Counts how many mutations of the sources the tests notice: src/properties, src/configuration and
-# src/javalaunch, by the list in operators.txt.
+# Applies the mutations of operators.txt to src/properties, src/configuration and src/javalaunch, one at a
+# time, and counts those that the tests notice.
 #
-#   tests/mutation/run.sh                      every mutant that is not known yet
-#   tests/mutation/run.sh --sample 300         300 of them, drawn by a fixed seed (--seed S for another)
+#   tests/mutation/run.sh                      every mutant without a result
+#   tests/mutation/run.sh --sample 300         300 of them, drawn with a fixed seed (--seed S for another)
 #   tests/mutation/run.sh src/properties/x.cpp only those of this file
-#   tests/mutation/run.sh --report             what is known, without running anything
+#   tests/mutation/run.sh --report             prints the known results without running anything
 #
-# More: --units (without whole starts, which is quicker; what lives is tried again by a run with them),
-# --jobs N, --fresh (forget earlier results), --verbose (what killed each). It may be stopped at any moment;
-# the next call goes on from there. Status 0: 90 % are killed, and each survivor has its reason in
-# equivalents.txt. Headers must not change while it runs.
+# Further options: --units (only unit tests, which is faster; a later run without it tests the survivors
+# again), --jobs N, --fresh (forget earlier results), --verbose (what killed each mutant). A run may be
+# stopped at any time; the next one continues it. Headers must not change during a run. The status is 0 if 90 %
+# are killed, each survivor has its reason in equivalents.txt, and each entry there matches a mutant.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 source cmake/setup.sh

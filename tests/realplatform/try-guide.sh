@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the commands of docs/integration.md as they stand there, and ends well when the platform came up, took
-# the words of the second start and ended when it was told to.
+# Runs the commands of docs/integration.md. Succeeds if the platform started, received the arguments of the
+# second start and ended on request.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 

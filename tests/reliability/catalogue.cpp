@@ -2,20 +2,18 @@
 
 #include "reliability/scenario.h"
 
-// The starts that users, administrators and platforms ask for. An entry says what differs from a plain
-// first start of the user ann on a plain install of kind `user`.
+// The scenarios. An entry says what differs from a first start of the user ann on an install of kind `user`.
 namespace reliability {
 
 namespace {
 
-// The user has worked with the platform, has files of their own, and has closed it.
+// An earlier start, files of the user's, and the end of the platform.
 void livedIn(Stage& stage) {
     stage.startAndClose();
-    stage.addUserFile(stage.inConfig(L"org.eclipse.update\\registry"), "what the user has installed");
-    stage.addUserFile(stage.inConfig(L"org.eclipse.update\\bookmarks.xml"), "what the user has marked");
-    stage.addUserFile(stage.inConfig(L"mine\\settings.prefs"), "what the user has set");
-    stage.addUserFile(stage.inWorkspace(L".metadata\\.plugins\\notes\\note.txt"),
-                      "what the user has written");
+    stage.addUserFile(stage.inConfig(L"org.eclipse.update\\registry"), "installed features");
+    stage.addUserFile(stage.inConfig(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
+    stage.addUserFile(stage.inConfig(L"mine\\settings.prefs"), "settings");
+    stage.addUserFile(stage.inWorkspace(L".metadata\\.plugins\\notes\\note.txt"), "a note");
 }
 
 void cleanEnd(Stage& stage) {
@@ -23,7 +21,7 @@ void cleanEnd(Stage& stage) {
     stage.machine.remove(stage.inWorkspace(L".pipe"));
 }
 
-// A workspace whose place does not change with the identity of the install.
+// The workspace does not depend on the install identity.
 void fixedWorkspace(Stage& stage) {
     stage.launcherProperties.set("zel.data", "C:/Users/ann/Mivel/ZEL/1234/ann");
 }
@@ -38,8 +36,8 @@ void resetOnce(Stage& stage) {
     livedIn(stage);
     stage.startAndClose({L"-resetconfig"});
     stage.userFiles.clear();
-    stage.addUserFile(stage.inConfig(L"org.eclipse.update\\bookmarks.xml"), "what the user has marked since");
-    stage.addUserFile(stage.inConfig(L"mine\\settings.prefs"), "what the user has set since");
+    stage.addUserFile(stage.inConfig(L"org.eclipse.update\\bookmarks.xml"), "later bookmarks");
+    stage.addUserFile(stage.inConfig(L"mine\\settings.prefs"), "later settings");
 }
 
 void resetDirectories(Stage& stage) {
@@ -53,23 +51,23 @@ void viewsStored(Stage& stage) {
     stage.machine.writeFile(stage.inWorkspace(L".metadata\\.plugins\\views\\y"), "a view");
 }
 
-void halfOf(Stage& stage, const std::wstring& name) {
+void truncate(Stage& stage, const std::wstring& name) {
     const std::string content = *stage.configFile(name);
     stage.machine.writeFile(stage.inConfig(name), content.substr(0, content.size() / 2));
 }
 
-void propertiesCut(Stage& stage) {
+void truncatedProperties(Stage& stage) {
     livedIn(stage);
-    halfOf(stage, L"zelinstall.properties");
+    truncate(stage, L"zelinstall.properties");
 }
 
-void propertiesAndBackupCut(Stage& stage) {
-    propertiesCut(stage);
-    halfOf(stage, L"zelinstall.properties.bak");
+void truncatedPropertiesAndBackup(Stage& stage) {
+    truncatedProperties(stage);
+    truncate(stage, L"zelinstall.properties.bak");
 }
 
-void propertiesCutAndNoBackup(Stage& stage) {
-    propertiesCut(stage);
+void truncatedPropertiesWithoutBackup(Stage& stage) {
+    truncatedProperties(stage);
     stage.machine.remove(stage.inConfig(L"zelinstall.properties.bak"));
 }
 
@@ -131,7 +129,7 @@ void kioskWithDesktop(Stage& stage) {
     stage.machine.addProcess(L"explorer.exe");
 }
 
-// An administrator at a kiosk, who gets a desktop in place of the platform.
+// An administrator, who gets a desktop instead of the platform.
 void kioskWithoutDesktop(Stage& stage) {
     stage.machine.setRegistryText(winLogon, L"Shell", L"kiosk.exe");
     const std::wstring shells = winLogon + std::wstring(L"\\KSDShells");
@@ -146,7 +144,7 @@ void kioskWithoutDesktop(Stage& stage) {
     administrator(stage);
 }
 
-// The kiosk's user has lived in the workspace before an administrator comes.
+// The earlier start was by a user who is no administrator.
 void livedInByAnotherUser(Stage& stage) {
     stage.machine.setUser(L"ann", {L"Users"});
     livedIn(stage);
@@ -156,27 +154,27 @@ std::function<void(Stage&)> kind(const std::string& value) {
     return [value](Stage& stage) { stage.launcherProperties.set("install.configuration", value); };
 }
 
-// Supervised to its end, which is a restart that nobody follows.
+// Supervised; exit code 23 ends the supervision.
 void lockdownOfUser(Stage& stage) {
     kind("lockdown")(stage);
     livesFor(stage, 3000);
     stage.platform.exitCode = 23;
 }
 
-// Whose rights cannot be told is supervised as well.
+// With the user's exit code, because an administrator whose groups cannot be read is supervised too.
 void lockdownOfAdministrator(Stage& stage) {
     lockdownOfUser(stage);
     administrator(stage);
 }
 
-// The platform asks for the end of the session by a word, and for its end by an orderly end.
+// The platform ends with 0, so .exitData decides.
 void lockdownThatEndsTheSession(Stage& stage) {
     lockdownOfUser(stage);
     stage.platform.exitCode = 0;
 }
 
-std::function<void(Stage&)> exitWord(const std::string& word) {
-    return [word](Stage& stage) { stage.machine.writeFile(L"C:\\Users\\ann\\.exitData", word); };
+std::function<void(Stage&)> exitData(const std::string& text) {
+    return [text](Stage& stage) { stage.machine.writeFile(L"C:\\Users\\ann\\.exitData", text); };
 }
 
 void service(Stage& stage) {
@@ -195,7 +193,7 @@ void startedOnce(Stage& stage) {
     stage.startAndClose();
 }
 
-const Words cacheWords = {
+const Arguments cacheArguments = {
     L"vmarg.CacheMaintenance.enable=",
     L"vmarg.Dshare=-Xshareclasses:name=app%u,controlDir=C:\\Users\\ann\\Mivel\\ZEL\\1234\\ann\\cache"};
 
@@ -215,7 +213,7 @@ void longHistory(Stage& stage) {
     stage.machine.writeFile(stage.inWorkspace(L"logs\\shutdown.log"), history);
 }
 
-void shapedEnvironment(Stage& stage) {
+void changedEnvironment(Stage& stage) {
     stage.baseProperties.set("library.path.prepend", "${zel.home}/bin");
     stage.baseProperties.set("env.set.GREETING", "hello");
     stage.baseProperties.set("env.unset.USERNAME", "");
@@ -230,7 +228,8 @@ void jvmFeature(Stage& stage) {
 
 void extensionMarker(Stage& stage) {
     livedIn(stage);
-    stage.machine.writeFile(std::wstring(Stage::home) + L"\\shared\\eclipse\\.eclipseextension", "marker");
+    stage.machine.writeFile(std::wstring(Stage::installDir) + L"\\shared\\eclipse\\.eclipseextension",
+                            "marker");
 }
 
 void unmanagedUpdates(Stage& stage) {
@@ -253,8 +252,8 @@ void oldBackups(Stage& stage) {
 
 const std::wstring outside = L"C:\\Apps\\frame\\Client";
 
-// The same install under a path that no companion can find.
-void outsideOfFramework(Stage& stage) {
+// The same install below a directory that is not called framework.
+void outsideFramework(Stage& stage) {
     stage.machine.writeFile(outside + L"\\zel\\zellauncher.exe", "");
     scenarios::PropertyFile properties = stage.launcherProperties;
     properties.set("zel.base.location", "C:/Apps/framework/Client/zel/eclipse/plugins/base_1.0");
@@ -264,115 +263,115 @@ void outsideOfFramework(Stage& stage) {
 }
 
 std::vector<Scenario> makeCatalogue() {
-    const Words preparation = {L"-zelLauncherWait", L"-provManifest"};
-    const Words restart = {L"-restart", L"-zel_old_pid", platformNumber};
+    const Arguments preparation = {L"-zelLauncherWait", L"-provManifest"};
+    const Arguments restart = {L"-restart", L"-zel_old_pid", platformId};
     return {
         {.name = "first_start"},
-        {.name = "first_start_with_debug_log", .words = {L"-debug"}},
-        {.name = "first_start_with_words",
-         .words = {L"hello world", L"vmarg.Xss=-Xss256k", L"-vmargs", L"-Da=1"}},
+        {.name = "first_start_with_debug_log", .arguments = {L"-debug"}},
+        {.name = "first_start_with_arguments",
+         .arguments = {L"hello world", L"vmarg.Xss=-Xss256k", L"-vmargs", L"-Da=1"}},
         {.name = "later_start", .past = cleanEnd},
-        {.name = "later_start_with_debug_log", .words = {L"-debug"}, .past = cleanEnd},
-        {.name = "later_start_after_a_crash", .past = livedIn},
+        {.name = "later_start_with_debug_log", .arguments = {L"-debug"}, .past = cleanEnd},
+        {.name = "later_start_after_crash", .past = livedIn},
         {.name = "changed_install", .world = fixedWorkspace, .past = installChanged},
-        {.name = "changed_install_over_old_backups", .world = fixedWorkspace, .past = oldBackups},
+        {.name = "changed_install_with_old_backups", .world = fixedWorkspace, .past = oldBackups},
         {.name = "changed_install_with_debug_log",
-         .words = {L"-debug"},
+         .arguments = {L"-debug"},
          .world = fixedWorkspace,
          .past = installChanged},
-        {.name = "reset", .words = {L"-resetconfig"}, .past = livedIn},
-        {.name = "reset_over_a_backup", .words = {L"-resetconfig"}, .past = resetOnce},
+        {.name = "reset", .arguments = {L"-resetconfig"}, .past = livedIn},
+        {.name = "second_reset", .arguments = {L"-resetconfig"}, .past = resetOnce},
         {.name = "reset_of_plugin_directories",
-         .words = {L"-resetconfig"},
+         .arguments = {L"-resetconfig"},
          .world = resetDirectories,
          .past = viewsStored},
-        {.name = "damaged_properties", .past = propertiesCut},
-        {.name = "damaged_properties_and_backup", .past = propertiesAndBackupCut},
-        {.name = "damaged_properties_without_backup", .past = propertiesCutAndNoBackup},
-        {.name = "reset_in_the_first_start",
+        {.name = "damaged_properties", .past = truncatedProperties},
+        {.name = "damaged_properties_and_backup", .past = truncatedPropertiesAndBackup},
+        {.name = "damaged_properties_without_backup", .past = truncatedPropertiesWithoutBackup},
+        {.name = "first_start_without_boot_class_path",
          .world = [](Stage& stage) { stage.baseProperties.remove("Xbootclasspath.append"); }},
-        {.name = "provisioning_of_a_new_user", .world = provisioned},
-        {.name = "provisioning_is_done", .world = provisioned, .past = manifestRecorded},
-        {.name = "provisioning_of_a_new_manifest", .world = provisioned, .past = newManifest},
-        {.name = "provisioning_by_an_administrator", .words = preparation, .world = provisioned},
-        {.name = "preparation_of_a_user", .words = preparation},
-        {.name = "first_run_of_the_install", .words = {L"hello", L"-console"}, .world = firstRun},
-        {.name = "first_run_is_done", .words = {L"hello"}, .world = firstRun, .past = firstRunDone},
-        {.name = "hand_off", .words = {L"hello"}, .past = livedIn, .platformRuns = true},
-        {.name = "hand_off_with_debug_log", .words = {L"-debug"}, .past = livedIn, .platformRuns = true},
+        {.name = "provisioning_for_new_user", .world = provisioned},
+        {.name = "provisioning_done", .world = provisioned, .past = manifestRecorded},
+        {.name = "provisioning_for_new_manifest", .world = provisioned, .past = newManifest},
+        {.name = "provisioning_by_administrator", .arguments = preparation, .world = provisioned},
+        {.name = "preparation_for_user", .arguments = preparation},
+        {.name = "first_run", .arguments = {L"hello", L"-console"}, .world = firstRun},
+        {.name = "first_run_done", .arguments = {L"hello"}, .world = firstRun, .past = firstRunDone},
+        {.name = "hand_off", .arguments = {L"hello"}, .past = livedIn, .platformRuns = true},
+        {.name = "hand_off_with_debug_log", .arguments = {L"-debug"}, .past = livedIn, .platformRuns = true},
         {.name = "hand_off_with_extension_jars", .past = extensionJars, .platformRuns = true},
-        {.name = "installation_while_the_platform_runs", .words = {L"-provManifest"}, .platformRuns = true},
-        {.name = "command_alone", .words = {L"-dcommand_only", L"hello"}, .platformRuns = true},
-        {.name = "command_alone_without_a_platform", .words = {L"-dcommand_only"}, .past = livedIn},
-        {.name = "command_alone_of_a_new_user", .words = {L"-dcommand_only"}},
-        {.name = "restart", .words = {L"-restart", L"-zel_old_pid", L"1"}, .past = livedIn},
-        {.name = "restart_by_a_platform_that_ends",
-         .words = restart,
+        {.name = "manifest_option_while_platform_runs",
+         .arguments = {L"-provManifest"},
+         .platformRuns = true},
+        {.name = "command_only", .arguments = {L"-dcommand_only", L"hello"}, .platformRuns = true},
+        {.name = "command_only_without_platform", .arguments = {L"-dcommand_only"}, .past = livedIn},
+        {.name = "command_only_for_new_user", .arguments = {L"-dcommand_only"}},
+        {.name = "restart", .arguments = {L"-restart", L"-zel_old_pid", L"1"}, .past = livedIn},
+        {.name = "restart_of_ending_platform",
+         .arguments = restart,
          .world = [](Stage& stage) { livesFor(stage, 5000); },
          .platformRuns = true},
-        {.name = "restart_by_a_platform_that_hangs",
-         .words = restart,
+        {.name = "restart_of_hanging_platform",
+         .arguments = restart,
          .world = [](Stage& stage) { livesFor(stage, 40000); },
          .platformRuns = true},
-        {.name = "restart_with_a_reset", .words = {L"-restart", L"-resetconfig"}, .past = livedIn},
-        {.name = "kiosk_with_a_desktop", .world = kioskWithDesktop, .past = livedIn},
-        {.name = "kiosk_of_another_user", .world = kiosk},
-        {.name = "kiosk_without_a_desktop", .world = kioskWithoutDesktop, .past = livedInByAnotherUser},
-        {.name = "lockdown_of_an_administrator", .world = lockdownOfAdministrator},
-        {.name = "lockdown_of_a_user", .world = lockdownOfUser},
-        {.name = "lockdown_that_logs_off", .world = lockdownThatEndsTheSession, .past = exitWord("LOGOFF")},
-        {.name = "lockdown_that_shuts_down",
-         .world = lockdownThatEndsTheSession,
-         .past = exitWord("SHUTDOWN")},
+        {.name = "restart_with_reset", .arguments = {L"-restart", L"-resetconfig"}, .past = livedIn},
+        {.name = "kiosk_with_desktop", .world = kioskWithDesktop, .past = livedIn},
+        {.name = "kiosk_without_administrator", .world = kiosk},
+        {.name = "kiosk_without_desktop", .world = kioskWithoutDesktop, .past = livedInByAnotherUser},
+        {.name = "lockdown_for_administrator", .world = lockdownOfAdministrator},
+        {.name = "lockdown_for_user", .world = lockdownOfUser},
+        {.name = "lockdown_with_logoff", .world = lockdownThatEndsTheSession, .past = exitData("LOGOFF")},
+        {.name = "lockdown_with_shutdown", .world = lockdownThatEndsTheSession, .past = exitData("SHUTDOWN")},
         {.name = "service",
          .world = service,
          .workspace = L"C:\\Apps\\framework\\Client\\eclipse\\.workspace"},
-        {.name = "service_later",
+        {.name = "service_later_start",
          .world = service,
          .past = startedOnce,
          .workspace = L"C:\\Apps\\framework\\Client\\eclipse\\.workspace"},
         {.name = "serial_multiuser", .world = kind("serial.multiuser")},
         {.name = "multiuser", .world = kind("multiuser"), .past = livedIn},
         {.name = "unknown_kind", .world = kind("User")},
-        {.name = "userpb_without_an_identity",
+        {.name = "userpb_without_identity",
          .world = ownIdentity,
          .workspace = L"C:\\Users\\ann\\Mivel\\ZEL\\424242\\ann"},
-        {.name = "userpb_later",
+        {.name = "userpb_later_start",
          .world = ownIdentity,
          .past = startedOnce,
          .workspace = L"C:\\Users\\ann\\Mivel\\ZEL\\424242\\ann"},
-        {.name = "version_query", .words = {L"-version"}},
-        {.name = "wrong_argument_count", .words = {L"-maxargcnt", L"9"}},
-        {.name = "double_quote", .words = {L"a\"b"}, .past = livedIn},
-        {.name = "forbidden_argument", .words = {L"-Djava.home=x"}},
-        {.name = "override_without_an_option", .words = {L"vmarg.Xmx"}},
+        {.name = "version_query", .arguments = {L"-version"}},
+        {.name = "wrong_argument_count", .arguments = {L"-maxargcnt", L"9"}},
+        {.name = "double_quote_argument", .arguments = {L"a\"b"}, .past = livedIn},
+        {.name = "forbidden_argument", .arguments = {L"-Djava.home=x"}},
+        {.name = "override_without_option", .arguments = {L"vmarg.Xmx"}},
         {.name = "extension_jars", .past = extensionJars},
-        {.name = "workspace_of_the_command_line",
-         .words = {L"-data", L"D:\\my ws\\"},
-         .nextWords = {L"-data", L"D:\\my ws\\"},
+        {.name = "workspace_option",
+         .arguments = {L"-data", L"D:\\my ws\\"},
+         .nextArguments = {L"-data", L"D:\\my ws\\"},
          .workspace = L"D:\\my ws"},
-        {.name = "relative_workspace",
-         .words = {L"-data", L"here"},
-         .nextWords = {L"-data", L"here"},
+        {.name = "relative_workspace_option",
+         .arguments = {L"-data", L"here"},
+         .nextArguments = {L"-data", L"here"},
          .workspace = L"C:\\here"},
-        {.name = "named_virtual_machine",
-         .words = {L"-vm", L"${zel.home}/jvm/bin/java.exe"},
-         .past = livedIn},
-        {.name = "named_configuration", .words = {L"-config", L"app", L"x"}, .world = namedConfiguration},
-        {.name = "cache_upkeep", .words = cacheWords, .nextWords = cacheWords, .past = cacheLeft},
-        {.name = "long_history_of_starts", .past = longHistory},
-        {.name = "waiting_for_the_platform",
-         .words = {L"-zelLauncherWait"},
+        {.name = "vm_option", .arguments = {L"-vm", L"${zel.home}/jvm/bin/java.exe"}, .past = livedIn},
+        {.name = "config_option", .arguments = {L"-config", L"app", L"x"}, .world = namedConfiguration},
+        {.name = "cache_maintenance",
+         .arguments = cacheArguments,
+         .nextArguments = cacheArguments,
+         .past = cacheLeft},
+        {.name = "long_shutdown_log", .past = longHistory},
+        {.name = "wait_option",
+         .arguments = {L"-zelLauncherWait"},
          .world = [](Stage& stage) { livesFor(stage, 3000); },
          .past = livedIn},
-        {.name = "shaped_environment", .world = shapedEnvironment},
-        {.name = "virtual_machine_as_a_feature", .world = jvmFeature},
+        {.name = "changed_environment", .world = changedEnvironment},
+        {.name = "jvm_feature", .world = jvmFeature},
         {.name = "extension_marker", .past = extensionMarker},
         {.name = "unmanaged_updates", .world = unmanagedUpdates},
-        {.name = "platform_that_publishes_nothing",
-         .world = [](Stage& stage) { stage.platform.publishes = false; }},
-        {.name = "install_outside_of_framework",
-         .past = outsideOfFramework,
+        {.name = "silent_platform", .world = [](Stage& stage) { stage.platform.publishes = false; }},
+        {.name = "install_outside_framework",
+         .past = outsideFramework,
          .program = outside + L"\\zel\\zellauncher.exe"},
     };
 }

@@ -4,10 +4,13 @@
 
 #include "reliability/scenario.h"
 #include "reliability/user_files.h"
+#include "support/faults.h"
 
-// What a fault may do to a start beyond its failure: one test for each name in docs/reliability.md.
+// One test for each accepted consequence of a fault, and for each run that goes on without end.
 namespace {
 
+using launchertest::failing;
+using launchertest::failingFrom;
 using reliability::perform;
 using reliability::Performance;
 using reliability::Rehearsal;
@@ -20,12 +23,12 @@ protected:
     std::unique_ptr<Rehearsal> rehearsal;
     std::unique_ptr<Stage> stage;
 
-    // The scenario with one fault at the first operation of this name, from its nth one on.
+    // The scenario with this fault in its launcher.
     Performance performWith(const std::string& scenario, simulation::Fault fault) {
         rehearsal = std::make_unique<Rehearsal>(reliability::scenarioCalled(scenario));
         stage = rehearsal->stage();
         Performance performance =
-            perform(*stage, rehearsal->scenario.words, [&](simulation::ProcessId launcher) {
+            perform(*stage, rehearsal->scenario.arguments, [&](simulation::ProcessId launcher) {
                 fault.process = launcher;
                 stage->machine.inject(fault);
             });
@@ -33,73 +36,66 @@ protected:
         return performance;
     }
 
-    static simulation::Fault faultOf(const std::string& operation, const std::wstring& ending,
-                                     platform::ErrorCode error) {
-        simulation::Fault fault;
-        fault.operation = operation;
-        fault.argumentEndsWith = ending;
-        fault.error = error;
-        return fault;
-    }
-
-    Performance performNext(const reliability::Words& words = {}) {
+    Performance performNext(const reliability::Arguments& arguments = {}) {
         stage->closePlatforms();
-        return perform(*stage, words);
+        return perform(*stage, arguments);
     }
 
-    static bool tells(const Performance& performance, const std::string& text) {
+    static bool logContains(const Performance& performance, const std::string& text) {
         return std::any_of(performance.logLines.begin(), performance.logLines.end(),
                            [&](const std::string& line) { return line.find(text) != std::string::npos; });
     }
 };
 
-TEST_F(NamedFaults, AnOwnerThatCannotBeReadCountsAsGone) {
+TEST_F(NamedFaults, UnreadableOwnerIsTreatedAsGone) {
     const Performance start =
-        performWith("hand_off", faultOf("readStream", L".zel.lock", platform::errorLockViolation));
+        performWith("hand_off", failing("readStream", platform::errorLockViolation, L".zel.lock"));
     EXPECT_TRUE(start.endedWell());
     EXPECT_EQ(start.commands.size(), 1U);  // a second platform
-    EXPECT_TRUE(tells(start, "ZLNCH0091E: No data in the platform lock file."));
+    EXPECT_TRUE(logContains(start, "ZLNCH0091E: No data in the platform lock file."));
 }
 
-TEST_F(NamedFaults, ASecondRenewalInOneStartReplacesTheBackupOfTheFirst) {
-    simulation::Fault fault = faultOf("writeStream", L"zelinstall.properties.new", platform::errorDiskFull);
-    fault.nth = 4;  // behind the three lines of the base file: what the launcher adds to them
-    const Performance start = performWith("changed_install", fault);
+TEST_F(NamedFaults, SecondRenewalReplacesTheFirstBackup) {
+    // The first three writes copy the lines of the base file, the fourth adds the launcher's own.
+    const Performance start = performWith(
+        "changed_install", failing("writeStream", platform::errorDiskFull, L"zelinstall.properties.new", 4));
     EXPECT_TRUE(start.endedWell());
     EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles), std::vector<std::wstring>{settings});
 }
 
-TEST_F(NamedFaults, ALineThatIsNotTakenOverIsMissingUntilAReset) {
-    simulation::Fault fault = faultOf("writeStream", L"zelinstall.properties.new", platform::errorDiskFull);
-    fault.nth = 2;  // the line of plugincustomization
+TEST_F(NamedFaults, LineThatIsNotCopiedIsMissingUntilAReset) {
+    // The second write is the line of plugincustomization.
+    const simulation::Fault fault =
+        failing("writeStream", platform::errorDiskFull, L"zelinstall.properties.new", 2);
     EXPECT_TRUE(performWith("first_start", fault).failed());
     const Performance next = performNext();
     EXPECT_TRUE(next.failed());
-    EXPECT_TRUE(tells(next, "ZLNCH0050E:  plugin_customization.ini is missing from "));
+    EXPECT_TRUE(logContains(next, "ZLNCH0050E:  plugin_customization.ini is missing from "));
     EXPECT_TRUE(performNext({L"-resetconfig"}).endedWell());
     EXPECT_TRUE(performNext().endedWell());
 }
 
-TEST_F(NamedFaults, PropertiesThatAreReadInPartAreReplacedByTheirBackup) {
-    simulation::Fault fault = faultOf("readStream", L"zelinstall.properties", platform::errorLockViolation);
-    fault.nth = 3;  // behind the comparison of the identities: the check that they are complete
-    EXPECT_TRUE(performWith("provisioning_is_done", fault).endedWell());
+TEST_F(NamedFaults, PartlyReadPropertiesAreReplacedByTheirBackup) {
+    // The third read is the check for required keys, after the comparison of the identities.
+    const simulation::Fault fault =
+        failing("readStream", platform::errorLockViolation, L"zelinstall.properties", 3);
+    EXPECT_TRUE(performWith("provisioning_done", fault).endedWell());
     const std::string properties = *stage->configFile(L"zelinstall.properties");
     EXPECT_EQ(properties.find("provisioning.manifest.version"), std::string::npos);
 }
 
-TEST_F(NamedFaults, AKnownUserWhoseDirectoryCannotBeLookedAtCountsAsNew) {
+TEST_F(NamedFaults, UserWithAnUnreadableDirectoryIsTreatedAsNew) {
     const Performance start =
-        performWith("changed_install", faultOf("fileAttributes", L"\\logs", platform::errorSharingViolation));
+        performWith("changed_install", failing("fileAttributes", platform::errorSharingViolation, L"\\logs"));
     EXPECT_TRUE(start.endedWell());
     EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L".configbak")));
     EXPECT_TRUE(performNext().endedWell());
     EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L".configbak")));
 }
 
-TEST_F(NamedFaults, AKioskThatCannotBeToldGivesAnAdministratorThePlatform) {
+TEST_F(NamedFaults, AdministratorAtAnUnreadableKioskGetsThePlatform) {
     const Performance start = performWith(
-        "kiosk_without_a_desktop", faultOf("queryRegistryText", L"Shell", platform::errorAccessDenied));
+        "kiosk_without_desktop", failing("queryRegistryText", platform::errorAccessDenied, L"Shell"));
     EXPECT_TRUE(start.endedWell());
     EXPECT_FALSE(start.tookShellRole());
     ASSERT_EQ(start.commands.size(), 1U);
@@ -107,42 +103,39 @@ TEST_F(NamedFaults, AKioskThatCannotBeToldGivesAnAdministratorThePlatform) {
     EXPECT_EQ(start.logonShell, L"kiosk.exe");
 }
 
-TEST_F(NamedFaults, AShellThatCannotBePutBackIsThatOfAdministrators) {
-    simulation::Fault fault = faultOf("setRegistryText", L"Shell", platform::errorAccessDenied);
-    fault.nth = 2;
-    const Performance start = performWith("kiosk_without_a_desktop", fault);
+TEST_F(NamedFaults, FailedRestoreLeavesTheShellOfAdministrators) {
+    const Performance start = performWith(
+        "kiosk_without_desktop", failing("setRegistryText", platform::errorAccessDenied, L"Shell", 2));
     EXPECT_TRUE(start.endedWell());
     EXPECT_TRUE(start.tookShellRole());
     EXPECT_EQ(start.logonShell, L"explorer.exe");
 }
 
-TEST_F(NamedFaults, ADesktopThatCannotBeStartedIsLeftOutOfTheRole) {
+TEST_F(NamedFaults, FailedDesktopIsOmittedFromTheShellRole) {
     const Performance start =
-        performWith("kiosk_without_a_desktop", faultOf("createProcess", L"", platform::errorFileNotFound));
+        performWith("kiosk_without_desktop", failing("createProcess", platform::errorFileNotFound));
     EXPECT_TRUE(start.endedWell());
     EXPECT_TRUE(start.commands.empty());
     EXPECT_EQ(start.logonShell, L"kiosk.exe");
 }
 
-// The word is looked for in another place each time, so a word that was missed once is missed for good.
-TEST_F(NamedFaults, AWordThatCannotBeReadHasTheSupervisedPlatformStartedAgainAndAgain) {
+// Only the first end with 0 looks for .exitData in the right place, so all later ones are accidents too.
+TEST_F(NamedFaults, UnreadableExitDataRestartsThePlatformWithoutEnd) {
     const Performance start = performWith(
-        "lockdown_that_logs_off", faultOf("openStream", L".exitData", platform::errorSharingViolation));
+        "lockdown_with_logoff", failing("openStream", platform::errorSharingViolation, L".exitData"));
     EXPECT_FALSE(start.end);
     EXPECT_GT(start.commands.size(), 100U);
     EXPECT_TRUE(start.sessionEnds.empty());
 }
 
-TEST_F(NamedFaults, ALockThatSomebodyHoldsIsWaitedFor) {
-    simulation::Fault fault = faultOf("lockStream", L".zel.lock", platform::errorLockViolation);
-    fault.fromThenOn = true;
+TEST_F(NamedFaults, HeldLockIsWaitedForWithoutEnd) {
+    const simulation::Fault fault = failingFrom("lockStream", platform::errorLockViolation, L".zel.lock");
     EXPECT_FALSE(performWith("first_start", fault).end);
 }
 
-TEST_F(NamedFaults, AChildWhoseEndNobodyCanAskForIsWaitedFor) {
-    simulation::Fault fault = faultOf("hasProcessEnded", L"", platform::errorInvalidHandle);
-    fault.fromThenOn = true;
-    EXPECT_FALSE(performWith("waiting_for_the_platform", fault).end);
+TEST_F(NamedFaults, UnobservableChildIsWaitedForWithoutEnd) {
+    const simulation::Fault fault = failingFrom("hasProcessEnded", platform::errorInvalidHandle);
+    EXPECT_FALSE(performWith("wait_option", fault).end);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include "reliability/scenario.h"
 #include "reliability/user_files.h"
 
-// What a stopped start may leave to the next ones: one test for each name in docs/reliability.md.
+// One test for each accepted consequence of a stop, and one for a power failure.
 namespace {
 
 using reliability::perform;
@@ -19,30 +19,30 @@ protected:
     std::unique_ptr<Rehearsal> rehearsal;
     std::unique_ptr<Stage> stage;
 
-    // Stops the scenario dead in place of the nth operation of this name whose argument ends so.
+    // Stops the scenario dead in place of this operation, as chosen by operationNumber.
     void stopAt(const std::string& scenario, const std::string& operation, const std::wstring& ending,
                 std::size_t nth = 1, UnflushedData data = UnflushedData::lost) {
         rehearsal = std::make_unique<Rehearsal>(reliability::scenarioCalled(scenario));
         const std::unique_ptr<Stage> untouched = rehearsal->stage();
         const std::uint64_t number = reliability::operationNumber(
-            perform(*untouched, rehearsal->scenario.words), operation, ending, nth);
+            perform(*untouched, rehearsal->scenario.arguments), operation, ending, nth);
         ASSERT_NE(number, 0U);
         stage = rehearsal->stage();
         const Performance stopped =
-            perform(*stage, rehearsal->scenario.words, [&](simulation::ProcessId launcher) {
+            perform(*stage, rehearsal->scenario.arguments, [&](simulation::ProcessId launcher) {
                 stage->machine.stopDead({number, launcher, data});
             });
         ASSERT_EQ(stopped.end->kind, simulation::EndKind::stoppedDead);
         stage->machine.stopDeadAt(0);
     }
 
-    void startNext(const reliability::Words& words = {}) {
+    void startNext(const reliability::Arguments& arguments = {}) {
         stage->closePlatforms();
-        EXPECT_TRUE(perform(*stage, words).endedWell());
+        EXPECT_TRUE(perform(*stage, arguments).endedWell());
     }
 };
 
-TEST_F(NamedStops, APlatformThatIsNotYetRecordedIsNotFound) {
+TEST_F(NamedStops, UnrecordedPlatformIsNotFound) {
     stopAt("first_start", "openStream", L".zel.main");
     stage->machine.runUntilIdle(1000);
     const Performance next = perform(*stage, {});
@@ -50,13 +50,13 @@ TEST_F(NamedStops, APlatformThatIsNotYetRecordedIsNotFound) {
     EXPECT_EQ(stage->machine.startedProcesses().size(), 2U);
 }
 
-TEST_F(NamedStops, APlatformThatPublishesNothingIsNotFound) {
-    stopAt("platform_that_publishes_nothing", "unlockStream", L".zel.lock");
+TEST_F(NamedStops, SilentPlatformIsNotFound) {
+    stopAt("silent_platform", "unlockStream", L".zel.lock");
     const Performance next = perform(*stage, {});
     EXPECT_EQ(next.commands.size(), 1U);
 }
 
-TEST_F(NamedStops, AResetIsNotTakenUpAgain) {
+TEST_F(NamedStops, StoppedResetIsNotContinued) {
     stopAt("reset_of_plugin_directories", "deleteFile", L"views\\y");
     startNext();
     EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L".metadata\\.plugins\\views\\sub\\x")));
@@ -64,7 +64,7 @@ TEST_F(NamedStops, AResetIsNotTakenUpAgain) {
     EXPECT_TRUE(stage->machine.exists(settings));
 }
 
-TEST_F(NamedStops, ASeedFileThatWasCutStaysUntilAReset) {
+TEST_F(NamedStops, TruncatedSeedFileStaysUntilAReset) {
     stopAt("first_start", "copyFile", L"config.ini", 1, UnflushedData::partlyWritten);
     startNext();
     EXPECT_EQ(stage->configFile(L"config.ini"), "osgi.bundle");
@@ -72,30 +72,30 @@ TEST_F(NamedStops, ASeedFileThatWasCutStaysUntilAReset) {
     EXPECT_EQ(stage->configFile(L"config.ini"), "osgi.bundles=example\r\n");
 }
 
-TEST_F(NamedStops, RegistryAndBookmarksWaitForTheNextRenewal) {
+TEST_F(NamedStops, RegistryAndBookmarksReturnWithTheNextRenewal) {
     stopAt("changed_install", "moveFile", L"registry.old");
     startNext();
     EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), std::nullopt);
     EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L"bookmarks.xml.old")));
     startNext({L"-resetconfig"});
-    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "what the user has marked");
-    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\registry"), "what the user has installed");
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\registry"), "installed features");
 }
 
-TEST_F(NamedStops, ARepairLeavesABackupOfWhatWasHalfMade) {
+TEST_F(NamedStops, RepairBacksUpTheIncompleteConfiguration) {
     stopAt("first_start", "writeStream", L"zelinstall.properties.new");
     startNext();
     EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L".configbak\\zelinstall.properties.new")));
 }
 
-TEST_F(NamedStops, ARepairReplacesTheBackupOfTheStoppedRenewal) {
+TEST_F(NamedStops, RepairReplacesTheBackupOfTheRenewal) {
     stopAt("changed_install", "writeStream", L"zelinstall.properties.new");
     EXPECT_TRUE(reliability::lostFiles(*stage, rehearsal->userFiles).empty());
     startNext();
     EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles), std::vector<std::wstring>{settings});
 }
 
-TEST_F(NamedStops, WhatWasMovedAsideBlocksTheNextDeletionOnce) {
+TEST_F(NamedStops, FileMovedAsideBlocksTheNextDeletionOnce) {
     stopAt("damaged_properties", "deleteFile", L"zelinstall.properties.deleteme");
     startNext();
     EXPECT_TRUE(stage->machine.exists(stage->inConfig(L"zelinstall.properties.new")));
@@ -103,10 +103,10 @@ TEST_F(NamedStops, WhatWasMovedAsideBlocksTheNextDeletionOnce) {
     EXPECT_FALSE(stage->machine.exists(stage->inConfig(L"zelinstall.properties.deleteme")));
 }
 
-// The next start appends its identity to the line that was cut, where nobody finds it; the one after it
-// has a line of its own.
-TEST_F(NamedStops, AnIdentityThatWasCutCostsTheWorkspaceOfOneStart) {
-    stopAt("userpb_without_an_identity", "flushStream", L"zellauncher.properties", 1,
+// The next start appends its identity to the truncated line, where it is not found. The start after it writes
+// a line of its own.
+TEST_F(NamedStops, TruncatedIdentityCostsTheWorkspaceOfOneStart) {
+    stopAt("userpb_without_identity", "flushStream", L"zellauncher.properties", 1,
            UnflushedData::partlyWritten);
     for (const std::size_t workspaces : {1U, 2U, 2U}) {
         startNext();
@@ -118,28 +118,27 @@ TEST_F(NamedStops, AnIdentityThatWasCutCostsTheWorkspaceOfOneStart) {
     }
 }
 
-// What the renewal copied is on the device before its source is moved away.
-TEST_F(NamedStops, ALossOfPowerCostsNoMoreThanAStop) {
+// The copies are flushed to the device before their source is moved away.
+TEST_F(NamedStops, PowerFailureCostsNoMoreThanAStop) {
     stopAt("changed_install", "sleepMilliseconds", L"");
     stage->closePlatforms();
     stage->machine.losePower();
     startNext();
     EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles), std::vector<std::wstring>());
-    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\registry"), "what the user has installed");
-    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "what the user has marked");
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\registry"), "installed features");
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
 }
 
-// Only who has put the kiosk's shell back gets the kiosk again.
-TEST_F(NamedStops, InTheRoleOfTheShellTheLogonShellStaysThatOfAdministrators) {
-    stopAt("kiosk_without_a_desktop", "createProcess", L"");
+TEST_F(NamedStops, StoppedShellRoleLeavesTheShellOfAdministrators) {
+    stopAt("kiosk_without_desktop", "createProcess", L"");
     const Performance next = perform(*stage, {});
     EXPECT_EQ(next.logonShell, L"explorer.exe");
     EXPECT_FALSE(next.tookShellRole());
     EXPECT_EQ(next.commands.size(), 1U);
 }
 
-TEST_F(NamedStops, TheHistoryOfStartsBeginsAnewBesideWhatWasKept) {
-    stopAt("long_history_of_starts", "moveFile", L"shutdown.log.new");
+TEST_F(NamedStops, ShutdownLogStartsAgainBesideItsKeptLines) {
+    stopAt("long_shutdown_log", "moveFile", L"shutdown.log.new");
     EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L"logs\\shutdown.log")));
     startNext();
     EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L"logs\\shutdown.log")));

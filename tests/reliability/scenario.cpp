@@ -1,56 +1,29 @@
 #include "reliability/scenario.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <iterator>
 
 #include "launch/entry.h"
+#include "support/text.h"
 
 namespace reliability {
 
 namespace {
 
-// The sanitizers take their time.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define RELIABILITY_SANITIZED
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define RELIABILITY_SANITIZED
-#endif
-#ifdef RELIABILITY_SANITIZED
-constexpr std::uint64_t slowness = 5;
-#else
-constexpr std::uint64_t slowness = 1;
-#endif
-
 constexpr std::uint64_t longestRun = std::uint64_t{10} * 60 * 1000;
 constexpr std::uint64_t mostOperations = 100'000;
 constexpr std::uint64_t platformsEndWithin = std::uint64_t{60} * 60 * 1000;
 
-void appendLines(const std::string& text, std::vector<std::string>& lines) {
-    std::string line;
-    for (const char unit : text + "\n") {
-        if (unit == '\n' && !line.empty()) {
-            lines.push_back(line);
-        }
-        if (unit == '\n') {
-            line.clear();
-        } else if (unit != '\r') {
-            line += unit;
-        }
-    }
-}
-
-// The lines of the logs that the operations opened: in TEMP, and in the workspace, but for the history
-// of starts there.
+// The non-empty lines of the logs that these operations opened for writing.
 std::vector<std::string> linesOfLogs(const simulation::Machine& machine,
                                      const std::vector<simulation::Operation>& operations) {
     std::vector<std::string> lines;
     for (const simulation::Operation& operation : operations) {
-        const bool isLog =
-            operation.argument.ends_with(L".log") && !operation.argument.ends_with(L"shutdown.log");
-        if (operation.name == "openStream" && operation.writes && isLog) {
-            appendLines(machine.readFile(operation.argument).value_or(""), lines);
+        if (operation.name == "openStream" && operation.writes && isLogOfAStart(operation.argument)) {
+            const std::string log = machine.readFile(operation.argument).value_or("");
+            const std::vector<std::string> added = launchertest::splitLines(log);
+            std::copy_if(added.begin(), added.end(), std::back_inserter(lines),
+                         [](const std::string& line) { return !line.empty(); });
         }
     }
     return lines;
@@ -63,17 +36,17 @@ Stage::Stage(const Scenario& scenarioOfStage) : scenario(scenarioOfStage) {
     scenario.world(*this);
 }
 
-simulation::ProcessId Stage::begin(const Words& words) {
-    Words commandLine = {scenario.program};
-    for (const std::wstring& word : words) {
-        const bool isNumber = word == platformNumber && !machine.startedProcesses().empty();
-        commandLine.push_back(isNumber ? std::to_wstring(machine.startedProcesses().back().id) : word);
+simulation::ProcessId Stage::begin(const Arguments& arguments) {
+    Arguments commandLine = {scenario.program};
+    for (const std::wstring& argument : arguments) {
+        const bool isId = argument == platformId && !machine.startedProcesses().empty();
+        commandLine.push_back(isId ? std::to_wstring(machine.startedProcesses().back().id) : argument);
     }
     return machine.start(commandLine, [] { return zellauncher::wmain(); });
 }
 
-void Stage::startAndClose(const Words& words) {
-    machine.waitFor(begin(words));
+void Stage::startAndClose(const Arguments& arguments) {
+    machine.waitFor(begin(arguments));
     closePlatforms();
 }
 
@@ -103,10 +76,21 @@ bool Performance::tookShellRole() const {
     });
 }
 
+std::size_t Performance::renewals() const {
+    return static_cast<std::size_t>(
+        std::count_if(operations.begin(), operations.end(), [](const simulation::Operation& operation) {
+            return operation.name == "moveFile" && operation.argument.ends_with(L"\\.config");
+        }));
+}
+
 bool Performance::didAs(const Performance& other) const {
     return end && other.end && end->kind == other.end->kind && end->status == other.end->status &&
            commands == other.commands && payloads == other.payloads && sessionEnds == other.sessionEnds &&
            logonShell == other.logonShell;
+}
+
+bool isLogOfAStart(const std::wstring& path) {
+    return path.ends_with(L".log") && !path.ends_with(L"shutdown.log");
 }
 
 std::uint64_t operationNumber(const Performance& performance, const std::string& name,
@@ -120,14 +104,6 @@ std::uint64_t operationNumber(const Performance& performance, const std::string&
     return 0;
 }
 
-std::string narrow(const std::wstring& text) {
-    std::string bytes;
-    for (const wchar_t unit : text) {
-        bytes += unit < 0x80 ? static_cast<char>(unit) : '?';
-    }
-    return bytes;
-}
-
 Rehearsal::Rehearsal(const Scenario& scenarioToPrepare) : scenario(scenarioToPrepare) {
     Stage stage(scenario);
     stage.layOut();
@@ -138,7 +114,7 @@ Rehearsal::Rehearsal(const Scenario& scenarioToPrepare) : scenario(scenarioToPre
 
 std::unique_ptr<Stage> Rehearsal::stage() const {
     auto stage = std::make_unique<Stage>(scenario);
-    stage->layOut();  // for the programs that it installs
+    stage->layOut();  // installs the programs, which are not on the disks
     stage->machine.loadDisks(disks);
     if (scenario.platformRuns) {
         stage->machine.waitFor(stage->begin({}));
@@ -146,19 +122,17 @@ std::unique_ptr<Stage> Rehearsal::stage() const {
     return stage;
 }
 
-Performance perform(Stage& stage, const Words& words,
+Performance perform(Stage& stage, const Arguments& arguments,
                     const std::function<void(simulation::ProcessId)>& arrange) {
     simulation::Machine& machine = stage.machine;
     const std::size_t startedBefore = machine.startedProcesses().size();
     const std::size_t payloadsBefore = stage.payloads().size();
     const std::size_t sessionEndsBefore = machine.sessionEnds().size();
     const std::size_t operationsBefore = machine.operations().size();
-    const std::uint64_t begun = machine.elapsedMilliseconds();
     Performance run;
-    const simulation::ProcessId launcher = stage.begin(words);
+    const simulation::ProcessId launcher = stage.begin(arguments);
     arrange(launcher);
     run.end = machine.waitFor(launcher, longestRun);
-    run.milliseconds = machine.elapsedMilliseconds() - begun;
     for (std::size_t i = startedBefore; i < machine.startedProcesses().size(); ++i) {
         const simulation::StartedProcess& child = machine.startedProcesses()[i];
         if (child.started && child.parent == launcher) {
@@ -177,20 +151,6 @@ Performance perform(Stage& stage, const Words& words,
     const auto shell = machine.registryValue(platform::RegistryRoot::localMachine, winLogon, L"Shell");
     run.logonShell = shell ? shell->text : std::wstring();
     return run;
-}
-
-bool isLongRun() {
-    const char* value = std::getenv("ZELLAUNCHER_LONG");
-    return value != nullptr && std::string(value) == "1";
-}
-
-bool isWholeRun() {
-    const ::testing::UnitTest& tests = *::testing::UnitTest::GetInstance();
-    return isLongRun() && tests.test_to_run_count() == tests.total_test_count();
-}
-
-bool isInShare(std::uint64_t number, std::size_t scenarioNumber, std::uint64_t every) {
-    return isLongRun() || (number + scenarioNumber) % (every * slowness) == 0;
 }
 
 }  // namespace reliability

@@ -8,7 +8,7 @@ namespace {
 
 constexpr const wchar_t* configuration = L"\\.config\\";
 
-// Where a renewal of the configuration puts a file of it, in the order of its steps.
+// Where a file is at any step of a renewal of the configuration.
 std::vector<std::wstring> placesOf(const std::wstring& workspace, const std::wstring& path) {
     std::vector<std::wstring> places = {path};
     const std::wstring root = workspace + configuration;

@@ -7,8 +7,8 @@
 
 namespace reliability {
 
-// The user's files that are neither in their place, nor in the backup of the configuration, nor beside
-// it as the copies that a renewal makes of them.
+// The user's files that are neither in place, nor in the configuration's backup, nor in the workspace as
+// the `.old` copy of a renewal.
 std::vector<std::wstring> lostFiles(const Stage& stage, const std::vector<Stage::UserFile>& userFiles);
 
 }  // namespace reliability

@@ -10,7 +10,7 @@ constexpr const wchar_t* marker = L"C:\\Apps\\framework\\Client\\zel\\prov.debug
 
 class DebugMarker : public Story {};
 
-TEST_F(DebugMarker, HoldsTheStartBehindTheLockUntilItIsDeleted) {
+TEST_F(DebugMarker, HoldsTheStartUntilDeleted) {
     layOut();
     machine.writeFile(marker, "");
     const simulation::ProcessId launcherProcess = begin();
@@ -23,20 +23,20 @@ TEST_F(DebugMarker, HoldsTheStartBehindTheLockUntilItIsDeleted) {
     machine.remove(marker);
     const std::uint64_t deleted = machine.elapsedMilliseconds();
     EXPECT_STARTED(machine.waitFor(launcherProcess));
-    EXPECT_LE(machine.elapsedMilliseconds() - deleted, 1000U + 1000U);  // the hold, and the wait for .pipe
+    EXPECT_LE(machine.elapsedMilliseconds() - deleted,
+              1000U + 1000U);  // one second each for the marker and for .pipe
     EXPECT_TRUE(hasElement(L"\"-debugFile\""));
     EXPECT_TRUE(hasElement(L"\"-pb4l\""));
     EXPECT_TRUE(hasElement(L"\"-debug\""));
     EXPECT_TRUE(hasElement(L"\"-console\""));
 }
 
-TEST_F(DebugMarker, ForcesLogging) {
+TEST_F(DebugMarker, ForcesADebugLog) {
     layOut();
     machine.writeFile(marker, "");
     const simulation::ProcessId launcherProcess = begin();
     machine.runUntilIdle(10000);
     machine.remove(marker);
-    // The console options ask for the console executable of the VM.
     machine.waitFor(launcherProcess);
     EXPECT_FALSE(machine.exists(inWorkspace(L"logs\\zellauncher.log")));
 }

@@ -4,11 +4,12 @@
 
 namespace {
 
+using scenarios::contains;
 using scenarios::Story;
 
 class FirstStart : public Story {};
 
-TEST_F(FirstStart, MakesTheUsersDirectoriesAndFilesAndStartsThePlatform) {
+TEST_F(FirstStart, CreatesTheWorkspaceAndStartsThePlatform) {
     EXPECT_STARTED(launch());
 
     EXPECT_EQ(
@@ -22,13 +23,13 @@ TEST_F(FirstStart, MakesTheUsersDirectoriesAndFilesAndStartsThePlatform) {
             inWorkspace(L"applications\\eclipse\\plugins\\"), inWorkspace(L"logs\\"),
             inWorkspace(L"logs\\shutdown.log"), inWorkspace(L"logs\\zellauncher.log")}));
     ASSERT_EQ(machine.startedProcesses().size(), 1U);
-    const std::string number = std::to_string(machine.startedProcesses()[0].id);
-    EXPECT_EQ(workspaceFile(L".zel.lock"), number + std::string(10, ' '));
-    EXPECT_EQ(workspaceFile(L".zel.main"), number + std::string(5, ' '));
+    const std::string processId = std::to_string(machine.startedProcesses()[0].id);
+    EXPECT_EQ(workspaceFile(L".zel.lock"), processId + std::string(10, ' '));
+    EXPECT_EQ(workspaceFile(L".zel.main"), processId + std::string(5, ' '));
     EXPECT_EQ(machine.attributes(inWorkspace(L".zel.lock")) & 0x2002U, 0x2002U);
 }
 
-TEST_F(FirstStart, SeedsTheConfigurationFromTheInstallation) {
+TEST_F(FirstStart, SeedsTheConfiguration) {
     EXPECT_STARTED(launch());
     EXPECT_EQ(configFile(L"config.ini"), "osgi.bundles=example\r\n");
     EXPECT_EQ(configFile(L"org.eclipse.update\\platform.xml"), "<config>\r\n<feature>\r\n</config>\r\n");
@@ -79,34 +80,31 @@ TEST_F(FirstStart, BuildsTheWholeCommand) {
               }));
 }
 
-TEST_F(FirstStart, TellsItsStoryInTheLog) {
+TEST_F(FirstStart, LogsItsSteps) {
     EXPECT_STARTED(launch());
-    const std::string expected =
+    const std::string beginning =
         "ZLNCH0030I: zellauncher wmain arguments=\"C:\\Apps\\framework\\Client\\zel\\zellauncher.exe, \n"
         "ZLNCH0090E: Existing platform lock file found - checking validity.\n"
         "ZLNCH0091E: No data in the platform lock file.\n"
         "ZLNCH0304I: We are main process\n"
-        "\n"
-        "ZLNCH0021I: VM specified is \"C:\\Apps\\framework\\Client/jvm/bin/javaw.exe\"\n";
-    std::string told = log();
-    const std::size_t captured = told.find("ZLNCH0303I: lock file captured @ ");
-    ASSERT_NE(captured, std::string::npos) << told;
-    told.erase(captured, told.find('\n', captured) + 1 - captured);
-    const std::size_t vm = expected.find("ZLNCH0021I");
-    EXPECT_EQ(told.substr(0, vm), expected.substr(0, vm));
-    EXPECT_TRUE(logHas("ZLNCH0021I: VM specified is \"C:/Apps/framework/Client/jvm/bin/javaw.exe\""))
-        << log();
+        "\n";
+    std::string text = log();
+    const std::size_t captured = text.find("ZLNCH0303I: lock file captured @ ");
+    ASSERT_NE(captured, std::string::npos) << text;
+    text.erase(captured, text.find('\n', captured) + 1 - captured);
+    EXPECT_EQ(text.substr(0, beginning.size()), beginning);
+    EXPECT_TRUE(logHas("ZLNCH0021I: VM specified is \"C:/Apps/framework/Client/jvm/bin/javaw.exe\""));
     EXPECT_TRUE(logHas(
         "ZLNCH0077I: loading jvm.properties at \"C:/Apps/framework/Client/zel/deploy/jvm.properties\""));
-    EXPECT_NE(log().find("ZLNCH0072I: Command = '\"C:/Apps/framework/Client/zel/eclipse"), std::string::npos);
-    EXPECT_NE(log().find("ZLNCH0306I: lock file released @ 20260131_"), std::string::npos);
+    EXPECT_TRUE(contains(log(), "ZLNCH0072I: Command = '\"C:/Apps/framework/Client/zel/eclipse"));
+    EXPECT_TRUE(contains(log(), "ZLNCH0306I: lock file released @ 20260131_"));
     EXPECT_FALSE(machine.exists(L"C:\\Temp\\zellauncher.log"));
 }
 
-TEST_F(FirstStart, WithDebugHasALogOfItsOwnAndNoSuppressedErrors) {
+TEST_F(FirstStart, DebugWritesAnotherLogAndShowsErrors) {
     EXPECT_STARTED(launch({L"-debug"}));
-    const std::string debugLog = logAt(inWorkspace(L"logs\\zellauncher_20260131_235900_000.log"));
-    EXPECT_NE(debugLog.find("ZLNCH0032I: Prop Line = \"zel.install.id=1234\""), std::string::npos);
+    const std::string debugLog = logAt(firstDebugLog);
+    EXPECT_TRUE(contains(debugLog, "ZLNCH0032I: Prop Line = \"zel.install.id=1234\""));
     EXPECT_FALSE(hasElement(L"--launcher.suppressErrors"));
     EXPECT_TRUE(hasElement(L"\"-debug\""));
     EXPECT_FALSE(machine.exists(inWorkspace(L"logs\\zellauncher.log")));
@@ -119,19 +117,19 @@ TEST_F(FirstStart, CopiesTheExtensionMarker) {
     EXPECT_EQ(workspaceFile(L"applications\\eclipse\\.eclipseextension"), "marker");
 }
 
-TEST_F(FirstStart, WithResetconfigResetsNothing) {
+TEST_F(FirstStart, IgnoresResetconfig) {
     EXPECT_STARTED(launch({L"-resetconfig"}));
     EXPECT_FALSE(machine.exists(inWorkspace(L".configbak")));
-    EXPECT_EQ(configFile(L"args.properties")->find("resetconfig"), std::string::npos);
+    EXPECT_FALSE(contains(*configFile(L"args.properties"), "resetconfig"));
 }
 
-TEST_F(FirstStart, LeavesTheCurrentDirectoryOutOfTheLibrarySearch) {
+TEST_F(FirstStart, RemovesTheCurrentDirectoryFromTheLibrarySearch) {
     const simulation::ProcessId id = begin();
     EXPECT_STARTED(machine.waitFor(id));
     EXPECT_FALSE(machine.currentDirectoryInLibrarySearch(id));
 }
 
-TEST_F(FirstStart, GivesItselfAndThePlatformTheTaskbarIdentity) {
+TEST_F(FirstStart, SetsTheTaskbarIdentityOfBothProcesses) {
     const simulation::ProcessId id = begin();
     EXPECT_STARTED(machine.waitFor(id));
     EXPECT_EQ(machine.appUserModelIdOf(id), L"mivel.tarsin.client.eclipse.exe");
@@ -140,25 +138,23 @@ TEST_F(FirstStart, GivesItselfAndThePlatformTheTaskbarIdentity) {
     EXPECT_EQ(start.title, L"mivel.tarsin.client.eclipse.exe");
 }
 
-TEST_F(FirstStart, WorksInAWorkspaceOfTheCommandLine) {
+TEST_F(FirstStart, UsesTheWorkspaceOfTheCommandLine) {
     EXPECT_STARTED(launch({L"-data", L"D:\\my ws\\"}));
     EXPECT_TRUE(machine.exists(L"D:\\my ws\\.config\\zelinstall.properties"));
     EXPECT_FALSE(machine.exists(workspace));
-    EXPECT_NE(command().find(L"-data \"D:\\my ws\" -configuration \"D:\\my ws/.config\""),
-              std::wstring::npos);
-    EXPECT_NE(command().find(L"-Dzel.data=\"D:\\my ws\""), std::wstring::npos);
-    EXPECT_NE(machine.readFile(L"D:\\my ws\\.config\\args.properties")->find("arg2=D\\:\\\\my ws\\\\\r\n"),
-              std::string::npos);
+    EXPECT_TRUE(contains(command(), L"-data \"D:\\my ws\" -configuration \"D:\\my ws/.config\""));
+    EXPECT_TRUE(contains(command(), L"-Dzel.data=\"D:\\my ws\""));
+    EXPECT_TRUE(
+        contains(*machine.readFile(L"D:\\my ws\\.config\\args.properties"), "arg2=D\\:\\\\my ws\\\\\r\n"));
 }
 
-TEST_F(FirstStart, TakesTheUsersArgumentsAndOverrides) {
+TEST_F(FirstStart, PassesArgumentsAndOverridesOn) {
     baseProperties.set("vmarg.Xss", "-Xss1m");
     EXPECT_STARTED(launch({L"vmarg.Xss=-Xss256k", L"hello world", L"-vmargs", L"-Dmine=1"}));
-    EXPECT_NE(command().find(L"--launcher.suppressErrors \"hello world\" -data "), std::wstring::npos)
-        << command().size();
-    EXPECT_NE(command().find(L" -vmargs \"-Dmine=1\" \"-Xss256k\" -Dzel.home="), std::wstring::npos);
-    EXPECT_EQ(command().find(L"-Xss1m"), std::wstring::npos);
-    EXPECT_EQ(command().find(L"vmarg."), std::wstring::npos);
+    EXPECT_TRUE(contains(command(), L"--launcher.suppressErrors \"hello world\" -data "));
+    EXPECT_TRUE(contains(command(), L" -vmargs \"-Dmine=1\" \"-Xss256k\" -Dzel.home="));
+    EXPECT_FALSE(contains(command(), L"-Xss1m"));
+    EXPECT_FALSE(contains(command(), L"vmarg."));
 }
 
 TEST_F(FirstStart, ExpandsANamedConfiguration) {
@@ -166,13 +162,13 @@ TEST_F(FirstStart, ExpandsANamedConfiguration) {
     launcherProperties.set("config.app.2", "com.example.other");
     launcherProperties.set("config.app.appID", "com.example.id");
     EXPECT_STARTED(launch({L"-config", L"app", L"x"}));
-    EXPECT_NE(command().find(L"\"x\" -application \"com.example.other\" -data"), std::wstring::npos);
+    EXPECT_TRUE(contains(command(), L"\"x\" -application \"com.example.other\" -data"));
     const platform::StartInformation& start = machine.startedProcesses().at(0).start;
     EXPECT_EQ(start.flags, 0x1000U);
     EXPECT_EQ(start.title, L"com.example.id");
 }
 
-TEST_F(FirstStart, ShapesTheEnvironmentOfThePlatform) {
+TEST_F(FirstStart, ChangesThePlatformsEnvironment) {
     baseProperties.set("library.path.prepend", "${zel.home}/bin");
     baseProperties.set("env.set.GREETING", "hello");
     baseProperties.set("env.unset.USERNAME", "");
@@ -182,28 +178,27 @@ TEST_F(FirstStart, ShapesTheEnvironmentOfThePlatform) {
     EXPECT_EQ(childEnvironment().count(L"USERNAME"), 0U);
 }
 
-TEST_F(FirstStart, PropertiesMayNameTheWorkspace) {
+TEST_F(FirstStart, SubstitutesTheWorkspaceInProperties) {
     baseProperties.set("-Dws", "${prop.scrivia.workspace.loc}");
     EXPECT_STARTED(launch({L"-debug"}));
     EXPECT_TRUE(hasElement(L"-Dws=\"C:/Users/ann/Mivel/ZEL/1234/ann\""));
-    const std::string debugLog = logAt(inWorkspace(L"logs\\zellauncher_20260131_235900_000.log"));
-    EXPECT_NE(
-        debugLog.find("\nZLNCH0077I: Scrivia workspaceLocation is -  \"C:/Users/ann/Mivel/ZEL/1234/ann\"\n"),
-        std::string::npos);
+    const std::string debugLog = logAt(firstDebugLog);
+    EXPECT_TRUE(contains(
+        debugLog, "\nZLNCH0077I: Scrivia workspaceLocation is -  \"C:/Users/ann/Mivel/ZEL/1234/ann\"\n"));
 }
 
-TEST_F(FirstStart, WaitsForThePlatformWhenAsked) {
+TEST_F(FirstStart, WaitOptionWaitsForThePlatform) {
     EXPECT_STARTED(launch({L"-zelLauncherWait"}));
     EXPECT_GE(machine.elapsedMilliseconds(), platform.livesMilliseconds);
     EXPECT_TRUE(hasElement(L"\"-zelLauncherWait\""));
 }
 
-TEST_F(FirstStart, ProvManifestAloneStillStarts) {
+TEST_F(FirstStart, ProvManifestAloneStartsThePlatform) {
     EXPECT_STARTED(launch({L"-provManifest"}));
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
 }
 
-TEST_F(FirstStart, BothInstallOptionsPrepareTheUserAndStartNothing) {
+TEST_F(FirstStart, ProvManifestWithWaitStartsNothing) {
     EXPECT_STARTED(launch({L"-provManifest", L"-zelLauncherWait"}));
     EXPECT_TRUE(machine.startedProcesses().empty());
     EXPECT_TRUE(machine.exists(inConfig(L"zelinstall.properties.bak")));

@@ -4,20 +4,21 @@
 
 namespace {
 
+using scenarios::contains;
 using scenarios::Story;
 
 class InstallKinds : public Story {
 protected:
     void beKind(const std::string& value) { launcherProperties.set("install.configuration", value); }
-    void expectUserStart(const std::wstring& word) {
+    void expectUserStart(const std::wstring& kind) {
         EXPECT_STARTED(launch());
-        EXPECT_TRUE(hasElement(L"-Dzel.install.config=\"" + word + L"\"")) << log();
+        EXPECT_TRUE(hasElement(L"-Dzel.install.config=\"" + kind + L"\"")) << log();
         EXPECT_TRUE(hasElement(L"-vmargs"));
         EXPECT_TRUE(machine.exists(inConfig(L"zelinstall.properties")));
     }
 };
 
-TEST_F(InstallKinds, AServiceStartsJavaDirectlyInsideTheInstall) {
+TEST_F(InstallKinds, ServiceStartsJavaInsideTheInstall) {
     beKind("service");
     baseProperties.set("cp", "${zel.home}/start.jar");
     layOut();
@@ -56,7 +57,7 @@ TEST_F(InstallKinds, AServiceStartsJavaDirectlyInsideTheInstall) {
                           }));
 }
 
-TEST_F(InstallKinds, AServiceWithoutAJvmHasNoProgramToStart) {
+TEST_F(InstallKinds, ServiceWithoutAJvmIsFatal) {
     beKind("service");
     launcherProperties.remove("jvm.location");
     baseProperties.set("vm", "");
@@ -64,44 +65,43 @@ TEST_F(InstallKinds, AServiceWithoutAJvmHasNoProgramToStart) {
     EXPECT_TRUE(machine.startedProcesses().empty() || !machine.startedProcesses()[0].started);
 }
 
-TEST_F(InstallKinds, Lockdown) {
+TEST_F(InstallKinds, LockdownStarts) {
     beKind("lockdown");
     machine.setUser(L"ann", {L"Administrators"});
     expectUserStart(L"lockdown");
 }
 
-TEST_F(InstallKinds, User) {
+TEST_F(InstallKinds, UserStarts) {
     expectUserStart(L"user");
 }
 
-TEST_F(InstallKinds, UserIsTheDefault) {
+TEST_F(InstallKinds, MissingKindIsFatal) {
     launcherProperties.remove("install.configuration");
     baseProperties.set("install.configuration", "user");
-    // Without the key the user's properties cannot be made.
     EXPECT_FATAL(launch());
     EXPECT_TRUE(
         logHas("ZLNCH0008E: Unable to calculate necessary values for user specific "
                "zelinstall.properties file."));
 }
 
-TEST_F(InstallKinds, SerialMultiuser) {
+TEST_F(InstallKinds, SerialMultiuserStarts) {
     beKind("serial.multiuser");
     expectUserStart(L"serial.multiuser");
 }
 
-TEST_F(InstallKinds, AnUnknownKindIsRefusedWhenTheCommandIsBuilt) {
+TEST_F(InstallKinds, UnknownKindIsFatal) {
     beKind("User");
     EXPECT_FATAL(launch());
     EXPECT_TRUE(logHas("ZLNCH0025E: The platform zel.install.id must be provided for this configuration!"));
     EXPECT_TRUE(machine.startedProcesses().empty());
 }
 
-TEST_F(InstallKinds, Multiuser) {
+TEST_F(InstallKinds, MultiuserStarts) {
     beKind("multiuser");
     expectUserStart(L"multiuser");
 }
 
-TEST_F(InstallKinds, UserpbMakesItsIdentityOnce) {
+TEST_F(InstallKinds, UserpbCreatesItsIdentityOnce) {
     beKind("userpb");
     launcherProperties.remove("zel.install.id");
     machine.setTickCount(424242);
@@ -118,11 +118,10 @@ TEST_F(InstallKinds, UserpbMakesItsIdentityOnce) {
     EXPECT_EQ(machine.readFile(properties), once);
 }
 
-TEST_F(InstallKinds, WithoutAnIdentityOtherKindsDoNotStart) {
+TEST_F(InstallKinds, MissingIdentityIsFatalForOtherKinds) {
     launcherProperties.remove("zel.install.id");
     EXPECT_FATAL(launch());
-    EXPECT_NE(tempLog().find("ZLNCH0016E: zel.install.id is required for this configuration!"),
-              std::string::npos);
+    EXPECT_TRUE(contains(tempLog(), "ZLNCH0016E: zel.install.id is required for this configuration!"));
 }
 
 }  // namespace

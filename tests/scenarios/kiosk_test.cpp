@@ -3,22 +3,25 @@
 #include <algorithm>
 
 #include "scenarios/story.h"
+#include "support/faults.h"
 
 namespace {
 
+using launchertest::failing;
+using scenarios::contains;
 using scenarios::Story;
 
 constexpr const wchar_t* winLogon = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
 constexpr const wchar_t* shells = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells";
 
-// A machine whose logon shell is the kiosk's.
+// The logon shell is the kiosk's.
 class KioskMachine : public Story {
 protected:
     KioskMachine() {
         machine.setRegistryText(winLogon, L"Shell", L"kiosk.exe");
         machine.setRegistryText(shells, L"KSD_SHELL", L"KIOSK.exe");
         machine.setRegistryText(shells, L"ADMIN_SHELL", L"explorer.exe");
-        machine.installProgram(L"C:\\Explorer.exe", [] { return 0; });  // the current directory's
+        machine.installProgram(L"C:\\Explorer.exe", [] { return 0; });  // in the current directory
     }
     void beAdministrator() { machine.setUser(L"ann", {L"Administrators"}); }
     std::vector<std::wstring> startedCommands() const {
@@ -33,19 +36,18 @@ protected:
     }
 };
 
-TEST_F(KioskMachine, AnAdministratorWithoutADesktopGetsOneInPlaceOfThePlatform) {
+TEST_F(KioskMachine, AdministratorGetsADesktopInsteadOfThePlatform) {
     beAdministrator();
     EXPECT_STARTED(launch());
     EXPECT_EQ(startedCommands(), std::vector<std::wstring>{L"Explorer.exe"});
     EXPECT_EQ(shell(), L"KIOSK.exe");
     EXPECT_FALSE(machine.exists(inWorkspace(L".zel.main")));
-    // The lock went with the process: the next start has it at once.
     machine.addProcess(L"explorer.exe");
     EXPECT_STARTED(launch());
     EXPECT_EQ(startedCommands().size(), 2U);
 }
 
-TEST_F(KioskMachine, WithADesktopOrForAnotherUserThePlatformStarts) {
+TEST_F(KioskMachine, PlatformStartsForUsersAndBesideADesktop) {
     EXPECT_STARTED(launch());
     closePlatform();
     beAdministrator();
@@ -53,65 +55,58 @@ TEST_F(KioskMachine, WithADesktopOrForAnotherUserThePlatformStarts) {
     EXPECT_STARTED(launch());
     EXPECT_EQ(shell(), L"kiosk.exe");
     for (const std::wstring& command : startedCommands()) {
-        EXPECT_NE(command.find(L"eclipse.exe"), std::wstring::npos);
+        EXPECT_TRUE(contains(command, L"eclipse.exe"));
     }
     EXPECT_EQ(startedCommands().size(), 2U);
 }
 
-TEST_F(KioskMachine, AnAdministratorWhoseProcessesCannotBeListedGetsADesktop) {
+TEST_F(KioskMachine, MissingProcessSnapshotIsTreatedAsNoDesktop) {
     beAdministrator();
     machine.addProcess(L"Explorer.exe");
-    simulation::Fault fault;
-    fault.operation = "processSnapshot";
-    machine.inject(fault);
+    machine.inject(failing("processSnapshot", ::platform::errorAccessDenied));
     EXPECT_STARTED(launch());
     EXPECT_EQ(startedCommands(), std::vector<std::wstring>{L"Explorer.exe"});
 }
 
-TEST_F(KioskMachine, AListThatCannotBeWalkedNamesNoDesktop) {
+TEST_F(KioskMachine, UnreadableProcessListIsTreatedAsNoDesktop) {
     beAdministrator();
     machine.addProcess(L"Explorer.exe");
-    simulation::Fault fault;
-    fault.operation = "firstProcess";
-    machine.inject(fault);
+    machine.inject(failing("firstProcess", ::platform::errorAccessDenied));
     EXPECT_STARTED(launch());
     EXPECT_EQ(startedCommands(), std::vector<std::wstring>{L"Explorer.exe"});
 }
 
-TEST_F(KioskMachine, AUserWithoutANameIsNoAdministrator) {
+TEST_F(KioskMachine, UnknownUserIsNoAdministrator) {
     beAdministrator();
-    simulation::Fault fault;
-    fault.operation = "currentUserName";
-    machine.inject(fault);
+    machine.inject(failing("currentUserName", ::platform::errorAccessDenied));
     EXPECT_STARTED(launch({L"-debug"}));
-    const std::string debugLog = logAt(inWorkspace(L"logs\\zellauncher_20260131_235900_000.log"));
-    EXPECT_NE(debugLog.find("ZLNCH0130E: ERROR calling GetUserName\n"), std::string::npos);
+    EXPECT_TRUE(contains(logAt(firstDebugLog), "ZLNCH0130E: ERROR calling GetUserName\n"));
     EXPECT_EQ(shell(), L"kiosk.exe");
 }
 
-TEST_F(KioskMachine, ElsewhereTheUsersRightsAreNotLookedAtByTheEntry) {
+TEST_F(KioskMachine, EntryQueriesGroupsOnlyOnAKiosk) {
     machine.setRegistryText(winLogon, L"Shell", L"explorer.exe");
     EXPECT_STARTED(launch());
     EXPECT_EQ(std::count_if(machine.operations().begin(), machine.operations().end(),
                             [](const simulation::Operation& operation) {
                                 return operation.name == "localGroupsOfUser";
                             }),
-              1);  // the one before the platform starts
+              1);  // when it decides whether to supervise the platform
 }
 
-// A desktop that the launcher does not leave without its platform.
+// The launcher supervises the platform of a user who is no administrator.
 class LockedDesktop : public Story {
 protected:
     LockedDesktop() {
         launcherProperties.set("install.configuration", "lockdown");
         platform.livesMilliseconds = 20000;
     }
-    void write(const std::string& word) { machine.writeFile(L"C:\\Users\\ann\\.exitData", word); }
+    void writeExitData(const std::string& text) { machine.writeFile(L"C:\\Users\\ann\\.exitData", text); }
 };
 
-TEST_F(LockedDesktop, APlatformThatAsksForItLogsTheUserOff) {
+TEST_F(LockedDesktop, LogoffInExitDataEndsTheSession) {
     layOut();
-    write("LOGOFF\r\n");
+    writeExitData("LOGOFF\r\n");
     EXPECT_STARTED(launch());
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
     ASSERT_EQ(machine.sessionEnds().size(), 1U);
@@ -119,7 +114,7 @@ TEST_F(LockedDesktop, APlatformThatAsksForItLogsTheUserOff) {
     EXPECT_GE(machine.elapsedMilliseconds(), platform.livesMilliseconds);
 }
 
-TEST_F(LockedDesktop, APlatformThatCrashesIsStartedAgainWithTheSameWords) {
+TEST_F(LockedDesktop, CrashedPlatformIsRestartedWithTheSameCommand) {
     platform.exitCode = 3;
     const simulation::ProcessId supervisor = begin({L"hello"});
     machine.runUntilIdle(90000);
@@ -130,39 +125,39 @@ TEST_F(LockedDesktop, APlatformThatCrashesIsStartedAgainWithTheSameWords) {
         EXPECT_EQ(child.commandLine, started[0].commandLine);
         EXPECT_EQ(child.parent, supervisor);
     }
-    platform.exitCode = 23;  // which nobody follows
+    platform.exitCode = 23;  // ends the supervision
     EXPECT_STARTED(machine.waitFor(supervisor));
 }
 
-TEST_F(LockedDesktop, AFurtherStartReachesTheSupervisedPlatform) {
+TEST_F(LockedDesktop, LaterStartReachesTheSupervisedPlatform) {
     platform.exitCode = 3;
     const simulation::ProcessId supervisor = begin({L"hello"});
     machine.runUntilIdle(5000);
     EXPECT_STARTED(launch({L"second"}));
     ASSERT_EQ(payloads().size(), 1U);
-    machine.runUntilIdle(25000);  // the platform has crashed and runs again, under another number
+    machine.runUntilIdle(25000);  // the platform has crashed and been restarted with another process id
     EXPECT_STARTED(launch({L"third"}));
     ASSERT_EQ(payloads().size(), 2U);
-    EXPECT_NE(payloads()[1].find(L"\nthird\n"), std::wstring::npos);
+    EXPECT_TRUE(contains(payloads()[1], L"\nthird\n"));
     platform.exitCode = 23;
     EXPECT_STARTED(machine.waitFor(supervisor));
 }
 
-TEST_F(LockedDesktop, TheWaitOptionIsNotLookedAt) {
+TEST_F(LockedDesktop, WaitOptionIsIgnored) {
     platform.exitCode = 24;
     EXPECT_STARTED(launch({L"-zelLauncherWait"}));
     EXPECT_EQ(machine.debuggerTexts().size(), 1U);
 }
 
-TEST_F(LockedDesktop, AnAdministratorIsNotSupervised) {
+TEST_F(LockedDesktop, AdministratorIsNotSupervised) {
     machine.setUser(L"ann", {L"Administrators"});
     EXPECT_STARTED(launch());
     EXPECT_LT(machine.elapsedMilliseconds(), platform.livesMilliseconds);
     EXPECT_TRUE(machine.debuggerTexts().empty());
 }
 
-// The platform restarts by itself through a launcher of its own, which finds the old one gone.
-TEST_F(LockedDesktop, ARestartThroughALauncherGoesOnBeingWatched) {
+// The platform restarts itself through another launcher, which finds the old platform gone.
+TEST_F(LockedDesktop, RestartThroughALauncherStaysSupervised) {
     platform.exitCode = 24;
     const simulation::ProcessId supervisor = begin({L"hello"});
     machine.runUntilIdle(19000);
@@ -170,7 +165,7 @@ TEST_F(LockedDesktop, ARestartThroughALauncherGoesOnBeingWatched) {
     const simulation::ProcessId second = begin({L"-restart", L"-zel_old_pid", old});
     machine.runUntilIdle(10000);
     EXPECT_TRUE(machine.isRunning(supervisor));
-    EXPECT_TRUE(machine.isRunning(second));  // supervises as well: both watch the new platform
+    EXPECT_TRUE(machine.isRunning(second));  // both supervise the new platform
     EXPECT_EQ(machine.startedProcesses().size(), 2U);
     EXPECT_STARTED(machine.waitFor(second));
     EXPECT_STARTED(machine.waitFor(supervisor));

@@ -6,18 +6,19 @@
 
 namespace {
 
+using scenarios::contains;
 using scenarios::Story;
 
 class LaterStart : public Story {
 protected:
-    // The user has started the platform before and closed it.
-    void startOnce(const std::vector<std::wstring>& words = {}) {
-        EXPECT_STARTED(launch(words));
+    // An earlier start whose platform the user has closed.
+    void startOnce(const std::vector<std::wstring>& arguments = {}) {
+        EXPECT_STARTED(launch(arguments));
         closePlatform();
     }
 };
 
-TEST_F(LaterStart, FindsEverythingInPlaceAndBuildsTheSameCommand) {
+TEST_F(LaterStart, KeepsTheFilesAndBuildsTheSameCommand) {
     startOnce();
     const std::wstring firstCommand = command();
     const auto userProperties = configFile(L"zelinstall.properties");
@@ -31,7 +32,7 @@ TEST_F(LaterStart, FindsEverythingInPlaceAndBuildsTheSameCommand) {
               std::to_string(machine.startedProcesses()[1].id) + std::string(5, ' '));
 }
 
-TEST_F(LaterStart, DeletesTheEndpointThatAPlatformLeft) {
+TEST_F(LaterStart, DeletesTheStalePipeFile) {
     startOnce();
     EXPECT_TRUE(machine.exists(inWorkspace(L".pipe")));
     platform.publishes = false;
@@ -40,18 +41,18 @@ TEST_F(LaterStart, DeletesTheEndpointThatAPlatformLeft) {
 }
 
 TEST_F(LaterStart, PurgesTheSharedClassCacheAfterAnUncleanEnd) {
-    const std::vector<std::wstring> words = {
+    const std::vector<std::wstring> arguments = {
         L"vmarg.CacheMaintenance.enable=",
         L"vmarg.Dshare=-Xshareclasses:name=app%u,controlDir=" + std::wstring(workspace) + L"\\cache"};
-    startOnce(words);
+    startOnce(arguments);
     machine.writeFile(inWorkspace(L"cache\\x_app_1"), "");
     machine.writeFile(inWorkspace(L"cache\\other"), "");
-    EXPECT_STARTED(launch(words));
+    EXPECT_STARTED(launch(arguments));
     EXPECT_FALSE(machine.exists(inWorkspace(L"cache\\x_app_1")));
     EXPECT_TRUE(machine.exists(inWorkspace(L"cache\\other")));
 }
 
-TEST_F(LaterStart, RecordsEachStartInTheHistory) {
+TEST_F(LaterStart, AddsEachStartToTheShutdownLog) {
     startOnce();
     startOnce();
     const std::string history = *workspaceFile(L"logs\\shutdown.log");
@@ -59,17 +60,17 @@ TEST_F(LaterStart, RecordsEachStartInTheHistory) {
     EXPECT_TRUE(history.starts_with("Started Sat Jan 31 23:59:00 2026\r\n")) << history;
 }
 
-TEST_F(LaterStart, ARestartKeepsTheArgumentsOfTheFirstStart) {
+TEST_F(LaterStart, RestartKeepsTheStoredArguments) {
     startOnce({L"-first"});
     const auto arguments = configFile(L"args.properties");
     EXPECT_STARTED(launch({L"-restart", L"-zel_old_pid", L"1", L"-second"}));
     EXPECT_EQ(configFile(L"args.properties"), arguments);
     EXPECT_TRUE(hasElement(L"\"-second\""));
     EXPECT_FALSE(hasElement(L"\"-restart\""));
-    EXPECT_EQ(command().find(L"zel_old_pid"), std::wstring::npos);
+    EXPECT_FALSE(contains(command(), L"zel_old_pid"));
 }
 
-TEST_F(LaterStart, ARestartWaitsForThePlatformThatAskedForIt) {
+TEST_F(LaterStart, RestartWaitsForTheOldPlatform) {
     platform.livesMilliseconds = 5000;
     EXPECT_STARTED(launch());
     const simulation::ProcessId old = machine.startedProcesses()[0].id;
@@ -78,7 +79,7 @@ TEST_F(LaterStart, ARestartWaitsForThePlatformThatAskedForIt) {
     EXPECT_EQ(machine.startedProcesses().size(), 2U);
 }
 
-TEST_F(LaterStart, ARestartWithoutRestartStateIsRefused) {
+TEST_F(LaterStart, RestartWithoutStoredArgumentsIsFatal) {
     startOnce();
     machine.remove(inConfig(L"args.properties"));
     EXPECT_FATAL(launch({L"-restart"}));
@@ -86,21 +87,20 @@ TEST_F(LaterStart, ARestartWithoutRestartStateIsRefused) {
         "ZLNCH0096E: Unable to load C:\\Users\\ann/Mivel/ZEL/1234/ann/.config\\args.properties file!"));
 }
 
-TEST_F(LaterStart, AStartWhileThePlatformRunsStartsNoSecondOne) {
+TEST_F(LaterStart, BecomesTheDaemonOfARunningPlatform) {
     EXPECT_STARTED(launch());
     const auto arguments = configFile(L"args.properties");
     EXPECT_STARTED(launch({L"hello"}));
-    EXPECT_EQ(configFile(L"args.properties"), arguments);  // those of the platform that runs
+    EXPECT_EQ(configFile(L"args.properties"), arguments);  // still those of the running platform
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
     EXPECT_TRUE(logHas("ZLNCH0305I: We are daemon process"));
 }
 
-TEST_F(LaterStart, AnInstallationIsRefusedWhileThePlatformRuns) {
+TEST_F(LaterStart, ProvManifestIsFatalWhileThePlatformRuns) {
     EXPECT_STARTED(launch());
     EXPECT_FATAL(launch({L"-provManifest"}));
     EXPECT_TRUE(logHas("ZLNCH0122E: Attempting to install while process " +
-                       std::to_string(machine.startedProcesses()[0].id) + " is running."))
-        << log();
+                       std::to_string(machine.startedProcesses()[0].id) + " is running."));
 }
 
 TEST_F(LaterStart, TwoLaunchersAtOnceStartOnePlatform) {
@@ -111,22 +111,22 @@ TEST_F(LaterStart, TwoLaunchersAtOnceStartOnePlatform) {
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
     ASSERT_EQ(payloads().size(), 1U);
     const std::wstring other = hasElement(L"\"one\"") ? L"two" : L"one";
-    EXPECT_NE(payloads()[0].find(L"\n" + other + L"\n"), std::wstring::npos);
+    EXPECT_TRUE(contains(payloads()[0], L"\n" + other + L"\n"));
 }
 
-TEST_F(LaterStart, ARefusedSemaphoreIsReported) {
+TEST_F(LaterStart, RefusedSemaphoreIsFatal) {
     startOnce();
     const simulation::ProcessId old = machine.startedProcesses()[0].id;
-    machine.createSemaphore(L"Global\\platform-" + std::to_wstring(old) + L"sem", false);
+    machine.createSemaphore(L"Global\\platform-" + std::to_wstring(old) + L"sem",
+                            simulation::SemaphoreAccess::denied);
     EXPECT_FATAL(launch());
-    // The lines of the lock are forced into the log, and so its name is that of a debug log.
+    // The lock forces its lines into the log, so the log has the name of a debug log.
     const std::string lockLog = logAt(machine.tree(L"C:\\Temp").at(0));
-    EXPECT_NE(lockLog.find("ZLNCH0303E: Unable to access process. Is it elevated? ' Failed with error 5: "),
-              std::string::npos)
-        << lockLog;
+    EXPECT_TRUE(
+        contains(lockLog, "ZLNCH0303E: Unable to access process. Is it elevated? ' Failed with error 5: "));
 }
 
-TEST_F(LaterStart, TheLogOfAnEarlierFailureInTempIsDeleted) {
+TEST_F(LaterStart, DeletesTheTempLogOfAnEarlierFailure) {
     startOnce();
     machine.writeFile(L"C:\\Temp\\zellauncher.log", "failure");
     EXPECT_STARTED(launch());

@@ -6,8 +6,7 @@ namespace {
 
 using scenarios::Story;
 
-// The power fails when a start is over: names and directories stay, and of what was written only what had
-// been brought to the device.
+// The power fails after a start. Names and directories survive; of file contents, only what was flushed.
 class PowerFailure : public Story {
 protected:
     PowerFailure() { launcherProperties.set("zel.data", "C:/Users/ann/Mivel/ZEL/1234/ann"); }
@@ -17,8 +16,8 @@ protected:
         closePlatform();
         machine.losePower();
     }
-    // The start after it does what it would have done, and repairs nothing.
-    void expectSameCommand() {
+    // The next start repairs nothing.
+    void expectNextStartUnchanged() {
         const std::wstring before = command();
         EXPECT_STARTED(launch());
         EXPECT_EQ(command(), before);
@@ -26,18 +25,18 @@ protected:
     }
 };
 
-// What exists is never seeded again, so it has to be whole.
-TEST_F(PowerFailure, AfterAFirstStartLeavesTheSeedsWhole) {
-    machine.writeFile(std::wstring(home) + L"\\shared\\eclipse\\.eclipseextension", "marker");
+// A later start does not replace a seed file that exists, so it must be whole.
+TEST_F(PowerFailure, AfterAFirstStartKeepsTheSeedFilesWhole) {
+    machine.writeFile(std::wstring(installDir) + L"\\shared\\eclipse\\.eclipseextension", "marker");
     startAndLosePower();
     EXPECT_EQ(configFile(L"config.ini"), "osgi.bundles=example\r\n");
     EXPECT_NE(configFile(L"org.eclipse.update\\platform.xml").value_or(""), "");
     EXPECT_EQ(workspaceFile(L"applications\\eclipse\\.eclipseextension"), "marker");
     EXPECT_NE(configFile(L"zelinstall.properties").value_or(""), "");
-    expectSameCommand();
+    expectNextStartUnchanged();
 }
 
-TEST_F(PowerFailure, AfterAChangedInstallKeepsWhatTheUserHasInstalledAndMarked) {
+TEST_F(PowerFailure, AfterARenewalKeepsRegistryAndBookmarks) {
     startAndLosePower();
     machine.writeFile(inConfig(L"org.eclipse.update\\registry"), "registry");
     machine.writeFile(inConfig(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
@@ -48,22 +47,22 @@ TEST_F(PowerFailure, AfterAChangedInstallKeepsWhatTheUserHasInstalledAndMarked) 
     EXPECT_STARTED(launch());
     EXPECT_EQ(configFile(L"org.eclipse.update\\registry"), "registry");
     EXPECT_EQ(configFile(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
-    EXPECT_EQ(workspaceFile(L".configbak\\mine"), "mine");  // nothing had to be repaired over it
+    EXPECT_EQ(workspaceFile(L".configbak\\mine"), "mine");  // no repair replaced the backup
 }
 
-TEST_F(PowerFailure, AfterARepairKeepsWhatWasRepaired) {
+TEST_F(PowerFailure, AfterARepairKeepsTheRepairedProperties) {
     startAndLosePower();
-    EXPECT_STARTED(launch());  // its backup
+    EXPECT_STARTED(launch());
     closePlatform();
     const std::string good = *configFile(L"zelinstall.properties");
     machine.writeFile(inConfig(L"zelinstall.properties.bak"), good);
     machine.writeFile(inConfig(L"zelinstall.properties"), "");
     startAndLosePower();
     EXPECT_EQ(configFile(L"zelinstall.properties"), good);
-    expectSameCommand();
+    expectNextStartUnchanged();
 }
 
-TEST_F(PowerFailure, AfterTheFirstStartOfAnInstallKeepsItsIdentity) {
+TEST_F(PowerFailure, AfterAFirstStartKeepsTheInstallIdentity) {
     launcherProperties.set("install.configuration", "userpb");
     launcherProperties.remove("zel.install.id");
     machine.setTickCount(424242);

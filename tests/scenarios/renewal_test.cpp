@@ -1,12 +1,14 @@
 #include <gtest/gtest.h>
 
 #include "scenarios/story.h"
+#include "support/faults.h"
 
 namespace {
 
+using scenarios::contains;
 using scenarios::Story;
 
-// A configuration that is moved away and made anew: the install has changed, or the user asks for it.
+// The configuration is moved away and created again because the install has changed or the user asks for it.
 class Renewal : public Story {
 protected:
     Renewal() { launcherProperties.set("zel.data", "C:/Users/ann/Mivel/ZEL/1234/ann"); }
@@ -30,7 +32,7 @@ protected:
     }
 };
 
-TEST_F(Renewal, AChangedInstallMakesTheConfigurationAnew) {
+TEST_F(Renewal, ChangedIdentityRenewsTheConfigurationOnce) {
     startOnce();
     const auto oldPlatformXml = configFile(L"org.eclipse.update\\platform.xml");
     changeInstall();
@@ -44,10 +46,10 @@ TEST_F(Renewal, AChangedInstallMakesTheConfigurationAnew) {
     closePlatform();
     machine.writeFile(inConfig(L"kept"), "");
     EXPECT_STARTED(launch());
-    EXPECT_TRUE(machine.exists(inConfig(L"kept")));  // once is enough
+    EXPECT_TRUE(machine.exists(inConfig(L"kept")));  // renewed only once
 }
 
-TEST_F(Renewal, AnIdentityInAnotherCaseIsAnotherInstall) {
+TEST_F(Renewal, IdentityIsCaseSensitive) {
     launcherProperties.set("zel.install.id", "abc");
     startOnce();
     launcherProperties.set("zel.install.id", "ABC");
@@ -56,7 +58,7 @@ TEST_F(Renewal, AnIdentityInAnotherCaseIsAnotherInstall) {
     EXPECT_TRUE(machine.exists(inWorkspace(L".configbak")));
 }
 
-TEST_F(Renewal, AChangedInstallLeavesARequestedResetAside) {
+TEST_F(Renewal, ChangedIdentitySkipsTheReset) {
     startOnce();
     machine.writeFile(inWorkspace(L".metadata\\.plugins\\views\\x"), "");
     baseProperties.set("resetDir.views", "views");
@@ -66,7 +68,7 @@ TEST_F(Renewal, AChangedInstallLeavesARequestedResetAside) {
     EXPECT_TRUE(machine.exists(inWorkspace(L"platform.xml.old")));
 }
 
-TEST_F(Renewal, AResetRemovesTheConfiguredDirectories) {
+TEST_F(Renewal, ResetRemovesTheConfiguredDirectories) {
     baseProperties.set("resetDir.views", "views");
     baseProperties.set("resetDir.gone", "gone");
     startOnce();
@@ -78,10 +80,10 @@ TEST_F(Renewal, AResetRemovesTheConfiguredDirectories) {
     EXPECT_FALSE(machine.exists(inWorkspace(L"platform.xml.old")));
     EXPECT_EQ(workspaceFile(L".configbak\\mine"), "mine");
     expectSurvivors();
-    EXPECT_EQ(configFile(L"args.properties")->find("resetconfig"), std::string::npos);
+    EXPECT_FALSE(contains(*configFile(L"args.properties"), "resetconfig"));
 }
 
-TEST_F(Renewal, ASecondResetReplacesTheFirstOnesBackup) {
+TEST_F(Renewal, SecondResetReplacesTheBackup) {
     startOnce();
     EXPECT_STARTED(launch({L"-resetconfig"}));
     closePlatform();
@@ -90,22 +92,27 @@ TEST_F(Renewal, ASecondResetReplacesTheFirstOnesBackup) {
     EXPECT_TRUE(machine.exists(inWorkspace(L".configbak\\second")));
     EXPECT_FALSE(machine.exists(inWorkspace(L".configbak\\mine")));
     for (const std::wstring& path : machine.tree(workspace)) {
-        EXPECT_EQ(path.find(L"deleteme"), std::wstring::npos);
+        EXPECT_FALSE(contains(path, L"deleteme"));
     }
 }
 
-TEST_F(Renewal, ARestartWithAResetHasNoRestartState) {
+TEST_F(Renewal, RestartWithAResetIsFatal) {
     startOnce();
     EXPECT_FATAL(launch({L"-restart", L"-resetconfig"}));
     EXPECT_TRUE(
         logHas("ZLNCH0096E: Unable to load C:/Users/ann/Mivel/ZEL/1234/ann/.config\\args.properties file!"));
 }
 
-// However a renewal is cut off, the next starts come right by themselves, and what was the user's is
-// somewhere that they bring it back from.
-class CutRenewal : public Renewal {
+// A renewal is stopped at each of its operations in turn. The next starts recover without help, and registry
+// and bookmarks are kept where a later reset brings them back.
+class StoppedRenewal : public Renewal {
 protected:
-    void cutAtEachOperation(const std::vector<std::wstring>& words, bool changesInstall) {
+    enum class Reason { changedInstall, resetOption };
+
+    void stopAtEachOperation(Reason reason) {
+        const std::vector<std::wstring> arguments = reason == Reason::resetOption
+                                                        ? std::vector<std::wstring>{L"-resetconfig"}
+                                                        : std::vector<std::wstring>{};
         for (std::uint64_t operation = 1;; ++operation) {
             SCOPED_TRACE(operation);
             machine.stopDeadAt(0);
@@ -113,19 +120,18 @@ protected:
             launcherProperties.set("zel.install.id", "1234");
             layOut();
             startOnce();
-            if (changesInstall) {
+            if (reason == Reason::changedInstall) {
                 changeInstall();
             }
             machine.stopDeadAt(operation);
-            const simulation::ProcessId id = begin(words);
-            const simulation::ProcessEnd end = machine.waitFor(id);
+            const simulation::ProcessEnd end = launch(arguments);
             machine.stopDeadAt(0);
             if (end.kind != simulation::EndKind::stoppedDead) {
                 EXPECT_GT(operation, 100U);
                 return;
             }
-            machine.runUntilIdle(120000);  // a platform that was started meanwhile ends
-            EXPECT_STARTED(launch(words));
+            machine.runUntilIdle(120000);  // until a platform that it had started has ended
+            EXPECT_STARTED(launch(arguments));
             closePlatform();
             if (!machine.exists(inConfig(L"org.eclipse.update\\registry"))) {
                 EXPECT_TRUE(machine.exists(inWorkspace(L"registry.old")));
@@ -140,15 +146,15 @@ protected:
     }
 };
 
-TEST_F(CutRenewal, OfAChangedInstall) {
-    cutAtEachOperation({}, true);
+TEST_F(StoppedRenewal, OfAChangedInstallIsRecovered) {
+    stopAtEachOperation(Reason::changedInstall);
 }
 
-TEST_F(CutRenewal, OfAReset) {
-    cutAtEachOperation({L"-resetconfig"}, false);
+TEST_F(StoppedRenewal, OfAResetIsRecovered) {
+    stopAtEachOperation(Reason::resetOption);
 }
 
-// The platform's provisioning application runs first on a new install or for a new user.
+// The provisioning application runs instead of the platform for a new install or a new user.
 class Provisioning : public Story {
 protected:
     Provisioning() {
@@ -157,52 +163,52 @@ protected:
         launcherProperties.set("provisioning.application", "com.example.prov");
         platform.livesMilliseconds = 30000;
     }
-    // What the provisioning application leaves with the user.
+    // What the provisioning application adds to the user's properties.
     void recordManifest() {
         machine.writeFile(inConfig(L"zelinstall.properties"),
                           *configFile(L"zelinstall.properties") + "provisioning.manifest.version=7\r\n");
     }
 };
 
-TEST_F(Provisioning, RunsUnderTheLockAndEndsTheLauncher) {
+TEST_F(Provisioning, RunsItsApplicationInsteadOfThePlatform) {
     EXPECT_STARTED(launch({L"vmarg.Dshare=-Xshareclasses:name=x"}));
     ASSERT_EQ(machine.startedProcesses().size(), 1U);
     EXPECT_GE(machine.elapsedMilliseconds(), platform.livesMilliseconds);
-    EXPECT_NE(command().find(L"-application com.example.prov -userProvLaunch -vm "), std::wstring::npos);
+    EXPECT_TRUE(contains(command(), L"-application com.example.prov -userProvLaunch -vm "));
     EXPECT_TRUE(hasElement(L"\"-Xshareclasses=none\""));
-    EXPECT_EQ(command().find(L"name=x"), std::wstring::npos);
-    EXPECT_NE(log().find("ZLNCH0073I: Provisioning Command = '\""), std::string::npos);
-    EXPECT_EQ(log().find("ZLNCH0072I"), std::string::npos);
+    EXPECT_FALSE(contains(command(), L"name=x"));
+    EXPECT_TRUE(contains(log(), "ZLNCH0073I: Provisioning Command = '\""));
+    EXPECT_FALSE(contains(log(), "ZLNCH0072I"));
     EXPECT_EQ(machine.startedProcesses()[0].start.flags, 0U);
 }
 
-TEST_F(Provisioning, OnceItIsDoneThePlatformStarts) {
+TEST_F(Provisioning, PlatformStartsOnceItIsDone) {
     EXPECT_STARTED(launch());
     recordManifest();
     EXPECT_STARTED(launch());
-    EXPECT_EQ(command().find(L"com.example.prov"), std::wstring::npos);
-    EXPECT_NE(log().find("ZLNCH0072I: Command = '"), std::string::npos);
+    EXPECT_FALSE(contains(command(), L"com.example.prov"));
+    EXPECT_TRUE(contains(log(), "ZLNCH0072I: Command = '"));
 }
 
-TEST_F(Provisioning, ANewManifestRunsItAgain) {
+TEST_F(Provisioning, NewManifestRunsItAgain) {
     EXPECT_STARTED(launch());
     recordManifest();
     launcherProperties.set("provisioning.manifest.version", "8");
     layOut();
     EXPECT_STARTED(launch());
-    EXPECT_NE(command().find(L"com.example.prov"), std::wstring::npos);
+    EXPECT_TRUE(contains(command(), L"com.example.prov"));
 }
 
-TEST_F(Provisioning, APreparedUserIsToldApart) {
+TEST_F(Provisioning, PreparationOmitsUserProvLaunch) {
     EXPECT_STARTED(launch({L"-zelLauncherWait", L"-provManifest"}));
-    EXPECT_NE(command().find(L"-application com.example.prov -vm "), std::wstring::npos);
-    EXPECT_EQ(command().find(L"-userProvLaunch"), std::wstring::npos);
+    EXPECT_TRUE(contains(command(), L"-application com.example.prov -vm "));
+    EXPECT_FALSE(contains(command(), L"-userProvLaunch"));
     recordManifest();
     EXPECT_STARTED(launch({L"-zelLauncherWait", L"-provManifest"}));
     EXPECT_EQ(machine.startedProcesses().size(), 2U);
 }
 
-TEST_F(Provisioning, ASecondLauncherWaitsAtTheLock) {
+TEST_F(Provisioning, SecondLauncherWaitsAtTheLock) {
     const simulation::ProcessId first = begin();
     machine.runUntilIdle(5000);
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
@@ -213,14 +219,12 @@ TEST_F(Provisioning, ASecondLauncherWaitsAtTheLock) {
     EXPECT_EQ(machine.startedProcesses().size(), 2U);
 }
 
-TEST_F(Provisioning, AChildThatCannotBeStartedIsReported) {
+TEST_F(Provisioning, ChildThatCannotBeStartedIsFatal) {
     layOut();
-    simulation::Fault fault;
-    fault.operation = "createProcess";
-    machine.inject(fault);
+    machine.inject(launchertest::failing("createProcess", ::platform::errorAccessDenied));
     EXPECT_FATAL(launch());
-    EXPECT_NE(log().find("CreateProcessW failed with error 5: "), std::string::npos);
-    EXPECT_NE(log().find("ZLNCH0306I: lock file released @ "), std::string::npos);
+    EXPECT_TRUE(contains(log(), "CreateProcessW failed with error 5: "));
+    EXPECT_TRUE(contains(log(), "ZLNCH0306I: lock file released @ "));
     EXPECT_FALSE(machine.exists(inWorkspace(L".zel.main")));
 }
 
@@ -230,7 +234,7 @@ TEST_F(Provisioning, OnlySomeKindsAreProvisioned) {
         layOut();
         machine.remove(workspace);
         EXPECT_STARTED(launch());
-        EXPECT_NE(command().find(L"com.example.prov"), std::wstring::npos) << kind;
+        EXPECT_TRUE(contains(command(), L"com.example.prov")) << kind;
     }
     for (const char* kind : {"serial.multiuser", "userpb"}) {
         launcherProperties.set("install.configuration", kind);
@@ -238,17 +242,17 @@ TEST_F(Provisioning, OnlySomeKindsAreProvisioned) {
         machine.remove(workspace);
         EXPECT_STARTED(launch());
         closePlatform();
-        EXPECT_EQ(command().find(L"com.example.prov"), std::wstring::npos) << kind;
+        EXPECT_FALSE(contains(command(), L"com.example.prov")) << kind;
     }
 }
 
-TEST_F(Provisioning, OnlyTheVeryWordAsksForIt) {
-    for (const char* word : {"True", "yes", ""}) {
-        launcherProperties.set("provisioning", word);
+TEST_F(Provisioning, OnlyTheValueTrueEnablesIt) {
+    for (const char* value : {"True", "yes", ""}) {
+        launcherProperties.set("provisioning", value);
         layOut();
         EXPECT_STARTED(launch());
         closePlatform();
-        EXPECT_EQ(command().find(L"com.example.prov"), std::wstring::npos) << word;
+        EXPECT_FALSE(contains(command(), L"com.example.prov")) << value;
     }
 }
 

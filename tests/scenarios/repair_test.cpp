@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "scenarios/story.h"
+#include "support/faults.h"
 
 namespace {
 
+using launchertest::failing;
+using scenarios::contains;
 using scenarios::Story;
 
 // The user's zelinstall.properties was damaged between two starts.
@@ -25,7 +28,7 @@ protected:
     std::string good;
 };
 
-TEST_F(Repair, AFileThatLacksAKeyIsReplacedByItsBackup) {
+TEST_F(Repair, MissingKeyRestoresTheBackup) {
     startOnce();
     for (const char* key : {"vm", "zel.install.id", "zel.base.location", "Xbootclasspath.append"}) {
         damage(without(key));
@@ -36,14 +39,14 @@ TEST_F(Repair, AFileThatLacksAKeyIsReplacedByItsBackup) {
     }
 }
 
-TEST_F(Repair, AFileCutAtHalfItsLengthIsReplacedByItsBackup) {
+TEST_F(Repair, TruncatedFileRestoresTheBackup) {
     startOnce();
     damage(good.substr(0, good.size() / 2));
     EXPECT_STARTED(launch());
     EXPECT_EQ(configFile(L"zelinstall.properties"), good);
 }
 
-TEST_F(Repair, AnEmptyValueIsAValue) {
+TEST_F(Repair, EmptyValueIsAccepted) {
     startOnce();
     const std::string emptied = without("vm") + "vm=\r\n";
     damage(emptied);
@@ -51,14 +54,14 @@ TEST_F(Repair, AnEmptyValueIsAValue) {
     EXPECT_EQ(configFile(L"zelinstall.properties"), emptied);
 }
 
-TEST_F(Repair, ACompleteFileIsUsedAndBecomesTheBackup) {
+TEST_F(Repair, CompleteFileBecomesTheBackup) {
     startOnce();
     damage(good + "mine=1\r\n");
     EXPECT_STARTED(launch());
     EXPECT_EQ(configFile(L"zelinstall.properties.bak"), good + "mine=1\r\n");
 }
 
-TEST_F(Repair, WithoutAGoodBackupTheConfigurationIsMadeAnew) {
+TEST_F(Repair, DamagedBackupResetsTheConfiguration) {
     startOnce();
     machine.writeFile(inConfig(L"org.eclipse.update\\registry"), "registry");
     machine.writeFile(inConfig(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
@@ -74,7 +77,7 @@ TEST_F(Repair, WithoutAGoodBackupTheConfigurationIsMadeAnew) {
     EXPECT_TRUE(machine.exists(inConfig(L"org.eclipse.update\\platform.xml")));
 }
 
-TEST_F(Repair, WithoutAnyBackupTheSame) {
+TEST_F(Repair, MissingBackupResetsTheConfiguration) {
     startOnce();
     damage(without("vm"));
     machine.remove(inConfig(L"zelinstall.properties.bak"));
@@ -83,34 +86,26 @@ TEST_F(Repair, WithoutAnyBackupTheSame) {
     EXPECT_TRUE(machine.exists(inWorkspace(L".configbak")));
 }
 
-TEST_F(Repair, ABackupThatCannotBeCopiedBackIsReportedAndTheConfigurationMadeAnew) {
+TEST_F(Repair, FailedRestoreResetsTheConfiguration) {
     startOnce();
     damage(without("vm"));
-    simulation::Fault fault;
-    fault.operation = "copyFile";
-    fault.argumentEndsWith = L"zelinstall.properties.bak";
-    machine.inject(fault);
+    machine.inject(failing("copyFile", ::platform::errorAccessDenied, L"zelinstall.properties.bak"));
     EXPECT_STARTED(launch({L"-debug"}));
-    const std::string debugLog = logAt(machine.tree(inWorkspace(L"logs")).back());
-    EXPECT_NE(debugLog.find("ZLNCH0022E: Unable to recover zelinstall.properties\n"), std::string::npos);
+    EXPECT_TRUE(contains(lastDebugLog(), "ZLNCH0022E: Unable to recover zelinstall.properties\n"));
     EXPECT_EQ(configFile(L"zelinstall.properties"), good);
     EXPECT_TRUE(machine.exists(inWorkspace(L".configbak")));
 }
 
-TEST_F(Repair, ABackupThatCannotBeMadeDoesNotStopTheStart) {
-    simulation::Fault fault;
-    fault.operation = "copyFile";
-    fault.argumentEndsWith = L"zelinstall.properties";
-    fault.nth = 2;  // the first copy makes the user's file from the installation's
+TEST_F(Repair, FailedBackupIsNotFatal) {
     layOut();
-    machine.inject(fault);
+    // The first copy creates the user's file from the template, the second one its backup.
+    machine.inject(failing("copyFile", ::platform::errorAccessDenied, L"zelinstall.properties", 2));
     EXPECT_STARTED(launch({L"-debug"}));
-    const std::string debugLog = logAt(inWorkspace(L"logs\\zellauncher_20260131_235900_000.log"));
-    EXPECT_NE(debugLog.find("ZLNCH0022E: Unable to backup zelinstall.properties\n"), std::string::npos);
+    EXPECT_TRUE(contains(logAt(firstDebugLog), "ZLNCH0022E: Unable to backup zelinstall.properties\n"));
     EXPECT_FALSE(machine.exists(inConfig(L"zelinstall.properties.bak")));
 }
 
-TEST_F(Repair, AnInstallWithoutTheBootClassPathIsResetAtEachStartAndStillStarts) {
+TEST_F(Repair, MissingBaseKeyResetsEveryStart) {
     baseProperties.remove("Xbootclasspath.append");
     EXPECT_STARTED(launch());
     EXPECT_TRUE(machine.exists(inWorkspace(L".configbak")));

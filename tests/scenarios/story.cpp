@@ -6,34 +6,23 @@
 #include "platform/child_processes.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
 #include "platform/streams.h"
+#include "properties/arguments.h"
 #include "properties/property_reader.h"
+#include "support/text.h"
 
 namespace scenarios {
 
 namespace {
 
-std::string withLineFeeds(const std::string& bytes) {
-    std::string text;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (bytes[i] != '\r' || i + 1 >= bytes.size() || bytes[i + 1] != '\n') {
-            text += bytes[i];
-        }
-    }
-    return text;
-}
-
-std::wstring wordBehind(const std::vector<std::wstring>& words, const std::wstring& option) {
-    const auto found = std::find(words.begin(), words.end(), option);
-    return found == words.end() || found + 1 == words.end() ? std::wstring() : *(found + 1);
-}
-
-// The program of the platform: it publishes its endpoint in the workspace that its command names,
-// holds its semaphore, and lives until its time is over or somebody asks it to end.
+// The platform's program: holds its semaphore, serves its pipe and writes the pipe file into the workspace
+// after `-data`. It ends after its time, or as soon as the workspace has a file `platform.stop`.
 int runPlatform(const PlatformBehaviour behaviour) {
     constexpr std::uint32_t step = 100;
-    const std::wstring directory = wordBehind(platform::commandLineArguments(), L"-data");
+    const std::vector<std::wstring> arguments = platform::commandLineArguments();
+    const std::wstring* data = zellauncher::argumentAfter(L"-data", arguments);
+    const std::wstring directory = data != nullptr ? *data : std::wstring();
     platform::sleepMilliseconds(behaviour.publishAfterMilliseconds);
     if (behaviour.publishes) {
         const std::string leaf = "platform-" + std::to_string(platform::currentProcessId());
@@ -42,10 +31,10 @@ int runPlatform(const PlatformBehaviour behaviour) {
         if (behaviour.servesPipe) {
             simulation::servePipe(L"\\\\.\\pipe\\" + wideLeaf);
         }
-        platform::Stream* endpoint = platform::openStream(directory + L"\\.pipe", "w");
-        if (endpoint != nullptr) {
-            platform::writeStream(endpoint, "\\\\.\\pipe\\" + leaf + "\r\n");
-            platform::closeStream(endpoint);
+        platform::Stream* pipeFile = platform::openStream(directory + L"\\.pipe", "w");
+        if (pipeFile != nullptr) {
+            platform::writeStream(pipeFile, "\\\\.\\pipe\\" + leaf + "\r\n");
+            platform::closeStream(pipeFile);
         }
     }
     for (std::uint32_t lived = 0; lived < behaviour.livesMilliseconds; lived += step) {
@@ -55,6 +44,11 @@ int runPlatform(const PlatformBehaviour behaviour) {
         platform::sleepMilliseconds(step);
     }
     return behaviour.exitCode;
+}
+
+::testing::AssertionResult resultFor(bool isSuccess, std::string_view text) {
+    return (isSuccess ? ::testing::AssertionSuccess() : ::testing::AssertionFailure()) << "\nthe text is:\n"
+                                                                                       << text;
 }
 
 }  // namespace
@@ -96,51 +90,51 @@ Story::Story(std::uint64_t seed) : machine(seed) {
     baseProperties.set("plugincustomization", "${zel.home}/custom.ini");
     baseProperties.set("Xbootclasspath.append", "${zel.home}/boot.jar");
     jvmProperties.addLine("-Xmx512m");
-    // Every Windows machine names its logon shell.
+    // Every Windows has a logon shell.
     machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon", L"Shell",
                             L"explorer.exe");
 }
 
 void Story::layOut() {
     isLaidOut = true;
-    const std::wstring homePath = home;
+    const std::wstring installPath = installDir;
     const std::wstring basePath = base;
     machine.makeDirectory(L"C:\\Temp");
     machine.makeDirectory(L"C:\\Users\\ann");
     machine.writeFile(launcher, "");
-    machine.writeFile(homePath + L"\\zel\\zellauncher.properties", launcherProperties.content());
+    machine.writeFile(installPath + L"\\zel\\zellauncher.properties", launcherProperties.content());
     machine.writeFile(basePath + L"\\zelinstall.properties", baseProperties.content());
     machine.writeFile(basePath + L"\\config.ini", "osgi.bundles=example\r\n");
     machine.writeFile(basePath + L"\\platform.xml",
                       "<config>\r\n<feature id=\"${jvm.feature.id}\"/>\r\n</config>\r\n");
-    machine.writeFile(homePath + L"\\custom.ini", "");
-    machine.writeFile(homePath + L"\\zel\\deploy\\jvm.properties", jvmProperties.content());
-    installVm(homePath + L"\\jvm\\bin\\javaw.exe");
-    installVm(homePath + L"\\jvm\\bin\\java.exe");
+    machine.writeFile(installPath + L"\\custom.ini", "");
+    machine.writeFile(installPath + L"\\zel\\deploy\\jvm.properties", jvmProperties.content());
+    machine.writeFile(installPath + L"\\jvm\\bin\\javaw.exe", "");
+    machine.writeFile(installPath + L"\\jvm\\bin\\java.exe", "");
     machine.installProgram(nativeLauncher, [this] { return runPlatform(platform); });
 }
 
-simulation::ProcessId Story::begin(const std::vector<std::wstring>& words) {
+simulation::ProcessId Story::begin(const std::vector<std::wstring>& arguments) {
     if (!isLaidOut) {
         layOut();
     }
-    return beginProgram(launcher, words);
+    return beginProgram(launcher, arguments);
 }
 
 simulation::ProcessId Story::beginProgram(const std::wstring& program,
-                                          const std::vector<std::wstring>& words) {
+                                          const std::vector<std::wstring>& arguments) {
     std::vector<std::wstring> commandLine = {program};
-    commandLine.insert(commandLine.end(), words.begin(), words.end());
+    commandLine.insert(commandLine.end(), arguments.begin(), arguments.end());
     return machine.start(commandLine, [] { return zellauncher::wmain(); });
 }
 
 simulation::ProcessEnd Story::launchFrom(const std::wstring& program,
-                                         const std::vector<std::wstring>& words) {
-    return machine.waitFor(beginProgram(program, words));
+                                         const std::vector<std::wstring>& arguments) {
+    return machine.waitFor(beginProgram(program, arguments));
 }
 
-simulation::ProcessEnd Story::launch(const std::vector<std::wstring>& words) {
-    return machine.waitFor(begin(words));
+simulation::ProcessEnd Story::launch(const std::vector<std::wstring>& arguments) {
+    return machine.waitFor(begin(arguments));
 }
 
 void Story::closePlatform() {
@@ -152,7 +146,7 @@ void Story::closePlatform() {
 }
 
 std::string Story::logAt(const std::wstring& path) const {
-    return withLineFeeds(machine.readFile(path).value_or(""));
+    return launchertest::withLineFeeds(machine.readFile(path).value_or(""));
 }
 
 std::string Story::log() const {
@@ -163,8 +157,12 @@ std::string Story::tempLog() const {
     return logAt(L"C:\\Temp\\zellauncher.log");
 }
 
-bool Story::logHas(const std::string& line) const {
-    return ("\n" + log()).find("\n" + line + "\n") != std::string::npos;
+std::string Story::lastDebugLog() const {
+    return logAt(machine.tree(inWorkspace(L"logs")).back());
+}
+
+::testing::AssertionResult Story::logHas(const std::string& line) const {
+    return contains("\n" + log(), "\n" + line + "\n");
 }
 
 std::vector<std::wstring> Story::payloads() const {
@@ -172,13 +170,7 @@ std::vector<std::wstring> Story::payloads() const {
     for (const simulation::StartedProcess& child : machine.startedProcesses()) {
         const std::wstring name = L"\\\\.\\pipe\\platform-" + std::to_wstring(child.id);
         for (const std::string& bytes : machine.pipePayloads(name)) {
-            std::wstring text;
-            for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-                const auto low = static_cast<unsigned char>(bytes[i]);
-                const auto high = static_cast<unsigned char>(bytes[i + 1]);
-                text += static_cast<wchar_t>(low + high * 256);
-            }
-            texts.push_back(text);
+            texts.push_back(launchertest::pipeText(bytes));
         }
     }
     return texts;
@@ -211,10 +203,6 @@ std::vector<std::wstring> Story::elements() const {
 bool Story::hasElement(const std::wstring& element) const {
     const std::vector<std::wstring> all = elements();
     return std::find(all.begin(), all.end(), element) != all.end();
-}
-
-std::wstring Story::elementBehind(const std::wstring& option) const {
-    return wordBehind(elements(), option);
 }
 
 std::map<std::wstring, std::wstring> Story::childEnvironment() const {
@@ -251,8 +239,16 @@ std::optional<std::wstring> Story::valueIn(const std::wstring& path, const std::
     return value;
 }
 
-void Story::installVm(const std::wstring& path) {
-    machine.writeFile(path, "");
+::testing::AssertionResult contains(std::string_view text, std::string_view part) {
+    return resultFor(text.find(part) != std::string_view::npos, text);
+}
+
+::testing::AssertionResult contains(std::wstring_view text, std::wstring_view part) {
+    return resultFor(text.find(part) != std::wstring_view::npos, launchertest::toUtf8(text));
+}
+
+::testing::AssertionResult endsWith(std::string_view text, std::string_view end) {
+    return resultFor(text.ends_with(end), text);
 }
 
 }  // namespace scenarios

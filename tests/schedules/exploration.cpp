@@ -4,11 +4,9 @@
 #include <string_view>
 #include <vector>
 
-// The method.
-//
-// A run without choices records the points at which another process could have gone on. From each of
-// these points, and each alternative there, a run is made with that one choice; from the later points
-// of each of these runs the runs with two choices, and so on.
+// A run without choices records the points at which another process could have continued. Each
+// alternative at each point gives a run with that one choice, whose later points give the runs with two
+// choices, and so on.
 
 namespace schedules {
 
@@ -29,7 +27,7 @@ class Explorer {
 public:
     Explorer(const RacePlan& racePlan, IsSwitching switching) : plan(racePlan), isSwitching(switching) {}
 
-    // Runs the schedule with these choices, and all that depart from it up to `departures` more times.
+    // Runs the schedule with these choices, and all that add up to `departures` later ones.
     void exploreFrom(Choices& choices, int departures) {
         const Points points = run(choices);
         if (departures == 0 || ::testing::Test::HasFailure()) {

@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 
-// Only one process of a simulated machine runs at any time, and the turn passes from thread to thread
-// thousands of times in a race. On one processor that costs half of what it does across two.
+// Runs this program on one processor. Only one process of a simulated machine runs at any time, and it
+// changes thousands of times in a race; from thread to thread across two processors that takes twice as
+// long.
 namespace {
 
 class OneProcessor : public testing::Environment {
@@ -10,7 +11,7 @@ class OneProcessor : public testing::Environment {
         cpu_set_t processors;
         CPU_ZERO(&processors);
         CPU_SET(static_cast<std::size_t>(sched_getcpu()), &processors);
-        sched_setaffinity(0, sizeof(processors), &processors);  // where it is refused, races just take longer
+        sched_setaffinity(0, sizeof(processors), &processors);  // without it the races are only slower
     }
 };
 

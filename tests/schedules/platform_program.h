@@ -9,31 +9,31 @@ namespace schedules {
 
 enum class Fate {
     lives,           // publishes, lives, ends
-    dies,            // ends before it has published anything
+    dies,            // ends before it publishes
     restarts,        // as `lives`, but starts a launcher with -restart before it ends
-    neverPublishes,  // lives without a sign of life
-    neverServes,     // publishes, but its pipe lets nobody in, and it never ends
+    neverPublishes,  // lives without semaphore, pipe and pipe file
+    neverServes,     // publishes, but accepts no client on its pipe and never ends
 };
 
-// How a platform puts its endpoint into the workspace. A good one writes the file aside and moves it
-// into place, so that whoever sees the file sees the name in it.
-enum class Publishing { inOneStep, inTwoSteps };
+// How a platform creates its pipe file. With byRename it writes the file under another name first, so a
+// reader of `.pipe` always finds the pipe's name in it.
+enum class Publishing { byRename, inPlace };
 
 struct PlatformPlan {
     Fate fate = Fate::lives;
     std::uint32_t publishesAfter = 200;  // milliseconds
     std::uint32_t livesFor = 30000;      // after that
     std::uint32_t endsAfterRestart = 0;  // after it has started the launcher
-    Publishing publishing = Publishing::inOneStep;
+    Publishing publishing = Publishing::byRename;
 };
 
 std::wstring pipeNameOf(std::uint32_t platform);
 
-// The word by which the launcher that this platform starts is known.
-std::wstring restartWordOf(std::uint32_t platform);
+// The argument that identifies the launcher which this platform starts.
+std::wstring restartNameOf(std::uint32_t platform);
 
-// Runs the plan in a process whose words hold `-data` and the workspace. `published` is called when the
-// endpoint stands with its name in it.
+// Runs the plan in a process whose arguments contain `-data <workspace>`. Calls `published` once the
+// pipe file with the name in it exists.
 int runPlatform(const PlatformPlan& plan, const std::wstring& launcher,
                 const std::function<void()>& published);
 

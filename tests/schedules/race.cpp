@@ -5,15 +5,14 @@
 #include "launch/entry.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
+#include "support/text.h"
 
-// The method.
-//
-// A race lays out an install, puts launchers on the machine that arrive at the planned moments, and
-// runs it until everybody has ended or ten minutes have passed, which no honest wait lasts. Each
-// launcher is the whole program with a word of its own among its arguments; where that word turns up
-// tells where its arguments went. What must hold is looked at from the outside alone: the children
-// that were started, the texts that came through the pipes, the files, the logs, the ends.
+// A race lays out an install, starts launchers at the planned moments and runs the machine until every
+// process has ended, or for ten minutes, which is longer than any wait of a launcher with a limit. Each
+// launcher is the whole program with a name of its own among its arguments, so the name shows where its
+// arguments arrived. The checks use only what is visible from outside: started children, texts in the
+// pipes, files, logs, ends.
 
 namespace schedules {
 
@@ -21,8 +20,8 @@ namespace {
 
 constexpr std::uint64_t timeLimit = 600'000;
 
-std::wstring launcherWord(std::size_t number) {
-    return L"word-" + std::to_wstring(number) + L"-";
+std::wstring launcherName(std::size_t number) {
+    return L"name-" + std::to_wstring(number) + L"-";
 }
 
 bool startsProgram(const simulation::StartedProcess& child, const std::wstring& program) {
@@ -34,13 +33,13 @@ bool startsProgram(const simulation::StartedProcess& child, const std::wstring& 
 }  // namespace
 
 std::string describe(const RacePlan& plan) {
-    constexpr const char* befores[] = {"nothing", "a dead platform", "a running platform"};
+    constexpr const char* states[] = {"nothing", "a dead platform", "a running platform"};
     constexpr const char* fates[] = {"lives", "dies", "restarts", "never publishes", "never serves"};
-    std::string text = "  before: " + std::string(befores[static_cast<int>(plan.before)]) + "\n";
+    std::string text = "  initially: " + std::string(states[static_cast<int>(plan.initialState)]) + "\n";
     for (const LauncherPlan& launcher : plan.launchers) {
         text += "  launcher after " + std::to_string(launcher.arrivesAfter) + " ms:";
-        for (const std::wstring& word : launcher.words) {
-            text += " " + std::string(word.begin(), word.end());
+        for (const std::wstring& argument : launcher.arguments) {
+            text += " " + launchertest::toUtf8(argument);
         }
         text += "\n";
     }
@@ -59,23 +58,23 @@ std::string describe(const RacePlan& plan) {
 const char* nameOf(Overlap overlap) {
     switch (overlap) {
         case Overlap::slowPlatform:
-            return "the first platform needed more than 15 seconds for its endpoint";
-        case Overlap::lateEndpoint:
-            return "the endpoint of a slow platform was taken for the first one's";
-        case Overlap::recordBlanked:
-            return "a restart blanked the record after 20 seconds";
+            return "the first platform needed more than 15 seconds for its pipe file";
+        case Overlap::latePipeFile:
+            return "the pipe file of a slow platform was taken for the first one's";
+        case Overlap::ownerBlanked:
+            return "a restart blanked the lock file after 20 seconds";
         case Overlap::rememberedName:
-            return "a restart kept to the pipe's name of an earlier platform";
-        case Overlap::heldEndpoint:
-            return "an endpoint of an earlier platform was held open and stayed";
-        case Overlap::tornEndpoint:
-            return "the first platform made its endpoint before it wrote the name";
+            return "a restart kept using the pipe name of an earlier platform";
+        case Overlap::heldPipeFile:
+            return "a restart held an old pipe file open, so it stayed";
+        case Overlap::emptyPipeFile:
+            return "the first platform created its pipe file before it wrote the name";
         case Overlap::consequence:
             return "the first platform already shared the workspace with another";
-        case Overlap::notAccepted:
+        case Overlap::unexplained:
             break;
     }
-    return "no accepted reason";
+    return "unexplained";
 }
 
 Race::Race(const RacePlan& racePlan) : Story(racePlan.seed), plan(racePlan) {
@@ -90,16 +89,16 @@ Race::Race(const RacePlan& racePlan) : Story(racePlan.seed), plan(racePlan) {
     layWorkspace();
     for (std::size_t number = 0; number < plan.launchers.size(); ++number) {
         const LauncherPlan& launcherPlan = plan.launchers[number];
-        std::vector<std::wstring> words = {launcher};
-        words.insert(words.end(), launcherPlan.words.begin(), launcherPlan.words.end());
-        words.push_back(launcherWord(number));
-        const simulation::ProcessId id = machine.start(words, [arrival = launcherPlan.arrivesAfter] {
+        std::vector<std::wstring> arguments = {launcher};
+        arguments.insert(arguments.end(), launcherPlan.arguments.begin(), launcherPlan.arguments.end());
+        arguments.push_back(launcherName(number));
+        const simulation::ProcessId id = machine.start(arguments, [arrival = launcherPlan.arrivesAfter] {
             platform::sleepMilliseconds(arrival);
             return zellauncher::wmain();
         });
         LauncherRecord& added = launchers[id];
-        added.word = words.back();
-        added.isRestart = std::find(words.begin(), words.end(), L"-restart") != words.end();
+        added.name = arguments.back();
+        added.isRestart = std::find(arguments.begin(), arguments.end(), L"-restart") != arguments.end();
         added.arrival = machine.elapsedMilliseconds() + launcherPlan.arrivesAfter;
     }
 }
@@ -113,13 +112,13 @@ void Race::switchOnlyAt(std::function<bool(const char*, const std::wstring&)> is
 }
 
 void Race::layWorkspace() {
-    if (plan.before == Before::deadPlatform) {
+    if (plan.initialState == InitialState::deadPlatform) {
         machine.writeFile(inWorkspace(L".zel.lock"), "999999          ");
         machine.writeFile(inWorkspace(L".pipe"), "\\\\.\\pipe\\platform-999999\r\n");
-    } else if (plan.before == Before::runningPlatform) {
+    } else if (plan.initialState == InitialState::runningPlatform) {
         startRunningPlatform();
     }
-    if (plan.before != Before::nothing) {
+    if (plan.initialState != InitialState::nothing) {
         machine.makeDirectory(inWorkspace(L"logs"));
         machine.writeFile(inConfig(L"args.properties"), "arg0=zellauncher.exe\r\nargc=1\r\n");
         machine.setAttributes(inWorkspace(L".zel.lock"),
@@ -153,7 +152,7 @@ void Race::noteEnd(simulation::ProcessId id) {
         found->second.endedOperation = machine.operationCount();
         return;
     }
-    LauncherRecord& ended = launchers[id];  // one that a platform started gets its word later
+    LauncherRecord& ended = launchers[id];  // collectStarts adds the name of one that a platform started
     ended.hasEnded = true;
     ended.endTime = machine.elapsedMilliseconds();
     ended.end = machine.endOf(id);
@@ -173,11 +172,11 @@ RaceReport Race::run() {
     checkLaunchers();
     checkPlatforms();
     checkPayloads();
-    checkRecords();
+    checkLockFiles();
     return report;
 }
 
-// What the launchers and the platforms started, in the order of the operations that did it.
+// Matches the started children with the operations that started them; both are in the same order.
 void Race::collectStarts() {
     std::size_t next = 0;
     for (const simulation::Operation& operation : machine.operations()) {
@@ -189,7 +188,7 @@ void Race::collectStarts() {
             platforms[child.id].launcher = child.parent;
             platforms[child.id].createdOperation = operation.index;
         } else if (startsProgram(child, launcher)) {
-            launchers[child.id].word = restartWordOf(child.parent);
+            launchers[child.id].name = restartNameOf(child.parent);
             launchers[child.id].isRestart = true;
         }
     }
@@ -199,7 +198,7 @@ std::string Race::record() const {
     std::string text;
     for (const simulation::Operation& operation : machine.operations()) {
         text += std::to_string(operation.process) + " " + operation.name + " " +
-                std::string(operation.argument.begin(), operation.argument.end()) + "\n";
+                launchertest::toUtf8(operation.argument) + "\n";
     }
     for (const auto& [id, launcherRecord] : launchers) {
         text += std::to_string(id) + " ended at " + std::to_string(launcherRecord.endTime) + " with " +
@@ -207,7 +206,7 @@ std::string Race::record() const {
     }
     for (const wchar_t* drive : {L"C:\\", L"D:\\"}) {
         for (const std::wstring& path : machine.tree(drive)) {
-            text += std::string(path.begin(), path.end()) + "\n" + machine.readFile(path).value_or("") + "\n";
+            text += launchertest::toUtf8(path) + "\n" + machine.readFile(path).value_or("") + "\n";
         }
     }
     return text;

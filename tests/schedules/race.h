@@ -11,44 +11,43 @@
 #include "schedules/platform_program.h"
 #include "simulation/machine.h"
 
-// Several launchers of one user who come for one workspace at about the same time, the platforms that
-// they start, and what must be true whatever the order in which their operations happen.
+// Several launchers of one user start for one workspace at about the same time. A race runs them and
+// their platforms, and checks what must hold in whatever order their operations happen.
 namespace schedules {
 
-enum class Before {
-    nothing,          // a user's first start
-    deadPlatform,     // a record and an endpoint of a platform that is gone
+// What the user has before the race.
+enum class InitialState {
+    nothing,          // no workspace
+    deadPlatform,     // the lock file and the pipe file of a platform that is gone
     runningPlatform,  // the first plan's platform runs and has published
 };
 
 struct LauncherPlan {
-    std::uint32_t arrivesAfter = 0;   // milliseconds
-    std::vector<std::wstring> words;  // besides the one by which it is known
+    std::uint32_t arrivesAfter = 0;            // milliseconds
+    std::vector<std::wstring> arguments = {};  // besides its name
 };
 
 struct RacePlan {
     std::uint64_t seed = 1;
-    Before before = Before::nothing;
+    InitialState initialState = InitialState::nothing;
     std::vector<LauncherPlan> launchers;
-    std::vector<PlatformPlan>
-        platforms;  // in the order of their starts; the last one stands for all further ones
+    std::vector<PlatformPlan> platforms;  // in the order of their starts; further ones use the last plan
     simulation::Switching switching;
-    std::optional<simulation::Stall> stall;  // beside those that are drawn
+    std::optional<simulation::Stall> stall;  // besides those that are drawn
 };
 
 std::string describe(const RacePlan& plan);
 
-// Why two platforms ran at the same time although every launcher kept to its order. Anything else is a
-// violation.
+// Why two platforms ran at the same time although every launcher followed its steps in order.
 enum class Overlap {
-    slowPlatform,    // the first one needed more than 15 seconds for its endpoint
-    lateEndpoint,    // such a platform's endpoint was taken for the first one's, and the lock given up
-    recordBlanked,   // a restart gave up its wait after 20 seconds and blanked the record
-    rememberedName,  // a restart had read the name of an earlier platform and kept to it
-    heldEndpoint,    // an old endpoint could not be removed, since a restart that stalled had it open
-    tornEndpoint,    // the first one made its endpoint before it wrote the name
-    consequence,     // the first one already shared the workspace, where only one endpoint stands
-    notAccepted,
+    slowPlatform,    // the first one needed more than 15 seconds for its pipe file
+    latePipeFile,    // such a platform's pipe file was taken for the first one's, so the lock was released
+    ownerBlanked,    // a restart stopped waiting after 20 seconds and blanked the lock file
+    rememberedName,  // a restart had read the pipe name of an earlier platform and kept using it
+    heldPipeFile,    // an old pipe file could not be removed because a stalled restart had it open
+    emptyPipeFile,   // the first one created its pipe file before it wrote the name
+    consequence,     // the first one already shared the workspace, which has only one pipe file
+    unexplained,     // none of these: a violation
 };
 const char* nameOf(Overlap overlap);
 
@@ -77,7 +76,7 @@ private:
     static constexpr std::uint64_t never = UINT64_MAX;
 
     struct LauncherRecord {
-        std::wstring word;
+        std::wstring name;  // the argument that identifies it
         bool isRestart = false;
         std::uint64_t arrival = 0;
         std::uint64_t endTime = 0;
@@ -105,19 +104,19 @@ private:
     void collectStarts();
     bool isAnyPlatformHanging() const;
     void checkLaunchers();
-    void checkEnd(const LauncherRecord& ended, const std::string& who);
-    void checkFatalEnd(const LauncherRecord& ended, const std::string& who, int deliveries);
+    void checkEnd(const LauncherRecord& ended, const std::string& label);
+    void checkFatalEnd(const LauncherRecord& ended, const std::string& label, std::size_t deliveries);
     void checkPlatforms();
     void checkPayloads();
-    void checkRecords();
+    void checkLockFiles();
     bool isSlow(const PlatformRecord& record) const;
     bool isNoLongerWaitedFor(const PlatformRecord& record) const;
-    bool foundLateEndpoint(const PlatformRecord& record) const;
-    bool foundHeldEndpoint(const PlatformRecord& record) const;
-    bool mayAnybodyStall() const;
+    bool foundLatePipeFile(const PlatformRecord& record) const;
+    bool foundHeldPipeFile(const PlatformRecord& record) const;
+    bool canStall() const;
     Overlap explain(const PlatformRecord& first, const PlatformRecord& second) const;
-    std::uint64_t longestHonestWait() const;
-    int deliveriesOf(const std::wstring& word) const;
+    std::uint64_t longestAllowedWait() const;
+    std::size_t deliveriesOf(const std::wstring& name) const;
     void fail(const std::string& text);
 
     RacePlan plan;

@@ -1,36 +1,21 @@
 #include <algorithm>
+#include <set>
 
 #include "schedules/race.h"
+#include "support/text.h"
 
 // What must hold at the end of a race.
 namespace schedules {
 
 namespace {
 
-constexpr std::uint64_t endpointWait = 15'000;
+using launchertest::countOccurrences;
+using launchertest::pipeText;
+using launchertest::toUtf8;
 
-std::size_t countOf(const std::wstring& text, const std::wstring& part) {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != std::wstring::npos; at = text.find(part, at + 1)) {
-        ++count;
-    }
-    return count;
-}
+constexpr std::uint64_t pipeFileWait = 15'000;
 
-std::wstring wideText(const std::string& bytes) {
-    std::wstring text;
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        text += static_cast<wchar_t>(static_cast<unsigned char>(bytes[i]) +
-                                     static_cast<unsigned char>(bytes[i + 1]) * 256);
-    }
-    return text;
-}
-
-std::string narrowText(const std::wstring& text) {
-    return std::string(text.begin(), text.end());
-}
-
-// `ZLNCH0142E: ...` and the like, but for the errors after which a start goes on.
+// `ZLNCH0142E: ...` and the like, except the errors after which a start continues.
 bool isFatalLine(const std::string& line) {
     const bool isError = line.size() > 11 && line.starts_with("ZLNCH") && line[9] == 'E' && line[10] == ':';
     constexpr const char* harmless[] = {"ZLNCH0013E", "ZLNCH0090E", "ZLNCH0091E", "ZLNCH0131E"};
@@ -43,12 +28,11 @@ bool isLauncherLog(const std::wstring& path) {
     return path.compare(name, 11, L"zellauncher") == 0 && path.ends_with(L".log");
 }
 
-// A number and blanks, blanks alone, or nothing.
-bool isOwnerRecord(const std::string& content) {
-    const std::size_t digits = content.find_first_not_of("0123456789");
-    return content.find_first_not_of(' ', digits == std::string::npos ? content.size() : digits) ==
-               std::string::npos &&
-           (digits != std::string::npos || content.empty());
+// A process id and blanks, only blanks, or nothing.
+bool isOwnerText(const std::string& content) {
+    const std::size_t end = std::min(content.find_first_not_of("0123456789"), content.size());
+    const bool hasBlank = end < content.size();
+    return content.find_first_not_of(' ', end) == std::string::npos && (hasBlank || content.empty());
 }
 
 }  // namespace
@@ -57,8 +41,8 @@ void Race::fail(const std::string& text) {
     report.violations.push_back(text);
 }
 
-// The line that says why this launcher ended, in the log that it opened. Logs of one name are shared:
-// who opens one empties it, also while another launcher still writes to it.
+// The line of the launcher's log that gives the reason of its end. Logs of one name are shared: opening
+// one empties it, even while another launcher still writes to it.
 void Race::noteFatalLine(simulation::ProcessId id, LauncherRecord& ended) const {
     std::map<simulation::ProcessId, std::wstring> logOf;
     for (const simulation::Operation& operation : machine.operations()) {
@@ -73,45 +57,39 @@ void Race::noteFatalLine(simulation::ProcessId id, LauncherRecord& ended) const 
         const bool ranLater = found == launchers.end() || !found->second.hasEnded;
         ended.hasSharedLog |= other != id && path == logOf[id] && ranLater;
     }
-    std::string line;
-    for (const char byte : logAt(logOf[id]) + "\n") {
-        if (byte != '\n') {
-            line += byte;
-            continue;
-        }
+    for (const std::string& line : launchertest::splitLines(logAt(logOf[id]))) {
         if (isFatalLine(line)) {
             ended.fatalLine = line;
         }
-        line.clear();
     }
 }
 
-int Race::deliveriesOf(const std::wstring& word) const {
+std::size_t Race::deliveriesOf(const std::wstring& name) const {
     std::size_t count = 0;
     for (const simulation::StartedProcess& child : machine.startedProcesses()) {
         if (platforms.count(child.id) != 0) {
-            count += countOf(child.commandLine, word);
+            count += countOccurrences(toUtf8(child.commandLine), toUtf8(name));
         }
     }
     for (const auto& [id, record] : platforms) {
         for (const std::string& bytes : machine.pipePayloads(pipeNameOf(id))) {
-            count += countOf(wideText(bytes), word);
+            count += countOccurrences(toUtf8(pipeText(bytes)), toUtf8(name));
         }
     }
-    return static_cast<int>(count);
+    return count;
 }
 
-// Each launcher in front holds the lock until its platform has published, for 15 seconds at the most; a
-// restart waits 20 seconds before that, and the lock is asked for once a second. Who was told to wait
-// for its platform sees the end of it.
-std::uint64_t Race::longestHonestWait() const {
+// Every earlier launcher holds the lock until its platform has published, for at most 15 seconds. A
+// restart waits 20 seconds before that, and the lock is retried once a second. A launcher with
+// -zelLauncherWait waits for the end of its platform.
+std::uint64_t Race::longestAllowedWait() const {
     std::uint64_t longest = 22'000;
     for (const auto& [id, record] : platforms) {
-        longest += endpointWait + 1'000;
+        longest += pipeFileWait + 1'000;
         const bool isAnyWaiting =
             std::any_of(plan.launchers.begin(), plan.launchers.end(), [](const auto& launcherPlan) {
-                return std::find(launcherPlan.words.begin(), launcherPlan.words.end(), L"-zelLauncherWait") !=
-                       launcherPlan.words.end();
+                const auto& arguments = launcherPlan.arguments;
+                return std::find(arguments.begin(), arguments.end(), L"-zelLauncherWait") != arguments.end();
             });
         if (isAnyWaiting) {
             longest += record.plan.publishesAfter + record.plan.livesFor + record.plan.endsAfterRestart;
@@ -127,70 +105,70 @@ bool Race::isAnyPlatformHanging() const {
     });
 }
 
-// Every argument list went to a platform, once, or its launcher said why not. Nobody waits for ever,
-// but behind a platform that lets nobody in.
+// Every argument list arrives at a platform once, or its launcher logs why not. No launcher waits
+// forever, except for a platform that never serves its pipe.
 void Race::checkLaunchers() {
     for (const auto& [id, record] : launchers) {
-        const std::string who = "launcher " + std::to_string(id) + " (" + narrowText(record.word) + ")";
+        const std::string label = "launcher " + std::to_string(id) + " (" + toUtf8(record.name) + ")";
         if (record.hasEnded) {
-            checkEnd(record, who);
+            checkEnd(record, label);
             continue;
         }
-        ++report.outcomes["waits behind a platform that lets nobody in"];
+        ++report.outcomes["waits for a platform that never serves its pipe"];
         if (!isAnyPlatformHanging()) {
-            fail(who + " has not ended");
+            fail(label + " has not ended");
         }
     }
 }
 
-void Race::checkEnd(const LauncherRecord& ended, const std::string& who) {
+void Race::checkEnd(const LauncherRecord& ended, const std::string& label) {
     const std::uint64_t wait = ended.endTime - ended.arrival;
     report.longestWait = std::max(report.longestWait, wait);
-    if (!mayAnybodyStall() && wait > longestHonestWait()) {
-        fail(who + " took " + std::to_string(wait) + " ms");
+    if (!canStall() && wait > longestAllowedWait()) {
+        fail(label + " took " + std::to_string(wait) + " ms");
     }
-    const int deliveries = deliveriesOf(ended.word);
+    const std::size_t deliveries = deliveriesOf(ended.name);
     if (ended.end.kind != simulation::EndKind::exited ||
         (ended.end.status != 0 && ended.end.status != scenarios::fatalStatus)) {
-        fail(who + " ended with the status " + std::to_string(ended.end.status));
+        fail(label + " ended with status " + std::to_string(ended.end.status));
     } else if (ended.end.status != 0) {
-        checkFatalEnd(ended, who, deliveries);
+        checkFatalEnd(ended, label, deliveries);
     } else {
         ++report.outcomes["delivered"];
         if (deliveries != 1) {
-            fail(who + " ended well and its arguments were delivered " + std::to_string(deliveries) +
+            fail(label + " ended with 0 and its arguments were delivered " + std::to_string(deliveries) +
                  " times");
         }
     }
 }
 
-void Race::checkFatalEnd(const LauncherRecord& ended, const std::string& who, int deliveries) {
+void Race::checkFatalEnd(const LauncherRecord& ended, const std::string& label, std::size_t deliveries) {
     ++report.outcomes[ended.fatalLine.empty() ? "fatal, and another launcher emptied its log"
                                               : ended.fatalLine.substr(0, 10)];
     if (deliveries != 0) {
-        fail(who + " ended fatally, and its arguments were delivered all the same");
+        fail(label + " ended fatally, but its arguments were delivered");
     }
     if (ended.fatalLine.find("error 231") != std::string::npos) {
-        fail(who + " met another launcher at the pipe: " + ended.fatalLine);
+        fail(label + " met another launcher at the pipe: " + ended.fatalLine);
     }
     if (ended.fatalLine.empty() && !ended.hasSharedLog) {
-        fail(who + " ended fatally without a line in its log that says why");
+        fail(label + " ended fatally without a reason in its log");
     }
 }
 
 bool Race::isSlow(const PlatformRecord& record) const {
-    return record.publishedTime == never || record.publishedTime >= record.createdTime + endpointWait;
+    return record.publishedTime == never || record.publishedTime >= record.createdTime + pipeFileWait;
 }
 
-// Its launcher gave up the lock before this platform published.
+// Its launcher released the lock before this platform published.
 bool Race::isNoLongerWaitedFor(const PlatformRecord& record) const {
-    return isSlow(record) || foundLateEndpoint(record) || (mayAnybodyStall() && foundHeldEndpoint(record));
+    return isSlow(record) || foundLatePipeFile(record) || (canStall() && foundHeldPipeFile(record));
 }
 
-// A platform that the lock no longer waited for published between the moment at which this one's
-// launcher got the lock and the one at which this one published: the launcher saw an endpoint, and the
-// lock no longer waits for this one either.
-bool Race::foundLateEndpoint(const PlatformRecord& record) const {
+// Another platform, whose launcher had already released the lock, published after this one's launcher
+// got the lock and before this one published. So the launcher saw a pipe file and released the lock too
+// early for this one as well.
+bool Race::foundLatePipeFile(const PlatformRecord& record) const {
     std::uint64_t locked = 0;
     for (const simulation::Operation& operation : machine.operations()) {
         const bool isLast = operation.process == record.launcher && operation.name == "lockStream" &&
@@ -204,27 +182,27 @@ bool Race::foundLateEndpoint(const PlatformRecord& record) const {
     });
 }
 
-// Somebody else had the endpoint open at this one's launcher's last attempt to move it away.
-bool Race::foundHeldEndpoint(const PlatformRecord& record) const {
+// Another process had the pipe file open at the last attempt of this one's launcher to move it away.
+bool Race::foundHeldPipeFile(const PlatformRecord& record) const {
     std::set<simulation::ProcessId> readers;
     bool isHeld = false;
     for (const simulation::Operation& operation : machine.operations()) {
         if (operation.index >= record.createdOperation) {
             break;
         }
-        const bool isOfEndpoint = operation.argument.ends_with(L"\\.pipe");
-        if (operation.name == "openStream" && isOfEndpoint) {
+        const bool isOfPipeFile = operation.argument.ends_with(L"\\.pipe");
+        if (operation.name == "openStream" && isOfPipeFile) {
             readers.insert(operation.process);
         } else if (operation.name == "closeStream" && operation.argument == L".pipe") {
             readers.erase(operation.process);
-        } else if (operation.name == "moveFile" && isOfEndpoint && operation.process == record.launcher) {
+        } else if (operation.name == "moveFile" && isOfPipeFile && operation.process == record.launcher) {
             isHeld = !readers.empty();
         }
     }
     return isHeld;
 }
 
-bool Race::mayAnybodyStall() const {
+bool Race::canStall() const {
     return plan.switching.stallOneIn != 0 || plan.stall;
 }
 
@@ -233,11 +211,11 @@ Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second)
     if (isSlow(first)) {
         return Overlap::slowPlatform;
     }
-    if (foundLateEndpoint(first)) {
-        return Overlap::lateEndpoint;
+    if (foundLatePipeFile(first)) {
+        return Overlap::latePipeFile;
     }
-    if (foundHeldEndpoint(first) && mayAnybodyStall()) {
-        return Overlap::heldEndpoint;
+    if (foundHeldPipeFile(first) && canStall()) {
+        return Overlap::heldPipeFile;
     }
     std::set<simulation::ProcessId> haveLocked;
     for (const simulation::Operation& operation : machine.operations()) {
@@ -251,22 +229,22 @@ Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second)
                                 operation.argument == L".zel.lock" &&
                                 haveLocked.count(operation.process) == 0;
         if (isBlanking) {
-            return Overlap::recordBlanked;
+            return Overlap::ownerBlanked;
         }
         const bool isEarlyReading = operation.name == "openStream" && operation.process == second.launcher &&
                                     operation.argument.ends_with(L"\\.pipe") &&
                                     operation.index <= first.publishedOperation;
-        if (isEarlyReading && first.plan.publishing == Publishing::inTwoSteps) {
-            return Overlap::tornEndpoint;
+        if (isEarlyReading && first.plan.publishing == Publishing::inPlace) {
+            return Overlap::emptyPipeFile;
         }
         if (isEarlyReading && launchers.at(second.launcher).isRestart) {
             return Overlap::rememberedName;
         }
     }
-    return Overlap::notAccepted;
+    return Overlap::unexplained;
 }
 
-// Never two platforms at the same time, but for the accepted reasons.
+// Two platforms run at the same time only for one of the accepted reasons.
 void Race::checkPlatforms() {
     std::vector<std::pair<simulation::ProcessId, const PlatformRecord*>> started;
     for (const auto& [id, record] : platforms) {
@@ -286,11 +264,11 @@ void Race::checkPlatforms() {
             }
             together.insert({firstId, secondId});
             Overlap reason = explain(*first, *second);
-            if (reason == Overlap::notAccepted && sharing.count(firstId) != 0) {
+            if (reason == Overlap::unexplained && sharing.count(firstId) != 0) {
                 reason = Overlap::consequence;
             }
             ++report.overlaps[reason];
-            if (reason == Overlap::notAccepted) {
+            if (reason == Overlap::unexplained) {
                 fail("platform " + std::to_string(secondId) + " was started while " +
                      std::to_string(firstId) + " ran");
             }
@@ -299,37 +277,37 @@ void Race::checkPlatforms() {
     }
 }
 
-// Each text that came through a pipe is one whole list of one launcher, meant for this platform.
+// Each text in a pipe is the whole list of one launcher, meant for this platform.
 void Race::checkPayloads() {
     for (const auto& [id, record] : platforms) {
         for (const std::string& bytes : machine.pipePayloads(pipeNameOf(id))) {
             if (bytes.empty()) {
-                continue;  // a client that found nobody to write to
+                continue;  // a client that connected and wrote nothing
             }
-            const std::wstring text = wideText(bytes);
-            std::size_t words = 0;
+            const std::wstring text = pipeText(bytes);
+            std::size_t names = 0;
             for (const auto& [launcherId, launcherRecord] : launchers) {
-                words += countOf(text, launcherRecord.word);
+                names += countOccurrences(toUtf8(text), toUtf8(launcherRecord.name));
             }
             const bool isWhole = bytes.size() % 2 == 0 && text.find(L'\0') + 1 == text.size() &&
                                  text.starts_with(L"C:/Apps/framework/Client/") &&
                                  text.find(L"\n-vmargs\n") != std::wstring::npos;
-            if (words != 1 || !isWhole) {
-                fail("a mixed payload: " + narrowText(text));
+            if (names != 1 || !isWhole) {
+                fail("a payload is not one whole list: " + toUtf8(text));
             }
             const bool isForOther =
                 text.find(L"\n-useDaemon\n" + std::to_wstring(id) + L"\n") == std::wstring::npos;
             if (isForOther && report.overlaps.empty()) {
-                fail("a payload with the number of another platform: " + narrowText(text));
+                fail("a payload has the process id of another platform: " + toUtf8(text));
             }
         }
     }
 }
 
-// The lock file holds a record, and the last platform is the one that is recorded.
-void Race::checkRecords() {
+// The lock file and `.zel.main` name the last platform. The lock file may be blank.
+void Race::checkLockFiles() {
     const std::string lock = workspaceFile(L".zel.lock").value_or("");
-    if (!isOwnerRecord(lock)) {
+    if (!isOwnerText(lock)) {
         fail("the lock file holds \"" + lock + "\"");
     }
     const auto last = std::max_element(platforms.begin(), platforms.end(), [](const auto& a, const auto& b) {
@@ -338,13 +316,13 @@ void Race::checkRecords() {
     if (last == platforms.end()) {
         return;
     }
-    const std::string number = std::to_string(last->first);
-    if (lock.find_first_not_of(' ') != std::string::npos && lock.substr(0, lock.find(' ')) != number) {
-        fail("the lock file holds \"" + lock + "\", and the last platform is " + number);
+    const std::string processId = std::to_string(last->first);
+    if (lock.find_first_not_of(' ') != std::string::npos && lock.substr(0, lock.find(' ')) != processId) {
+        fail("the lock file holds \"" + lock + "\", and the last platform is " + processId);
     }
-    if (workspaceFile(L".zel.main") != number + "     ") {
+    if (workspaceFile(L".zel.main") != processId + "     ") {
         fail(".zel.main holds \"" + workspaceFile(L".zel.main").value_or("") +
-             "\", and the last platform is " + number);
+             "\", and the last platform is " + processId);
     }
 }
 

@@ -21,7 +21,7 @@ private:
     std::mt19937_64 generator;
 };
 
-// Most moments are whole seconds, so that those who sleep wake up together and race.
+// Most moments are whole seconds, so that sleeping processes wake up together and race.
 std::uint32_t drawMoment(Draw& draw, std::uint32_t seconds) {
     const std::uint32_t extra[] = {0, 0, 0, 1, 200, 500, 999};
     return draw.below(seconds + 1) * 1000 + draw.oneOf(extra);
@@ -33,14 +33,14 @@ LauncherPlan drawLauncher(Draw& draw) {
     const std::uint32_t span = draw.oneOf(spans);
     plan.arrivesAfter = span == 0 ? 0 : drawMoment(draw, span);
     if (draw.percent(40)) {
-        plan.words.emplace_back(L"-debug");
+        plan.arguments.emplace_back(L"-debug");
     }
     if (draw.percent(10)) {
-        plan.words.emplace_back(L"-dcommand_only");
+        plan.arguments.emplace_back(L"-dcommand_only");
     } else if (draw.percent(8)) {
-        plan.words.emplace_back(L"-restart");
+        plan.arguments.emplace_back(L"-restart");
     } else if (draw.percent(4)) {
-        plan.words.emplace_back(L"-zelLauncherWait");
+        plan.arguments.emplace_back(L"-zelLauncherWait");
     }
     return plan;
 }
@@ -81,8 +81,9 @@ RacePlan planOf(std::uint64_t seed) {
     Draw draw(seed);
     RacePlan plan;
     plan.seed = seed;
-    const Before befores[] = {Before::nothing, Before::deadPlatform, Before::runningPlatform};
-    plan.before = draw.oneOf(befores);
+    const InitialState states[] = {InitialState::nothing, InitialState::deadPlatform,
+                                   InitialState::runningPlatform};
+    plan.initialState = draw.oneOf(states);
     const std::uint32_t launchers = 2 + std::min(draw.below(7), draw.below(7));
     for (std::uint32_t i = 0; i < launchers; ++i) {
         plan.launchers.push_back(drawLauncher(draw));
@@ -90,10 +91,11 @@ RacePlan planOf(std::uint64_t seed) {
     for (int i = 0; i < 3; ++i) {
         plan.platforms.push_back(drawPlatform(draw));
     }
-    if (plan.before == Before::runningPlatform && plan.platforms.front().fate != Fate::neverServes) {
+    if (plan.initialState == InitialState::runningPlatform &&
+        plan.platforms.front().fate != Fate::neverServes) {
         plan.platforms.front().fate = draw.percent(40) ? Fate::restarts : Fate::lives;
     }
-    plan.platforms.emplace_back();  // from the fourth on they live, so that restarts come to an end
+    plan.platforms.emplace_back();  // the fourth and later ones only live, so that restarts end
     plan.switching = drawSwitching(draw);
     return plan;
 }

@@ -2,7 +2,6 @@
 
 #include "schedules/race_plan.h"
 
-// A seed is all that is needed to see a race again.
 namespace {
 
 std::string recordOf(std::uint64_t seed) {
@@ -11,7 +10,7 @@ std::string recordOf(std::uint64_t seed) {
     return race.record();
 }
 
-TEST(Reproduction, ASeedGivesTheSameRunToTheByte) {
+TEST(Race, SameSeedGivesTheSameRecord) {
     for (std::uint64_t seed = 1; seed <= 40; ++seed) {
         const std::string first = recordOf(seed);
         EXPECT_GT(first.size(), 1000U);

@@ -5,6 +5,7 @@
 
 #include "schedules/race.h"
 #include "schedules/race_plan.h"
+#include "support/run_length.h"
 
 namespace {
 
@@ -23,12 +24,11 @@ std::uint64_t numberFromEnvironment(const char* name, std::uint64_t otherwise) {
 constexpr std::uint64_t longSchedules = 1'000'000;
 
 std::uint64_t scheduleCount() {
-    const bool isLong = std::getenv("ZELLAUNCHER_LONG") != nullptr;
     return numberFromEnvironment("ZELLAUNCHER_SCHEDULES",
-                                 isLong ? longSchedules : ZELLAUNCHER_ORDINARY_SCHEDULES);
+                                 launchertest::isLongRun() ? longSchedules : ZELLAUNCHER_ORDINARY_SCHEDULES);
 }
 
-// What many races came to.
+// The results of many races.
 struct Tally {
     std::uint64_t races = 0;
     std::uint64_t operations = 0;
@@ -47,14 +47,14 @@ struct Tally {
             overlaps[overlap] += static_cast<std::uint64_t>(count);
         }
     }
-    // Races in which nothing goes wrong would show nothing.
+    // Races in which nothing goes wrong would prove nothing.
     void expectEverythingHappened() const {
         for (const char* outcome :
-             {"delivered", "waits behind a platform that lets nobody in", "ZLNCH0142E", "ZLNCH0145E"}) {
+             {"delivered", "waits for a platform that never serves its pipe", "ZLNCH0142E", "ZLNCH0145E"}) {
             EXPECT_TRUE(outcomes.count(outcome) != 0) << outcome;
         }
         for (const schedules::Overlap overlap :
-             {schedules::Overlap::slowPlatform, schedules::Overlap::recordBlanked,
+             {schedules::Overlap::slowPlatform, schedules::Overlap::ownerBlanked,
               schedules::Overlap::rememberedName}) {
             EXPECT_TRUE(overlaps.count(overlap) != 0) << nameOf(overlap);
         }
@@ -83,13 +83,13 @@ void runSeed(std::uint64_t seed, Tally& tally) {
     }
     for (const std::string& violation : report.violations) {
         ADD_FAILURE() << violation << "\n"
-                      << schedules::describe(plan) << "  again: ZELLAUNCHER_SEED=" << seed
+                      << schedules::describe(plan) << "  repeat: ZELLAUNCHER_SEED=" << seed
                       << " ZELLAUNCHER_SCHEDULES=1 build/native/tests/schedules/schedules "
                          "--gtest_filter=SeededSchedules.*";
     }
 }
 
-TEST(SeededSchedules, OnePlatformAndEveryArgumentListOnce) {
+TEST(SeededSchedules, StartOnePlatformAndDeliverEachListOnce) {
     const std::uint64_t first = numberFromEnvironment("ZELLAUNCHER_SEED", 1);
     const std::uint64_t count = scheduleCount();
     Tally tally;

@@ -1,22 +1,22 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
 #include "schedules/exploration.h"
+#include "support/run_length.h"
 
-// Every order of two launchers' operations, up to a number of departures from the habit of letting
-// each go on until it sleeps or ends.
+// Every order of two launchers' operations, up to a number of departures from the default, in which each
+// continues until it sleeps or ends.
 namespace {
 
-using schedules::Before;
+using launchertest::isLongRun;
 using schedules::Exploration;
-using schedules::Fate;
+using schedules::InitialState;
 using schedules::isSharedOperation;
 using schedules::RacePlan;
 
-bool isAny(const char* /*name*/, const std::wstring& /*argument*/) {
+bool isAnyOperation(const char* /*name*/, const std::wstring& /*argument*/) {
     return true;
 }
 
@@ -24,12 +24,8 @@ bool isAny(const char* /*name*/, const std::wstring& /*argument*/) {
 #define ZELLAUNCHER_ORDINARY_DEPARTURES 2
 #endif
 
-bool isLong() {
-    return std::getenv("ZELLAUNCHER_LONG") != nullptr;
-}
-
 int sharedDepartures() {
-    return isLong() ? 3 : ZELLAUNCHER_ORDINARY_DEPARTURES;
+    return isLongRun() ? 3 : ZELLAUNCHER_ORDINARY_DEPARTURES;
 }
 
 Exploration exploreAll(const RacePlan& plan, schedules::IsSwitching isSwitching, int departures) {
@@ -46,50 +42,52 @@ Exploration exploreAll(const RacePlan& plan, schedules::IsSwitching isSwitching,
     return exploration;
 }
 
-// Two launchers who come at the same moment, and a platform that lives through both.
-RacePlan twoLaunchers(Before before) {
+// Two launchers that arrive at the same moment, and a platform that outlives both.
+RacePlan twoLaunchers(InitialState initialState) {
     RacePlan plan;
-    plan.before = before;
+    plan.initialState = initialState;
     plan.launchers.resize(2);
-    plan.platforms.push_back({Fate::lives, 200, 5000, 0, {}});
+    plan.platforms.push_back({.publishesAfter = 200, .livesFor = 5000});
     return plan;
 }
 
-// The outcomes of races in which nothing dies: both lists arrive, and there is one platform.
+// In races in which no platform ends, both lists arrive and only one platform runs.
 void expectAllDelivered(const Exploration& exploration) {
     EXPECT_EQ(exploration.outcomes.size(), 1U);
     EXPECT_EQ(exploration.outcomes.at("delivered"), exploration.schedules * 2);
     EXPECT_TRUE(exploration.overlaps.empty());
 }
 
-TEST(TwoLaunchers, FirstStartAtEverySharedOperation) {
-    expectAllDelivered(exploreAll(twoLaunchers(Before::nothing), isSharedOperation, sharedDepartures()));
-}
-
-TEST(TwoLaunchers, FirstStartAtEveryOperation) {
-    expectAllDelivered(exploreAll(twoLaunchers(Before::nothing), isAny, isLong() ? 2 : 1));
-}
-
-TEST(TwoLaunchers, AfterAPlatformThatDied) {
-    expectAllDelivered(exploreAll(twoLaunchers(Before::deadPlatform), isSharedOperation, sharedDepartures()));
-}
-
-TEST(TwoLaunchers, BesideAPlatformThatRuns) {
+TEST(TwoLaunchers, DeliverOnAFirstStart) {
     expectAllDelivered(
-        exploreAll(twoLaunchers(Before::runningPlatform), isSharedOperation, sharedDepartures()));
+        exploreAll(twoLaunchers(InitialState::nothing), isSharedOperation, sharedDepartures()));
 }
 
-// The platform is there and ends at the moment at which the launchers come.
-TEST(TwoLaunchers, WhileThePlatformEnds) {
-    RacePlan plan = twoLaunchers(Before::runningPlatform);
+TEST(TwoLaunchers, DeliverWithSwitchesAtEveryOperation) {
+    expectAllDelivered(exploreAll(twoLaunchers(InitialState::nothing), isAnyOperation, isLongRun() ? 2 : 1));
+}
+
+TEST(TwoLaunchers, DeliverAfterADeadPlatform) {
+    expectAllDelivered(
+        exploreAll(twoLaunchers(InitialState::deadPlatform), isSharedOperation, sharedDepartures()));
+}
+
+TEST(TwoLaunchers, DeliverToARunningPlatform) {
+    expectAllDelivered(
+        exploreAll(twoLaunchers(InitialState::runningPlatform), isSharedOperation, sharedDepartures()));
+}
+
+// The platform ends at the moment at which the launchers arrive.
+TEST(TwoLaunchers, NeverOverlapWhileThePlatformEnds) {
+    RacePlan plan = twoLaunchers(InitialState::runningPlatform);
     plan.platforms.front().livesFor = 2;
     plan.launchers[0].arrivesAfter = 1;
     plan.launchers[1].arrivesAfter = 1;
-    plan.platforms.push_back({Fate::lives, 0, 5000, 0, {}});
+    plan.platforms.push_back({.publishesAfter = 0, .livesFor = 5000});
     const Exploration exploration = exploreAll(plan, isSharedOperation, sharedDepartures());
     EXPECT_TRUE(exploration.overlaps.empty());
     EXPECT_GT(exploration.outcomes.count("delivered"), 0U);
-    if (sharedDepartures() >= 2) {  // it went between the look and the pipe
+    if (sharedDepartures() >= 2) {  // it ended after it was found and before its pipe was opened
         EXPECT_GT(exploration.outcomes.count("ZLNCH0142E"), 0U);
     }
 }

@@ -1,6 +1,7 @@
 #include "support/launcher_fixture.h"
 
 #include "foundation/log_channel.h"
+#include "support/text.h"
 
 namespace launchertest {
 
@@ -9,61 +10,76 @@ namespace {
 constexpr const wchar_t* program = L"C:\\Apps\\framework\\Client\\zel\\zellauncher.exe";
 constexpr const wchar_t* logDirectory = L"C:\\TestLog";
 
-std::string withLineFeeds(const std::string& bytes) {
-    std::string text;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const bool lineEnd = bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n';
-        if (!lineEnd) text += bytes[i];
-    }
-    return text;
-}
-
-Outcome runWithLog(simulation::Machine& machine, const std::function<void()>& body, bool debug) {
-    machine.makeDirectory(L"C:\\Temp");
-    machine.makeDirectory(logDirectory);
-    machine.writeFile(program, "");
-    Outcome outcome;
-    outcome.end = machine.run({program}, [&] {
-        EXPECT_TRUE(zellauncher::openLog(logDirectory));
-        zellauncher::setLogDebug(debug);
-        body();
-        return 0;
-    });
-    outcome.log = withLineFeeds(machine.readFile(L"C:\\TestLog\\zellauncher.log").value_or(""));
-    if (outcome.log.starts_with("\n")) outcome.log.erase(0, 1);
-    return outcome;
-}
-
 }  // namespace
 
+simulation::ProcessEnd Outcome::processEnd() const {
+    *isEndChecked = true;
+    return end;
+}
+
 bool Outcome::isFatal() const {
-    return end.kind == simulation::EndKind::exited && end.status == 0xFFFFFFFFU;
+    const simulation::ProcessEnd checked = processEnd();
+    return checked.kind == simulation::EndKind::exited && checked.status == 0xFFFFFFFFU;
+}
+
+void Outcome::expectFatal(const std::string& message) const {
+    EXPECT_TRUE(isFatal()) << log;
+    EXPECT_EQ(lastLine(), message);
 }
 
 std::string Outcome::lastLine() const {
-    if (log.empty()) return {};
-    const std::size_t end_ = log.back() == '\n' ? log.size() - 1 : log.size();
-    const std::size_t before = log.rfind('\n', end_ == 0 ? 0 : end_ - 1);
-    const std::size_t start = before == std::string::npos ? 0 : before + 1;
-    return log.substr(start, end_ - start);
+    const std::vector<std::string> all = splitLines(log);
+    return all.empty() ? std::string() : all.back();
 }
 
 bool Outcome::logHas(const std::string& line) const {
     return ("\n" + log).find("\n" + line + "\n") != std::string::npos;
 }
 
+std::size_t Outcome::linesBeginningWith(const std::string& beginning) const {
+    return countLinesBeginningWith(log, beginning);
+}
+
 Outcome OnMachine::run(const std::function<void()>& body) {
-    return runWithLog(machine, body, true);
+    return runWithLog(body, true);
 }
 
 Outcome OnMachine::runQuietly(const std::function<void()>& body) {
-    return runWithLog(machine, body, false);
+    return runWithLog(body, false);
+}
+
+Outcome OnMachine::runWithLog(const std::function<void()>& body, bool isDebug) {
+    machine.makeDirectory(L"C:\\Temp");
+    machine.makeDirectory(logDirectory);
+    machine.writeFile(program, "");
+    Outcome outcome;
+    outcome.end = machine.run({program}, [&] {
+        EXPECT_TRUE(zellauncher::openLog(logDirectory));
+        zellauncher::setLogDebug(isDebug);
+        body();
+        outcome.hasBodyReturned = true;
+        return 0;
+    });
+    outcome.log = withLineFeeds(machine.readFile(L"C:\\TestLog\\zellauncher.log").value_or(""));
+    if (outcome.log.starts_with("\n")) {
+        outcome.log.erase(0, 1);
+    }
+    outcomes.push_back(outcome);
+    return outcome;
+}
+
+void OnMachine::TearDown() {
+    for (const Outcome& outcome : outcomes) {
+        EXPECT_TRUE(outcome.hasBodyReturned || *outcome.isEndChecked)
+            << "the process ended inside the body, and the test did not expect that: " << outcome.lastLine();
+    }
 }
 
 std::string lines(const std::vector<std::string>& texts) {
     std::string all;
-    for (const std::string& text : texts)
+    for (const std::string& text : texts) {
         all += text + "\n";
+    }
     return all;
 }
 

@@ -8,16 +8,14 @@ namespace platform {
 
 namespace {
 
-// The system's own limit. Not everything that the launcher runs under keeps it: a longer command
-// would then reach the platform cut.
+// The system's own limit, checked here because Wine does not check it and would truncate the command.
 constexpr std::size_t longestCommandLine = 32766;
 
-bool fillEntry(bool isThere, const PROCESSENTRY32W& data, ProcessEntry& entry) {
-    if (isThere) {
-        entry.executableName = data.szExeFile;
-        entry.processId = data.th32ProcessID;
+std::optional<ProcessEntry> asEntry(bool hasEntry, const PROCESSENTRY32W& data) {
+    if (!hasEntry) {
+        return std::nullopt;
     }
-    return isThere;
+    return ProcessEntry{data.szExeFile, data.th32ProcessID};
 }
 
 PROCESSENTRY32W emptyEntry() {
@@ -29,10 +27,10 @@ PROCESSENTRY32W emptyEntry() {
 
 }  // namespace
 
-bool createProcess(const std::wstring& commandLine, const StartInformation& start, ChildProcess& child) {
+std::optional<ChildProcess> createProcess(const std::wstring& commandLine, const StartInformation& start) {
     if (commandLine.size() > longestCommandLine) {
         SetLastError(ERROR_FILENAME_EXCED_RANGE);
-        return false;
+        return std::nullopt;
     }
     STARTUPINFOW information = {};
     static_assert(sizeof(information) == 104);
@@ -42,16 +40,14 @@ bool createProcess(const std::wstring& commandLine, const StartInformation& star
     if (start.title) {
         information.lpTitle = title.data();
     }
-    std::wstring writableCommand = commandLine;  // the system may write to it
+    std::wstring writableCommand = commandLine;  // CreateProcessW may write to it
     PROCESS_INFORMATION process = {};
     if (CreateProcessW(nullptr, writableCommand.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                        &information, &process) == 0) {
-        return false;
+        return std::nullopt;
     }
-    child.process = seamHandle(process.hProcess);
-    child.thread = seamHandle(process.hThread);
-    child.processId = process.dwProcessId;
-    return true;
+    return ChildProcess{interfaceHandle(process.hProcess), interfaceHandle(process.hThread),
+                        process.dwProcessId};
 }
 
 bool hasProcessEnded(Handle process) {
@@ -71,21 +67,21 @@ void waitForInputIdle(Handle process, std::uint32_t milliseconds) {
 }
 
 Handle openProcess(std::uint32_t processId) {
-    return seamHandle(OpenProcess(PROCESS_QUERY_INFORMATION, TRUE, processId));
+    return interfaceHandle(OpenProcess(PROCESS_QUERY_INFORMATION, TRUE, processId));
 }
 
 Handle processSnapshot() {
-    return seamHandle(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    return interfaceHandle(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
 }
 
-bool firstProcess(Handle snapshot, ProcessEntry& entry) {
+std::optional<ProcessEntry> firstProcess(Handle snapshot) {
     PROCESSENTRY32W data = emptyEntry();
-    return fillEntry(Process32FirstW(systemHandle(snapshot), &data) != 0, data, entry);
+    return asEntry(Process32FirstW(systemHandle(snapshot), &data) != 0, data);
 }
 
-bool nextProcess(Handle snapshot, ProcessEntry& entry) {
+std::optional<ProcessEntry> nextProcess(Handle snapshot) {
     PROCESSENTRY32W data = emptyEntry();
-    return fillEntry(Process32NextW(systemHandle(snapshot), &data) != 0, data, entry);
+    return asEntry(Process32NextW(systemHandle(snapshot), &data) != 0, data);
 }
 
 }  // namespace platform

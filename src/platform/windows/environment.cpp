@@ -4,8 +4,8 @@
 
 namespace platform {
 
-// Asked of the system and not of the runtime, whose copy of the environment is of the start of the
-// process and of the narrow code page where it is older.
+// Reads the system's environment, because the runtime's copy dates from process start and may have
+// been converted to the narrow code page.
 std::optional<std::wstring> environmentValue(const std::wstring& name) {
     std::wstring value;
     DWORD capacity = 256;
@@ -20,23 +20,23 @@ std::optional<std::wstring> environmentValue(const std::wstring& name) {
             value.resize(length);
             return value;
         }
-        capacity = length;  // what it needs, its terminator included
+        capacity = length;  // the required size, NUL included
     }
 }
 
-int putEnvironmentText(const std::wstring& assignment) {
+bool putEnvironmentText(const std::wstring& assignment) {
     const std::size_t separator = assignment.find(L'=');
     if (separator == std::wstring::npos || separator == 0) {
         SetLastError(ERROR_INVALID_PARAMETER);
-        return -1;
+        return false;
     }
     const std::wstring name = assignment.substr(0, separator);
     const std::wstring value = assignment.substr(separator + 1);
     if (SetEnvironmentVariableW(name.c_str(), value.empty() ? nullptr : value.c_str()) != 0) {
-        return 0;
+        return true;
     }
-    // To remove what is not there is no failure.
-    return value.empty() && GetLastError() == ERROR_ENVVAR_NOT_FOUND ? 0 : -1;
+    // Removing a missing variable succeeds.
+    return value.empty() && GetLastError() == ERROR_ENVVAR_NOT_FOUND;
 }
 
 }  // namespace platform

@@ -6,9 +6,8 @@ namespace platform {
 
 namespace {
 
-void fillEntry(const WIN32_FIND_DATAW& data, FindEntry& entry) {
-    entry.name = data.cFileName;
-    entry.attributes = data.dwFileAttributes;
+FindEntry asEntry(const WIN32_FIND_DATAW& data) {
+    return {data.cFileName, data.dwFileAttributes};
 }
 
 HANDLE searchHandle(FindHandle handle) {
@@ -29,8 +28,9 @@ bool createDirectory(const std::wstring& path) {
     return CreateDirectoryW(path.c_str(), nullptr) != 0;
 }
 
-bool copyFile(const std::wstring& source, const std::wstring& target, bool failIfExists) {
-    return CopyFileW(source.c_str(), target.c_str(), failIfExists ? TRUE : FALSE) != 0;
+bool copyFile(const std::wstring& source, const std::wstring& target, ExistingTarget existingTarget) {
+    const BOOL failsIfExists = existingTarget == ExistingTarget::isFailure ? TRUE : FALSE;
+    return CopyFileW(source.c_str(), target.c_str(), failsIfExists) != 0;
 }
 
 bool flushFile(const std::wstring& path) {
@@ -59,23 +59,21 @@ bool removeDirectory(const std::wstring& path) {
     return RemoveDirectoryW(path.c_str()) != 0;
 }
 
-FindHandle findFirst(const std::wstring& searchPath, FindEntry& entry) {
+FirstMatch findFirst(const std::wstring& searchPath) {
     WIN32_FIND_DATAW data;
     HANDLE handle = FindFirstFileW(searchPath.c_str(), &data);
     if (handle == INVALID_HANDLE_VALUE) {
-        return FindHandle::none;
+        return {};
     }
-    fillEntry(data, entry);
-    return static_cast<FindHandle>(reinterpret_cast<std::uintptr_t>(handle));
+    return {static_cast<FindHandle>(reinterpret_cast<std::uintptr_t>(handle)), asEntry(data)};
 }
 
-bool findNext(FindHandle handle, FindEntry& entry) {
+std::optional<FindEntry> findNext(FindHandle handle) {
     WIN32_FIND_DATAW data;
     if (FindNextFileW(searchHandle(handle), &data) == 0) {
-        return false;
+        return std::nullopt;
     }
-    fillEntry(data, entry);
-    return true;
+    return asEntry(data);
 }
 
 void findClose(FindHandle handle) {
@@ -106,7 +104,8 @@ std::optional<std::wstring> moduleFileName(std::size_t capacity) {
 
 Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t sharing,
                   std::uint32_t disposition, std::uint32_t attributes) {
-    return seamHandle(CreateFileW(path.c_str(), access, sharing, nullptr, disposition, attributes, nullptr));
+    return interfaceHandle(
+        CreateFileW(path.c_str(), access, sharing, nullptr, disposition, attributes, nullptr));
 }
 
 }  // namespace platform

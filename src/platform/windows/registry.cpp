@@ -13,21 +13,25 @@ HKEY systemKey(RegistryKey key) {
     return reinterpret_cast<HKEY>(static_cast<std::uintptr_t>(key));
 }
 
-}  // namespace
-
-std::uint32_t openRegistryKey(RegistryRoot root, const std::wstring& path, std::uint32_t access,
-                              RegistryKey& key) {
-    HKEY opened = nullptr;
-    const LSTATUS status =
-        RegOpenKeyExW(root == RegistryRoot::localMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
-                      path.c_str(), 0, access, &opened);
-    key = status == ERROR_SUCCESS ? static_cast<RegistryKey>(reinterpret_cast<std::uintptr_t>(opened))
-                                  : RegistryKey::none;
-    return static_cast<std::uint32_t>(status);
+// The registry functions return their error code instead of leaving it in GetLastError.
+bool hasSucceeded(LSTATUS status) {
+    SetLastError(static_cast<DWORD>(status));
+    return status == ERROR_SUCCESS;
 }
 
-std::uint32_t queryRegistryText(RegistryKey key, const std::wstring& valueName, std::uint32_t& size,
-                                std::wstring& text) {
+}  // namespace
+
+RegistryKey openRegistryKey(RegistryRoot root, const std::wstring& path, std::uint32_t access) {
+    HKEY rootKey = root == RegistryRoot::localMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+    HKEY opened = nullptr;
+    if (!hasSucceeded(RegOpenKeyExW(rootKey, path.c_str(), 0, access, &opened))) {
+        return RegistryKey::none;
+    }
+    return static_cast<RegistryKey>(reinterpret_cast<std::uintptr_t>(opened));
+}
+
+std::optional<std::wstring> queryRegistryText(RegistryKey key, const std::wstring& valueName,
+                                              std::uint32_t& size) {
     std::vector<BYTE> data(size);
     DWORD bytes = size;
     const LSTATUS status =
@@ -35,26 +39,24 @@ std::uint32_t queryRegistryText(RegistryKey key, const std::wstring& valueName, 
     if (status == ERROR_SUCCESS || status == ERROR_MORE_DATA) {
         size = bytes;
     }
-    if (status != ERROR_SUCCESS) {
-        return static_cast<std::uint32_t>(status);
+    if (!hasSucceeded(status)) {
+        return std::nullopt;
     }
     std::wstring value(bytes / sizeof(wchar_t), L'\0');
     std::memcpy(value.data(), data.data(), value.size() * sizeof(wchar_t));
-    text = value.substr(0, value.find(L'\0'));
-    return 0;
+    return value.substr(0, value.find(L'\0'));
 }
 
-std::uint32_t setRegistryText(RegistryKey key, const std::wstring& valueName, const std::wstring& text) {
+bool setRegistryText(RegistryKey key, const std::wstring& valueName, const std::wstring& text) {
     const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-    return static_cast<std::uint32_t>(RegSetValueExW(systemKey(key), valueName.c_str(), 0, REG_SZ,
-                                                     reinterpret_cast<const BYTE*>(text.c_str()), bytes));
+    return hasSucceeded(RegSetValueExW(systemKey(key), valueName.c_str(), 0, REG_SZ,
+                                       reinterpret_cast<const BYTE*>(text.c_str()), bytes));
 }
 
-std::uint32_t setRegistryNumber(RegistryKey key, const std::wstring& valueName, std::uint32_t number) {
+bool setRegistryNumber(RegistryKey key, const std::wstring& valueName, std::uint32_t number) {
     BYTE data[sizeof(number)];
     std::memcpy(data, &number, sizeof(number));
-    return static_cast<std::uint32_t>(
-        RegSetValueExW(systemKey(key), valueName.c_str(), 0, REG_DWORD, data, sizeof(data)));
+    return hasSucceeded(RegSetValueExW(systemKey(key), valueName.c_str(), 0, REG_DWORD, data, sizeof(data)));
 }
 
 void closeRegistryKey(RegistryKey key) {

@@ -19,7 +19,7 @@ Handle openOwnToken() {
     if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, &token) == 0) {
         return Handle::none;
     }
-    return seamHandle(token);
+    return interfaceHandle(token);
 }
 
 Privilege findPrivilege(const std::wstring& name) {
@@ -32,12 +32,14 @@ Privilege findPrivilege(const std::wstring& name) {
     return privilege;
 }
 
-void adjustPrivilege(Handle token, Privilege privilege, bool isEnabled) {
+bool adjustPrivilege(Handle token, Privilege privilege, PrivilegeState state) {
     TOKEN_PRIVILEGES privileges = {};
     privileges.PrivilegeCount = 1;
     std::memcpy(&privileges.Privileges[0].Luid, &privilege, sizeof(privilege));
-    privileges.Privileges[0].Attributes = isEnabled ? SE_PRIVILEGE_ENABLED : 0;
-    AdjustTokenPrivileges(systemHandle(token), FALSE, &privileges, 0, nullptr, nullptr);
+    privileges.Privileges[0].Attributes = state == PrivilegeState::enabled ? SE_PRIVILEGE_ENABLED : 0;
+    // If the token lacks the privilege, the call succeeds with the last error ERROR_NOT_ALL_ASSIGNED.
+    return AdjustTokenPrivileges(systemHandle(token), FALSE, &privileges, 0, nullptr, nullptr) != 0 &&
+           GetLastError() == ERROR_SUCCESS;
 }
 
 void sendToDebugger(const std::wstring& text) {

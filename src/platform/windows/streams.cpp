@@ -9,8 +9,8 @@
 
 namespace platform {
 
-// The runtime's stream, and what was done last: between reading and writing the position has to be
-// set anew.
+// A stream of the runtime library and its last operation, because the C standard requires a seek between
+// reading and writing.
 struct Stream {
     FILE* file = nullptr;
     enum class Last { nothing, reading, writing } last = Last::nothing;
@@ -22,7 +22,7 @@ HANDLE fileHandle(const Stream* stream) {
     return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream->file)));
 }
 
-// A runtime that has not asked the system for anything leaves no error of the system's.
+// If the runtime failed without calling the system, translates its errno to an error code.
 void keepReason(int error) {
     if (GetLastError() != ERROR_SUCCESS) {
         return;
@@ -50,8 +50,8 @@ bool isDone(bool result) {
     return result;
 }
 
-// Turns from reading to writing or back, at the position at which the stream stands.
-void turnTo(Stream* stream, Stream::Last next) {
+// Prepares the stream for reading or writing at its current position.
+void switchTo(Stream* stream, Stream::Last next) {
     if (stream->last != Stream::Last::nothing && stream->last != next) {
         std::fseek(stream->file, 0, SEEK_CUR);
     }
@@ -77,18 +77,15 @@ Stream* openStream(const std::wstring& path, const char* mode) {
     return stream;
 }
 
-std::size_t readStream(Stream* stream, char* buffer, std::size_t capacity) {
-    turnTo(stream, Stream::Last::reading);
+ReadResult readStream(Stream* stream, char* buffer, std::size_t capacity) {
+    switchTo(stream, Stream::Last::reading);
     SetLastError(ERROR_SUCCESS);
     const std::size_t count = std::fread(buffer, 1, capacity, stream->file);
-    if (isDone(std::ferror(stream->file) == 0)) {
-        SetLastError(ERROR_SUCCESS);
-    }
-    return count;
+    return {count, !isDone(std::ferror(stream->file) == 0)};
 }
 
 bool writeStream(Stream* stream, const std::string& bytes) {
-    turnTo(stream, Stream::Last::writing);
+    switchTo(stream, Stream::Last::writing);
     SetLastError(ERROR_SUCCESS);
     return isDone(std::fwrite(bytes.data(), 1, bytes.size(), stream->file) == bytes.size());
 }

@@ -1,6 +1,6 @@
 #include "platform/users.h"
 
-#include "platform/windows/system_libraries.h"
+#include "platform/windows/system_directory_loading.h"
 #include "platform/windows/windows_api.h"
 // lmaccess.h needs the headers above.
 #include <lmcons.h>
@@ -17,7 +17,7 @@ using FreeBuffer = NET_API_STATUS(NET_API_FUNCTION*)(LPVOID);
 
 template <typename Function>
 Function networkFunction(HMODULE library, const char* name) {
-    // The system hands every function out as one type.
+    // By way of void*, because GetProcAddress returns every function as the same type.
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }
 
@@ -31,30 +31,31 @@ LocalGroups readGroups(GetLocalGroups getGroups, FreeBuffer freeBuffer, const st
     LPBYTE buffer = nullptr;
     DWORD entriesRead = 0;
     DWORD totalEntries = 0;
-    groups.status = getGroups(nullptr, userName.c_str(), 0, LG_INCLUDE_INDIRECT, &buffer, preferredSize,
-                              &entriesRead, &totalEntries);
+    const NET_API_STATUS status = getGroups(nullptr, userName.c_str(), 0, LG_INCLUDE_INDIRECT, &buffer,
+                                            preferredSize, &entriesRead, &totalEntries);
+    groups.hasSucceeded = status == 0;
     groups.entriesRead = entriesRead;
     groups.totalEntries = totalEntries;
     if (buffer != nullptr) {
         const auto* entries = reinterpret_cast<const LOCALGROUP_USERS_INFO_0*>(buffer);
-        for (DWORD i = 0; groups.status == 0 && i < entriesRead; ++i) {
+        for (DWORD i = 0; groups.hasSucceeded && i < entriesRead; ++i) {
             groups.names.emplace_back(entries[i].lgrui0_name);
         }
         freeBuffer(buffer);
     }
+    SetLastError(status);
     return groups;
 }
 
 }  // namespace
 
-bool currentUserName(std::size_t capacity, std::wstring& name) {
+std::optional<std::wstring> currentUserName(std::size_t capacity) {
     std::wstring buffer(capacity, L'\0');
     auto size = static_cast<DWORD>(capacity);
     if (GetUserNameW(buffer.data(), &size) == 0) {
-        return false;
+        return std::nullopt;
     }
-    name = buffer.c_str();
-    return true;
+    return buffer.c_str();
 }
 
 SecurityId administratorsGroupId() {
@@ -71,10 +72,10 @@ void freeSecurityId(SecurityId id) {
     FreeSid(systemId(id));
 }
 
-bool accountName(SecurityId id, std::size_t capacity, std::wstring& name) {
+std::optional<std::wstring> accountName(SecurityId id, std::size_t capacity) {
     if (id == SecurityId::none) {
         SetLastError(ERROR_INVALID_PARAMETER);
-        return false;
+        return std::nullopt;
     }
     std::wstring account(capacity, L'\0');
     std::wstring domain(capacity, L'\0');
@@ -83,27 +84,25 @@ bool accountName(SecurityId id, std::size_t capacity, std::wstring& name) {
     SID_NAME_USE use = SidTypeUnknown;
     if (LookupAccountSidW(nullptr, systemId(id), account.data(), &accountSize, domain.data(), &domainSize,
                           &use) == 0) {
-        return false;
+        return std::nullopt;
     }
-    name = account.c_str();
-    return true;
+    return account.c_str();
 }
 
 LocalGroups localGroupsOfUser(const std::wstring& userName, std::uint32_t preferredSize) {
-    LocalGroups groups;
     HMODULE library = loadSystemLibrary(L"netapi32.dll");
     if (library == nullptr) {
-        groups.status = GetLastError();
-        return groups;
+        return {};
     }
     const auto getGroups = networkFunction<GetLocalGroups>(library, "NetUserGetLocalGroups");
     const auto freeBuffer = networkFunction<FreeBuffer>(library, "NetApiBufferFree");
-    if (getGroups == nullptr || freeBuffer == nullptr) {
-        groups.status = GetLastError();
-    } else {
+    LocalGroups groups;
+    if (getGroups != nullptr && freeBuffer != nullptr) {
         groups = readGroups(getGroups, freeBuffer, userName, preferredSize);
     }
+    const DWORD error = GetLastError();
     FreeLibrary(library);
+    SetLastError(error);
     return groups;
 }
 

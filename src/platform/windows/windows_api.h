@@ -1,6 +1,6 @@
 #pragma once
 
-// The one way in which the system's headers come in, with what they need and without what they spoil.
+// The only place that includes windows.h, so that its macros are tamed once.
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
@@ -13,12 +13,12 @@
 
 namespace platform {
 
+// The system interface passes handles as numbers, because its headers do not know Windows types.
 inline HANDLE systemHandle(Handle handle) {
-    // The seam passes handles as numbers, since the headers above it do not know the system's types.
     return reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(handle));
 }
 
-inline Handle seamHandle(HANDLE handle) {
+inline Handle interfaceHandle(HANDLE handle) {
     return handle == INVALID_HANDLE_VALUE ? Handle::none
                                           : static_cast<Handle>(reinterpret_cast<std::uintptr_t>(handle));
 }

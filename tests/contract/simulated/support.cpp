@@ -4,36 +4,28 @@
 
 #include "contract/children.h"
 #include "contract/contract.h"
-#include "platform/clock.h"
-#include "platform/process.h"
 #include "simulation/machine.h"
 
 namespace contract {
 
 namespace {
 
-int runChild() {
-    const std::vector<std::wstring> words = platform::commandLineArguments();
-    if (words.at(1) == L"--as") {
-        return runChildAs();
-    }
-    platform::sleepMilliseconds(static_cast<std::uint32_t>(std::stoul(words.at(2))));
-    return static_cast<int>(std::stoul(words.at(1)));
-}
+constexpr const wchar_t* childPath = L"C:\\child.exe";
 
-// What the cases have called so far, of all machines.
+// Names of the operations that the tests have called so far, on all machines.
 std::set<std::string>& calledOperations() {
     static std::set<std::string> names;
     return names;
 }
 
-// The machine of the case that runs.
+// The machine of the current test.
 simulation::Machine*& currentMachine() {
     static simulation::Machine* machine = nullptr;
     return machine;
 }
 
-// Functions that a header of the seam declares: each stands at the head of a line.
+// Names of the functions that a header of the system interface declares. Each declaration begins in the
+// first column.
 std::vector<std::string> declaredOperations(const std::filesystem::path& header) {
     std::vector<std::string> names;
     std::ifstream file(header);
@@ -48,25 +40,25 @@ std::vector<std::string> declaredOperations(const std::filesystem::path& header)
     return names;
 }
 
-// Reading the last error and its text are no calls of the system that a machine would count. Ending the
-// session really ends it, so no case may.
-bool isCounted(const std::string& operation) {
+// The simulated machine does not record lastError and errorText. No test may call endSession, because on
+// Windows it ends the session.
+bool needsTest(const std::string& operation) {
     return operation != "lastError" && operation != "errorText" && operation != "endSession";
 }
 
-// After a whole run: no operation of the seam without a case.
+// Fails a run of all tests if an operation of the system interface was never called.
 class EveryOperation : public testing::Environment {
     void TearDown() override {
         if (testing::GTEST_FLAG(filter) != "*") {
             return;
         }
         std::size_t count = 0;
-        for (const auto& header : std::filesystem::directory_iterator(ZELLAUNCHER_SEAM)) {
+        for (const auto& header : std::filesystem::directory_iterator(ZELLAUNCHER_SYSTEM_INTERFACE)) {
             const std::vector<std::string> names =
                 header.is_regular_file() ? declaredOperations(header.path()) : std::vector<std::string>();
             for (const std::string& name : names) {
-                EXPECT_TRUE(!isCounted(name) || calledOperations().count(name) == 1)
-                    << "no case calls " << name;
+                EXPECT_TRUE(!needsTest(name) || calledOperations().count(name) == 1)
+                    << "no test calls " << name;
                 ++count;
             }
         }
@@ -80,19 +72,19 @@ bool isWine() {
     return false;
 }
 
-std::wstring childCommand(std::uint32_t code, std::uint32_t milliseconds) {
-    return L"\"C:\\child.exe\" " + std::to_wstring(code) + L" " + std::to_wstring(milliseconds);
+std::wstring childProgram() {
+    return std::wstring(L"\"") + childPath + L"\"";
 }
 
 void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) {
     simulation::Machine machine;
     machine.makeDirectory(L"C:\\scratch");
-    machine.installProgram(L"C:\\child.exe", runChild);
+    machine.installProgram(childPath, runAsChild);
     machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Winlogon", L"Shell",
                             L"explorer.exe");
     machine.makeRegistryKey(platform::RegistryRoot::currentUser, registryScratch);
-    machine.createSemaphore(L"Global\\contract", true);
-    machine.createSemaphore(L"Global\\contract-denied", false);
+    machine.createSemaphore(L"Global\\contract", simulation::SemaphoreAccess::granted);
+    machine.createSemaphore(L"Global\\contract-denied", simulation::SemaphoreAccess::denied);
     currentMachine() = &machine;
     const simulation::ProcessEnd end = machine.run({L"C:\\contract.exe"}, [&] {
         body(L"C:\\scratch");
@@ -113,20 +105,20 @@ void servePipe(const std::wstring& name) {
     simulation::servePipe(name);
 }
 
-void takeConsole() {
-    currentMachine()->setConsole(L"a console");
-}
-
 std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count) {
     std::vector<std::string> texts = currentMachine()->pipePayloads(name);
     EXPECT_GE(texts.size(), count);
     return texts;
 }
 
+void takeConsole() {
+    currentMachine()->setConsole(L"a console");
+}
+
 }  // namespace contract
 
-int main(int count, char** words) {
-    testing::InitGoogleTest(&count, words);
+int main(int count, char** arguments) {
+    testing::InitGoogleTest(&count, arguments);
     testing::AddGlobalTestEnvironment(new contract::EveryOperation);
     return RUN_ALL_TESTS();
 }

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <thread>
@@ -14,7 +13,7 @@ namespace contract {
 
 namespace {
 
-// In the long form, since a case may leave paths behind that have no other.
+// Takes the long form of a path, because a test may leave names that no other form can reach.
 void removeLongPath(const std::wstring& path) {
     WIN32_FIND_DATAW entry;
     HANDLE search = FindFirstFileW((path + L"\\*").c_str(), &entry);
@@ -26,7 +25,7 @@ void removeLongPath(const std::wstring& path) {
         if (name == L"." || name == L"..") {
             continue;
         }
-        SetFileAttributesW((path + L"\\" + name).c_str(), FILE_ATTRIBUTE_NORMAL);  // it may be read-only
+        SetFileAttributesW((path + L"\\" + name).c_str(), FILE_ATTRIBUTE_NORMAL);  // clears read-only
         if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
             removeLongPath(path + L"\\" + name);
         } else {
@@ -38,11 +37,11 @@ void removeLongPath(const std::wstring& path) {
 }
 
 void removeTree(const std::wstring& path) {
-    DeleteFileW(path.c_str());  // a case that failed may have put a file in the place
-    removeLongPath(L"\\\\?\\" + path);
+    DeleteFileW(path.c_str());  // a failed test may have left a file of this name
+    removeLongPath(longForm(path));
 }
 
-// A list of permissions with no entry in it permits nothing to anybody.
+// An access list without entries denies everything to everyone.
 HANDLE makeDeniedSemaphore(const wchar_t* name) {
     ACL permissions = {};
     SECURITY_DESCRIPTOR descriptor = {};
@@ -53,7 +52,7 @@ HANDLE makeDeniedSemaphore(const wchar_t* name) {
     return CreateSemaphoreW(&attributes, 0, 1, name);
 }
 
-// The texts of the clients of the one pipe that a process serves.
+// What the clients of this process's pipe wrote.
 struct ServedTexts {
     std::mutex mutex;
     std::condition_variable grown;
@@ -75,7 +74,7 @@ std::string readToTheEnd(HANDLE pipe) {
     return text;
 }
 
-// A client may have come before, and may even have gone again: what it wrote is still there.
+// The client may have connected already, and may even have closed the pipe: its text is still there.
 bool waitForClient(HANDLE pipe) {
     return ConnectNamedPipe(pipe, nullptr) != 0 || GetLastError() == ERROR_PIPE_CONNECTED ||
            GetLastError() == ERROR_NO_DATA;
@@ -97,11 +96,10 @@ bool isWine() {
     return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
-std::wstring childCommand(std::uint32_t code, std::uint32_t milliseconds) {
+std::wstring childProgram() {
     wchar_t path[MAX_PATH] = {};
     GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return L"\"" + std::wstring(path) + L"\" --child " + std::to_wstring(code) + L" " +
-           std::to_wstring(milliseconds);
+    return L"\"" + std::wstring(path) + L"\"";
 }
 
 void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) {
@@ -137,11 +135,6 @@ void servePipe(const std::wstring& name) {
     std::thread(serveClients, pipe).detach();
 }
 
-void takeConsole() {
-    FreeConsole();
-    EXPECT_NE(AllocConsole(), 0) << GetLastError();
-}
-
 std::vector<std::string> servedTexts(const std::wstring& /*name*/, std::size_t count) {
     std::unique_lock<std::mutex> lock(served().mutex);
     EXPECT_TRUE(served().grown.wait_for(lock, std::chrono::seconds(30),
@@ -149,16 +142,17 @@ std::vector<std::string> servedTexts(const std::wstring& /*name*/, std::size_t c
     return served().texts;
 }
 
+void takeConsole() {
+    FreeConsole();
+    EXPECT_NE(AllocConsole(), 0) << GetLastError();
+}
+
 }  // namespace contract
 
-extern "C" int wmain(int count, wchar_t** words) {
-    if (count == 4 && std::wstring_view(words[1]) == L"--child") {
-        Sleep(std::wcstoul(words[3], nullptr, 10));
-        return static_cast<int>(std::wcstoul(words[2], nullptr, 10));
+extern "C" int wmain(int count, wchar_t** arguments) {
+    if (count > 2 && std::wstring_view(arguments[1]) == L"--child") {
+        return contract::runAsChild();
     }
-    if (count > 2 && std::wstring_view(words[1]) == L"--as") {
-        return contract::runChildAs();
-    }
-    testing::InitGoogleTest(&count, words);
+    testing::InitGoogleTest(&count, arguments);
     return RUN_ALL_TESTS();
 }

@@ -1,12 +1,12 @@
-// A program that takes its libraries from wherever the system finds them first: what the launcher must
-// not do.
+// Loads the libraries that its arguments name by the system's ordinary search, as the launcher must not.
+// Its exit status is the number of those that were not found.
 
 #include <windows.h>
 
-extern "C" int wmain(int count, wchar_t** words) {
+extern "C" int wmain(int count, wchar_t** arguments) {
     int missing = 0;
     for (int i = 1; i < count; ++i) {
-        missing += LoadLibraryW(words[i]) == nullptr ? 1 : 0;
+        missing += LoadLibraryW(arguments[i]) == nullptr ? 1 : 0;
     }
     return missing;
 }

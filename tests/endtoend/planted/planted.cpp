@@ -1,5 +1,5 @@
-// A library that leaves a mark when it is loaded: a file beside it, with its own name and that of the
-// program that loaded it. It needs no runtime, so that it can stand for any library of the system.
+// A library that leaves a mark when it is loaded: a file beside it with its own name and that of the
+// program. It uses no runtime library, so that it can take the place of any system library.
 
 #include <windows.h>
 

@@ -2,17 +2,17 @@
 
 #include "real_platform.h"
 
-// The supervised run of a locked-down desktop, which is for users who are no administrators. Wine makes
-// everybody one, so this program runs where the system's library for that question is switched off: a user
-// whose groups nobody can tell counts as no administrator.
+// Supervision of a platform on a locked-down desktop, which administrators do not get. Under Wine every user
+// is one, so CTest runs this program without netapi32.dll: the launcher then cannot read the user's groups
+// and assumes an ordinary user.
 namespace {
 
+using endtoend::Arguments;
+using endtoend::contains;
 using endtoend::Running;
-using realplatform::contains;
 using realplatform::RealPlatform;
-using realplatform::Words;
 
-bool canAskForGroups() {
+bool canReadGroups() {
     HMODULE library = LoadLibraryExW(L"netapi32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     if (library != nullptr) {
         FreeLibrary(library);
@@ -24,7 +24,7 @@ class RealSupervision : public RealPlatform {
 protected:
     RealSupervision() { setProperty("install.configuration", "lockdown"); }
     ~RealSupervision() override {
-        // Before the platform: its supervisor would start it again.
+        // First the supervisor, because it would restart the platform.
         if (supervisor.process != nullptr) {
             TerminateProcess(supervisor.process, 0);
             waitFor(supervisor);
@@ -32,13 +32,13 @@ protected:
     }
     void SetUp() override {
         RealPlatform::SetUp();
-        if (canAskForGroups() && endtoend::isUserAdministrator()) {
-            GTEST_SKIP() << "the user of the tests is an administrator";
+        if (canReadGroups() && endtoend::isUserAdministrator()) {
+            GTEST_SKIP() << "needs a user who is not an administrator";
         }
     }
 
-    void beginSupervised(const Words& words) {
-        supervisor = begin(words);
+    void beginSupervised(const Arguments& arguments) {
+        supervisor = begin(arguments);
         awaitSuccessorOf(0);
     }
     bool isSupervised() const { return isRunning(supervisor.processId); }
@@ -46,24 +46,24 @@ protected:
     Running supervisor;
 };
 
-TEST_F(RealSupervision, OutlastsARestartAndAnAccident) {
+TEST_F(RealSupervision, SupervisorStaysAfterRestartAndCrash) {
     beginSupervised({L"hello"});
     EXPECT_EQ(platform().properties.at("zel.install.config"), "lockdown");
-    const std::uint32_t first = platformNumber();
+    const std::uint32_t first = jvmProcessId();
 
-    tell({L"-exit", L"23"});
+    send({L"-exit", L"23"});
     awaitSuccessorOf(first);
     EXPECT_TRUE(isSupervised());
-    EXPECT_EQ(platform().application, Words{L"hello"});
+    EXPECT_EQ(platform().application, Arguments{L"hello"});
     EXPECT_EQ(launch({L"second"}), 0U) << log();
     EXPECT_TRUE(contains(handOff(1), L"second"));
 
-    const std::uint32_t second = platformNumber();
-    tell({L"-exit", L"5"});
+    const std::uint32_t second = jvmProcessId();
+    send({L"-exit", L"5"});
     awaitSuccessorOf(second);
     EXPECT_TRUE(isSupervised());
     EXPECT_FALSE(isRunning(second));
-    EXPECT_EQ(platform().application, Words{L"hello"});
+    EXPECT_EQ(platform().application, Arguments{L"hello"});
 }
 
 }  // namespace

@@ -2,327 +2,268 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/clock.h"
+#include <string>
+
+#include "platform/files.h"
 #include "support/launcher_fixture.h"
+#include "support/text.h"
 
 namespace {
 
+using launchertest::toUtf8;
+using zellauncher::FormerEnd;
+using zellauncher::PropertyList;
 using zellauncher::VmargOverrides;
 
-constexpr const wchar_t* history = L"C:\\ws\\logs\\shutdown.log";
+constexpr const wchar_t* shutdownLog = L"C:\\ws\\logs\\shutdown.log";
+const std::string started = "Started Sat Jan 31 23:59:00 2026\r\n";
 
-std::string numbered(int from, int to) {
-    std::string text;
-    for (int n = from; n <= to; ++n) {
-        text += "line " + std::to_string(n) + "\r\n";
-    }
-    return text;
-}
-
-class CacheUpkeep : public launchertest::OnMachine {
+class CacheMaintenance : public launchertest::OnMachine {
 protected:
     VmargOverrides overrides = {{L"vmarg.CacheMaintenance.enable", L"false"}};
+    FormerEnd formerEnd = FormerEnd::unclean;
+    bool isPurged = false;
     launchertest::Outcome outcome;
-    bool purged = false;
-    bool isStale = true;
-    const std::string started = "Started Sat Jan 31 23:59:00 2026\r\n";
 
-    CacheUpkeep() { machine.makeDirectory(L"C:\\ws\\logs"); }
+    CacheMaintenance() { machine.makeDirectory(L"C:\\ws\\logs"); }
 
-    void maintain(const std::wstring& option) {
-        overrides[L"vmarg.Dshare"] = option;
+    void maintain(const std::wstring& cacheOption) {
+        overrides[L"vmarg.Dshare"] = cacheOption;
         maintain();
     }
     void maintain() {
-        outcome = run([&] {
-            purged = true;
-            zellauncher::cacheMaintenance(L"C:/ws", overrides, isStale, purged);
-        });
+        outcome = run([&] { isPurged = zellauncher::cacheMaintenance(L"C:/ws", overrides, formerEnd); });
     }
+    // A file that matches the name `app`, one that does not, and a directory that does.
     void fill(const std::wstring& directory) {
         machine.writeFile(directory + L"\\x_app_y", "");
         machine.writeFile(directory + L"\\other", "");
         machine.makeDirectory(directory + L"\\app_directory");
     }
-    bool isPurged(const std::wstring& directory) {
+    bool isAppFileDeleted(const std::wstring& directory) {
         EXPECT_TRUE(machine.exists(directory + L"\\app_directory"));
         return !machine.exists(directory + L"\\x_app_y");
     }
 };
 
-TEST_F(CacheUpkeep, DeletesTheCacheFilesAfterAnUncleanEnd) {
+TEST_F(CacheMaintenance, UncleanEndDeletesTheCacheFiles) {
     fill(L"C:\\ws\\cache");
     maintain(L"-Xshareclasses:name=app%u,controlDir=C:\\ws\\cache");
-    EXPECT_TRUE(isPurged(L"C:\\ws\\cache"));
+    EXPECT_TRUE(isAppFileDeleted(L"C:\\ws\\cache"));
     EXPECT_TRUE(machine.exists(L"C:\\ws\\cache\\other"));
-    EXPECT_TRUE(purged);
-    EXPECT_EQ(machine.readFile(history), started);
+    EXPECT_TRUE(isPurged);
+    EXPECT_EQ(machine.readFile(shutdownLog), started);
 }
 
-TEST_F(CacheUpkeep, OnlyTheKeySwitchesItOn) {
+TEST_F(CacheMaintenance, MissingKeyLeavesTheCache) {
     fill(L"C:\\ws\\cache");
     overrides.clear();
     maintain(L"-Xshareclasses:name=app,controlDir=C:\\ws\\cache");
-    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
-    EXPECT_FALSE(purged);
-    EXPECT_EQ(machine.readFile(history), started);
+    EXPECT_FALSE(isAppFileDeleted(L"C:\\ws\\cache"));
+    EXPECT_FALSE(isPurged);
+    EXPECT_EQ(machine.readFile(shutdownLog), started);
 }
 
-TEST_F(CacheUpkeep, ACleanEndLeavesTheCache) {
+TEST_F(CacheMaintenance, CleanEndLeavesTheCache) {
     fill(L"C:\\ws\\cache");
-    isStale = false;
+    formerEnd = FormerEnd::clean;
     maintain(L"-Xshareclasses:name=app,controlDir=C:\\ws\\cache");
-    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
-    EXPECT_EQ(machine.readFile(history), started);
+    EXPECT_FALSE(isAppFileDeleted(L"C:\\ws\\cache"));
+    EXPECT_EQ(machine.readFile(shutdownLog), started);
 }
 
-TEST_F(CacheUpkeep, WithoutANameOrADirectoryNothingIsDeleted) {
+TEST_F(CacheMaintenance, MissingNameOrDirectoryLeavesTheCache) {
     fill(L"C:\\ws");
     for (const wchar_t* option :
          {L"", L"-Xshareclasses:controldir=C:\\ws", L"name=app", L"controlDir=C:\\ws"}) {
+        SCOPED_TRACE(toUtf8(option));
         maintain(option);
-        EXPECT_FALSE(isPurged(L"C:\\ws"));
-        EXPECT_FALSE(purged);
+        EXPECT_FALSE(isAppFileDeleted(L"C:\\ws"));
+        EXPECT_FALSE(isPurged);
     }
     overrides.erase(L"vmarg.Dshare");
     maintain();
-    EXPECT_FALSE(purged);
+    EXPECT_FALSE(isPurged);
 }
 
-TEST_F(CacheUpkeep, TheTextEndsAtACommaAndLosesItsBlanks) {
+TEST_F(CacheMaintenance, ValueEndsAtACommaWithoutItsBlanks) {
     fill(L"C:\\ws\\cache");
     maintain(L"name =  app , controlDir = C:/ws/cache ,x");
-    EXPECT_TRUE(isPurged(L"C:\\ws\\cache"));
+    EXPECT_TRUE(isAppFileDeleted(L"C:\\ws\\cache"));
 }
 
-TEST_F(CacheUpkeep, TheLettersOfAnOptionMayBelongToAnotherWord) {
-    // `name` is first found in the directory's path; the text behind the next equals sign counts.
+TEST_F(CacheMaintenance, OptionNameMatchesInsideOtherText) {
+    // `name` is first found in the directory's path, and its value is the text after the next `=`.
     fill(L"C:\\ws\\username\\c");
     machine.writeFile(L"C:\\ws\\username\\c\\x", "");
     maintain(L"controlDir=C:\\ws\\username\\c,name=x_app");
-    EXPECT_TRUE(isPurged(L"C:\\ws\\username\\c"));
+    EXPECT_TRUE(isAppFileDeleted(L"C:\\ws\\username\\c"));
     EXPECT_TRUE(machine.exists(L"C:\\ws\\username\\c\\x"));
 }
 
-TEST_F(CacheUpkeep, WithoutAnEqualsSignTheTextIsTheWholeValue) {
+TEST_F(CacheMaintenance, ValueWithoutAnEqualsSignIsTheWholeText) {
     fill(L"C:\\ws\\cache");
     machine.writeFile(L"C:\\ws\\cache\\C_name", "");
     maintain(L"C:\\ws\\cache\\name_controlDir");
-    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
+    EXPECT_FALSE(isAppFileDeleted(L"C:\\ws\\cache"));
 }
 
-TEST_F(CacheUpkeep, ADirectoryOutsideTheWorkspaceIsNotTouched) {
+TEST_F(CacheMaintenance, DirectoryOutsideTheWorkspaceIsLeft) {
     fill(L"C:\\other");
     maintain(L"name=app,controlDir=C:\\other");
-    EXPECT_FALSE(isPurged(L"C:\\other"));
+    EXPECT_FALSE(isAppFileDeleted(L"C:\\other"));
     fill(L"C:\\ws\\cache");
-    maintain(L"name=app,controlDir=C:\\WS\\cache");  // the comparison is of the text
-    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
-    EXPECT_FALSE(purged);
+    maintain(L"name=app,controlDir=C:\\WS\\cache");  // paths are compared with their case
+    EXPECT_FALSE(isAppFileDeleted(L"C:\\ws\\cache"));
+    EXPECT_FALSE(isPurged);
 }
 
-TEST_F(CacheUpkeep, TheComparisonIsOfTheTextAndNotOfDirectories) {
+TEST_F(CacheMaintenance, WorkspaceIsComparedAsATextPrefix) {
     fill(L"C:\\ws");
     maintain(L"name=app,controlDir=C:/ws");
-    EXPECT_TRUE(isPurged(L"C:\\ws"));
+    EXPECT_TRUE(isAppFileDeleted(L"C:\\ws"));
     fill(L"C:\\wsx");
     maintain(L"name=app,controlDir=C:/wsx");
-    EXPECT_TRUE(isPurged(L"C:\\wsx"));
+    EXPECT_TRUE(isAppFileDeleted(L"C:\\wsx"));
 }
 
-TEST_F(CacheUpkeep, ThePerCentSignCutsTheNameAlone) {
+TEST_F(CacheMaintenance, PercentSignEndsOnlyTheName) {
     fill(L"C:\\ws\\a%b");
     maintain(L"name=app%u%v,controlDir=C:\\ws\\a%b");
-    EXPECT_TRUE(isPurged(L"C:\\ws\\a%b"));
+    EXPECT_TRUE(isAppFileDeleted(L"C:\\ws\\a%b"));
 }
 
-TEST_F(CacheUpkeep, ARelativeDirectoryIsFatal) {
+TEST_F(CacheMaintenance, RelativeDirectoryIsFatal) {
     for (const wchar_t* option : {L"name=app,controlDir=cache", L"name=app,controlDir=",
                                   L"name=app,controlDir=  ,x", L"name=app,controlDir=\\ws"}) {
+        SCOPED_TRACE(toUtf8(option));
         maintain(option);
-        EXPECT_TRUE(outcome.isFatal());
-        EXPECT_EQ(outcome.lastLine(), "ZLNCH0140E: relative paths can not be converted to unicode path");
-        EXPECT_FALSE(machine.exists(history));
+        outcome.expectFatal("ZLNCH0140E: relative paths can not be converted to unicode path");
+        EXPECT_FALSE(machine.exists(shutdownLog));
     }
 }
 
-TEST_F(CacheUpkeep, AnEmptyNameFitsEveryFileOfTheDirectoryAndNoneBelow) {
+TEST_F(CacheMaintenance, EmptyNameMatchesEveryFileOfTheDirectory) {
     for (const wchar_t* name : {L"name=", L"name=   ", L"name=%u"}) {
+        SCOPED_TRACE(toUtf8(name));
         fill(L"C:\\ws\\cache");
         machine.writeFile(L"C:\\ws\\cache\\app_directory\\kept", "");
         maintain(name + std::wstring(L",controlDir=C:\\ws\\cache"));
-        EXPECT_TRUE(isPurged(L"C:\\ws\\cache"));
+        EXPECT_TRUE(isAppFileDeleted(L"C:\\ws\\cache"));
         EXPECT_FALSE(machine.exists(L"C:\\ws\\cache\\other"));
         EXPECT_TRUE(machine.exists(L"C:\\ws\\cache\\app_directory\\kept"));
-        EXPECT_TRUE(purged);
+        EXPECT_TRUE(isPurged);
     }
 }
 
-TEST_F(CacheUpkeep, OnlyBlanksAreStripped) {
+TEST_F(CacheMaintenance, OnlyBlanksAreTrimmed) {
     fill(L"C:\\ws\\cache");
     maintain(L"name=\tapp,controlDir=C:\\ws\\cache");
-    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
+    EXPECT_FALSE(isAppFileDeleted(L"C:\\ws\\cache"));
 }
 
-TEST_F(CacheUpkeep, TheLettersOfAnOptionAreCaseSensitive) {
+TEST_F(CacheMaintenance, OptionNamesAreCaseSensitive) {
     fill(L"C:\\ws\\cache");
-    maintain(L"Name=app,controlDir=C:\\ws\\cache");
-    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
-    maintain(L"name=app,ControlDir=C:\\ws\\cache");
-    EXPECT_FALSE(isPurged(L"C:\\ws\\cache"));
-    EXPECT_EQ(machine.readFile(history), started + started);
+    for (const wchar_t* option :
+         {L"Name=app,controlDir=C:\\ws\\cache", L"name=app,ControlDir=C:\\ws\\cache"}) {
+        SCOPED_TRACE(toUtf8(option));
+        maintain(option);
+        EXPECT_FALSE(isAppFileDeleted(L"C:\\ws\\cache"));
+    }
+    EXPECT_EQ(machine.readFile(shutdownLog), started + started);
 }
 
-TEST_F(CacheUpkeep, AnEmptyDirectoryIsNoSuccess) {
+TEST_F(CacheMaintenance, EmptyOrMissingDirectoryIsNoSuccess) {
     machine.makeDirectory(L"C:\\ws\\cache");
     maintain(L"name=app,controlDir=C:\\ws\\cache");
-    EXPECT_FALSE(purged);
+    EXPECT_FALSE(isPurged);
     maintain(L"name=app,controlDir=C:\\ws\\missing");
-    EXPECT_FALSE(purged);
+    EXPECT_FALSE(isPurged);
     EXPECT_EQ(outcome.log, "");
-    EXPECT_EQ(machine.readFile(history), started + started);
+    EXPECT_EQ(machine.readFile(shutdownLog), started + started);
 }
 
-TEST_F(CacheUpkeep, WhatCannotBeDeletedDoesNotStopTheStart) {
+TEST_F(CacheMaintenance, UndeletableFileDoesNotStopTheStart) {
     fill(L"C:\\ws\\cache");
-    machine.setAttributes(L"C:\\ws\\cache\\x_app_y", 1);
+    machine.setAttributes(L"C:\\ws\\cache\\x_app_y", platform::attributeReadOnly);
     maintain(L"name=app,controlDir=C:\\ws\\cache");
-    EXPECT_FALSE(purged);
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_FALSE(isPurged);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_EQ(outcome.log, "");
 }
 
-class History : public CacheUpkeep {
+class SharedClasses : public launchertest::OnMachine {
 protected:
-    History() { overrides.clear(); }
-    void fail(const std::string& operation, const std::wstring& ending, std::uint64_t nth = 1) {
-        simulation::Fault fault;
-        fault.operation = operation;
-        fault.argumentEndsWith = ending;
-        fault.nth = nth;
-        machine.inject(fault);
+    PropertyList install = {{L"jvm.shareclasses.fullpath", L"C:/cache/classes"}};
+    PropertyList launcher = {{L"provisioning.manifest.version", L"2"}};
+    launchertest::Outcome outcome;
+
+    SharedClasses() { machine.writeFile(L"C:\\cache\\classes\\sub\\file", ""); }
+
+    void clear() {
+        outcome = runQuietly([&] { zellauncher::clearSharedClasses(install, launcher); });
     }
+    bool isCleared() { return machine.tree(L"C:\\cache\\classes").empty(); }
 };
 
-TEST_F(History, GrowsTo199LinesAndKeeps101OfThe200th) {
-    machine.writeFile(history, numbered(1, 198));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), numbered(1, 198) + started);
-    machine.writeFile(history, numbered(1, 199));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), numbered(100, 199) + started);
-    EXPECT_FALSE(machine.exists(std::wstring(history) + L".new"));
-    machine.writeFile(history, numbered(1, 249));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), numbered(150, 249) + started);
-}
-
-TEST_F(History, BlankAndIndentedLinesAreLostAtATrim) {
-    machine.writeFile(history, "\r\n  a\r\n\r\n   b\r\n" + numbered(1, 198));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), numbered(99, 198) + started);
-}
-
-TEST_F(History, AnEmptyFirstLineEndsAndCountsNoLine) {
-    machine.writeFile(history, "\n\n\n");
-    maintain();
-    EXPECT_EQ(outcome.end.status, 0U);
-    EXPECT_EQ(machine.readFile(history), "\n\n\n" + started);
-    machine.writeFile(history, "\n" + numbered(1, 198));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), "\n" + numbered(1, 198) + started);
-    machine.writeFile(history, "\n" + numbered(1, 199));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), numbered(100, 199) + started);
-}
-
-TEST_F(History, DaysAndTimesHaveTwoDigits) {
-    const simulation::ProcessId id = machine.start({L"C:\\p.exe"}, [] {
-        platform::sleepMilliseconds(69000);  // from the end of January
-        zellauncher::recordPlatformStart(L"C:\\ws");
-        return 0;
-    });
-    machine.waitFor(id);
-    EXPECT_EQ(machine.readFile(history), "Started Sun Feb 01 00:00:09 2026\r\n");
-}
-
-TEST_F(History, ALineBeyondTheLimitCountsAsSeveral) {
-    const std::string longLine(2024 + 10, 'x');
-    machine.writeFile(history, numbered(1, 98) + longLine + "\r\n" + numbered(99, 196));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), numbered(1, 98) + longLine + "\r\n" + numbered(99, 196) + started);
-    machine.writeFile(history, numbered(1, 98) + longLine + "\r\n" + numbered(99, 197));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), std::string(10, 'x') + "\r\n" + numbered(99, 197) + started);
-}
-
-TEST_F(History, ALastLineWithoutItsEndIsALine) {
-    const std::string unended = numbered(1, 199) + "x";
-    machine.writeFile(history, unended);
-    run([] { zellauncher::trimShutdownLog(L"C:/ws/logs"); });
-    EXPECT_EQ(machine.readFile(history), numbered(100, 199) + "x\r\n");
-}
-
-TEST_F(History, TheLinesThatTellOfAFailedTrimAreForDebugging) {
-    machine.makeDirectory(history);
-    outcome = runQuietly([] { zellauncher::trimShutdownLog(L"C:\\ws\\logs"); });
+TEST_F(SharedClasses, AreClearedIfTheUserHasNoVersion) {
+    clear();
+    EXPECT_TRUE(isCleared());
+    EXPECT_TRUE(machine.isDirectory(L"C:\\cache\\classes"));
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(History, ATrimThatTheDiskRefusesAtTheEndIsTold) {
-    machine.writeFile(history, numbered(1, 199));
-    fail("closeStream", L"shutdown.log.new");
-    maintain();
-    EXPECT_EQ(outcome.log, "ZLNCH0137E: Error while truncating file.\"C:\\ws\\logs\\shutdown.log\"\n");
-    EXPECT_EQ(outcome.end.status, 0U);
+TEST_F(SharedClasses, AreFoundWithBackslashes) {
+    clear();
+    ASSERT_FALSE(machine.operations().empty());
+    bool isAsked = false;
+    for (const simulation::Operation& operation : machine.operations()) {
+        isAsked = isAsked || operation.argument == L"C:\\cache\\classes";
+        EXPECT_EQ(operation.argument.find(L'/'), std::wstring::npos) << operation.name;
+    }
+    EXPECT_TRUE(isAsked);
 }
 
-TEST_F(History, ALeftOverNewFileIsReplaced) {
-    machine.writeFile(std::wstring(history) + L".new", numbered(1, 500));
-    machine.writeFile(history, numbered(1, 199));
-    maintain();
-    EXPECT_EQ(machine.readFile(history), numbered(100, 199) + started);
-    EXPECT_FALSE(machine.exists(std::wstring(history) + L".new"));
+TEST_F(SharedClasses, AreKeptIfTheVersionsAreEqual) {
+    install.push_back({L"provisioning.manifest.version", L"2"});
+    clear();
+    EXPECT_FALSE(isCleared());
 }
 
-TEST_F(History, ThatCannotBeWrittenIsFatal) {
-    fail("writeStream", L"shutdown.log");
-    maintain();
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0118E: Error writing to C:\\ws\\logs\\shutdown.log file.");
-    fail("closeStream", L"shutdown.log");
-    maintain();
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0118E: Error writing to C:\\ws\\logs\\shutdown.log file.");
-    machine.remove(L"C:\\ws\\logs");
-    maintain();
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0098E: Could not open C:\\ws\\logs\\shutdown.log for writing!");
+TEST_F(SharedClasses, AreClearedIfTheVersionsDiffer) {
+    install.push_back({L"provisioning.manifest.version", L"1a"});
+    launcher = {{L"provisioning.manifest.version", L"1A"}};
+    clear();
+    EXPECT_TRUE(isCleared());
 }
 
-TEST_F(History, ThatCannotBeReadIsNotTrimmed) {
-    machine.writeFile(history, numbered(1, 300));
-    fail("openStream", L"shutdown.log", 2);
-    maintain();
-    EXPECT_EQ(outcome.end.status, 0U);
-    EXPECT_EQ(outcome.log, "ZLNCH0138E: Unable to open file.\"C:\\ws\\logs\\shutdown.log\"\n");
-    EXPECT_EQ(machine.readFile(history), numbered(1, 300) + started);
+TEST_F(SharedClasses, AreClearedIfTheInstallHasNoVersion) {
+    install.push_back({L"provisioning.manifest.version", L"2"});
+    launcher.clear();
+    clear();
+    EXPECT_TRUE(isCleared());
 }
 
-TEST_F(History, WithoutItsNewFileIsNotTrimmed) {
-    machine.writeFile(history, numbered(1, 300));
-    machine.makeDirectory(std::wstring(history) + L".new");
-    maintain();
-    EXPECT_EQ(outcome.log,
-              "ZLNCH0105E: Unable to open file for writing.\"C:\\ws\\logs\\shutdown.log.new\"\n");
-    EXPECT_EQ(machine.readFile(history), numbered(1, 300) + started);
+TEST_F(SharedClasses, MissingDirectoryIsNoFailure) {
+    install = {{L"jvm.shareclasses.fullpath", L"C:/gone"}};
+    clear();
+    EXPECT_EQ(outcome.log, "");
+    install.clear();
+    clear();
+    EXPECT_EQ(outcome.log, "");
+    EXPECT_FALSE(isCleared());
 }
 
-TEST_F(History, ALineThatCannotBeCopiedIsToldAndTheOthersGoOn) {
-    machine.writeFile(history, numbered(1, 199));
-    fail("writeStream", L"shutdown.log.new", 2);
-    maintain();
-    EXPECT_EQ(outcome.log, "ZLNCH0137E: Error while truncating file.\"C:\\ws\\logs\\shutdown.log\"\n");
-    EXPECT_EQ(machine.readFile(history), numbered(100, 100) + numbered(102, 199) + started);
+TEST_F(SharedClasses, UndeletableFileIsLoggedWithoutStoppingTheStart) {
+    machine.setAttributes(L"C:\\cache\\classes\\sub\\file", platform::attributeReadOnly);
+    clear();
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_TRUE(outcome.log.starts_with(
+        "\nZLNCH0086I begin: Information collected while removing shared classes directory\n"
+        "Can't delete file \\\\?\\C:\\cache\\classes\\sub\\file  -  Failed with error 5: "))
+        << outcome.log;
+    EXPECT_EQ(outcome.lastLine(),
+              "ZLNCH0087I end: Unable to remove all files in the shared classes directory.");
 }
 
 }  // namespace

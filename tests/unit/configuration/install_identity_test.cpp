@@ -2,13 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include "configuration/install_configuration.h"
+#include <optional>
+#include <string>
+
+#include "configuration/install_kind.h"
 #include "platform/files.h"
 #include "properties/property_reader.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/text.h"
 
 namespace {
 
+using launchertest::failing;
 using zellauncher::InstallConfigurationKind;
 using zellauncher::PropertyList;
 
@@ -33,13 +39,9 @@ protected:
         outcome = run([&] { answer = zellauncher::installIdChanged(current, L"C:/c"); });
         return answer;
     }
-    void expectFatal(const std::string& message) {
-        EXPECT_TRUE(outcome.isFatal());
-        EXPECT_EQ(outcome.lastLine(), message);
-    }
 };
 
-TEST_F(InstallIdentity, ComesFromTheProperties) {
+TEST_F(InstallIdentity, IsTheFirstEntryOfTheProperties) {
     machine.writeFile(path, "untouched");
     launcher = {{L"zel.install.id", L"A1"}, {L"zel.install.id", L"B2"}};
     EXPECT_EQ(resolve(InstallConfigurationKind::user), L"A1");
@@ -48,14 +50,15 @@ TEST_F(InstallIdentity, ComesFromTheProperties) {
     EXPECT_EQ(machine.readFile(path), "untouched");
 }
 
-TEST_F(InstallIdentity, IsRequiredOfAllKindsButOne) {
+TEST_F(InstallIdentity, IsRequiredExceptForUserpb) {
     for (int kind = 1; kind <= 7; ++kind) {
+        SCOPED_TRACE("kind " + std::to_string(kind));
         resolve(static_cast<InstallConfigurationKind>(kind));
-        expectFatal("ZLNCH0016E: zel.install.id is required for this configuration!");
+        outcome.expectFatal("ZLNCH0016E: zel.install.id is required for this configuration!");
     }
 }
 
-TEST_F(InstallIdentity, IsMadeOfTheTickCountAndKept) {
+TEST_F(InstallIdentity, IsMadeFromTheTickCountAndStored) {
     machine.writeFile(path, "a=1\r\n");
     machine.setTickCount(4294967295U);
     EXPECT_EQ(resolve(InstallConfigurationKind::userpb), L"4294967295");
@@ -63,7 +66,7 @@ TEST_F(InstallIdentity, IsMadeOfTheTickCountAndKept) {
     EXPECT_EQ(*zellauncher::lookupProperty(L"zel.install.id", launcher), L"4294967295");
 }
 
-TEST_F(InstallIdentity, TheFileIsGivenBack) {
+TEST_F(InstallIdentity, PropertiesFileIsClosed) {
     run([&] {
         zellauncher::InstallConfiguration = InstallConfigurationKind::userpb;
         zellauncher::resolveInstallId(path, launcher);
@@ -71,48 +74,45 @@ TEST_F(InstallIdentity, TheFileIsGivenBack) {
     });
 }
 
-TEST_F(InstallIdentity, NothingSeparatesItFromALastLineWithoutAnEnd) {
+TEST_F(InstallIdentity, IsAppendedToAnUnendedLine) {
     machine.writeFile(path, "a=1");
     machine.setTickCount(5);
     resolve(InstallConfigurationKind::userpb);
     EXPECT_EQ(machine.readFile(path), "a=1zel.install.id=5\r\n");
 }
 
-TEST_F(InstallIdentity, NeedsTheRightToWrite) {
+TEST_F(InstallIdentity, UnwritableFileIsFatal) {
     machine.writeFile(path, "");
     machine.setAttributes(path, platform::attributeReadOnly);
     resolve(InstallConfigurationKind::userpb);
-    expectFatal("ZLNCH0017E: Could not open C:\\zellauncher.properties to append zel.install.id!");
+    outcome.expectFatal("ZLNCH0017E: Could not open C:\\zellauncher.properties to append zel.install.id!");
 }
 
-TEST_F(InstallIdentity, AFullDiskIsNoticed) {
+TEST_F(InstallIdentity, FullDiskIsFatal) {
     machine.writeFile(path, "");
-    launchertest::Outcome full = runQuietly([&] {
+    const launchertest::Outcome full = runQuietly([&] {
         zellauncher::InstallConfiguration = InstallConfigurationKind::userpb;
         machine.setFreeSpace(3);
         launcher.clear();
-        // The log cannot grow either; what counts is the end.
+        // The log cannot grow either, so no message is expected.
         zellauncher::resolveInstallId(path, launcher);
     });
     EXPECT_TRUE(full.isFatal());
     machine.setFreeSpace(std::nullopt);
-    simulation::Fault fault;
-    fault.operation = "writeStream";
-    fault.argumentEndsWith = L"zellauncher.properties";
-    machine.inject(fault);
+    machine.inject(failing("writeStream", platform::errorAccessDenied, L"zellauncher.properties"));
     launcher.clear();
     resolve(InstallConfigurationKind::userpb);
-    expectFatal("ZLNCH0018E: Error while writing to C:\\zellauncher.properties file.");
+    outcome.expectFatal("ZLNCH0018E: Error while writing to C:\\zellauncher.properties file.");
 }
 
-TEST_F(InstallIdentity, AChangeIsADifferenceInAnyCharacter) {
+TEST_F(InstallIdentity, ChangesWithAnyCharacter) {
     EXPECT_FALSE(isChanged(L"A1", "zel.install.id=A1\r\n"));
     EXPECT_TRUE(isChanged(L"A1", "zel.install.id=a1\r\n"));
     EXPECT_TRUE(isChanged(L"A1", "zel.install.id=A12\r\n"));
     EXPECT_TRUE(isChanged(L"", "zel.install.id=A1\r\n"));
 }
 
-TEST_F(InstallIdentity, WhatIsNotRecordedHasNotChanged) {
+TEST_F(InstallIdentity, IsUnchangedIfNoneIsRecorded) {
     EXPECT_FALSE(isChanged(L"A1", ""));
     EXPECT_FALSE(isChanged(L"A1", "zel.install.id=\r\n"));
     EXPECT_FALSE(isChanged(L"A1", "other=A2\r\n"));
@@ -122,7 +122,7 @@ TEST_F(InstallIdentity, WhatIsNotRecordedHasNotChanged) {
     EXPECT_FALSE(answer);
 }
 
-TEST_F(InstallIdentity, ASecondStartFindsWhatTheFirstOneMade) {
+TEST_F(InstallIdentity, SecondStartReadsTheStoredIdentity) {
     machine.writeFile(path, "a=1\r\n");
     machine.setTickCount(77);
     resolve(InstallConfigurationKind::userpb);
@@ -134,18 +134,14 @@ TEST_F(InstallIdentity, ASecondStartFindsWhatTheFirstOneMade) {
     EXPECT_EQ(machine.readFile(path), afterFirst);
 }
 
-TEST_F(InstallIdentity, WhatTheDiskRefusesBehindTheBufferIsNoticed) {
+TEST_F(InstallIdentity, FailedFlushIsFatal) {
     machine.writeFile(path, "");
-    simulation::Fault fault;
-    fault.operation = "flushStream";
-    fault.argumentEndsWith = L"zellauncher.properties";
-    fault.error = platform::errorDiskFull;
-    machine.inject(fault);
+    machine.inject(failing("flushStream", platform::errorDiskFull, L"zellauncher.properties"));
     resolve(InstallConfigurationKind::userpb);
-    expectFatal("ZLNCH0018E: Error while writing to C:\\zellauncher.properties file.");
+    outcome.expectFatal("ZLNCH0018E: Error while writing to C:\\zellauncher.properties file.");
 }
 
-TEST_F(InstallIdentity, WithoutALogTheMessageGoesToTheTemporaryDirectory) {
+TEST_F(InstallIdentity, FatalMessageWithoutALogGoesToTemp) {
     machine.makeDirectory(L"C:\\Temp");
     const auto end = machine.run({L"C:\\prog.exe"}, [&] {
         zellauncher::InstallConfiguration = InstallConfigurationKind::service;
@@ -153,22 +149,19 @@ TEST_F(InstallIdentity, WithoutALogTheMessageGoesToTheTemporaryDirectory) {
         return 0;
     });
     EXPECT_EQ(end.status, 0xFFFFFFFFU);
-    EXPECT_NE(machine.readFile(L"C:\\Temp\\zellauncher.log")
-                  .value_or("")
-                  .find("ZLNCH0016E: zel.install.id is required for this configuration!"),
-              std::string::npos);
+    EXPECT_EQ(
+        launchertest::countOccurrences(machine.readFile(L"C:\\Temp\\zellauncher.log").value_or(""),
+                                       "ZLNCH0016E: zel.install.id is required for this configuration!"),
+        1U);
 }
 
-TEST_F(InstallIdentity, AUsersFileThatCannotBeReadIsNamed) {
-    simulation::Fault fault;
-    fault.operation = "openStream";
-    fault.argumentEndsWith = L"zelinstall.properties";
-    machine.inject(fault);
+TEST_F(InstallIdentity, UnreadableUserFileIsFatal) {
+    machine.inject(failing("openStream", platform::errorAccessDenied, L"zelinstall.properties"));
     isChanged(L"A1", "");
-    expectFatal("ZLNCH0096E: Unable to load C:\\c\\zelinstall.properties file!");
+    outcome.expectFatal("ZLNCH0096E: Unable to load C:\\c\\zelinstall.properties file!");
 }
 
-TEST_F(InstallIdentity, TheFirstRecordedOneCounts) {
+TEST_F(InstallIdentity, FirstRecordedIdentityIsCompared) {
     EXPECT_FALSE(isChanged(L"A1", "zel.install.id=A1\r\nzel.install.id=B2\r\n"));
     EXPECT_TRUE(isChanged(L"B2", "zel.install.id=A1\r\nzel.install.id=B2\r\n"));
 }

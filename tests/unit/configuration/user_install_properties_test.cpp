@@ -3,18 +3,34 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <string>
 
-#include "configuration/install_configuration.h"
-#include "launch/launch_state.h"
+#include "configuration/initial_launch.h"
+#include "configuration/install_kind.h"
 #include "platform/files.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/text.h"
 
 namespace {
 
+using launchertest::failing;
+using zellauncher::escapeEntry;
+using zellauncher::escapeValue;
 using zellauncher::PropertyList;
 
 constexpr const wchar_t* userFile = L"C:\\ws\\.config\\zelinstall.properties";
+const std::wstring newFile = std::wstring(userFile) + L".new";
 constexpr const wchar_t* baseFile = L"C:\\b\\zelinstall.properties";
+
+constexpr const char* lineNotCopied =
+    "ZLNCH0001E: Error while copying base zelinstall.properties to user specific zelinstall.properties file.";
+constexpr const char* blockNotWritten =
+    "ZLNCH0015E: Unable to append values to user specific zelinstall.properties file.";
+constexpr const char* filesNotOpened =
+    "ZLNCH0074E: Unable to open user specific zelinstall.properties and temporary zelinstall.properties "
+    "files.";
 
 class UserInstallProperties : public launchertest::OnMachine {
 protected:
@@ -36,14 +52,7 @@ protected:
             isInitial = zellauncher::initialLaunch;
         });
     }
-    void fail(const std::string& operation, const std::wstring& ending, std::uint64_t nth = 1) {
-        simulation::Fault fault;
-        fault.operation = operation;
-        fault.argumentEndsWith = ending;
-        fault.nth = nth;
-        machine.inject(fault);
-    }
-    // The copied lines, without the block behind them.
+    // The copied lines of a new user file, without the block after them.
     std::string copied(const std::string& base) {
         machine.remove(userFile);
         ensure(base);
@@ -53,12 +62,12 @@ protected:
     }
 };
 
-TEST_F(UserInstallProperties, AreMadeOnce) {
+TEST_F(UserInstallProperties, AreMadeOnlyOnce) {
     ensure("a=1\r\n");
     EXPECT_EQ(path, userFile);
     EXPECT_TRUE(isInitial);
     EXPECT_EQ(machine.readFile(userFile), "a=1\r\n" + block);
-    EXPECT_FALSE(machine.exists(std::wstring(userFile) + L".new"));
+    EXPECT_FALSE(machine.exists(newFile));
     machine.writeFile(userFile, "mine");
     ensure("a=2\r\n");
     EXPECT_EQ(path, userFile);
@@ -66,12 +75,12 @@ TEST_F(UserInstallProperties, AreMadeOnce) {
     EXPECT_EQ(machine.readFile(userFile), "mine");
 }
 
-TEST_F(UserInstallProperties, WhatGoesWellLeavesNoWord) {
+TEST_F(UserInstallProperties, SuccessLogsNothing) {
     ensure("a=1\r\nb.linux=2\r\n");
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(UserInstallProperties, TheBlockHasWhatTheLauncherKnows) {
+TEST_F(UserInstallProperties, BlockHasWhatTheLauncherKnows) {
     launcher = {{L"zel.install.id", L"1"},
                 {L"jvm.location", L"C:\\j\\java.exe"},
                 {L"zel.base.location", L"${zel.home}/base"},
@@ -84,30 +93,29 @@ TEST_F(UserInstallProperties, TheBlockHasWhatTheLauncherKnows) {
               "install.configuration=userpb\r\ncom.mivel.zel.core.locale=de\r\ncom.mivel.zel.core.bidi=\r\n");
 }
 
-TEST_F(UserInstallProperties, AnEmptyJvmIsLeftOut) {
+TEST_F(UserInstallProperties, EmptyJvmIsOmitted) {
     launcher.push_back({L"jvm.location", L""});
     EXPECT_EQ(copied("a=1\r\n"), "a=1\r\n");
 }
 
-TEST_F(UserInstallProperties, ARequiredKeyThatIsMissingIsFatal) {
+TEST_F(UserInstallProperties, MissingRequiredKeyIsFatal) {
     for (const wchar_t* key : {L"zel.install.id", L"zel.base.location", L"install.configuration"}) {
+        SCOPED_TRACE(launchertest::toUtf8(key));
         const PropertyList whole = launcher;
         std::erase_if(launcher, [&](const auto& entry) { return entry.key == key; });
         machine.remove(userFile);
-        machine.remove(std::wstring(userFile) + L".new");
+        machine.remove(newFile);
         ensure("a=1\r\n");
-        EXPECT_TRUE(outcome.isFatal());
-        EXPECT_EQ(
-            outcome.lastLine(),
+        outcome.expectFatal(
             "ZLNCH0008E: Unable to calculate necessary values for user specific zelinstall.properties file.");
-        EXPECT_EQ(machine.readFile(userFile),
-                  "a=1\r\n");  // the plain copy stays, and the next start repairs it
-        EXPECT_TRUE(machine.exists(std::wstring(userFile) + L".new"));
+        // The plain copy stays, and the next start repairs it.
+        EXPECT_EQ(machine.readFile(userFile), "a=1\r\n");
+        EXPECT_TRUE(machine.exists(newFile));
         launcher = whole;
     }
 }
 
-TEST_F(UserInstallProperties, LinesOfOtherSystemsFallAway) {
+TEST_F(UserInstallProperties, LinesOfOtherSystemsAreDropped) {
     EXPECT_EQ(copied("a.linux=1\\\r\n2\r\nb=3\r\n"), "b=3\r\n");
     EXPECT_EQ(copied("a.win32=1\r\nb.macosx=2\r\n"), "a=1\r\n");
     EXPECT_EQ(copied("a.linux=1\\\r\n2\\\r\n3\r\nb=4\r\n"), "b=4\r\n");
@@ -118,37 +126,37 @@ TEST_F(UserInstallProperties, ContinuationsStayWithTheirLine) {
     EXPECT_EQ(copied("a=1\\\r\n#x\r\nb=2\r\n"), "a=1\\\r\n#x\r\nb=2\r\n");
     EXPECT_EQ(copied("a=1\\\r\nb.linux=2\r\nc.linux=3\r\n"), "a=1\\\r\nb.linux=2\r\n");
     EXPECT_EQ(copied("a=1\\\r\n2\\\r\nb.linux=3\r\n"), "a=1\\\r\n2\\\r\nb.linux=3\r\n");
-    // Judged before the qualifier goes.
+    // The continuation is recognized before the qualifier is removed.
     EXPECT_EQ(copied("a.win32\\\r\nb.linux=1\r\n"), "a\r\nb.linux=1\r\n");
 }
 
-TEST_F(UserInstallProperties, ACommentDoesNotContinue) {
+TEST_F(UserInstallProperties, CommentsDoNotContinue) {
     EXPECT_EQ(copied("# c\\\r\na.linux=1\r\n! d\\\r\nb=2\r\n"), "# c\\\r\n! d\\\r\nb=2\r\n");
     EXPECT_EQ(copied("! d\\\r\na.linux=1\r\n!b.linux=2\r\n"), "! d\\\r\n!b.linux=2\r\n");
     EXPECT_EQ(copied("  # c.linux=1\r\nb=2\r\n"), "# c.linux=1\r\nb=2\r\n");
 }
 
-TEST_F(UserInstallProperties, BlankLinesAndIndentationVanish) {
+TEST_F(UserInstallProperties, BlankLinesAndIndentationAreDropped) {
     EXPECT_EQ(copied("  a=1\r\n\r\n   b=2\r\n"), "a=1\r\nb=2\r\n");
     EXPECT_EQ(copied("\r\n\r\na=1\r\n"), "a=1\r\n");
     EXPECT_EQ(copied("\r\n"), "");
 }
 
-TEST_F(UserInstallProperties, ALongLineIsBrokenInTwo) {
+TEST_F(UserInstallProperties, LongLineIsBrokenInTwo) {
     EXPECT_EQ(copied("a=" + std::string(2022, 'x') + "yz\r\n"), "a=" + std::string(2022, 'x') + "\r\nyz\r\n");
 }
 
-TEST_F(UserInstallProperties, BytesPassUnchanged) {
+TEST_F(UserInstallProperties, BytesAreCopiedUnchanged) {
     EXPECT_EQ(copied("k\xE9y=\xA0\xFF\r\n"), "k\xE9y=\xA0\xFF\r\n");
 }
 
-TEST_F(UserInstallProperties, APerCentSignInTheBlockIsAConversion) {
+TEST_F(UserInstallProperties, PercentSignInTheBlockIsAConversion) {
     launcher[0].value = L"50%% %s%d|%ls";
     ensure("");
     EXPECT_EQ(machine.readFile(userFile)->substr(0, 26), "zel.install.id=50% |\r\nzel.");
 }
 
-TEST_F(UserInstallProperties, APerCentSignAtTheEndOfAValueLeavesTheNextLineWhole) {
+TEST_F(UserInstallProperties, PercentSignEndingAValueSparesTheNextLine) {
     launcher[0].value = L"50%";
     launcher.push_back({L"com.mivel.zel.core.locale", L"de%0"});
     ensure("");
@@ -157,7 +165,7 @@ TEST_F(UserInstallProperties, APerCentSignAtTheEndOfAValueLeavesTheNextLineWhole
               "com.mivel.zel.core.locale=de\r\n");
 }
 
-TEST_F(UserInstallProperties, PathsInTheBlockAreFormatsToo) {
+TEST_F(UserInstallProperties, PathsInTheBlockAreFormats) {
     launcher[1].value = L"C:\\100%%\\b";
     launcher.push_back({L"jvm.location", L"C:\\%s\\\u65e5\u00e9.exe"});
     ensure("");
@@ -167,7 +175,7 @@ TEST_F(UserInstallProperties, PathsInTheBlockAreFormatsToo) {
               "install.configuration=user\r\n");
 }
 
-TEST_F(UserInstallProperties, TheFirstEntryOfAKeyIsTaken) {
+TEST_F(UserInstallProperties, FirstEntryOfAKeyIsUsed) {
     launcher.push_back({L"zel.install.id", L"2"});
     launcher.push_back({L"jvm.location", L"a"});
     launcher.push_back({L"jvm.location", L"b"});
@@ -176,38 +184,37 @@ TEST_F(UserInstallProperties, TheFirstEntryOfAKeyIsTaken) {
               "zel.install.id=1\r\nvm=a\r\nzel.base.location=C\\:/b\r\ninstall.configuration=user\r\n");
 }
 
-TEST_F(UserInstallProperties, AKeyOfTheBaseFileStaysInFront) {
+TEST_F(UserInstallProperties, KeysOfTheBaseFileComeFirst) {
     EXPECT_EQ(copied("zel.install.id=base\r\nvm=base"), "zel.install.id=base\r\nvm=base\r\n");
 }
 
-TEST_F(UserInstallProperties, TheBaseFileOfTheKindIsTaken) {
+TEST_F(UserInstallProperties, BaseFileOfTheKindIsUsed) {
     machine.writeFile(L"C:\\b\\config\\user\\zelinstall.properties", "kind=1\r\n");
     EXPECT_EQ(copied("a=1\r\n"), "kind=1\r\n");
 }
 
-TEST_F(UserInstallProperties, APieceOfALongLineIsALineOfItsOwn) {
-    // The first piece ends in a backslash and so the second one belongs to it.
+TEST_F(UserInstallProperties, PieceOfALongLineIsALine) {
+    // The first piece ends in a backslash, so the second one continues it.
     EXPECT_EQ(copied("a=" + std::string(2021, 'x') + "\\b.linux=1\r\n"),
               "a=" + std::string(2021, 'x') + "\\\r\nb.linux=1\r\n");
     EXPECT_EQ(copied("a=" + std::string(2022, 'x') + "b.linux=1\r\n"),
               "a=" + std::string(2022, 'x') + "\r\n");
 }
 
-TEST_F(UserInstallProperties, AfterADroppedEntryTheNextOneIsJudgedByItself) {
+TEST_F(UserInstallProperties, EntryAfterADroppedOneIsJudgedByItself) {
     EXPECT_EQ(copied("a.linux=1\\\r\n2\r\nb.macosx=3\r\n#c\r\nd=4\r\n"), "#c\r\nd=4\r\n");
     EXPECT_EQ(copied("a.linux=1\\\r\n#2\r\nb=3\r\n"), "b=3\r\n");
     EXPECT_EQ(copied("a=1\\\r\n2\r\nb.linux=3\r\n"), "a=1\\\r\n2\r\n");
 }
 
-TEST_F(UserInstallProperties, ACtrlZAndANulEndWhatIsRead) {
+TEST_F(UserInstallProperties, CtrlZEndsTheFileAndNulTheLine) {
     EXPECT_EQ(copied("a=1\r\n\x1A"
                      "b=2\r\n"),
               "a=1\r\n");
     EXPECT_EQ(copied(std::string("a=1\0junk\r\nb=2\r\n", 15)), "a=1\r\nb=2\r\n");
 }
 
-TEST_F(UserInstallProperties, TheResultTellsWhetherTheFilesOpened) {
-    const std::wstring target = std::wstring(userFile) + L".new";
+TEST_F(UserInstallProperties, ResultIsZeroOnlyIfBothFilesOpened) {
     machine.writeFile(userFile, "a=1\r\n");
     run([&] {
         EXPECT_EQ(
@@ -216,18 +223,16 @@ TEST_F(UserInstallProperties, TheResultTellsWhetherTheFilesOpened) {
             0);
         EXPECT_FALSE(zellauncher::initialLaunch);
     });
-    EXPECT_EQ(machine.readFile(target), "a=1\r\n" + block);
+    EXPECT_EQ(machine.readFile(newFile), "a=1\r\n" + block);
     EXPECT_EQ(machine.readFile(userFile), "a=1\r\n");
     machine.remove(userFile);
     outcome =
-        run([&] { EXPECT_EQ(zellauncher::writeUserInstallProperties(userFile, target, launcher), -1); });
-    EXPECT_TRUE(
-        outcome.logHas("ZLNCH0074E: Unable to open user specific zelinstall.properties and temporary "
-                       "zelinstall.properties files."));
-    run([&] { EXPECT_EQ(zellauncher::writeUserInstallProperties(target, L"C:/none/x", launcher), -1); });
+        run([&] { EXPECT_EQ(zellauncher::writeUserInstallProperties(userFile, newFile, launcher), -1); });
+    EXPECT_TRUE(outcome.logHas(filesNotOpened));
+    run([&] { EXPECT_EQ(zellauncher::writeUserInstallProperties(newFile, L"C:/none/x", launcher), -1); });
 }
 
-TEST_F(UserInstallProperties, TheSystemIsAskedForPathsWithBackslashes) {
+TEST_F(UserInstallProperties, SystemGetsPathsWithBackslashes) {
     machine.writeFile(userFile, "a=1\r\n");
     run([&] {
         zellauncher::writeUserInstallProperties(L"C:/ws/.config/zelinstall.properties",
@@ -238,11 +243,10 @@ TEST_F(UserInstallProperties, TheSystemIsAskedForPathsWithBackslashes) {
     }
 }
 
-TEST_F(UserInstallProperties, AFileThatOpenedBesideOneThatDidNotIsGivenBack) {
-    const std::wstring target = std::wstring(userFile) + L".new";
+TEST_F(UserInstallProperties, FileIsClosedIfTheOtherFailsToOpen) {
     run([&] {
-        zellauncher::writeUserInstallProperties(userFile, target, launcher);
-        EXPECT_TRUE(platform::deleteFile(target));
+        zellauncher::writeUserInstallProperties(userFile, newFile, launcher);
+        EXPECT_TRUE(platform::deleteFile(newFile));
     });
     machine.writeFile(userFile, "a=1\r\n");
     run([&] {
@@ -251,116 +255,101 @@ TEST_F(UserInstallProperties, AFileThatOpenedBesideOneThatDidNotIsGivenBack) {
     });
 }
 
-TEST_F(UserInstallProperties, AFullDiskIsToldWhenTheBlockIsWrittenOut) {
-    fail("flushStream", L".new");
+TEST_F(UserInstallProperties, FailedFlushOfTheBlockIsLogged) {
+    machine.inject(failing("flushStream", platform::errorAccessDenied, L".new"));
     ensure("a=1\r\n");
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_TRUE(isInitial);
-    EXPECT_TRUE(
-        outcome.logHas("ZLNCH0015E: Unable to append values to user specific zelinstall.properties file."));
+    EXPECT_TRUE(outcome.logHas(blockNotWritten));
 }
 
-TEST_F(UserInstallProperties, AReplacementThatFailsLeavesTheCopyOfTheBaseFile) {
-    fail("moveFile", L"zelinstall.properties");
+TEST_F(UserInstallProperties, FailedReplacementLeavesTheCopyOfTheBaseFile) {
+    machine.inject(failing("moveFile", platform::errorAccessDenied, L"zelinstall.properties"));
     ensure("a=1\r\n");
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_TRUE(isInitial);
     EXPECT_EQ(machine.readFile(userFile), "a=1\r\n");
-    EXPECT_EQ(machine.readFile(std::wstring(userFile) + L".new"), "a=1\r\n" + block);
+    EXPECT_EQ(machine.readFile(newFile), "a=1\r\n" + block);
 }
 
-TEST_F(UserInstallProperties, AnEarlierTemporaryFileIsNoObstacle) {
-    machine.writeFile(std::wstring(userFile) + L".new", std::string(9000, 'x'));
+TEST_F(UserInstallProperties, LeftoverTemporaryFileIsReplaced) {
+    machine.writeFile(newFile, std::string(9000, 'x'));
     EXPECT_EQ(copied("a=1\r\n"), "a=1\r\n");
 }
 
-// A start that dies at any moment leaves a file that the next one can work with: none, the plain copy
-// that the check of the start finds incomplete, or the whole file. Never a piece of one.
-TEST_F(UserInstallProperties, ADeathAtAnyMomentLeavesNoPieceOfAFile) {
+// A start that is stopped at any operation leaves what the next one can use: no file, the plain copy,
+// which the next start finds incomplete, or the complete file.
+TEST_F(UserInstallProperties, ProcessStoppedAnywhereLeavesNoPartialFile) {
     const std::string base = "a=1\r\nb.linux=2\r\n";
     const std::string whole = "a=1\r\n" + block;
-    bool isDead = true;
-    int deaths = 0;
-    for (std::uint64_t nth = 1; isDead; ++nth) {
+    bool isStopped = true;
+    int stops = 0;
+    for (std::uint64_t nth = 1; isStopped; ++nth) {
         machine.remove(L"C:\\ws\\.config");
         machine.makeDirectory(L"C:\\ws\\.config");
         machine.stopDeadAt(nth);
         ensure(base);
         machine.stopDeadAt(0);
-        isDead = outcome.end.kind == simulation::EndKind::stoppedDead;
-        deaths += isDead ? 1 : 0;
+        isStopped = outcome.processEnd().kind == simulation::EndKind::stoppedDead;
+        stops += isStopped ? 1 : 0;
         const std::string left = machine.readFile(userFile).value_or(base);
-        EXPECT_TRUE(left == base || left == whole) << nth << ": " << left;
+        EXPECT_TRUE(left == base || left == whole) << "operation " << nth << ": " << left;
         ensure(base);
-        EXPECT_EQ(outcome.end.status, 0U);
+        EXPECT_EQ(outcome.processEnd().status, 0U);
         const std::string next = machine.readFile(userFile).value_or("(absent)");
-        EXPECT_TRUE(next == base || next == whole) << nth << ": " << next;
+        EXPECT_TRUE(next == base || next == whole) << "operation " << nth << ": " << next;
     }
-    EXPECT_GT(deaths, 10);
+    EXPECT_GT(stops, 10);
     EXPECT_EQ(machine.readFile(userFile), whole);
 }
 
-TEST_F(UserInstallProperties, AMissingBaseFileIsFatal) {
+TEST_F(UserInstallProperties, MissingBaseFileIsFatal) {
     outcome = run([&] {
         zellauncher::InstallConfiguration = zellauncher::InstallConfigurationKind::user;
         zellauncher::ensureUserInstallProperties(L"C:/ws/.config", L"C:\\b", launcher);
     });
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0022E: Unable to copy zelinstall.properties to the user directory.");
+    outcome.expectFatal("ZLNCH0022E: Unable to copy zelinstall.properties to the user directory.");
 }
 
-TEST_F(UserInstallProperties, AStreamThatCannotBeOpenedIsTold) {
-    fail("openStream", L".new");
+TEST_F(UserInstallProperties, FailedOpenIsLogged) {
+    machine.inject(failing("openStream", platform::errorAccessDenied, L".new"));
     ensure("a=1\r\n");
-    EXPECT_EQ(outcome.end.status, 0U);
-    EXPECT_TRUE(
-        outcome.logHas("ZLNCH0074E: Unable to open user specific zelinstall.properties and temporary "
-                       "zelinstall.properties files."));
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_TRUE(outcome.logHas(filesNotOpened));
 }
 
-TEST_F(UserInstallProperties, ALineOrABlockThatCannotBeWrittenIsTold) {
-    fail("writeStream", L".new");
+TEST_F(UserInstallProperties, FailedWriteIsLogged) {
+    machine.inject(failing("writeStream", platform::errorAccessDenied, L".new"));
     ensure("a=1\r\nb=2\r\n");
-    EXPECT_TRUE(
-        outcome.logHas("ZLNCH0001E: Error while copying base zelinstall.properties to user specific "
-                       "zelinstall.properties file."));
+    EXPECT_TRUE(outcome.logHas(lineNotCopied));
     EXPECT_EQ(machine.readFile(userFile), "b=2\r\n" + block);
     machine.remove(userFile);
     machine.clearFaults();
-    fail("writeStream", L".new", 2);
+    machine.inject(failing("writeStream", platform::errorAccessDenied, L".new", 2));
     ensure("a=1\r\n");
-    EXPECT_TRUE(
-        outcome.logHas("ZLNCH0015E: Unable to append values to user specific zelinstall.properties file."));
+    EXPECT_TRUE(outcome.logHas(blockNotWritten));
 }
 
-TEST_F(UserInstallProperties, ACharacterOutsideTheFilesBytesCannotBeWritten) {
+TEST_F(UserInstallProperties, CharacterAbove255IsNotWritten) {
     launcher[0].value = L"\u0410";
     ensure("a=1\r\n");
-    EXPECT_EQ(outcome.end.status, 0U);
-    EXPECT_TRUE(
-        outcome.logHas("ZLNCH0015E: Unable to append values to user specific zelinstall.properties file."));
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_TRUE(outcome.logHas(blockNotWritten));
     EXPECT_EQ(machine.readFile(userFile), "a=1\r\nzel.install.id=");
 }
 
 TEST(Escaping, ValuesArePlainAscii) {
-    std::wstring out = L"x";
-    zellauncher::escapeValue(L"a b#!=:\\\t\x7F\u00E9\uFFFF${}", out);
-    EXPECT_EQ(out, L"xa b\\#\\!\\=\\:\\\\\\u0009\\u007f\\u00e9\\uffff${}");
+    EXPECT_EQ(escapeValue(L"a b#!=:\\\t\x7F\u00E9\uFFFF${}"),
+              L"a b\\#\\!\\=\\:\\\\\\u0009\\u007f\\u00e9\\uffff${}");
 }
 
-TEST(Escaping, TheFirstAndTheLastPlainCharacterStay) {
-    std::wstring out;
-    zellauncher::escapeValue(L"\x1F ~\x7F", out);
-    EXPECT_EQ(out, L"\\u001f ~\\u007f");
+TEST(Escaping, FirstAndLastPlainCharacterAreKept) {
+    EXPECT_EQ(escapeValue(L"\x1F ~\x7F"), L"\\u001f ~\\u007f");
 }
 
 TEST(Escaping, EntriesEscapeTheBlanksOfTheirKey) {
-    std::wstring out;
-    zellauncher::escapeEntry(L"a b=", L"c d", out);
-    EXPECT_EQ(out, L"a\\ b\\==c d");
-    out.clear();
-    zellauncher::escapeEntry(L"", L"v", out);
-    EXPECT_EQ(out, L"=v");
+    EXPECT_EQ(escapeEntry(L"a b=", L"c d"), L"a\\ b\\==c d");
+    EXPECT_EQ(escapeEntry(L"", L"v"), L"=v");
 }
 
 }  // namespace

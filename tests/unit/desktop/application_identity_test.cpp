@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "launch/launch_state.h"
+#include <cstdint>
+
+#include "instance/platform_lock.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -14,6 +17,7 @@ class ApplicationIdentity : public launchertest::OnMachine {
 protected:
     PropertyList launcher;
     bool isMain = true;
+    // What resolve found.
     std::wstring identity;
     bool isUsed = false;
     bool preventsPinning = false;
@@ -28,6 +32,7 @@ protected:
             preventsPinning = zellauncher::preventPinning;
         });
     }
+    // The identity of a process that applied `my.id`.
     std::wstring apply() {
         const simulation::ProcessId id = machine.start({L"C:\\zel\\zellauncher.exe"}, [] {
             zellauncher::appUserModelId = L"my.id";
@@ -39,7 +44,7 @@ protected:
     }
 };
 
-TEST_F(ApplicationIdentity, IsNamedAfterThePlatformWithoutPinning) {
+TEST_F(ApplicationIdentity, DefaultIsNamedAfterThePlatformWithoutPinning) {
     resolve({L"prog"});
     EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
     EXPECT_TRUE(isUsed);
@@ -52,7 +57,7 @@ TEST_F(ApplicationIdentity, IsNamedAfterThePlatformWithoutPinning) {
     EXPECT_EQ(identity, L"mivel.tarsin.client.");
 }
 
-TEST_F(ApplicationIdentity, OfAConfigurationMayBePinned) {
+TEST_F(ApplicationIdentity, ConfiguredIdentityMayBePinnedByTheMainProcess) {
     launcher = {{L"config.x.appID", L"abc"}};
     resolve({L"prog", L"-config", L"x"});
     EXPECT_EQ(identity, L"abc");
@@ -64,7 +69,7 @@ TEST_F(ApplicationIdentity, OfAConfigurationMayBePinned) {
     EXPECT_TRUE(preventsPinning);
 }
 
-TEST_F(ApplicationIdentity, AnAbsentOrEmptyOneIsTheDefault) {
+TEST_F(ApplicationIdentity, MissingOrEmptyPropertyGivesTheDefault) {
     launcher = {{L"config.x.appID", L""}};
     resolve({L"prog", L"-config", L"x"});
     EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
@@ -73,7 +78,7 @@ TEST_F(ApplicationIdentity, AnAbsentOrEmptyOneIsTheDefault) {
     EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");
 }
 
-TEST_F(ApplicationIdentity, TheFirstWholeOptionBehindTheProgramDecides) {
+TEST_F(ApplicationIdentity, FirstWholeConfigOptionDecides) {
     launcher = {{L"config.x.appID", L"abc"}, {L"config.y.appID", L"def"}, {L"config..appID", L"empty"}};
     resolve({L"prog", L"-config", L"x", L"-config", L"y"});
     EXPECT_EQ(identity, L"abc");
@@ -101,23 +106,27 @@ TEST_F(ApplicationIdentity, OlderSystemsHaveNone) {
 }
 
 TEST_F(ApplicationIdentity, VersionsFromSixOneOnHaveOne) {
-    const std::vector<std::tuple<std::uint32_t, std::uint32_t, bool>> versions = {
-        {5, 2, false}, {6, 0, false}, {6, 1, true}, {7, 0, true}, {10, 0, true}};
-    for (const auto& [major, minor, isLater] : versions) {
-        machine.setSystemVersion(major, minor);
-        run([expected = isLater] { EXPECT_EQ(zellauncher::isWindows7OrLater(), expected); });
+    const struct {
+        std::uint32_t major;
+        std::uint32_t minor;
+        bool isWindows7OrLater;
+    } cases[] = {{5, 2, false}, {6, 0, false}, {6, 1, true}, {7, 0, true}, {10, 0, true}};
+    for (const auto& version : cases) {
+        machine.setSystemVersion(version.major, version.minor);
+        run([&] {
+            EXPECT_EQ(zellauncher::isWindows7OrLater(), version.isWindows7OrLater)
+                << version.major << "." << version.minor;
+        });
     }
-    simulation::Fault fault;
-    fault.operation = "systemVersion";
-    machine.inject(fault);
+    machine.inject(launchertest::failing("systemVersion", platform::errorAccessDenied));
     run([] { EXPECT_FALSE(zellauncher::isWindows7OrLater()); });
 }
 
-TEST_F(ApplicationIdentity, IsGivenToTheProcess) {
+TEST_F(ApplicationIdentity, IsAppliedToTheProcess) {
     EXPECT_EQ(apply(), L"my.id");
 }
 
-TEST_F(ApplicationIdentity, AMissingFunctionOrLibraryIsNoFailure) {
+TEST_F(ApplicationIdentity, MissingFunctionOrLibraryIsNoFailure) {
     machine.removeAppIdFunction();
     EXPECT_EQ(apply(), L"");
     machine.removeShellLibrary();

@@ -1,7 +1,9 @@
 #include "desktop/extension_jars.h"
 
-#include "launch/launch_command.h"
-#include "launch/launch_state.h"
+#include <gtest/gtest.h>
+
+#include "instance/platform_lock.h"
+#include "javalaunch/launch_command.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -31,14 +33,14 @@ TEST_F(ExtensionJars, AreTheLastElement) {
     EXPECT_EQ(scan(L"C:\\Apps\\vxext\\*"), L"prog \"-cp=C:/Apps/vxext/a.zip;C:/Apps/vxext/b.jar\"");
 }
 
-TEST_F(ExtensionJars, WithoutAPatternNothingIsSearched) {
+TEST_F(ExtensionJars, EmptyPatternIsNotSearched) {
     EXPECT_EQ(scan(L""), L"prog");
     EXPECT_TRUE(outcome.logHas("ZELLauncher> Invalid file handle.."));
 }
 
-TEST_F(ExtensionJars, ADirectoryThatHasGoneMeanwhileStopsNoStart) {
+TEST_F(ExtensionJars, RemovedDirectoryDoesNotStopTheStart) {
     EXPECT_EQ(scan(L"C:\\Apps\\vxext\\*"), L"prog");
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_TRUE(outcome.logHas("ZELLauncher> Invalid file handle.."));
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "support/failing_allocation.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -10,8 +11,6 @@ using zellauncher::copyFileNoReplace;
 using zellauncher::createDirectories;
 using zellauncher::deleteFile;
 using zellauncher::moveFile;
-
-constexpr const char* relativeLine = "ZLNCH0140E: relative paths can not be converted to unicode path\n";
 
 class FileOperations : public launchertest::OnMachine {
 protected:
@@ -23,7 +22,7 @@ protected:
         return result;
     }
 
-    // First arguments of all calls of an operation, in order.
+    // The first arguments of all calls of an operation, in order.
     std::vector<std::wstring> argumentsOf(const std::string& operation) const {
         std::vector<std::wstring> arguments;
         for (const simulation::Operation& made : machine.operations()) {
@@ -41,7 +40,7 @@ protected:
 
 // --- createDirectories ------------------------------------------------------------------------------
 
-TEST_F(FileOperations, EveryMissingLevelIsMade) {
+TEST_F(FileOperations, MissingLevelsAreCreated) {
     machine.makeDirectory(L"C:\\a");
     EXPECT_TRUE(does([] { return createDirectories(L"C:/a\\b//c/d"); }));
     EXPECT_TRUE(machine.isDirectory(L"C:\\a\\b\\c\\d"));
@@ -51,35 +50,32 @@ TEST_F(FileOperations, EveryMissingLevelIsMade) {
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(FileOperations, ATrailingSeparatorMakesNoFurtherLevel) {
+TEST_F(FileOperations, TrailingSeparatorAddsNoLevel) {
     EXPECT_TRUE(does([] { return createDirectories(L"C:\\a\\b\\"); }));
     EXPECT_EQ(argumentsOf("createDirectory").size(), 3U);
 }
 
-TEST_F(FileOperations, ADirectoryThatExistsIsAFailureAndStays) {
+TEST_F(FileOperations, ExistingDirectoryIsAFailure) {
     machine.writeFile(L"C:\\a\\b\\file.txt", "kept");
     EXPECT_FALSE(does([] { return createDirectories(L"C:\\a\\b"); }));
     EXPECT_EQ(contentOf(L"C:\\a\\b\\file.txt"), "kept");
     EXPECT_FALSE(does([] { return createDirectories(L"C:\\"); }));
 }
 
-TEST_F(FileOperations, DirectoriesBeyondThePlainLimitAreMade) {
+TEST_F(FileOperations, DirectoriesBeyond260CharactersAreCreated) {
     const std::wstring deep = L"C:\\" + std::wstring(200, L'd') + L"\\" + std::wstring(200, L'e');
     EXPECT_TRUE(does([&] { return createDirectories(deep); }));
     EXPECT_TRUE(machine.isDirectory(deep));
 }
 
-TEST_F(FileOperations, FailuresOfUpperLevelsPassUnnoticed) {
-    simulation::Fault fault;
-    fault.operation = "createDirectory";
-    fault.argumentEndsWith = L"\\b";
+TEST_F(FileOperations, FailureOfAnUpperLevelIsIgnored) {
     machine.makeDirectory(L"C:\\a\\b");
-    machine.inject(fault);
+    machine.inject(launchertest::failing("createDirectory", platform::errorAccessDenied, L"\\b"));
     EXPECT_TRUE(does([] { return createDirectories(L"C:\\a\\b\\c"); }));
     EXPECT_TRUE(machine.isDirectory(L"C:\\a\\b\\c"));
 }
 
-TEST_F(FileOperations, ALastLevelThatCannotBeMadeIsAFailure) {
+TEST_F(FileOperations, FailureOfTheLastLevelIsReported) {
     machine.makeDirectory(L"C:\\a");
     machine.refuse(L"C:\\a", platform::errorAccessDenied);
     EXPECT_FALSE(does([] { return createDirectories(L"C:\\a\\b"); }));
@@ -88,19 +84,20 @@ TEST_F(FileOperations, ALastLevelThatCannotBeMadeIsAFailure) {
     EXPECT_FALSE(does([] { return createDirectories(L"Q:\\b"); }));
 }
 
-TEST_F(FileOperations, APathOfWhichNothingIsLeftNeedsNoDirectory) {
+TEST_F(FileOperations, PathThatNormalisesToNothingCreatesNothing) {
     EXPECT_TRUE(does([] { return createDirectories(L"C:\\.."); }));
     EXPECT_TRUE(argumentsOf("createDirectory").empty());
 }
 
-TEST_F(FileOperations, WithoutMemoryForTheLevelsTheStartEnds) {
+TEST_F(FileOperations, CreatingDirectoriesWithoutMemoryIsFatal) {
     const std::wstring path = L"C:\\" + std::wstring(50000, L'x');
-    // The copy of the path and its long form are the first three.
-    for (const int nth : {4, 5}) {
+    // The first two allocations are those of toLongPath.
+    for (const int nth : {3, 4}) {
+        SCOPED_TRACE(nth);
         outcome = run([&] {
             const launchertest::FailingAllocation failing(50000, nth);
             createDirectories(path);
-            ADD_FAILURE() << "went on without the memory";
+            ADD_FAILURE() << "continued without the memory";
         });
         EXPECT_TRUE(outcome.isFatal());
         EXPECT_TRUE(outcome.log.starts_with("ZLNCH0004E: newString malloc failed. "));
@@ -110,7 +107,7 @@ TEST_F(FileOperations, WithoutMemoryForTheLevelsTheStartEnds) {
 
 // --- copyFileNoReplace ------------------------------------------------------------------------------
 
-TEST_F(FileOperations, ACopyHasTheContentAndTheSourceStays) {
+TEST_F(FileOperations, CopyKeepsTheSource) {
     machine.writeFile(L"C:\\a\\source.txt", "text");
     machine.makeDirectory(L"C:\\b");
     EXPECT_TRUE(does([] { return copyFileNoReplace(L"C:/a\\source.txt", L"C:\\b/target.txt"); }));
@@ -119,7 +116,7 @@ TEST_F(FileOperations, ACopyHasTheContentAndTheSourceStays) {
     EXPECT_EQ(argumentsOf("copyFile"), std::vector<std::wstring>{L"C:/a\\source.txt"});
 }
 
-TEST_F(FileOperations, ACopyReplacesNothing) {
+TEST_F(FileOperations, CopyReplacesNothing) {
     machine.writeFile(L"C:\\a\\source.txt", "new");
     machine.writeFile(L"C:\\a\\target.txt", "old");
     EXPECT_FALSE(does([] { return copyFileNoReplace(L"C:\\a\\source.txt", L"C:\\a\\target.txt"); }));
@@ -128,7 +125,7 @@ TEST_F(FileOperations, ACopyReplacesNothing) {
     EXPECT_FALSE(machine.exists(L"C:\\a\\other.txt"));
 }
 
-TEST_F(FileOperations, PathsOfACopyMayBeRelative) {
+TEST_F(FileOperations, CopyAcceptsRelativePaths) {
     machine.writeFile(L"C:\\a\\source.txt", "text");
     machine.setCurrentDirectory(L"C:\\a");
     EXPECT_TRUE(does([] { return copyFileNoReplace(L"source.txt", L"target.txt"); }));
@@ -138,26 +135,24 @@ TEST_F(FileOperations, PathsOfACopyMayBeRelative) {
 
 // --- bringToDevice ----------------------------------------------------------------------------------
 
-TEST_F(FileOperations, WhatIsBroughtToTheDeviceSurvivesALossOfPower) {
+TEST_F(FileOperations, FlushedFileSurvivesAPowerLoss) {
     machine.writeFile(L"C:\\a\\source.txt", "text");
-    does([] {
+    run([] {
         copyFileNoReplace(L"C:\\a\\source.txt", L"C:\\a\\kept.txt");
         copyFileNoReplace(L"C:\\a\\source.txt", L"C:\\a\\lost.txt");
         zellauncher::bringToDevice(L"C:/a/kept.txt");
-        return true;
     });
     machine.losePower();
     EXPECT_EQ(contentOf(L"C:\\a\\kept.txt"), "text");
     EXPECT_EQ(contentOf(L"C:\\a\\lost.txt"), "");
 }
 
-TEST_F(FileOperations, WhatCannotBeBroughtToTheDeviceStaysAsItIs) {
+TEST_F(FileOperations, FailedFlushChangesNothing) {
     machine.writeFile(L"C:\\a\\source.txt", "text");
     machine.setAttributes(L"C:\\a\\source.txt", platform::attributeReadOnly);
-    does([] {
+    outcome = run([] {
         zellauncher::bringToDevice(L"C:\\a\\source.txt");
         zellauncher::bringToDevice(L"C:\\a\\gone.txt");
-        return true;
     });
     EXPECT_EQ(contentOf(L"C:\\a\\source.txt"), "text");
     EXPECT_FALSE(machine.exists(L"C:\\a\\gone.txt"));
@@ -166,7 +161,7 @@ TEST_F(FileOperations, WhatCannotBeBroughtToTheDeviceStaysAsItIs) {
 
 // --- moveFile ---------------------------------------------------------------------------------------
 
-TEST_F(FileOperations, AMoveRenamesFilesAndDirectories) {
+TEST_F(FileOperations, MoveRenamesFilesAndDirectories) {
     machine.writeFile(L"C:\\a\\source.txt", "text");
     machine.makeDirectory(L"C:\\b");
     EXPECT_TRUE(does([] { return moveFile(L"C:/a/source.txt", L"C:/b/target.txt"); }));
@@ -178,7 +173,7 @@ TEST_F(FileOperations, AMoveRenamesFilesAndDirectories) {
               (std::vector<std::wstring>{L"\\\\?\\C:\\a\\source.txt", L"\\\\?\\C:\\b"}));
 }
 
-TEST_F(FileOperations, AMoveReplacesNothingAndIsTriedOnce) {
+TEST_F(FileOperations, MoveReplacesNothingAndIsTriedOnce) {
     machine.writeFile(L"C:\\a\\source.txt", "new");
     machine.writeFile(L"C:\\a\\target.txt", "old");
     EXPECT_FALSE(does([] { return moveFile(L"C:\\a\\source.txt", L"C:\\a\\target.txt"); }));
@@ -188,7 +183,7 @@ TEST_F(FileOperations, AMoveReplacesNothingAndIsTriedOnce) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
-TEST_F(FileOperations, AMoveWorksBeyondThePlainLimit) {
+TEST_F(FileOperations, MoveAcceptsPathsBeyond260Characters) {
     const std::wstring directory = L"C:\\" + std::wstring(200, L'd');
     machine.writeFile(directory + L"\\" + std::wstring(200, L'e'), "text");
     EXPECT_TRUE(does([&] {
@@ -200,7 +195,7 @@ TEST_F(FileOperations, AMoveWorksBeyondThePlainLimit) {
 
 // --- deleteFile -------------------------------------------------------------------------------------
 
-TEST_F(FileOperations, AFileIsDeletedByWayOfAnotherName) {
+TEST_F(FileOperations, FileIsRenamedBeforeItIsDeleted) {
     machine.writeFile(L"C:\\a\\file.txt", "text");
     EXPECT_TRUE(does([] { return deleteFile(L"C:/a/file.txt"); }));
     EXPECT_TRUE(machine.tree(L"C:\\a").empty());
@@ -208,12 +203,12 @@ TEST_F(FileOperations, AFileIsDeletedByWayOfAnotherName) {
     EXPECT_EQ(argumentsOf("deleteFile"), std::vector<std::wstring>{L"\\\\?\\C:\\a\\file.txt.deleteme"});
 }
 
-TEST_F(FileOperations, AFileThatIsNotThereCannotBeDeleted) {
+TEST_F(FileOperations, DeletingAMissingFileFails) {
     EXPECT_FALSE(does([] { return deleteFile(L"C:\\a\\gone.txt"); }));
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(FileOperations, ALeftOverOfTheOtherNameIsDeletedInPlaceOfTheFile) {
+TEST_F(FileOperations, LeftoverIsDeletedInsteadOfTheFile) {
     machine.writeFile(L"C:\\a\\file.txt", "new");
     machine.writeFile(L"C:\\a\\file.txt.deleteme", "old");
     EXPECT_TRUE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
@@ -223,13 +218,13 @@ TEST_F(FileOperations, ALeftOverOfTheOtherNameIsDeletedInPlaceOfTheFile) {
     EXPECT_TRUE(machine.tree(L"C:\\a").empty());
 }
 
-TEST_F(FileOperations, ALeftOverIsDeletedAlsoWithoutTheFile) {
+TEST_F(FileOperations, LeftoverIsDeletedEvenWithoutTheFile) {
     machine.writeFile(L"C:\\a\\file.txt.deleteme", "old");
     EXPECT_TRUE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
     EXPECT_TRUE(machine.tree(L"C:\\a").empty());
 }
 
-TEST_F(FileOperations, AFileThatIsInUseStaysIntact) {
+TEST_F(FileOperations, FileInUseStaysIntact) {
     machine.writeFile(L"C:\\a\\file.txt", "text");
     machine.holdOpen(L"C:\\a\\file.txt");
     EXPECT_FALSE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
@@ -239,7 +234,7 @@ TEST_F(FileOperations, AFileThatIsInUseStaysIntact) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
-TEST_F(FileOperations, AReadOnlyFileIsLeftUnderTheOtherName) {
+TEST_F(FileOperations, ReadOnlyFileKeepsTheTemporaryName) {
     machine.writeFile(L"C:\\a\\file.txt", "text");
     machine.setAttributes(L"C:\\a\\file.txt", platform::attributeReadOnly);
     EXPECT_FALSE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
@@ -248,19 +243,20 @@ TEST_F(FileOperations, AReadOnlyFileIsLeftUnderTheOtherName) {
 
 // --- Relative paths ---------------------------------------------------------------------------------
 
-TEST_F(FileOperations, ARelativePathEndsTheStartBeforeAnythingIsDone) {
+TEST_F(FileOperations, RelativePathIsFatal) {
     machine.writeFile(L"C:\\file.txt", "text");
-    const std::vector<std::function<bool()>> operations = {
-        [] { return createDirectories(L"a\\b"); },
-        [] { return moveFile(L"file.txt", L"C:\\other.txt"); },
-        [] { return moveFile(L"C:\\file.txt", L"other.txt"); },
-        [] { return deleteFile(L"file.txt"); },
-        [] { return deleteFile(L"\\\\server\\share\\file.txt"); },
+    const std::vector<std::pair<const char*, std::function<bool()>>> operations = {
+        {"createDirectories", [] { return createDirectories(L"a\\b"); }},
+        {"moveFile, source", [] { return moveFile(L"file.txt", L"C:\\other.txt"); }},
+        {"moveFile, target", [] { return moveFile(L"C:\\file.txt", L"other.txt"); }},
+        {"deleteFile", [] { return deleteFile(L"file.txt"); }},
+        {"deleteFile, share", [] { return deleteFile(L"\\\\server\\share\\file.txt"); }},
     };
-    for (const auto& operation : operations) {
+    for (const auto& [name, operation] : operations) {
+        SCOPED_TRACE(name);
         does(operation);
         EXPECT_TRUE(outcome.isFatal());
-        EXPECT_EQ(outcome.log, relativeLine);
+        EXPECT_EQ(outcome.log, "ZLNCH0140E: relative paths can not be converted to unicode path\n");
     }
     EXPECT_EQ(contentOf(L"C:\\file.txt"), "text");
     EXPECT_FALSE(machine.exists(L"C:\\a"));

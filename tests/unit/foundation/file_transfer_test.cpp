@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/files.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -20,24 +22,14 @@ protected:
     void transfer(Transfer how, const std::wstring& name = L"f", Presence presence = Presence::optional) {
         outcome = run([&] { zellauncher::transferPath(L"C:/t", name, L"C:/s", name, presence, how); });
     }
-    void expectFatal(const std::string& message) {
-        EXPECT_TRUE(outcome.isFatal());
-        EXPECT_EQ(outcome.lastLine(), message);
-    }
-    void fail(const std::string& operation, const std::wstring& ending) {
-        simulation::Fault fault;
-        fault.operation = operation;
-        fault.argumentEndsWith = ending;
-        machine.inject(fault);
-    }
-    // A directory that resists its removal.
-    void makeStubborn(const std::wstring& directory) {
+    // Creates a directory that cannot be removed because it contains a read-only file.
+    void makeUndeletable(const std::wstring& directory) {
         machine.writeFile(directory + L"\\held", "");
-        machine.setAttributes(directory + L"\\held", 1);
+        machine.setAttributes(directory + L"\\held", platform::attributeReadOnly);
     }
 };
 
-TEST_F(FileTransfer, MovesOrCopiesAFile) {
+TEST_F(FileTransfer, FileIsCopiedOrMoved) {
     machine.writeFile(L"C:\\s\\f", "text");
     transfer(Transfer::copy);
     EXPECT_EQ(machine.readFile(L"C:\\t\\f"), "text");
@@ -49,36 +41,36 @@ TEST_F(FileTransfer, MovesOrCopiesAFile) {
     EXPECT_FALSE(machine.exists(L"C:\\t\\f.deleteme"));
 }
 
-// The source of a copy may be moved away next, and its copy then be the only one in its place.
-TEST_F(FileTransfer, ACopySurvivesALossOfPower) {
+// Callers may move the source away next, so the copy must already be on the device.
+TEST_F(FileTransfer, CopySurvivesAPowerLoss) {
     machine.writeFile(L"C:\\s\\f", "text");
     transfer(Transfer::copy);
     machine.losePower();
     EXPECT_EQ(machine.readFile(L"C:\\t\\f"), "text");
 }
 
-TEST_F(FileTransfer, AnAbsentOptionalSourceTouchesNothing) {
+TEST_F(FileTransfer, MissingOptionalSourceTouchesNothing) {
     machine.writeFile(L"C:\\t\\f", "kept");
     transfer(Transfer::move);
     EXPECT_EQ(outcome.log, "ZLNCH0110I: 'C:\\s\\f' not found\n");
     EXPECT_EQ(machine.readFile(L"C:\\t\\f"), "kept");
 }
 
-TEST_F(FileTransfer, AnAbsentRequiredSourceIsFatal) {
+TEST_F(FileTransfer, MissingRequiredSourceIsFatal) {
     transfer(Transfer::move, L"f", Presence::required);
-    expectFatal("ZLNCH0109E: Unable to locate 'C:\\s\\f' for copying");
+    outcome.expectFatal("ZLNCH0109E: Unable to locate 'C:\\s\\f' for copying");
 }
 
-TEST_F(FileTransfer, AnOldFileThatCannotBeDeletedIsFatal) {
+TEST_F(FileTransfer, UndeletableOldFileIsFatal) {
     machine.writeFile(L"C:\\s\\f", "text");
     machine.writeFile(L"C:\\t\\f", "old");
     machine.holdOpen(L"C:\\t\\f");
     transfer(Transfer::move);
-    expectFatal("ZLNCH0111E: Can't delete old copy of file 'C:\\t\\f'");
+    outcome.expectFatal("ZLNCH0111E: Can't delete old copy of file 'C:\\t\\f'");
     EXPECT_EQ(machine.readFile(L"C:\\s\\f"), "text");
 }
 
-TEST_F(FileTransfer, AnOldDirectoryGivesWay) {
+TEST_F(FileTransfer, OldDirectoryIsReplaced) {
     machine.writeFile(L"C:\\s\\d\\new", "");
     machine.writeFile(L"C:\\t\\d\\old", "");
     transfer(Transfer::move, L"d");
@@ -86,55 +78,55 @@ TEST_F(FileTransfer, AnOldDirectoryGivesWay) {
     EXPECT_EQ(machine.tree(L"C:\\t"), (std::vector<std::wstring>{L"C:\\t\\d\\", L"C:\\t\\d\\new"}));
 }
 
-TEST_F(FileTransfer, AStubbornDirectoryStaysUnderANumberedName) {
+TEST_F(FileTransfer, UndeletableOldDirectoryIsMovedAside) {
     machine.writeFile(L"C:\\s\\d\\new", "");
-    makeStubborn(L"C:\\t\\d");
+    makeUndeletable(L"C:\\t\\d");
     transfer(Transfer::move, L"d");
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_TRUE(machine.exists(L"C:\\t\\d\\new"));
     EXPECT_TRUE(machine.exists(L"C:\\t\\ddeleteme0001\\held"));
-    machine.setAttributes(L"C:\\t\\ddeleteme0001\\held", 0);
+    machine.setAttributes(L"C:\\t\\ddeleteme0001\\held", platform::attributeNormal);
     machine.writeFile(L"C:\\s\\d\\newer", "");
-    transfer(Transfer::move, L"d");  // cleans up what resisted before
+    transfer(Transfer::move, L"d");  // removes the numbered directory too
     EXPECT_EQ(machine.tree(L"C:\\t"), (std::vector<std::wstring>{L"C:\\t\\d\\", L"C:\\t\\d\\newer"}));
 }
 
-TEST_F(FileTransfer, TheLowestNumberThatWasFreeIsTaken) {
+TEST_F(FileTransfer, LowestFreeNumberIsUsed) {
     machine.writeFile(L"C:\\s\\d\\new", "");
-    makeStubborn(L"C:\\t\\d");
-    makeStubborn(L"C:\\t\\ddeleteme0001");
-    makeStubborn(L"C:\\t\\ddeleteme0003");
+    makeUndeletable(L"C:\\t\\d");
+    makeUndeletable(L"C:\\t\\ddeleteme0001");
+    makeUndeletable(L"C:\\t\\ddeleteme0003");
     transfer(Transfer::move, L"d");
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_TRUE(machine.exists(L"C:\\t\\ddeleteme0002\\held"));
 }
 
-TEST_F(FileTransfer, WithAllFiveNamesTakenItIsFatal) {
+TEST_F(FileTransfer, FiveTakenNumbersAreFatal) {
     machine.writeFile(L"C:\\s\\d\\new", "");
     machine.writeFile(L"C:\\t\\d\\old", "");
     for (int number = 1; number <= 5; ++number) {
-        makeStubborn(L"C:\\t\\ddeleteme000" + std::to_wstring(number));
+        makeUndeletable(L"C:\\t\\ddeleteme000" + std::to_wstring(number));
     }
     transfer(Transfer::move, L"d");
-    expectFatal("ZLNCH0112E: Can't move file/dir  'C:\\t\\d'");
+    outcome.expectFatal("ZLNCH0112E: Can't move file/dir  'C:\\t\\d'");
     EXPECT_TRUE(machine.exists(L"C:\\t\\d\\old"));
     EXPECT_TRUE(machine.exists(L"C:\\s\\d\\new"));
 }
 
-TEST_F(FileTransfer, ATransferThatFailsIsFatal) {
+TEST_F(FileTransfer, FailedTransferIsFatal) {
     machine.writeFile(L"C:\\s\\f", "text");
-    fail("moveFile", L"\\s\\f");
+    machine.inject(launchertest::failing("moveFile", platform::errorAccessDenied, L"\\s\\f"));
     transfer(Transfer::move);
-    expectFatal("ZLNCH0141E: Can't move file/dir  'C:\\s\\f'");
-    fail("copyFile", L"\\s\\f");
+    outcome.expectFatal("ZLNCH0141E: Can't move file/dir  'C:\\s\\f'");
+    machine.inject(launchertest::failing("copyFile", platform::errorAccessDenied, L"\\s\\f"));
     transfer(Transfer::copy);
-    expectFatal("ZLNCH0113E: Can't copy file  'C:\\s\\f'");
+    outcome.expectFatal("ZLNCH0113E: Can't copy file  'C:\\s\\f'");
     machine.makeDirectory(L"C:\\s\\d");
     transfer(Transfer::copy, L"d");
-    expectFatal("ZLNCH0113E: Can't copy file  'C:\\s\\d'");
+    outcome.expectFatal("ZLNCH0113E: Can't copy file  'C:\\s\\d'");
 }
 
-TEST_F(FileTransfer, AWholeDirectoryTakesThePlaceOfAnother) {
+TEST_F(FileTransfer, DirectoryReplacesAnother) {
     machine.writeFile(L"C:\\s\\new", "");
     machine.writeFile(L"C:\\t\\old", "");
     outcome = run([] { zellauncher::moveDirectoryReplacing(L"C:/t", L"C:/s", Presence::required); });

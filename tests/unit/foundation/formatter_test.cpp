@@ -4,6 +4,8 @@
 
 #include <limits>
 
+#include "support/text.h"
+
 namespace {
 
 using zellauncher::formatText;
@@ -20,24 +22,26 @@ std::wstring ofUnsigned(const std::wstring& format, std::uint64_t number) {
     return formatText(format, {number});
 }
 
-TEST(Formatter, TextWithoutConversionsStaysAsItIs) {
+TEST(Formatter, TextWithoutConversionsIsUnchanged) {
     EXPECT_EQ(formatText(L"", {}), L"");
     EXPECT_EQ(formatText(L"plain \\ \"text\" \u0142", {}), L"plain \\ \"text\" \u0142");
 }
 
-TEST(Formatter, EverySpellingOfATextConversionTakesAText) {
+TEST(Formatter, EveryTextConversionTakesAText) {
     for (const wchar_t* conversion : {L"%s", L"%ls", L"%hs", L"%S", L"%ws"}) {
+        SCOPED_TRACE(launchertest::toUtf8(conversion));
         EXPECT_EQ(ofText(L"<" + std::wstring(conversion) + L">", L"a%sb"), L"<a%sb>");
     }
 }
 
-TEST(Formatter, TakesTheArgumentsInTheirOrder) {
+TEST(Formatter, ArgumentsAreUsedInOrder) {
     EXPECT_EQ(formatText(L"%s=%d (%u)", {std::wstring(L"key"), std::int64_t{-1}, std::uint64_t{2}}),
               L"key=-1 (2)");
 }
 
-TEST(Formatter, WritesSignedNumbers) {
+TEST(Formatter, SignedConversionsWriteDecimalNumbers) {
     for (const wchar_t* conversion : {L"%d", L"%i", L"%ld", L"%hd"}) {
+        SCOPED_TRACE(launchertest::toUtf8(conversion));
         EXPECT_EQ(ofSigned(conversion, -42), L"-42");
         EXPECT_EQ(ofSigned(conversion, 0), L"0");
     }
@@ -45,14 +49,15 @@ TEST(Formatter, WritesSignedNumbers) {
     EXPECT_EQ(ofSigned(L"%d", std::numeric_limits<std::int64_t>::max()), L"9223372036854775807");
 }
 
-TEST(Formatter, WritesUnsignedNumbers) {
+TEST(Formatter, UnsignedConversionsWriteDecimalNumbers) {
     for (const wchar_t* conversion : {L"%u", L"%lu", L"%hu"}) {
+        SCOPED_TRACE(launchertest::toUtf8(conversion));
         EXPECT_EQ(ofUnsigned(conversion, 4294967295U), L"4294967295");
     }
     EXPECT_EQ(ofUnsigned(L"%u", std::numeric_limits<std::uint64_t>::max()), L"18446744073709551615");
 }
 
-TEST(Formatter, WritesHexadecimalNumbers) {
+TEST(Formatter, HexadecimalDigitsHaveTheCaseOfTheConversion) {
     EXPECT_EQ(ofUnsigned(L"%x", 0xBEEF9), L"beef9");
     EXPECT_EQ(ofUnsigned(L"%lx", 0), L"0");
     EXPECT_EQ(ofUnsigned(L"%X", 0xBEEF9), L"BEEF9");
@@ -60,7 +65,7 @@ TEST(Formatter, WritesHexadecimalNumbers) {
     EXPECT_EQ(ofUnsigned(L"%04x", 0x12345), L"12345");
 }
 
-TEST(Formatter, PadsToTheWidth) {
+TEST(Formatter, WidthPadsOnTheLeft) {
     EXPECT_EQ(ofSigned(L"%5d", 42), L"   42");
     EXPECT_EQ(ofSigned(L"%05d", 42), L"00042");
     EXPECT_EQ(ofSigned(L"%05d", -42), L"-0042");
@@ -70,7 +75,7 @@ TEST(Formatter, PadsToTheWidth) {
     EXPECT_EQ(ofText(L"%1s|", L"ab"), L"ab|");
 }
 
-TEST(Formatter, APrecisionIsTheLeastNumberOfDigitsOrTheMostCharacters) {
+TEST(Formatter, PrecisionSetsMinimumDigitsOrMaximumCharacters) {
     EXPECT_EQ(ofSigned(L"%.2d", 7), L"07");
     EXPECT_EQ(ofSigned(L"%.3hd", -7), L"-007");
     EXPECT_EQ(ofSigned(L"%.4d", 20261), L"20261");
@@ -81,44 +86,46 @@ TEST(Formatter, APrecisionIsTheLeastNumberOfDigitsOrTheMostCharacters) {
     EXPECT_EQ(ofText(L"%4.2s", L"abcd"), L"  ab");
 }
 
-TEST(Formatter, TwoPerCentSignsAreOneAndTakeNoArgument) {
+TEST(Formatter, DoublePercentWritesOnePercent) {
     EXPECT_EQ(ofText(L"100%% of %s", L"it"), L"100% of it");
     EXPECT_EQ(formatText(L"%%%%", {}), L"%%");
 }
 
-TEST(Formatter, AConversionWithoutAnArgumentGivesNothing) {
+TEST(Formatter, ConversionWithoutAnArgumentWritesNothing) {
     EXPECT_EQ(formatText(L"<%s><%d><%x><%n><%5d>", {}), L"<><><><><>");
     EXPECT_EQ(ofText(L"<%s><%s>", L"one"), L"<one><>");
 }
 
-TEST(Formatter, AnArgumentOfTheOtherKindGivesNothingAndIsUsedUp) {
+TEST(Formatter, MismatchedArgumentIsUsedUpWithoutOutput) {
     EXPECT_EQ(formatText(L"<%d><%s>", {std::wstring(L"text"), std::wstring(L"next")}), L"<><next>");
     EXPECT_EQ(formatText(L"<%s><%d>", {std::int64_t{1}, std::int64_t{2}}), L"<><2>");
     EXPECT_EQ(formatText(L"<%u><%d>", {std::int64_t{1}, std::uint64_t{2}}), L"<><>");
     EXPECT_EQ(formatText(L"<%x><%X>", {std::int64_t{1}, std::wstring(L"text")}), L"<><>");
 }
 
-TEST(Formatter, AnUnknownConversionGivesNothingAndUsesItsArgumentUp) {
+TEST(Formatter, UnknownConversionUsesUpItsArgument) {
     for (const wchar_t* conversion : {L"%n", L"%p", L"%c", L"%f", L"%q", L"%\u0142"}) {
+        SCOPED_TRACE(launchertest::toUtf8(conversion));
         EXPECT_EQ(formatText(L"<" + std::wstring(conversion) + L"><%s>",
                              {std::wstring(L"lost"), std::wstring(L"kept")}),
                   L"<><kept>");
     }
 }
 
-TEST(Formatter, AnUnknownFlagIsAnUnknownConversion) {
+TEST(Formatter, UnknownFlagIsAnUnknownConversion) {
     EXPECT_EQ(ofText(L"%-5s", L"lost"), L"5s");
     EXPECT_EQ(ofText(L"%*s", L"lost"), L"s");
 }
 
-TEST(Formatter, APerCentSignAtTheEndGivesNothing) {
+TEST(Formatter, IncompleteConversionAtTheEndWritesNothing) {
     for (const wchar_t* ending : {L"%", L"%0", L"%12", L"%12.", L"%.3", L"%l", L"%0l"}) {
+        SCOPED_TRACE(launchertest::toUtf8(ending));
         EXPECT_EQ(ofText(L"end" + std::wstring(ending), L"unused"), L"end");
         EXPECT_EQ(formatText(L"end" + std::wstring(ending), {}), L"end");
     }
 }
 
-TEST(Formatter, WidthAndPrecisionAreBounded) {
+TEST(Formatter, WidthAndPrecisionStopAt4096) {
     EXPECT_EQ(ofText(L"%4096s", L"x").size(), 4096U);
     EXPECT_EQ(ofText(L"%4097s", L"x").size(), 4096U);
     EXPECT_EQ(ofText(L"%99999999999999999999999s", L"x").size(), 4096U);
@@ -126,7 +133,7 @@ TEST(Formatter, WidthAndPrecisionAreBounded) {
     EXPECT_EQ(ofText(L"%.5000s", std::wstring(6000, L'y')).size(), 4096U);
 }
 
-TEST(Formatter, ALongTextIsWhole) {
+TEST(Formatter, LongTextIsNotCut) {
     const std::wstring text(100000, L'z');
     EXPECT_EQ(ofText(L"<%ls>", text), L"<" + text + L">");
 }

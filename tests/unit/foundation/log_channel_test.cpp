@@ -2,28 +2,33 @@
 
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
 
 namespace {
 
 using zellauncher::formatLastError;
 using zellauncher::formatTimestamp;
+using zellauncher::isLogDebug;
 using zellauncher::logDebug;
 using zellauncher::logDebugArgs;
 using zellauncher::logDebugF;
 using zellauncher::logDebugLastError;
+using zellauncher::logFatal;
+using zellauncher::logFatalF;
 using zellauncher::logMessage;
 using zellauncher::logMessageF;
 using zellauncher::openLog;
 using zellauncher::openTempLog;
 using zellauncher::setLogDebug;
+using zellauncher::swapLogDebug;
 
 constexpr const wchar_t* directory = L"C:\\Logs";
 constexpr const wchar_t* logFile = L"C:\\Logs\\zellauncher.log";
 constexpr const wchar_t* tempLogFile = L"C:\\Temp\\zellauncher.log";
 constexpr std::uint32_t fatalStatus = 0xFFFFFFFF;
 
-// The life of the channel: from the start of a process, with no log open.
+// A process that starts without an open log.
 class LogFile : public ::testing::Test {
 protected:
     simulation::Machine machine;
@@ -40,6 +45,14 @@ protected:
         });
     }
 
+    // The same for a body that must not return.
+    simulation::ProcessEnd runToFatal(const std::function<void()>& body) {
+        return run([&] {
+            body();
+            ADD_FAILURE() << "continued after a fatal message";
+        });
+    }
+
     std::string onDisk(const std::wstring& path) const { return machine.readFile(path).value_or("no file"); }
 
     std::size_t count(const std::string& operation) const {
@@ -51,27 +64,24 @@ protected:
     }
 };
 
-// What the lines look like: with a log open and the debug flag on.
+// A process with an open log.
 class LogLines : public launchertest::OnMachine {
 protected:
     std::string logOf(const std::function<void()>& body) { return run(body).log; }
     std::string quietLogOf(const std::function<void()>& body) { return runQuietly(body).log; }
 
-    // Makes the next look at a file leave this error.
-    void failNextLook(platform::ErrorCode error) {
-        simulation::Fault fault;
-        fault.operation = "fileAttributes";
-        fault.error = error;
-        machine.inject(fault);
+    // The next fileAttributes fails with this error.
+    void failNextFileAttributes(platform::ErrorCode error) {
+        machine.inject(launchertest::failing("fileAttributes", error));
     }
 };
 
-// --- From held back to open -------------------------------------------------------------------------
+// --- Opening a log ----------------------------------------------------------------------------------
 
-TEST_F(LogFile, LinesAreHeldBackUntilAFileIsOpen) {
+TEST_F(LogFile, LinesAreHeldBackUntilALogIsOpen) {
     run([this] {
-        logMessage("first", false);
-        logMessageF("second %ls", L"\u00E4\u0142", false);
+        logMessage("first");
+        logMessageF("second %ls", L"\u00E4\u0142");
         EXPECT_TRUE(machine.tree(L"C:\\Logs").empty());
         EXPECT_TRUE(openLog(directory));
         EXPECT_EQ(onDisk(logFile), "first\r\nsecond \xE4\\u0142\r\n\r\n");
@@ -79,11 +89,11 @@ TEST_F(LogFile, LinesAreHeldBackUntilAFileIsOpen) {
     EXPECT_TRUE(machine.tree(L"C:\\Temp").empty());
 }
 
-TEST_F(LogFile, LinesOfAnOpenLogReachTheDiskAtTheEndAndNotOneByOne) {
+TEST_F(LogFile, LinesReachTheDiskAtTheEndOfTheProcess) {
     run([this] {
         openLog(directory);
-        logMessage("first", false);
-        logMessage("second", false);
+        logMessage("first");
+        logMessage("second");
         EXPECT_EQ(onDisk(logFile), "\r\n");
     });
     EXPECT_EQ(onDisk(logFile), "\r\nfirst\r\nsecond\r\n");
@@ -91,17 +101,17 @@ TEST_F(LogFile, LinesOfAnOpenLogReachTheDiskAtTheEndAndNotOneByOne) {
     EXPECT_EQ(count("closeStream"), 0U);
 }
 
-TEST_F(LogFile, AFlushBringsTheLinesToTheDisk) {
+TEST_F(LogFile, FlushWritesTheLinesToTheDisk) {
     run([this] {
         zellauncher::flushLog();
         openLog(directory);
-        logMessage("first", false);
+        logMessage("first");
         zellauncher::flushLog();
         EXPECT_EQ(onDisk(logFile), "\r\nfirst\r\n");
     });
 }
 
-TEST_F(LogFile, ARunThatSaysNothingLeavesOneEmptyLine) {
+TEST_F(LogFile, LogWithoutMessagesHasOneEmptyLine) {
     run([] {
         logDebug("dropped");
         openLog(directory);
@@ -111,30 +121,30 @@ TEST_F(LogFile, ARunThatSaysNothingLeavesOneEmptyLine) {
     EXPECT_EQ(onDisk(logFile), "\r\n");
 }
 
-TEST_F(LogFile, TheLogOfAnEarlierRunIsReplaced) {
+TEST_F(LogFile, LogOfAnEarlierRunIsReplaced) {
     for (const std::string line : {"a longer line of an earlier run", "new"}) {
         run([&] {
             openLog(directory);
-            logMessage(line, false);
+            logMessage(line);
         });
         EXPECT_EQ(onDisk(logFile), "\r\n" + line + "\r\n");
     }
 }
 
-TEST_F(LogFile, TheDirectoryMayHaveForwardSlashes) {
+TEST_F(LogFile, LogDirectoryMayHaveForwardSlashes) {
     machine.makeDirectory(L"C:\\Logs\\sub");
     run([] { EXPECT_TRUE(openLog(L"C:/Logs/sub")); });
     EXPECT_TRUE(machine.exists(L"C:\\Logs\\sub\\zellauncher.log"));
     EXPECT_EQ(machine.operations().at(0).argument, L"C:\\Logs\\sub\\zellauncher.log");
 }
 
-TEST_F(LogFile, ASecondLogTakesTheFurtherLines) {
+TEST_F(LogFile, LaterLinesGoToTheLogOpenedLast) {
     run([] {
-        logMessage("held back", false);
+        logMessage("held back");
         openLog(directory);
-        logMessage("first", false);
+        logMessage("first");
         openLog(L"C:\\Temp");
-        logMessage("second", false);
+        logMessage("second");
     });
     EXPECT_EQ(onDisk(logFile), "held back\r\n\r\nfirst\r\n");
     EXPECT_EQ(onDisk(tempLogFile), "\r\nsecond\r\n");
@@ -142,7 +152,7 @@ TEST_F(LogFile, ASecondLogTakesTheFurtherLines) {
 
 // --- The name of the file ---------------------------------------------------------------------------
 
-TEST_F(LogFile, ADebugRunHasAFileOfItsOwn) {
+TEST_F(LogFile, DebugLogHasATimestampInItsName) {
     run([] {
         setLogDebug(true);
         EXPECT_TRUE(openLog(directory));
@@ -152,7 +162,7 @@ TEST_F(LogFile, ADebugRunHasAFileOfItsOwn) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
-TEST_F(LogFile, ADebugRunWaitsASecondWheneverItsNameIsTaken) {
+TEST_F(LogFile, DebugRunWaitsUntilItsLogNameIsFree) {
     const std::wstring first = L"C:\\Logs\\zellauncher_20260131_235900_000.log";
     const std::wstring second = L"C:\\Logs\\zellauncher_20260131_235901_000.log";
     machine.writeFile(first, "of another run");
@@ -160,14 +170,14 @@ TEST_F(LogFile, ADebugRunWaitsASecondWheneverItsNameIsTaken) {
     run([] {
         setLogDebug(true);
         EXPECT_TRUE(openLog(L"C:/Logs"));
-        logMessage("mine", false);
+        logMessage("mine");
     });
     EXPECT_EQ(onDisk(first), "of another run");
     EXPECT_EQ(onDisk(L"C:\\Logs\\zellauncher_20260131_235902_000.log"), "\r\nmine\r\n");
     EXPECT_EQ(machine.elapsedMilliseconds(), 2000U);
 }
 
-TEST_F(LogFile, TwoDebugRunsOneAfterTheOtherKeepBothLogs) {
+TEST_F(LogFile, ConsecutiveDebugRunsKeepBothLogs) {
     for (int turn = 0; turn < 2; ++turn) {
         run([] {
             setLogDebug(true);
@@ -178,25 +188,41 @@ TEST_F(LogFile, TwoDebugRunsOneAfterTheOtherKeepBothLogs) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 1000U);
 }
 
-TEST_F(LogFile, TheNameFollowsTheFlagAtTheMomentOfOpening) {
+TEST_F(LogFile, LogNameDependsOnTheDebugFlagAtOpening) {
     run([] {
-        bool previous = true;
-        zellauncher::swapLogDebug(true, previous);
-        EXPECT_FALSE(previous);
-        EXPECT_TRUE(zellauncher::isLogDebug());
-        setLogDebug(previous);
+        EXPECT_FALSE(swapLogDebug(true));
+        EXPECT_TRUE(isLogDebug());
+        setLogDebug(false);
         openLog(directory);
-        zellauncher::swapLogDebug(true, previous);
+        EXPECT_FALSE(swapLogDebug(true));
         logDebug("forced");
-        setLogDebug(previous);
-        EXPECT_FALSE(zellauncher::isLogDebug());
+        EXPECT_TRUE(swapLogDebug(false));
+        EXPECT_FALSE(isLogDebug());
         logDebug("dropped");
     });
     EXPECT_EQ(machine.tree(directory), std::vector<std::wstring>{logFile});
     EXPECT_EQ(onDisk(logFile), "\r\nforced\r\n");
 }
 
-TEST_F(LogFile, TheRememberedNameDoesNotNameTheLog) {
+TEST_F(LogFile, ForcedLogRestoresTheDebugFlagAtItsEnd) {
+    run([] {
+        openLog(directory);
+        {
+            const zellauncher::ForcedLog forced;
+            EXPECT_TRUE(isLogDebug());
+            {
+                const zellauncher::ForcedLog inner;
+                logDebug("inner");
+            }
+            logDebug("outer");
+        }
+        EXPECT_FALSE(isLogDebug());
+        logDebug("dropped");
+    });
+    EXPECT_EQ(onDisk(logFile), "\r\ninner\r\nouter\r\n");
+}
+
+TEST_F(LogFile, RememberedNameIsNotUsedForTheLog) {
     run([] {
         EXPECT_EQ(zellauncher::logFileName(), L"");
         zellauncher::setLogFileName(L"dcommand.log");
@@ -208,11 +234,11 @@ TEST_F(LogFile, TheRememberedNameDoesNotNameTheLog) {
 
 // --- Logs that cannot be opened ---------------------------------------------------------------------
 
-TEST_F(LogFile, ALogThatCannotBeOpenedIsALineThatIsHeldBack) {
+TEST_F(LogFile, FailedOpenIsLogged) {
     run([] {
-        logMessage("first", false);
+        logMessage("first");
         EXPECT_FALSE(openLog(L"C:/Gone/z\u0142oty"));
-        logMessage("third", false);
+        logMessage("third");
         EXPECT_TRUE(openTempLog());
     });
     EXPECT_EQ(onDisk(tempLogFile),
@@ -221,17 +247,17 @@ TEST_F(LogFile, ALogThatCannotBeOpenedIsALineThatIsHeldBack) {
               "third\r\n\r\n");
 }
 
-TEST_F(LogFile, ALogThatCannotBeOpenedLeavesAnOpenOneInPlace) {
+TEST_F(LogFile, FailedOpenKeepsTheCurrentLog) {
     run([] {
         openLog(directory);
         EXPECT_FALSE(openLog(L"C:\\Gone"));
-        logMessage("still here", false);
+        logMessage("still here");
     });
     EXPECT_EQ(onDisk(logFile),
               "\r\nZLNCH0019E: Could not open C:\\Gone\\zellauncher.log for writing!\r\nstill here\r\n");
 }
 
-TEST_F(LogFile, WithoutTempThereIsNoTempLog) {
+TEST_F(LogFile, TempLogNeedsTheTempVariable) {
     machine.unsetEnvironment(L"TEMP");
     run([] {
         EXPECT_FALSE(openTempLog());
@@ -240,7 +266,7 @@ TEST_F(LogFile, WithoutTempThereIsNoTempLog) {
     EXPECT_EQ(onDisk(logFile), "ZLNCH0085E: Couldn't find the TEMP system variable!\r\n\r\n");
 }
 
-TEST_F(LogFile, TheTempLogFollowsTheSameRules) {
+TEST_F(LogFile, TempLogOfADebugRunHasATimestamp) {
     machine.setEnvironment(L"TEMP", L"C:/Temp");
     run([] {
         setLogDebug(true);
@@ -249,98 +275,95 @@ TEST_F(LogFile, TheTempLogFollowsTheSameRules) {
     EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher_20260131_235900_000.log"));
 }
 
-TEST_F(LogFile, AFullDiskHoldsNobodyUp) {
+TEST_F(LogFile, FullDiskDoesNotStopTheRun) {
     machine.setFreeSpace(0);
     const auto end = run([] {
-        logMessage("held back", false);
+        logMessage("held back");
         EXPECT_TRUE(openLog(directory));
-        logMessage(std::string(20000, 'x'), false);
-        logMessageF("%ls", L"y", false);
+        logMessage(std::string(20000, 'x'));
+        logMessageF("%ls", L"y");
     });
     EXPECT_EQ(end.kind, simulation::EndKind::exited);
     EXPECT_EQ(end.status, 0U);
     EXPECT_EQ(onDisk(logFile), "");
 }
 
-// --- Fatal ends -------------------------------------------------------------------------------------
+// --- Fatal messages ---------------------------------------------------------------------------------
 
-TEST_F(LogFile, AFatalLineBeforeAnyLogGoesToTemp) {
-    const auto end = run([] {
-        logMessage("first", false);
-        logMessage("last", true);
-        ADD_FAILURE() << "went on behind a fatal line";
+TEST_F(LogFile, FatalMessageWithoutALogGoesToTemp) {
+    const auto end = runToFatal([] {
+        logMessage("first");
+        logFatal("last");
     });
     EXPECT_EQ(end.kind, simulation::EndKind::exited);
     EXPECT_EQ(end.status, fatalStatus);
     EXPECT_EQ(onDisk(tempLogFile), "first\r\nlast\r\n\r\n");
 }
 
-TEST_F(LogFile, AFatalLineOfADebugRunGoesToAFileOfItsOwnInTemp) {
-    run([] {
+TEST_F(LogFile, FatalMessageOfADebugRunGetsItsOwnTempLog) {
+    runToFatal([] {
         setLogDebug(true);
-        logMessageF("last %ls", L"words", true);
+        logFatalF("last %ls", L"line");
     });
-    EXPECT_EQ(onDisk(L"C:\\Temp\\zellauncher_20260131_235900_000.log"), "last words\r\n\r\n");
+    EXPECT_EQ(onDisk(L"C:\\Temp\\zellauncher_20260131_235900_000.log"), "last line\r\n\r\n");
 }
 
-TEST_F(LogFile, AFatalLineGoesToTheLogThatIsOpen) {
-    const std::vector<std::function<void()>> ends = {
-        [] { logMessage("last words", true); },
-        [] { logMessageF("last %ls", L"words", true); },
-        [] { zellauncher::logFatal("last words"); },
-        [] { zellauncher::logFatalF("last %ls", L"words"); },
+TEST_F(LogFile, FatalMessageGoesToTheOpenLog) {
+    const std::vector<std::pair<const char*, std::function<void()>>> fatalEnds = {
+        {"logFatal", [] { logFatal("last line"); }},
+        {"logFatalF", [] { logFatalF("last %ls", L"line"); }},
     };
-    for (const auto& fatal : ends) {
-        const auto end = run([&] {
+    for (const auto& [name, fatalEnd] : fatalEnds) {
+        SCOPED_TRACE(name);
+        const auto end = runToFatal([&, logAndEnd = fatalEnd] {
             openLog(directory);
-            fatal();
-            ADD_FAILURE() << "went on behind a fatal line";
+            logAndEnd();
         });
         EXPECT_EQ(end.status, fatalStatus);
-        EXPECT_EQ(onDisk(logFile), "\r\nlast words\r\n");
+        EXPECT_EQ(onDisk(logFile), "\r\nlast line\r\n");
         EXPECT_TRUE(machine.tree(L"C:\\Temp").empty());
     }
 }
 
-TEST_F(LogFile, AFatalLineWithoutTempStillEndsTheProcess) {
+TEST_F(LogFile, FatalMessageWithoutTempStillEndsTheProcess) {
     machine.unsetEnvironment(L"TEMP");
-    const auto end = run([] { zellauncher::logFatal("last words"); });
+    const auto end = runToFatal([] { logFatal("last line"); });
     EXPECT_EQ(end.kind, simulation::EndKind::exited);
     EXPECT_EQ(end.status, fatalStatus);
     EXPECT_EQ(count("openStream"), 0U);
 }
 
-TEST_F(LogFile, AFatalLineWithoutAUsableTempStillEndsTheProcess) {
+TEST_F(LogFile, FatalMessageWithUnusableTempStillEndsTheProcess) {
     machine.setEnvironment(L"TEMP", L"C:\\Gone");
-    const auto end = run([] { zellauncher::logFatalF("last %ls", L"words"); });
+    const auto end = runToFatal([] { logFatalF("last %ls", L"line"); });
     EXPECT_EQ(end.kind, simulation::EndKind::exited);
     EXPECT_EQ(end.status, fatalStatus);
     EXPECT_EQ(count("openStream"), 1U);
 }
 
-// --- Lines that everybody sees ----------------------------------------------------------------------
+// --- Messages ---------------------------------------------------------------------------------------
 
-TEST_F(LogLines, AMessageIsWrittenAsItStands) {
+TEST_F(LogLines, MessageIsWrittenUnchanged) {
     EXPECT_EQ(quietLogOf([] {
-                  logMessage("100% %s %n \\u0142 \x80\xFF", false);
-                  logMessage("", false);
-                  logMessage("two\nlines", false);
+                  logMessage("100% %s %n \\u0142 \x80\xFF");
+                  logMessage("");
+                  logMessage("two\nlines");
               }),
               "100% %s %n \\u0142 \x80\xFF\n\ntwo\nlines\n");
 }
 
-TEST_F(LogLines, AMessageWithAnArgumentShowsIt) {
-    EXPECT_EQ(quietLogOf([] { logMessageF("Unable to open %ls (100%%)", L"C:\\%s%n\\x", false); }),
+TEST_F(LogLines, MessageShowsItsArgument) {
+    EXPECT_EQ(quietLogOf([] { logMessageF("Unable to open %ls (100%%)", L"C:\\%s%n\\x"); }),
               "Unable to open C:\\%s%n\\x (100%)\n");
 }
 
-TEST_F(LogLines, CharactersThatTheLogCannotHoldAreShownByNumber) {
-    EXPECT_EQ(quietLogOf([] {
-                  logMessageF("\xE4 %ls", L"\u00FF\u0100\u0142", false);
-                  logMessageF("%ls", std::wstring{static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xFFFF)},
-                              false);
-              }),
-              "\xE4 \xFF\\u0100\\u0142\n\\ud83d\\uffff\n");
+TEST_F(LogLines, CharactersAbove255AreWrittenAsEscapes) {
+    EXPECT_EQ(
+        quietLogOf([] {
+            logMessageF("\xE4 %ls", L"\u00FF\u0100\u0142");
+            logMessageF("%ls", std::wstring{static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xFFFF)});
+        }),
+        "\xE4 \xFF\\u0100\\u0142\n\\ud83d\\uffff\n");
     EXPECT_EQ(logOf([] {
                   logDebugF(L"\u0142 %s", L"\u0105");
                   logDebugArgs(L"\u0119", {L"\u017C"});
@@ -348,29 +371,28 @@ TEST_F(LogLines, CharactersThatTheLogCannotHoldAreShownByNumber) {
               "\\u0142 \\u0105\n\\u0119=\"\\u017c, \n");
 }
 
-TEST_F(LogLines, NoMessageIsTooLong) {
+TEST_F(LogLines, MessagesHaveNoLengthLimit) {
     for (const std::size_t length : {4000U, 4095U, 4096U, 4097U, 70000U}) {
-        EXPECT_EQ(quietLogOf([&] { logMessageF("<%ls>", std::wstring(length, L'x'), false); }),
+        EXPECT_EQ(quietLogOf([&] { logMessageF("<%ls>", std::wstring(length, L'x')); }),
                   "<" + std::string(length, 'x') + ">\n");
-        EXPECT_EQ(quietLogOf([&] { logMessage(std::string(length, 'x'), false); }),
-                  std::string(length, 'x') + "\n");
+        EXPECT_EQ(quietLogOf([&] { logMessage(std::string(length, 'x')); }), std::string(length, 'x') + "\n");
     }
 }
 
 // --- Debug lines ------------------------------------------------------------------------------------
 
-TEST_F(LogLines, WithoutTheFlagThereAreNoDebugLines) {
+TEST_F(LogLines, DebugLinesNeedTheDebugFlag) {
     EXPECT_EQ(quietLogOf([] {
-                  EXPECT_FALSE(zellauncher::isLogDebug());
+                  EXPECT_FALSE(isLogDebug());
                   logDebug("text");
                   logDebugF(L"%s", L"text");
-                  logDebugArgs(L"label", {L"word"});
+                  logDebugArgs(L"label", {L"argument"});
                   logDebugLastError(L"something");
               }),
               "");
 }
 
-TEST_F(LogLines, ADebugTextHasFewerThan1000Characters) {
+TEST_F(LogLines, DebugTextOf1000CharactersIsDropped) {
     EXPECT_EQ(logOf([] {
                   logDebug(std::string(1000, 'x'));
                   logDebug(std::string(999, 'y'));
@@ -379,11 +401,11 @@ TEST_F(LogLines, ADebugTextHasFewerThan1000Characters) {
               std::string(999, 'y') + "\n\n");
 }
 
-TEST_F(LogLines, ConversionsInADebugTextGiveNothing) {
+TEST_F(LogLines, ConversionsInADebugTextWriteNothing) {
     EXPECT_EQ(logOf([] { logDebug("a%sb%dc%%d%n\xE4%"); }), "abc%d\xE4\n");
 }
 
-TEST_F(LogLines, ADebugLineWithAnArgumentHasFewerThan4000Characters) {
+TEST_F(LogLines, DebugLineOf4000CharactersIsDropped) {
     const std::wstring format = L"<%s>";
     EXPECT_EQ(logOf([&] {
                   logDebugF(format, std::wstring(3996, L'x'));
@@ -394,11 +416,11 @@ TEST_F(LogLines, ADebugLineWithAnArgumentHasFewerThan4000Characters) {
               "<" + std::string(3995, 'y') + ">\n" + std::string(3999, 'z') + "\n");
 }
 
-TEST_F(LogLines, ADebugLineIsCutAt4000Characters) {
+TEST_F(LogLines, PaddedDebugLineIsCutAt4000Characters) {
     EXPECT_EQ(logOf([] { logDebugF(L"|%4096s", L"x"); }), "|" + std::string(3999, ' ') + "\n");
 }
 
-TEST_F(LogLines, BothSpellingsStandForTheWideArgument) {
+TEST_F(LogLines, BothTextConversionsTakeTheWideArgument) {
     EXPECT_EQ(logOf([] {
                   logDebugF(L"'%s' is not set", L"A%sB");
                   logDebugF(L"'%ls' is not set", L"A%sB");
@@ -407,7 +429,7 @@ TEST_F(LogLines, BothSpellingsStandForTheWideArgument) {
               "'A%sB' is not set\n'A%sB' is not set\n'one' '' ''\n");
 }
 
-TEST_F(LogLines, WordsAreListedWithoutAnEnd) {
+TEST_F(LogLines, ArgumentListHasNoClosingQuote) {
     EXPECT_EQ(logOf([] {
                   logDebugArgs(L"arguments", {});
                   logDebugArgs(L"arguments", {L"a b", L"", L"%s\"", L"c"});
@@ -415,14 +437,14 @@ TEST_F(LogLines, WordsAreListedWithoutAnEnd) {
               "arguments=\"\narguments=\"a b, , %s\", c, \n");
 }
 
-TEST_F(LogLines, AListOfWordsIsNeverTooLong) {
-    const std::vector<std::wstring> words(3, std::wstring(5000, L'x'));
+TEST_F(LogLines, ArgumentListHasNoLengthLimit) {
+    const std::vector<std::wstring> arguments(3, std::wstring(5000, L'x'));
     const std::string shown = std::string(5000, 'x') + ", ";
-    EXPECT_EQ(logOf([&] { logDebugArgs(L"l", words); }), "l=\"" + shown + shown + shown + "\n");
+    EXPECT_EQ(logOf([&] { logDebugArgs(L"l", arguments); }), "l=\"" + shown + shown + shown + "\n");
 }
 
-TEST_F(LogLines, AnErrorIsToldWithItsCodeAndTheSystemsWords) {
-    failNextLook(platform::errorAccessDenied);
+TEST_F(LogLines, ErrorLineHasCodeAndSystemText) {
+    failNextFileAttributes(platform::errorAccessDenied);
     EXPECT_EQ(logOf([] {
                   platform::fileAttributes(L"C:\\");
                   logDebugLastError(L"Looking at 100%s");
@@ -430,8 +452,8 @@ TEST_F(LogLines, AnErrorIsToldWithItsCodeAndTheSystemsWords) {
               "Looking at 100%s failed with error 5: Access is denied.\r\n\n");
 }
 
-TEST_F(LogLines, AnErrorCodeIsASignedNumber) {
-    failNextLook(0x80070005);
+TEST_F(LogLines, ErrorCodeIsWrittenSigned) {
+    failNextFileAttributes(0x80070005);
     EXPECT_EQ(logOf([] {
                   platform::fileAttributes(L"C:\\");
                   logDebugLastError(L"It");
@@ -439,8 +461,8 @@ TEST_F(LogLines, AnErrorCodeIsASignedNumber) {
               "It failed with error -2147024891: The system has a text for this.\r\n\n");
 }
 
-TEST_F(LogLines, AnErrorLineThatIsTooLongIsDropped) {
-    failNextLook(platform::errorAccessDenied);
+TEST_F(LogLines, LongErrorLineIsDropped) {
+    failNextFileAttributes(platform::errorAccessDenied);
     const std::wstring rest = L" failed with error 5: Access is denied.\r\n";
     EXPECT_EQ(logOf([&] {
                   platform::fileAttributes(L"C:\\");
@@ -450,30 +472,24 @@ TEST_F(LogLines, AnErrorLineThatIsTooLongIsDropped) {
               std::string(4000 - 4 - rest.size(), 'y') + " failed with error 5: Access is denied.\r\n\n");
 }
 
-TEST_F(LogLines, AnErrorCanBePutIntoAMessage) {
-    failNextLook(platform::errorSharingViolation);
+TEST_F(LogLines, LastErrorIsFormattedWithoutLogging) {
+    failNextFileAttributes(platform::errorSharingViolation);
     EXPECT_EQ(logOf([] {
-                  std::wstring reason = L"before";
                   platform::fileAttributes(L"C:\\");
-                  formatLastError(reason);
-                  EXPECT_EQ(reason,
+                  EXPECT_EQ(formatLastError(),
                             L" Failed with error 32: The process cannot access the file because it is being "
                             L"used by another process.\r\n");
               }),
               "");
 }
 
-TEST_F(LogLines, ATimestampIsTheLocalTimeInNineteenCharacters) {
+TEST_F(LogLines, TimestampIsTheLocalTime) {
     run([] {
-        std::wstring timestamp = L"before";
-        formatTimestamp(timestamp);
-        EXPECT_EQ(timestamp, L"20260131_235900_000");
+        EXPECT_EQ(formatTimestamp(), L"20260131_235900_000");
         platform::sleepMilliseconds(59999);
-        formatTimestamp(timestamp);
-        EXPECT_EQ(timestamp, L"20260131_235959_999");
+        EXPECT_EQ(formatTimestamp(), L"20260131_235959_999");
         platform::sleepMilliseconds(1008);
-        formatTimestamp(timestamp);
-        EXPECT_EQ(timestamp, L"20260201_000001_007");
+        EXPECT_EQ(formatTimestamp(), L"20260201_000001_007");
     });
 }
 

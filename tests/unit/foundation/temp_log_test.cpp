@@ -15,7 +15,7 @@ protected:
     }
 };
 
-TEST_F(TempLog, TheLogOfAnEarlierFailedStartIsDeleted) {
+TEST_F(TempLog, LogOfAnEarlierFailedStartIsDeleted) {
     machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
     machine.writeFile(L"C:\\Temp\\dcommand.log", "other");
     const auto outcome = clean(L"zellauncher.log");
@@ -24,7 +24,7 @@ TEST_F(TempLog, TheLogOfAnEarlierFailedStartIsDeleted) {
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(TempLog, EachKindOfStartDeletesItsOwn) {
+TEST_F(TempLog, CommandOnlyStartDeletesItsOwnLog) {
     machine.writeFile(L"C:\\Temp\\zellauncher.log", "other");
     machine.writeFile(L"C:\\Temp\\dcommand.log", "old");
     clean(L"dcommand.log");
@@ -32,7 +32,7 @@ TEST_F(TempLog, EachKindOfStartDeletesItsOwn) {
     EXPECT_FALSE(machine.exists(L"C:\\Temp\\dcommand.log"));
 }
 
-TEST_F(TempLog, ADirectoryWithForwardSlashesWorks) {
+TEST_F(TempLog, TempMayHaveForwardSlashes) {
     machine.setEnvironment(L"TEMP", L"C:/Temp/mine");
     machine.writeFile(L"C:\\Temp\\mine\\zellauncher.log", "old");
     clean(L"zellauncher.log");
@@ -44,49 +44,45 @@ TEST_F(TempLog, ADirectoryWithForwardSlashesWorks) {
     }
 }
 
-TEST_F(TempLog, WithoutALeftOverNothingIsTouched) {
+TEST_F(TempLog, WithoutALeftoverNothingIsDeleted) {
     const auto outcome = clean(L"zellauncher.log");
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     for (const simulation::Operation& made : machine.operations()) {
         EXPECT_NE(made.name, "moveFile");
         EXPECT_NE(made.name, "deleteFile");
     }
 }
 
-TEST_F(TempLog, ALeftOverThatCannotBeDeletedIsIgnored) {
+TEST_F(TempLog, UndeletableLeftoverIsIgnored) {
     machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
     machine.holdOpen(L"C:\\Temp\\zellauncher.log");
     const auto outcome = clean(L"zellauncher.log");
     EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher.log"));
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(TempLog, WithoutTempALineSaysSoAndTheStartGoesOn) {
+TEST_F(TempLog, MissingTempVariableIsOnlyLogged) {
     machine.unsetEnvironment(L"TEMP");
     const auto outcome = clean(L"zellauncher.log");
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_EQ(outcome.log,
               "ZLNCH0081I:  Environmental variable 'TEMP' is not set\n"
               "ZLNCH0136E: Couldn't find the TEMP system variable!\n");
     EXPECT_EQ(machine.operations().back().argument, L"\\zellauncher.log");
 }
 
-TEST_F(TempLog, WithoutTempALeftOverInTheRootOfTheDriveEndsTheStart) {
+TEST_F(TempLog, LeftoverInTheDriveRootIsFatalWithoutTemp) {
     machine.unsetEnvironment(L"TEMP");
     machine.writeFile(L"C:\\zellauncher.log", "old");
     const auto outcome = clean(L"zellauncher.log");
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0140E: relative paths can not be converted to unicode path");
+    outcome.expectFatal("ZLNCH0140E: relative paths can not be converted to unicode path");
     EXPECT_TRUE(machine.exists(L"C:\\zellauncher.log"));
 }
 
-TEST_F(TempLog, WhatAFatalEndLeavesInTempIsDeletedByTheNextStart) {
+TEST_F(TempLog, LogOfAFatalEndIsDeletedByTheNextStart) {
     machine.makeDirectory(L"C:\\Temp");
-    machine.run({L"C:\\zellauncher.exe"}, [] {
-        zellauncher::logMessage("early", true);
-        return 0;
-    });
+    machine.run({L"C:\\zellauncher.exe"}, []() -> int { zellauncher::logFatal("early"); });
     EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher.log"));
     clean(L"zellauncher.log");
     EXPECT_FALSE(machine.exists(L"C:\\Temp\\zellauncher.log"));

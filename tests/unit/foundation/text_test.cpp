@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/text.h"
+
 namespace {
 
 using zellauncher::byteToUnit;
@@ -15,13 +17,7 @@ using zellauncher::wideToNarrow;
 
 using namespace std::string_literals;
 
-std::string narrowed(const std::wstring& wide) {
-    std::string narrow = "before";
-    wideToNarrow(narrow, wide);
-    return narrow;
-}
-
-TEST(Text, EveryByteIsTheUnitOfItsNumber) {
+TEST(Text, ByteBecomesTheUnitOfTheSameValue) {
     for (int number = 0; number <= 0xFF; ++number) {
         const char byte = static_cast<char>(static_cast<unsigned char>(number));
         EXPECT_EQ(byteToUnit(byte), static_cast<wchar_t>(number));
@@ -31,31 +27,31 @@ TEST(Text, EveryByteIsTheUnitOfItsNumber) {
     }
 }
 
-TEST(Text, AUnitAbove255IsNoByte) {
+TEST(Text, UnitAbove255IsNoByte) {
     char byte = '?';
     EXPECT_FALSE(unitToByte(L'\u0100', byte));
     EXPECT_FALSE(unitToByte(static_cast<wchar_t>(0xFFFF), byte));
     EXPECT_EQ(byte, '?');
 }
 
-TEST(Text, BytesBecomeUnits) {
+TEST(Text, WidenKeepsEveryByte) {
     EXPECT_EQ(widen(""), L"");
     EXPECT_EQ(widen("a\0\xE4\xFF"s), L"a\0\u00E4\u00FF"s);
 }
 
-TEST(Text, TheLogShowsWhatItCannotHoldByNumber) {
-    EXPECT_EQ(narrowed(L""), "");
-    EXPECT_EQ(narrowed(L"C:\\plain"), "C:\\plain");
-    EXPECT_EQ(narrowed(L"\u00E4\u00FF"), "\xE4\xFF");
-    EXPECT_EQ(narrowed(L"\u0100z\u0142oty"), "\\u0100z\\u0142oty");
-    EXPECT_EQ(narrowed(std::wstring{static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xFFFF)}),
+TEST(Text, UnitAbove255IsNarrowedToAnEscape) {
+    EXPECT_EQ(wideToNarrow(L""), "");
+    EXPECT_EQ(wideToNarrow(L"C:\\plain"), "C:\\plain");
+    EXPECT_EQ(wideToNarrow(L"\u00E4\u00FF"), "\xE4\xFF");
+    EXPECT_EQ(wideToNarrow(L"\u0100z\u0142oty"), "\\u0100z\\u0142oty");
+    EXPECT_EQ(wideToNarrow(std::wstring{static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xFFFF)}),
               "\\ud83d\\uffff");
 }
 
-TEST(Text, NarrowingMayReadWhatItReplaces) {
-    std::string narrow = "x";
-    wideToNarrow(narrow, widen(narrow) + L"y");
-    EXPECT_EQ(narrow, "xy");
+TEST(Text, NarrowingUndoesWidening) {
+    const std::string bytes = "x\0\x80\xFF"s;
+    EXPECT_EQ(wideToNarrow(widen(bytes)), bytes);
+    EXPECT_EQ(wideToNarrow(widen("x") + L"y"), "xy");
 }
 
 TEST(Text, OnlyTheFirstOccurrenceIsReplaced) {
@@ -69,14 +65,14 @@ TEST(Text, OnlyTheFirstOccurrenceIsReplaced) {
     EXPECT_EQ(text, L"a-c");
 }
 
-TEST(Text, ATextEndsAtItsFirstNul) {
+TEST(Text, TextEndsAtItsFirstNul) {
     EXPECT_EQ(upToNul(L"abc"), L"abc");
     EXPECT_EQ(upToNul(L"ab\0c\0d"s), L"ab");
     EXPECT_EQ(upToNul(L"\0abc"s), L"");
     EXPECT_EQ(upToNul(L""), L"");
 }
 
-TEST(Text, ReadsADecimalNumberAtTheHead) {
+TEST(Text, DecimalNumberIsReadFromTheBeginning) {
     EXPECT_EQ(parseDecimal(L"42"), 42);
     EXPECT_EQ(parseDecimal(L" \t\n\v\f\r-42abc"), -42);
     EXPECT_EQ(parseDecimal(L"+7"), 7);
@@ -84,15 +80,15 @@ TEST(Text, ReadsADecimalNumberAtTheHead) {
     EXPECT_EQ(parseDecimal(L"1 2"), 1);
 }
 
-TEST(Text, WithoutDigitsANumberIsZero) {
+TEST(Text, NumberWithoutDigitsIsZero) {
     for (const wchar_t* text : {L"", L" ", L"abc", L"-", L"+-1", L"- 1", L"\u00A01", L"\u0661"}) {
-        EXPECT_EQ(parseDecimal(text), 0);
+        EXPECT_EQ(parseDecimal(text), 0) << launchertest::toUtf8(text);
     }
     EXPECT_EQ(parseHexUnit(L""), L'\0');
     EXPECT_EQ(parseHexUnit(L"ghij"), L'\0');
 }
 
-TEST(Text, ADecimalNumberIsClampedTo32Bits) {
+TEST(Text, DecimalNumberIsClampedTo32Bits) {
     EXPECT_EQ(parseDecimal(L"2147483647"), 2147483647);
     EXPECT_EQ(parseDecimal(L"2147483648"), 2147483647);
     EXPECT_EQ(parseDecimal(L"-2147483648"), -2147483647 - 1);
@@ -102,7 +98,7 @@ TEST(Text, ADecimalNumberIsClampedTo32Bits) {
     EXPECT_EQ(parseDecimal(L"-" + std::wstring(1000, L'9')), -2147483647 - 1);
 }
 
-TEST(Text, ReadsANumberInBase16) {
+TEST(Text, HexNumberIsReadFromTheBeginning) {
     EXPECT_EQ(parseHexUnit(L"0142"), L'\u0142');
     EXPECT_EQ(parseHexUnit(L"aBcD"), L'\uABCD');
     EXPECT_EQ(parseHexUnit(L"  41"), L'A');
@@ -115,12 +111,12 @@ TEST(Text, ReadsANumberInBase16) {
     EXPECT_EQ(parseHexUnit(L"\b41"), L'\0');
 }
 
-TEST(Text, ANegativeNumberInBase16WrapsAround) {
+TEST(Text, NegativeHexNumberWrapsAround) {
     EXPECT_EQ(parseHexUnit(L"-001"), static_cast<wchar_t>(0xFFFF));
     EXPECT_EQ(parseHexUnit(L" -2"), static_cast<wchar_t>(0xFFFE));
 }
 
-TEST(Text, ComparesWithoutRegardToTheCaseOfAToZAlone) {
+TEST(Text, OnlyTheCaseOfAToZIsIgnored) {
     EXPECT_TRUE(zellauncher::equalIgnoringCase(L"Explorer.EXE", L"eXPLORER.exe"));
     EXPECT_FALSE(zellauncher::equalIgnoringCase(L"a", L"ab"));
     EXPECT_FALSE(zellauncher::equalIgnoringCase(L"\u00C9", L"\u00E9"));

@@ -6,12 +6,12 @@ namespace {
 
 class Waiting : public launchertest::OnMachine {};
 
-TEST_F(Waiting, LastsTheSeconds) {
+TEST_F(Waiting, SleepLastsTheGivenSeconds) {
     run([] { zellauncher::sleepSeconds(20); });
     EXPECT_EQ(machine.elapsedMilliseconds(), 20000U);
 }
 
-TEST_F(Waiting, NoSecondsTakeNoTime) {
+TEST_F(Waiting, ZeroSecondsTakeNoTime) {
     run([] { zellauncher::sleepSeconds(0); });
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }

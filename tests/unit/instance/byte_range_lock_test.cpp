@@ -1,57 +1,60 @@
 #include "instance/byte_range_lock.h"
 
-#include "unit/instance/workspace_fixture.h"
+#include <gtest/gtest.h>
+
+#include "support/faults.h"
+#include "support/launcher_fixture.h"
 
 namespace {
 
+using launchertest::failing;
 using zellauncher::LockAnswer;
 using zellauncher::TextStream;
 
-class ByteRangeLock : public instancetest::Workspace {
+enum class OtherLock { none, held };
+
+class ByteRangeLock : public launchertest::OnMachine {
 protected:
-    LockAnswer lock(bool isHeldByOther) {
+    LockAnswer lock(OtherLock otherLock) {
         machine.writeFile(L"C:\\f", "text");
         LockAnswer answer = LockAnswer::failed;
         runQuietly([&] {
-            TextStream other;
-            zellauncher::openFile(other, L"C:\\f", "r+");
-            if (isHeldByOther) {
+            TextStream other = zellauncher::openFile(L"C:\\f", "r+");
+            if (otherLock == OtherLock::held) {
                 EXPECT_EQ(zellauncher::lockFileHead(other, 100), LockAnswer::done);
             }
-            TextStream file;
-            zellauncher::openFile(file, L"C:\\f", "r+");
+            TextStream file = zellauncher::openFile(L"C:\\f", "r+");
             answer = zellauncher::lockFileHead(file, 100);
         });
         return answer;
     }
 };
 
-TEST_F(ByteRangeLock, IsTakenAtOnceWhenItIsFree) {
-    EXPECT_EQ(lock(false), LockAnswer::done);
+TEST_F(ByteRangeLock, FreeRangeIsLockedAtOnce) {
+    EXPECT_EQ(lock(OtherLock::none), LockAnswer::done);
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
-TEST_F(ByteRangeLock, TenAttemptsASecondApartAreMade) {
-    EXPECT_EQ(lock(true), LockAnswer::deadlock);
+TEST_F(ByteRangeLock, HeldRangeIsTriedTenTimesASecondApart) {
+    EXPECT_EQ(lock(OtherLock::held), LockAnswer::deadlock);
     EXPECT_EQ(machine.elapsedMilliseconds(), 9000U);
 }
 
-TEST_F(ByteRangeLock, AnyOtherFailureIsAnswered) {
-    fail("lockStream", platform::errorInvalidHandle);
-    EXPECT_EQ(lock(false), LockAnswer::failed);
+TEST_F(ByteRangeLock, AnyOtherErrorFails) {
+    machine.inject(failing("lockStream", platform::errorInvalidHandle));
+    EXPECT_EQ(lock(OtherLock::none), LockAnswer::failed);
 }
 
-TEST_F(ByteRangeLock, WhatIsNotHeldIsToldApart) {
+TEST_F(ByteRangeLock, UnlockDistinguishesNotLockedFromFailed) {
     machine.writeFile(L"C:\\f", "");
     runQuietly([&] {
-        TextStream file;
-        zellauncher::openFile(file, L"C:\\f", "r+");
+        TextStream file = zellauncher::openFile(L"C:\\f", "r+");
         EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::notLocked);
         EXPECT_EQ(zellauncher::lockFileHead(file, 100), LockAnswer::done);
         EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::done);
-        fail("unlockStream", platform::errorLockViolation);
+        machine.inject(failing("unlockStream", platform::errorLockViolation));
         EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::notLocked);
-        fail("unlockStream", platform::errorAccessDenied);
+        machine.inject(failing("unlockStream", platform::errorAccessDenied));
         EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::failed);
     });
 }

@@ -4,9 +4,11 @@
 
 namespace {
 
-using instancetest::endpoint;
 using instancetest::lockFile;
+using instancetest::pipeFile;
 using instancetest::Workspace;
+using launchertest::failing;
+using simulation::SemaphoreAccess;
 using zellauncher::SemaphoreUse;
 
 class LockOwner : public Workspace {
@@ -14,34 +16,29 @@ protected:
     bool isAlive() {
         bool answer = false;
         outcome = run([&] {
-            zellauncher::lockFilePath = lockFile;
-            zellauncher::endpointFilePath = endpoint;
+            usePaths();
             if (machine.exists(lockFile)) {
                 zellauncher::openLockFile();
             }
-            answer = zellauncher::isLockOwnerAlive(L"eclipse.exe", SemaphoreUse::keepOpen);
+            answer = zellauncher::isLockOwnerAlive(SemaphoreUse::keepOpen);
             owner = zellauncher::lockOwnerPid;
         });
         return answer;
     }
-    std::wstring readName(const std::string& content) {
-        std::wstring name = L"unchanged";
-        machine.writeFile(endpoint, content);
-        outcome = run([&] {
-            zellauncher::endpointFilePath = endpoint;
-            const bool isRead = zellauncher::readPipeName(name);
-            EXPECT_EQ(isRead, name != L"unchanged");
-        });
-        return name;
+    // Leaves the files and the semaphore of a platform 4711 that is running.
+    void leaveLivePlatform() {
+        machine.writeFile(lockFile, "4711");
+        writePipeFile("abc");
+        machine.createSemaphore(L"Global\\abcsem", SemaphoreAccess::granted);
     }
 };
 
-TEST_F(LockOwner, WithoutALockFileNobodyIsAlive) {
+TEST_F(LockOwner, MissingLockFileHasNoOwner) {
     EXPECT_FALSE(isAlive());
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(LockOwner, ABlankRecordIsNoOwner) {
+TEST_F(LockOwner, BlankLockFileHasNoOwner) {
     for (const std::string& content : {std::string(), std::string(14, ' '), std::string("\r\n")}) {
         machine.writeFile(lockFile, content);
         EXPECT_FALSE(isAlive());
@@ -51,34 +48,33 @@ TEST_F(LockOwner, ABlankRecordIsNoOwner) {
     }
 }
 
-TEST_F(LockOwner, ATextThatIsNoNumberIsFatal) {
-    machine.writeFile(lockFile, "abc");
-    isAlive();
-    expectFatal("ZLNCH0092E: Error reading platform lock file.");
-    machine.writeFile(lockFile, " -");
-    isAlive();
-    expectFatal("ZLNCH0092E: Error reading platform lock file.");
+TEST_F(LockOwner, NonNumericLockFileIsFatal) {
+    for (const char* content : {"abc", " -"}) {
+        machine.writeFile(lockFile, content);
+        isAlive();
+        outcome.expectFatal("ZLNCH0092E: Error reading platform lock file.");
+    }
 }
 
-TEST_F(LockOwner, ARecordThatCannotBeReadIsNoOwner) {
+TEST_F(LockOwner, UnreadableLockFileHasNoOwner) {
     machine.writeFile(lockFile, "4711");
-    fail("readStream", platform::errorLockViolation);
+    machine.inject(failing("readStream", platform::errorLockViolation));
     EXPECT_FALSE(isAlive());
     EXPECT_EQ(outcome.lastLine(), "ZLNCH0091E: No data in the platform lock file.");
     EXPECT_EQ(owner, 0);
 }
 
-TEST_F(LockOwner, ItsProgressIsForDebugging) {
+TEST_F(LockOwner, ProgressIsLoggedOnlyWithTheDebugFlag) {
     machine.writeFile(lockFile, "");
     outcome = runQuietly([] {
         zellauncher::lockFilePath = lockFile;
         zellauncher::openLockFile();
-        EXPECT_FALSE(zellauncher::isLockOwnerAlive(L"", SemaphoreUse::keepOpen));
+        EXPECT_FALSE(zellauncher::isLockOwnerAlive(SemaphoreUse::keepOpen));
     });
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(LockOwner, TheNumberIsReadWhateverTheAnswer) {
+TEST_F(LockOwner, DeadOwnersProcessIdIsRead) {
     machine.writeFile(lockFile, "  -12x");
     EXPECT_FALSE(isAlive());
     EXPECT_EQ(owner, -12);
@@ -87,116 +83,73 @@ TEST_F(LockOwner, TheNumberIsReadWhateverTheAnswer) {
     EXPECT_EQ(owner, 2147483647);
 }
 
-TEST_F(LockOwner, OnlyTheSemaphoreIsASignOfLife) {
+TEST_F(LockOwner, OnlyTheSemaphoreProvesLife) {
     machine.writeFile(lockFile, "4711");
     EXPECT_FALSE(isAlive());
-    machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
+    writePipeFile("abc");
     EXPECT_FALSE(isAlive());
-    machine.createSemaphore(L"Global\\abcsem", true);
+    machine.createSemaphore(L"Global\\abcsem", SemaphoreAccess::granted);
     EXPECT_TRUE(isAlive());
 }
 
-TEST_F(LockOwner, ANameWithoutABackslashIsNobodys) {
+TEST_F(LockOwner, PipeNameWithoutBackslashHasNoOwner) {
     machine.writeFile(lockFile, "4711");
-    machine.writeFile(endpoint, "abc\r\n");
-    machine.createSemaphore(L"Globalabcsem", true);
-    machine.createSemaphore(L"Global\\abcsem", true);
+    machine.writeFile(pipeFile, "abc\r\n");
+    machine.createSemaphore(L"Globalabcsem", SemaphoreAccess::granted);
+    machine.createSemaphore(L"Global\\abcsem", SemaphoreAccess::granted);
     EXPECT_FALSE(isAlive());
 }
 
-TEST_F(LockOwner, TheSemaphoreIsCalledAfterTheLastComponentAlone) {
+TEST_F(LockOwner, SemaphoreNameUsesTheLastPipeComponent) {
     machine.writeFile(lockFile, "4711");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\a\\b/c\r\n");
-    machine.createSemaphore(L"Global\\a\\b/csem", true);
+    writePipeFile("a\\b/c");
+    machine.createSemaphore(L"Global\\a\\b/csem", SemaphoreAccess::granted);
     EXPECT_FALSE(isAlive());
-    machine.createSemaphore(L"Global\\b/csem", true);
+    machine.createSemaphore(L"Global\\b/csem", SemaphoreAccess::granted);
     EXPECT_TRUE(isAlive());
-    machine.writeFile(endpoint, "\\\\.\\pipe\\\r\n");
-    machine.createSemaphore(L"Global\\sem", true);
+    writePipeFile("");
+    machine.createSemaphore(L"Global\\sem", SemaphoreAccess::granted);
     EXPECT_TRUE(isAlive());
 }
 
-TEST_F(LockOwner, ASemaphoreThatMayNotBeOpenedIsFatal) {
-    machine.writeFile(lockFile, "4711");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
-    machine.createSemaphore(L"Global\\abcsem", false);
+TEST_F(LockOwner, DeniedSemaphoreIsFatal) {
+    leavePlatformOfOtherUser();
     isAlive();
-    expectFatal(
-        "ZLNCH0303E: Unable to access process. Is it elevated? ' Failed with error 5: Access is denied.");
+    expectAccessDenied();
 }
 
-TEST_F(LockOwner, AnyOtherFailureIsNoSignOfLife) {
-    machine.writeFile(lockFile, "4711");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
-    machine.createSemaphore(L"Global\\abcsem", true);
-    fail("openSemaphore", platform::errorInvalidHandle);
+TEST_F(LockOwner, AnyOtherSemaphoreErrorMeansDead) {
+    leaveLivePlatform();
+    machine.inject(failing("openSemaphore", platform::errorInvalidHandle));
     EXPECT_FALSE(isAlive());
 }
 
-TEST_F(LockOwner, AnEndpointThatCannotBeReadHasNoName) {
-    machine.writeFile(lockFile, "4711");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
-    machine.createSemaphore(L"Global\\abcsem", true);
-    machine.refuse(endpoint, platform::errorAccessDenied);
+TEST_F(LockOwner, UnreadablePipeFileMeansDead) {
+    leaveLivePlatform();
+    machine.refuse(pipeFile, platform::errorAccessDenied);
     EXPECT_FALSE(isAlive());
 }
 
-TEST_F(LockOwner, ALookThatClosesKeepsNobodyAlive) {
+TEST_F(LockOwner, ClosedSemaphoreEndsWithThePlatform) {
     const simulation::ProcessId old = startPlatform(1000);
     runQuietly([&] {
-        zellauncher::lockFilePath = lockFile;
-        zellauncher::endpointFilePath = endpoint;
+        usePaths();
         zellauncher::openLockFile();
-        EXPECT_TRUE(zellauncher::isLockOwnerAlive(L"", SemaphoreUse::closeAtOnce));
+        EXPECT_TRUE(zellauncher::isLockOwnerAlive(SemaphoreUse::closeAtOnce));
         platform::sleepMilliseconds(2000);
-        EXPECT_FALSE(zellauncher::isLockOwnerAlive(L"", SemaphoreUse::closeAtOnce));
+        EXPECT_FALSE(zellauncher::isLockOwnerAlive(SemaphoreUse::closeAtOnce));
     });
     EXPECT_FALSE(machine.isRunning(old));
 }
 
-TEST_F(LockOwner, ALookThatKeepsItsHandleKeepsTheSignOfLife) {
+TEST_F(LockOwner, OpenSemaphoreOutlivesThePlatform) {
     startPlatform(1000);
     runQuietly([&] {
-        zellauncher::lockFilePath = lockFile;
-        zellauncher::endpointFilePath = endpoint;
+        usePaths();
         zellauncher::openLockFile();
-        EXPECT_TRUE(zellauncher::isLockOwnerAlive(L"", SemaphoreUse::keepOpen));
+        EXPECT_TRUE(zellauncher::isLockOwnerAlive(SemaphoreUse::keepOpen));
         platform::sleepMilliseconds(2000);
-        EXPECT_TRUE(zellauncher::isLockOwnerAlive(L"", SemaphoreUse::keepOpen));
-    });
-}
-
-TEST_F(LockOwner, TheNameIsTheFirstLineThatIsNotBlank) {
-    EXPECT_EQ(readName("\\\\.\\pipe\\a b\r\nsecond"), L"\\\\.\\pipe\\a b");
-    EXPECT_EQ(readName("\r\n \r\n  name\r\n"), L"name");
-    EXPECT_EQ(readName(std::string(3000, 'x')), std::wstring(2024, L'x'));
-    EXPECT_EQ(readName("n\xE9"), L"n\u00E9");
-    EXPECT_EQ(readName(""), L"unchanged");
-    EXPECT_EQ(readName("\r\n"), L"unchanged");
-}
-
-TEST_F(LockOwner, ANameIsReadOnceForTheWholeProcess) {
-    machine.writeFile(endpoint, "first");
-    run([&] {
-        zellauncher::endpointFilePath = endpoint;
-        std::wstring name;
-        EXPECT_TRUE(zellauncher::readPipeName(name));
-        machine.remove(endpoint);
-        name.clear();
-        EXPECT_TRUE(zellauncher::readPipeName(name));
-        EXPECT_EQ(name, L"first");
-    });
-}
-
-TEST_F(LockOwner, AnEmptyEndpointIsLookedAtAgain) {
-    machine.writeFile(endpoint, "");
-    run([&] {
-        zellauncher::endpointFilePath = endpoint;
-        std::wstring name;
-        EXPECT_FALSE(zellauncher::readPipeName(name));
-        machine.writeFile(endpoint, "later");
-        EXPECT_TRUE(zellauncher::readPipeName(name));
-        EXPECT_EQ(name, L"later");
+        EXPECT_TRUE(zellauncher::isLockOwnerAlive(SemaphoreUse::keepOpen));
     });
 }
 

@@ -5,18 +5,28 @@
 #include "foundation/log_channel.h"
 #include "instance/process_record.h"
 #include "platform/child_processes.h"
-#include "platform/process.h"
+#include "platform/own_process.h"
+#include "support/text.h"
 #include "unit/instance/workspace_fixture.h"
 
 namespace {
 
-using instancetest::endpoint;
 using instancetest::lockFile;
+using instancetest::pipeFile;
 using instancetest::Workspace;
+using launchertest::failing;
+using launchertest::failingFrom;
+
+constexpr const wchar_t* launcherProgram = L"C:\\zel\\zellauncher.exe";
+
+// Acquires the lock of C:\ws in the calling process.
+void acquireHere() {
+    zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws");
+}
 
 class PlatformLock : public Workspace {};
 
-TEST_F(PlatformLock, TheFirstLauncherIsMainAndMakesTheFile) {
+TEST_F(PlatformLock, FirstLauncherIsMainAndCreatesTheFile) {
     acquire();
     EXPECT_TRUE(isMain);
     EXPECT_FALSE(isStale);
@@ -25,7 +35,7 @@ TEST_F(PlatformLock, TheFirstLauncherIsMainAndMakesTheFile) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
-TEST_F(PlatformLock, ItsLinesStandInEveryLog) {
+TEST_F(PlatformLock, ProgressIsLoggedWithoutTheDebugFlag) {
     acquire();
     EXPECT_EQ(outcome.log,
               "ZLNCH0303I: lock file captured @ 20260131_235900_000\n"
@@ -34,34 +44,34 @@ TEST_F(PlatformLock, ItsLinesStandInEveryLog) {
               "ZLNCH0304I: We are main process\n");
 }
 
-TEST_F(PlatformLock, TheFilesOfAWorkspaceLieSideBySide) {
+TEST_F(PlatformLock, FilesAreInTheWorkspace) {
     runQuietly([] {
-        zellauncher::acquirePlatformLock({L"prog"}, L"C:/ws", L"");
+        zellauncher::acquirePlatformLock({L"prog"}, L"C:/ws");
         EXPECT_EQ(zellauncher::lockFilePath, lockFile);
-        EXPECT_EQ(zellauncher::endpointFilePath, endpoint);
+        EXPECT_EQ(zellauncher::endpointFilePath, pipeFile);
         EXPECT_EQ(zellauncher::mainRecordPath, instancetest::mainRecord);
     });
 }
 
-TEST_F(PlatformLock, KeepsADebugFlagThatIsOn) {
+TEST_F(PlatformLock, DebugFlagStaysOn) {
     run([] {
-        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+        acquireHere();
         EXPECT_TRUE(zellauncher::isLogDebug());
         zellauncher::releasePlatformLock();
         EXPECT_TRUE(zellauncher::isLogDebug());
     });
 }
 
-TEST_F(PlatformLock, RestoresTheDebugFlag) {
+TEST_F(PlatformLock, DebugFlagStaysOff) {
     runQuietly([] {
-        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+        acquireHere();
         EXPECT_FALSE(zellauncher::isLogDebug());
         zellauncher::releasePlatformLock();
         EXPECT_FALSE(zellauncher::isLogDebug());
     });
 }
 
-TEST_F(PlatformLock, ANumberWithoutAnEndpointIsNoOwner) {
+TEST_F(PlatformLock, ProcessIdWithoutPipeFileIsNoOwner) {
     machine.writeFile(lockFile, "4711          ");
     acquire();
     EXPECT_TRUE(isMain);
@@ -69,39 +79,38 @@ TEST_F(PlatformLock, ANumberWithoutAnEndpointIsNoOwner) {
     EXPECT_FALSE(isStale);
 }
 
-TEST_F(PlatformLock, AnEndpointOfADeadPlatformIsDeleted) {
-    machine.writeFile(lockFile, "4711          ");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\gone\r\n");
+TEST_F(PlatformLock, PipeFileOfADeadPlatformIsDeleted) {
+    leaveDeadPlatform();
     acquire();
     EXPECT_TRUE(isMain);
     EXPECT_TRUE(isStale);
-    EXPECT_FALSE(machine.exists(endpoint));
+    EXPECT_FALSE(machine.exists(pipeFile));
 }
 
-TEST_F(PlatformLock, ALivePlatformMakesADaemonThatWritesNothing) {
+TEST_F(PlatformLock, DaemonWritesNothing) {
     const simulation::ProcessId id = startPlatform(60000);
     const auto before = machine.readFile(lockFile);
     acquire();
     EXPECT_FALSE(isMain);
     EXPECT_EQ(owner, static_cast<std::int32_t>(id));
     EXPECT_EQ(machine.readFile(lockFile), before);
-    EXPECT_TRUE(machine.exists(endpoint));
+    EXPECT_TRUE(machine.exists(pipeFile));
     EXPECT_EQ(outcome.lastLine(), "ZLNCH0305I: We are daemon process");
 }
 
-TEST_F(PlatformLock, AFileThatCannotBeOpenedIsFatal) {
+TEST_F(PlatformLock, UnopenableFileIsFatal) {
     machine.makeDirectory(lockFile);
     acquire();
-    expectFatal("ZLNCH0054E: Error locating platform lock file");
+    outcome.expectFatal("ZLNCH0054E: Error locating platform lock file");
 }
 
-TEST_F(PlatformLock, AWorkspaceThatIsMissingIsFatal) {
+TEST_F(PlatformLock, MissingWorkspaceIsFatal) {
     machine.remove(L"C:\\ws");
     acquire();
-    expectFatal("ZLNCH0054E: Error locating platform lock file");
+    outcome.expectFatal("ZLNCH0054E: Error locating platform lock file");
 }
 
-TEST_F(PlatformLock, AFileThatExistsKeepsItsContentAndAttributes) {
+TEST_F(PlatformLock, ExistingFileKeepsContentAndAttributes) {
     machine.writeFile(lockFile, "4711          ");
     machine.setAttributes(lockFile, 0x80);
     acquire();
@@ -109,74 +118,32 @@ TEST_F(PlatformLock, AFileThatExistsKeepsItsContentAndAttributes) {
     EXPECT_EQ(machine.attributes(lockFile), 0x80U);
 }
 
-TEST_F(PlatformLock, AnEndpointThatCannotBeDeletedIsStaleAllTheSame) {
-    machine.writeFile(endpoint, "\\\\.\\pipe\\gone\r\n");
-    machine.setAttributes(endpoint, 0x1);
+TEST_F(PlatformLock, UndeletablePipeFileIsStaleToo) {
+    writePipeFile("gone");
+    machine.setAttributes(pipeFile, 0x1);
     acquire();
     EXPECT_TRUE(isMain);
     EXPECT_TRUE(isStale);
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
 }
 
-// A launcher that waits for a restart reads it without the lock.
-TEST_F(PlatformLock, AnEndpointThatSomebodyReadsAtTheMomentIsDeletedWhenHeHasRead) {
-    machine.writeFile(lockFile, "4711          ");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\gone\r\n");
-    machine.start({L"C:\\reader.exe"}, [] {
-        platform::Stream* stream = platform::openStream(endpoint, "r");
-        platform::sleepMilliseconds(250);
-        platform::closeStream(stream);
-        return 0;
-    });
-    machine.runUntilIdle(1);
+TEST_F(PlatformLock, PlatformOfOtherUserIsFatal) {
+    leavePlatformOfOtherUser();
     acquire();
-    EXPECT_TRUE(isMain);
-    EXPECT_TRUE(isStale);
-    EXPECT_FALSE(machine.exists(endpoint));
-    EXPECT_EQ(machine.elapsedMilliseconds(), 301U);
+    expectAccessDenied();
+    EXPECT_TRUE(machine.exists(pipeFile));
 }
 
-// A start that was stopped in the middle of this left the older one under the name of what is deleted.
-TEST_F(PlatformLock, AnEndpointBesideAnOlderOneThatWasNotQuiteDeletedIsDeletedAtOnce) {
-    machine.writeFile(lockFile, "4711          ");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\gone\r\n");
-    machine.writeFile(endpoint + std::wstring(L".deleteme"), "\\\\.\\pipe\\older\r\n");
+TEST_F(PlatformLock, UnlockableFileIsFatalAtOnce) {
+    machine.inject(failing("lockStream", platform::errorAccessDenied));
     acquire();
-    EXPECT_TRUE(isMain);
-    EXPECT_TRUE(isStale);
-    EXPECT_FALSE(machine.exists(endpoint));
+    outcome.expectFatal("ZLNCH0053E: Error locking platform lock file");
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
-TEST_F(PlatformLock, AnEndpointThatStaysHoldsAStartUpForASecondAtTheMost) {
-    machine.writeFile(lockFile, "4711          ");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\gone\r\n");
-    machine.holdOpen(endpoint);
-    acquire();
-    EXPECT_TRUE(isMain);
-    EXPECT_TRUE(machine.exists(endpoint));
-    EXPECT_EQ(machine.elapsedMilliseconds(), 1000U);
-}
-
-TEST_F(PlatformLock, AnotherUsersPlatformEndsTheStart) {
-    machine.writeFile(lockFile, "4711          ");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
-    machine.createSemaphore(L"Global\\abcsem", false);
-    acquire();
-    expectFatal("ZLNCH0303E: Unable to access process. Is it elevated? '");
-    EXPECT_TRUE(machine.exists(endpoint));
-}
-
-TEST_F(PlatformLock, AFileThatCannotBeLockedIsFatalAtOnce) {
-    fail("lockStream", platform::errorAccessDenied);
-    acquire();
-    expectFatal("ZLNCH0053E: Error locking platform lock file");
-    EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
-}
-
-TEST_F(PlatformLock, WaitsWithoutLimitForALauncherThatWorks) {
-    const simulation::ProcessId holder = machine.start({L"C:\\zel\\zellauncher.exe"}, [] {
-        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+TEST_F(PlatformLock, LauncherWaitsForAnyHolderWithoutLimit) {
+    const simulation::ProcessId holder = machine.start({launcherProgram}, [] {
+        acquireHere();
         platform::sleepMilliseconds(600000);
         return 0;
     });
@@ -188,32 +155,32 @@ TEST_F(PlatformLock, WaitsWithoutLimitForALauncherThatWorks) {
     EXPECT_LE(machine.elapsedMilliseconds(), 601000U);
 }
 
-TEST_F(PlatformLock, LetsOneLauncherInAtATime) {
+TEST_F(PlatformLock, OneLauncherHoldsItAtATime) {
     for (std::uint64_t seed = 1; seed <= 30; ++seed) {
         simulation::Machine other(seed);
         other.makeDirectory(L"C:\\ws");
-        int inside = 0;
-        int entered = 0;
+        int holders = 0;
+        int releases = 0;
         const auto launcher = [&] {
-            zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
-            EXPECT_EQ(++inside, 1);
+            acquireHere();
+            EXPECT_EQ(++holders, 1);
             platform::sleepMilliseconds(100);
-            ++entered;
-            --inside;
+            ++releases;
+            --holders;
             zellauncher::releasePlatformLock();
             return 0;
         };
         for (int i = 0; i < 3; ++i) {
-            other.start({L"C:\\zel\\zellauncher.exe"}, launcher);
+            other.start({launcherProgram}, launcher);
         }
         other.runUntilIdle(60000);
-        EXPECT_EQ(entered, 3);
+        EXPECT_EQ(releases, 3);
     }
 }
 
-TEST_F(PlatformLock, ADeadLauncherHoldsNothing) {
-    const simulation::ProcessId holder = machine.start({L"C:\\zel\\zellauncher.exe"}, []() -> int {
-        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+TEST_F(PlatformLock, CrashedLauncherHoldsNoLock) {
+    const simulation::ProcessId holder = machine.start({launcherProgram}, []() -> int {
+        acquireHere();
         platform::sleepMilliseconds(5000);
         platform::endWithAccessViolation();
     });
@@ -223,35 +190,37 @@ TEST_F(PlatformLock, ADeadLauncherHoldsNothing) {
     EXPECT_TRUE(isMain);
 }
 
-TEST_F(PlatformLock, IsReleasedOnceAndASecondReleaseIsNoFailure) {
+TEST_F(PlatformLock, SecondReleaseIsIgnored) {
     outcome = runQuietly([] {
-        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+        acquireHere();
         zellauncher::releasePlatformLock();
         zellauncher::releasePlatformLock();
     });
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_EQ(outcome.lastLine(), "ZLNCH0306I: lock file released @ 20260131_235900_000");
 }
 
-TEST_F(PlatformLock, AFailureToReleaseIsFatal) {
-    fail("unlockStream", platform::errorAccessDenied);
+TEST_F(PlatformLock, FailedReleaseIsFatal) {
+    machine.inject(failing("unlockStream", platform::errorAccessDenied));
     outcome = runQuietly([] {
-        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+        acquireHere();
         zellauncher::releasePlatformLock();
     });
-    expectFatal("ZLNCH0070E: Error unlocking platform lock file");
+    outcome.expectFatal("ZLNCH0070E: Error unlocking platform lock file");
 }
 
-// Launchers in line for one workspace: the first one starts a platform, which publishes its pipe
+// Several launchers of one workspace. The main process starts a platform, which publishes its pipe
 // after a while.
-class Line : public Workspace {
+class Queue : public Workspace {
 protected:
+    int daemons = 0;
+    std::vector<std::int32_t> owners;
+
     void installPlatform(std::uint32_t publishesAfter) {
         machine.installProgram(L"C:\\eclipse.exe", [publishesAfter] {
             simulation::holdSemaphore(L"Global\\p1sem");
             platform::sleepMilliseconds(publishesAfter);
-            zellauncher::TextStream pipe;
-            zellauncher::openFile(pipe, endpoint, "w");
+            zellauncher::TextStream pipe = zellauncher::openFile(pipeFile, "w");
             zellauncher::putText(pipe, L"\\\\.\\pipe\\p1\n");
             zellauncher::closeTextStream(pipe);
             platform::sleepMilliseconds(3600000);
@@ -259,15 +228,15 @@ protected:
         });
     }
     simulation::ProcessId begin() {
-        return machine.start({L"C:\\zel\\zellauncher.exe"}, [this] {
-            zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"eclipse.exe");
+        return machine.start({launcherProgram}, [this] {
+            acquireHere();
             owners.push_back(zellauncher::lockOwnerPid);
             if (!zellauncher::isMainProcess) {
                 ++daemons;
             } else {
-                platform::ChildProcess child;
-                EXPECT_TRUE(platform::createProcess(L"C:\\eclipse.exe", {}, child));
-                zellauncher::recordPlatformProcess(child.processId);
+                const auto child = platform::createProcess(L"C:\\eclipse.exe", {});
+                EXPECT_TRUE(child.has_value());
+                zellauncher::recordPlatformProcess(child.value_or(platform::ChildProcess{}).processId);
             }
             zellauncher::releasePlatformLock();
             return 0;
@@ -280,11 +249,9 @@ protected:
             EXPECT_EQ(machine.waitFor(launcher).status, 0U);
         }
     }
-    int daemons = 0;
-    std::vector<std::int32_t> owners;
 };
 
-TEST_F(Line, OneStartsThePlatformAndTheOthersFindIt) {
+TEST_F(Queue, LaterLaunchersFindTheFirstOnesPlatform) {
     installPlatform(14500);
     startTogether(3);
     ASSERT_EQ(machine.startedProcesses().size(), 1U);
@@ -294,7 +261,7 @@ TEST_F(Line, OneStartsThePlatformAndTheOthersFindIt) {
     EXPECT_EQ(machine.readFile(lockFile), std::to_string(platformId) + "          ");
 }
 
-TEST_F(Line, APlatformThatPublishesTooLateGetsASecondOne) {
+TEST_F(Queue, PlatformThatPublishesTooLateIsStartedTwice) {
     installPlatform(20000);
     startTogether(2);
     EXPECT_EQ(machine.startedProcesses().size(), 2U);
@@ -302,118 +269,96 @@ TEST_F(Line, APlatformThatPublishesTooLateGetsASecondOne) {
     EXPECT_GE(machine.elapsedMilliseconds(), 15000U);
 }
 
-TEST_F(PlatformLock, InvalidationBlanksTheRecordInPlace) {
+TEST_F(PlatformLock, InvalidationBlanksTheProcessIdInPlace) {
     machine.writeFile(lockFile, "123456789012345678");
-    outcome = run([] {
-        zellauncher::lockFilePath = instancetest::lockFile;
+    const auto invalidate = [] {
+        zellauncher::lockFilePath = lockFile;
         zellauncher::openLockFile();
         zellauncher::invalidateLockFile();
-    });
+    };
+    outcome = run(invalidate);
     EXPECT_EQ(machine.readFile(lockFile), std::string(14, ' ') + "5678");
     EXPECT_EQ(outcome.log, "");
-    simulation::Fault flushing;
-    flushing.operation = "flushStream";
-    flushing.argumentEndsWith = L".zel.lock";
-    machine.inject(flushing);
-    outcome = run([] {
-        zellauncher::lockFilePath = instancetest::lockFile;
-        zellauncher::openLockFile();
-        zellauncher::invalidateLockFile();
-    });
+    machine.inject(failing("flushStream", platform::errorAccessDenied, L".zel.lock"));
+    outcome = run(invalidate);
     EXPECT_EQ(outcome.log, "ZLNCH0052E: Unable to invalidate platform lock file\n");
 }
 
 class Restart : public Workspace {
 protected:
-    zellauncher::Arguments restartOf(simulation::ProcessId id) {
+    static zellauncher::Arguments restartOf(simulation::ProcessId id) {
         return {L"prog", L"-restart", L"-zel_old_pid", std::to_wstring(id)};
+    }
+    // Acquires the lock and returns how many milliseconds that took.
+    std::uint64_t timeAcquire(const zellauncher::Arguments& arguments) {
+        const std::uint64_t begin = machine.elapsedMilliseconds();
+        acquire(arguments);
+        return machine.elapsedMilliseconds() - begin;
     }
 };
 
-TEST_F(Restart, EndsWithinASecondOfTheOldPlatform) {
-    for (const std::uint32_t lives : {0U, 5000U, 15000U}) {
-        const simulation::ProcessId old = startPlatform(lives);
-        const std::uint64_t begin = machine.elapsedMilliseconds();
-        acquire(restartOf(old));
+TEST_F(Restart, WaitEndsWithinASecondOfTheOldPlatform) {
+    for (const std::uint32_t life : {0U, 5000U, 15000U}) {
+        const simulation::ProcessId old = startPlatform(life);
+        const std::uint64_t waited = timeAcquire(restartOf(old));
         EXPECT_TRUE(isMain);
         EXPECT_TRUE(isStale);
-        const std::uint64_t waited = machine.elapsedMilliseconds() - begin;
-        EXPECT_GE(waited, std::max(lives, 1000U) - 1);
-        EXPECT_LE(waited, lives + 1000U);
+        EXPECT_GE(waited, std::max(life, 1000U) - 1);
+        EXPECT_LE(waited, life + 1000U);
     }
 }
 
-TEST_F(Restart, AnOldPlatformThatStaysLosesItsRecordAfterTwentySeconds) {
+TEST_F(Restart, OldPlatformLosesTheLockFileAfterTwentySeconds) {
     const simulation::ProcessId old = startPlatform(3600000);
-    const std::uint64_t begin = machine.elapsedMilliseconds();
-    acquire(restartOf(old));
-    EXPECT_EQ(machine.elapsedMilliseconds() - begin, 20000U);
-    EXPECT_NE(
-        outcome.log.find("ZLNCH0013E: Existing platform has not shutdown within allotted time. Invalidating "
-                         "the lockfile for new launch.\n"),
-        std::string::npos);
+    EXPECT_EQ(timeAcquire(restartOf(old)), 20000U);
+    EXPECT_TRUE(
+        outcome.logHas("ZLNCH0013E: Existing platform has not shutdown within allotted time. Invalidating "
+                       "the lockfile for new launch."));
     EXPECT_TRUE(isMain);
     EXPECT_EQ(machine.readFile(lockFile), std::string(14, ' '));
 }
 
-TEST_F(Restart, ARecordThatCannotBeBlankedIsTriedEachSecond) {
+TEST_F(Restart, FailedInvalidationIsRepeatedEachSecond) {
     const simulation::ProcessId old = startPlatform(25000);
-    simulation::Fault writing;
-    writing.operation = "writeStream";
-    writing.argumentEndsWith = L".zel.lock";
-    writing.fromThenOn = true;
-    machine.inject(writing);
+    machine.inject(failingFrom("writeStream", platform::errorAccessDenied, L".zel.lock"));
     acquire(restartOf(old));
-    std::size_t attempts = 0;
-    for (std::size_t at = outcome.log.find("ZLNCH0052E"); at != std::string::npos;
-         at = outcome.log.find("ZLNCH0052E", at + 1)) {
-        ++attempts;
-    }
-    EXPECT_GE(attempts, 5U);
+    EXPECT_GE(launchertest::countOccurrences(outcome.log, "ZLNCH0052E"), 5U);
     EXPECT_TRUE(isMain);
 }
 
-TEST_F(Restart, AnotherOwnerEndsTheWaitAtOnce) {
+TEST_F(Restart, OtherOwnerIsNotWaitedFor) {
     startPlatform(3600000);
-    const std::uint64_t begin = machine.elapsedMilliseconds();
-    acquire(restartOf(1));
-    EXPECT_EQ(machine.elapsedMilliseconds() - begin, 1000U);
+    EXPECT_EQ(timeAcquire(restartOf(1)), 1000U);
     EXPECT_FALSE(isMain);
 }
 
-TEST_F(Restart, WithoutANumberTheWaitEndsAfterTheFirstLook) {
+TEST_F(Restart, MissingProcessIdEndsTheWaitAtOnce) {
     startPlatform(3600000);
-    const std::uint64_t begin = machine.elapsedMilliseconds();
-    acquire({L"prog", L"-restart"});
-    EXPECT_EQ(machine.elapsedMilliseconds() - begin, 1000U);
+    EXPECT_EQ(timeAcquire({L"prog", L"-restart"}), 1000U);
     EXPECT_FALSE(isMain);
     acquire({L"prog", L"-restart", L"-zel_old_pid"});
     EXPECT_FALSE(isMain);
 }
 
-TEST_F(Restart, WhoIsNotAskedToWaitDoesNot) {
+TEST_F(Restart, LauncherWithoutTheOptionDoesNotWait) {
     startPlatform(3600000);
-    const std::uint64_t begin = machine.elapsedMilliseconds();
     for (const zellauncher::Arguments& arguments :
          {zellauncher::Arguments{L"-restart"}, {L"prog", L"-Restart"}, {L"prog", L"-zel_old_pid", L"1"}}) {
-        acquire(arguments);
+        EXPECT_EQ(timeAcquire(arguments), 0U);
         EXPECT_FALSE(isMain);
     }
-    EXPECT_EQ(machine.elapsedMilliseconds(), begin);
 }
 
-TEST_F(Restart, ANumberThatIsNoneIsZero) {
+TEST_F(Restart, NonNumericProcessIdIsZero) {
     startPlatform(3600000);
-    const std::uint64_t begin = machine.elapsedMilliseconds();
-    acquire({L"prog", L"-restart", L"-zel_old_pid", L"p1"});
-    EXPECT_EQ(machine.elapsedMilliseconds() - begin, 1000U);
+    EXPECT_EQ(timeAcquire({L"prog", L"-restart", L"-zel_old_pid", L"p1"}), 1000U);
     machine.writeFile(lockFile, "0          ");
-    acquire({L"prog", L"-restart"});
-    EXPECT_EQ(machine.elapsedMilliseconds() - begin, 21000U);  // 0 in the file fits the absent number
+    // The 0 in the file equals the missing process id, so the launcher waits for this owner.
+    EXPECT_EQ(timeAcquire({L"prog", L"-restart"}), 20000U);
     EXPECT_TRUE(isMain);
 }
 
-TEST_F(Restart, APlatformThatEndsInTimeKeepsItsRecord) {
+TEST_F(Restart, LockFileOfAPlatformThatEndsInTimeStays) {
     const simulation::ProcessId old = startPlatform(18500);
     acquire(restartOf(old));
     EXPECT_TRUE(isMain);
@@ -421,62 +366,56 @@ TEST_F(Restart, APlatformThatEndsInTimeKeepsItsRecord) {
     EXPECT_EQ(machine.readFile(lockFile), std::to_string(old) + "          ");
 }
 
-TEST_F(Restart, AnEndpointThatGoesAwayDoesNotEndTheWait) {
+TEST_F(Restart, VanishedPipeFileDoesNotEndTheWait) {
     const simulation::ProcessId old = startPlatform(10000);
     machine.start({L"C:\\eclipse.exe"}, [this] {
         platform::sleepMilliseconds(3500);
-        machine.remove(endpoint);
+        machine.remove(pipeFile);
         return 0;
     });
-    const std::uint64_t begin = machine.elapsedMilliseconds();
-    acquire(restartOf(old));
-    EXPECT_GE(machine.elapsedMilliseconds() - begin, 9999U);
-    EXPECT_LE(machine.elapsedMilliseconds() - begin, 11000U);
+    const std::uint64_t waited = timeAcquire(restartOf(old));
+    EXPECT_GE(waited, 9999U);
+    EXPECT_LE(waited, 11000U);
     EXPECT_TRUE(isMain);
     EXPECT_FALSE(isStale);
 }
 
-TEST_F(Restart, ANewOwnerEndsTheWait) {
+TEST_F(Restart, NewOwnerEndsTheWait) {
     const simulation::ProcessId old = startPlatform(3600000);
     machine.start({L"C:\\eclipse.exe"}, [this] {
         platform::sleepMilliseconds(4500);
         machine.writeFile(lockFile, "1          ");
         return 0;
     });
-    const std::uint64_t begin = machine.elapsedMilliseconds();
-    acquire(restartOf(old));
-    EXPECT_LE(machine.elapsedMilliseconds() - begin, 5000U);
-    EXPECT_GE(machine.elapsedMilliseconds() - begin, 4499U);
+    const std::uint64_t waited = timeAcquire(restartOf(old));
+    EXPECT_LE(waited, 5000U);
+    EXPECT_GE(waited, 4499U);
     EXPECT_FALSE(isMain);
     EXPECT_EQ(owner, 1);
 }
 
-TEST_F(Restart, ARecordUnderALauncherAtWorkCannotBeReadAndTheLockDecides) {
+TEST_F(Restart, LockHolderHidesTheOwnerFromTheWait) {
     const simulation::ProcessId old = startPlatform(30000);
-    machine.start({L"C:\\zel\\zellauncher.exe"}, [] {
-        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws", L"");
+    machine.start({launcherProgram}, [] {
+        acquireHere();
         platform::sleepMilliseconds(5000);
         return 0;
     });
     machine.runUntilIdle(1);
-    const std::uint64_t begin = machine.elapsedMilliseconds();
-    acquire(restartOf(old));
+    EXPECT_LE(timeAcquire(restartOf(old)), 6000U);
     EXPECT_TRUE(outcome.logHas("ZLNCH0091E: No data in the platform lock file."));
-    EXPECT_LE(machine.elapsedMilliseconds() - begin, 6000U);
     EXPECT_FALSE(isMain);
     EXPECT_EQ(owner, static_cast<std::int32_t>(old));
 }
 
-TEST_F(Restart, AnotherUsersPlatformEndsTheStartBeforeTheLock) {
-    machine.writeFile(lockFile, "4711          ");
-    machine.writeFile(endpoint, "\\\\.\\pipe\\abc\r\n");
-    machine.createSemaphore(L"Global\\abcsem", false);
+TEST_F(Restart, PlatformOfOtherUserIsFatalBeforeTheLock) {
+    leavePlatformOfOtherUser();
     acquire({L"prog", L"-restart", L"-zel_old_pid", L"4711"});
-    expectFatal("ZLNCH0303E: Unable to access process. Is it elevated? '");
+    expectAccessDenied();
     EXPECT_EQ(outcome.log.find("ZLNCH0303I"), std::string::npos);
 }
 
-TEST_F(Restart, WithoutAPlatformOnlyASecondPasses) {
+TEST_F(Restart, WaitWithoutAPlatformLastsOneSecond) {
     acquire({L"prog", L"-restart", L"-zel_old_pid", L"7"});
     EXPECT_EQ(machine.elapsedMilliseconds(), 1000U);
     EXPECT_TRUE(isMain);

@@ -1,18 +1,20 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "configuration/install_configuration.h"
-#include "launch/launch_state.h"
+#include "configuration/install_kind.h"
+#include "instance/platform_lock.h"
+#include "javalaunch/launch_command.h"
 #include "properties/property_list.h"
 #include "properties/vmarg_overrides.h"
 #include "support/launcher_fixture.h"
 
-// A test of the sections of the command.
 namespace javalaunchtest {
 
+// For the functions that write a section of the command.
 class CommandTest : public launchertest::OnMachine {
 protected:
     zellauncher::PropertyList install;   // zelInstallArray
@@ -25,15 +27,15 @@ protected:
     std::wstring command;
     launchertest::Outcome outcome;
 
-    void set(zellauncher::PropertyList& list, const std::wstring& key, const std::wstring& value) {
-        std::erase_if(list, [&](const auto& entry) { return entry.key == key; });
+    static void set(zellauncher::PropertyList& list, const std::wstring& key, const std::wstring& value) {
+        unset(list, key);
         list.push_back({key, value});
     }
     static void unset(zellauncher::PropertyList& list, const std::wstring& key) {
         std::erase_if(list, [&](const auto& entry) { return entry.key == key; });
     }
 
-    // Runs the section on an empty command and gives the command that it wrote.
+    // The command that the section writes into an empty one; the former command if it is fatal.
     const std::wstring& write(const std::function<void()>& section) {
         outcome = runQuietly([&] {
             zellauncher::isMainProcess = isMain;
@@ -44,14 +46,10 @@ protected:
         });
         return command;
     }
-    // Something was asked of the machine with this text to the letter.
-    bool askedFor(const std::wstring& argument) const {
+    // An operation of the system interface got exactly this argument.
+    bool hasOperationWith(const std::wstring& argument) const {
         return std::any_of(machine.operations().begin(), machine.operations().end(),
                            [&](const auto& operation) { return operation.argument == argument; });
-    }
-    void expectFatal(const std::string& message) {
-        EXPECT_TRUE(outcome.isFatal());
-        EXPECT_EQ(outcome.lastLine(), message);
     }
 };
 

@@ -1,5 +1,7 @@
 #include "javalaunch/system_properties.h"
 
+#include <utility>
+
 #include "unit/javalaunch/command_fixture.h"
 
 namespace {
@@ -15,15 +17,9 @@ protected:
     const std::wstring& properties() {
         return write([&] { zellauncher::appendSystemProperties(install, launcher, arguments, home); });
     }
-    const std::wstring& boot() {
-        return write([&] { zellauncher::appendBootClassPath(install); });
-    }
-    const std::wstring& classPath() {
-        return write([&] { zellauncher::appendClassPath(install); });
-    }
 };
 
-TEST_F(SystemProperties, StandInTheirOrder) {
+TEST_F(SystemProperties, OrderIsFixed) {
     set(launcher, L"osgi.splashPath", L"file:/s");
     set(install, L"osgi.splashPath", L"never");
     set(install, L"-Da", L"1");
@@ -34,7 +30,7 @@ TEST_F(SystemProperties, StandInTheirOrder) {
               L" -Dzel.osgi.install.area=\"C:\\Apps\\Client\\zel\\eclipse\"");
 }
 
-TEST_F(SystemProperties, HaveNoQuotesOnADaemon) {
+TEST_F(SystemProperties, DaemonWritesNoQuotes) {
     isMain = false;
     home = L"C:/My Apps/Client";
     set(install, L"-Dkey", L"");
@@ -44,13 +40,13 @@ TEST_F(SystemProperties, HaveNoQuotesOnADaemon) {
         L"\n-Dzel.install.config=user\n-Dkey=\n-Dzel.osgi.install.area=C:\\My Apps\\Client\\zel\\eclipse");
 }
 
-TEST_F(SystemProperties, TheSplashPathComesFromTheLauncherPropertiesAlone) {
+TEST_F(SystemProperties, SplashPathOfTheInstallListIsIgnored) {
     set(install, L"osgi.splashPath", L"file:/s");
     EXPECT_EQ(properties().find(L"splash"), std::wstring::npos);
 }
 
-TEST_F(SystemProperties, EachKindHasItsWord) {
-    const std::vector<std::pair<InstallConfigurationKind, std::wstring>> words = {
+TEST_F(SystemProperties, EveryKindHasAValueExceptUnknown) {
+    const std::vector<std::pair<InstallConfigurationKind, std::wstring>> values = {
         {InstallConfigurationKind::service, L"service"},
         {InstallConfigurationKind::lockdown, L"lockdown"},
         {InstallConfigurationKind::user, L"user"},
@@ -58,71 +54,41 @@ TEST_F(SystemProperties, EachKindHasItsWord) {
         {InstallConfigurationKind::multiuser, L"multiuser"},
         {InstallConfigurationKind::multiuserService, L"multiuser"},
         {InstallConfigurationKind::userpb, L"userpb"}};
-    for (const auto& [each, word] : words) {
+    for (const auto& [each, value] : values) {
         kind = each;
-        EXPECT_NE(properties().find(L"-Dzel.install.config=\"" + word + L"\""), std::wstring::npos);
+        EXPECT_NE(properties().find(L"-Dzel.install.config=\"" + value + L"\""), std::wstring::npos) << value;
     }
     kind = InstallConfigurationKind::unknown;
     properties();
-    expectFatal("ZLNCH0025E: The platform zel.install.id must be provided for this configuration!");
+    outcome.expectFatal("ZLNCH0025E: The platform zel.install.id must be provided for this configuration!");
 }
 
-TEST_F(SystemProperties, NeedAnIdentity) {
+TEST_F(SystemProperties, MissingInstallIdIsFatal) {
     unset(install, L"zel.install.id");
     properties();
-    expectFatal("ZLNCH0036E: Couldn't find the zel.install.id property!");
+    outcome.expectFatal("ZLNCH0036E: Couldn't find the zel.install.id property!");
 }
 
-TEST_F(SystemProperties, RepeatedKeysAreRepeatedElements) {
+TEST_F(SystemProperties, RepeatedKeysAreAllWritten) {
     install.push_back({L"-Da", L"1"});
     install.push_back({L"-Da", L"2"});
     EXPECT_NE(properties().find(L" -Da=\"1\" -Da=\"2\""), std::wstring::npos);
 }
 
-TEST_F(SystemProperties, AnEmptyKeyHidesWhatStandsBehindIt) {
+TEST_F(SystemProperties, PropertiesAfterAnEmptyKeyAreIgnored) {
     install.push_back({L"", L""});
     install.push_back({L"-Dhidden", L"1"});
-    install.push_back({L"-Xhidden", L""});
     EXPECT_EQ(properties().find(L"hidden"), std::wstring::npos);
-    EXPECT_EQ(boot(), L"");
 }
 
-TEST_F(SystemProperties, EachElementOfAFileIsLogged) {
+TEST_F(SystemProperties, PropertiesOfFilesAreLogged) {
     set(install, L"-Da", L"1");
-    launchertest::Outcome logged = run([&] {
+    outcome = run([&] {
         zellauncher::isMainProcess = true;
         zellauncher::InstallConfiguration = kind;
         zellauncher::appendSystemProperties(install, launcher, arguments, home);
     });
-    EXPECT_TRUE(logged.logHas("ZLNCH0075I: commandArg  = \"-Da=\"1\"\""));
-}
-
-TEST_F(SystemProperties, OptionsOfTheJvmAreQuotedAsAWhole) {
-    set(install, L"-Xmx", L"512m");
-    set(install, L"-Xrs", L"");
-    set(install, L"-x", L"no");
-    EXPECT_EQ(boot(), L" \"-Xmx512m\" \"-Xrs\"");
-    isMain = false;
-    EXPECT_EQ(boot(), L"\n-Xmx512m\n-Xrs");
-}
-
-TEST_F(SystemProperties, BootClassPaths) {
-    set(install, L"Xbootclasspath.prepend", L"a b");
-    set(install, L"Xbootclasspath.append", L"");
-    EXPECT_EQ(boot(), L" -Xbootclasspath/p:\"a b\" -Xbootclasspath/a:\"\"");
-    isMain = false;
-    EXPECT_EQ(boot(), L"\n-Xbootclasspath/p:a b\n-Xbootclasspath/a:");
-}
-
-TEST_F(SystemProperties, TheClassPath) {
-    EXPECT_EQ(classPath(), L"");
-    set(install, L"cp", L"x.jar");
-    EXPECT_EQ(classPath(), L" -cp \"x.jar\"");
-    kind = InstallConfigurationKind::multiuserService;
-    set(install, L"zel.base.location", L"C:/b");
-    EXPECT_EQ(classPath(), L" -cp \"C:/b/startup.jar\"");
-    unset(install, L"zel.base.location");
-    EXPECT_EQ(classPath(), L" -cp \"/startup.jar\"");
+    EXPECT_TRUE(outcome.logHas("ZLNCH0075I: commandArg  = \"-Da=\"1\"\""));
 }
 
 }  // namespace

@@ -4,13 +4,22 @@
 
 #include <algorithm>
 
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
 
 namespace {
 
+using launchertest::lines;
+
 constexpr const wchar_t* winLogon = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
 constexpr const wchar_t* shells = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon\\KSDShells";
-const std::string winLogonText = "Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
+const std::string winLogonText = "HKLM\\Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
+
+// The messages up to the error code at their end.
+const std::string openingLogonShell = "ZLNCH0057E: Error opening " + winLogonText + " key: rc = ";
+const std::string readingLogonShell = "ZLNCH0058E: Error reading " + winLogonText + "\\Shell: rc = ";
+const std::string openingKioskShell = "ZLNCH0131E: Error opening " + winLogonText + "\\KSDShells key: rc = ";
+const std::string readingKioskShell = "ZLNCH0134E: Error reading " + winLogonText + "\\Shell: rc = ";
 
 class ShellRole : public launchertest::OnMachine {
 protected:
@@ -21,79 +30,74 @@ protected:
         outcome = run([&] { answer = zellauncher::isKioskShellActive(); });
         return answer;
     }
+    void setLogonShell(const std::wstring& shell) { machine.setRegistryText(winLogon, L"Shell", shell); }
+    void setKioskShell(const std::wstring& shell) { machine.setRegistryText(shells, L"KSD_SHELL", shell); }
 };
 
 TEST_F(ShellRole, EqualShellsMakeAKiosk) {
-    machine.setRegistryText(winLogon, L"Shell", L"C:\\Kiosk.EXE");
-    machine.setRegistryText(shells, L"KSD_SHELL", L"c:\\kiosk.exe");
+    setLogonShell(L"C:\\Kiosk.EXE");
+    setKioskShell(L"c:\\kiosk.exe");
     EXPECT_TRUE(isKiosk());
     EXPECT_EQ(outcome.log, "");
-    machine.setRegistryText(shells, L"KSD_SHELL", L"c:\\kiosk2.exe");
+    setKioskShell(L"c:\\kiosk2.exe");
     EXPECT_FALSE(isKiosk());
-    machine.setRegistryText(shells, L"KSD_SHELL", L"c:\\kiosk.ex");
-    EXPECT_FALSE(isKiosk());
-}
-
-TEST_F(ShellRole, OnlyTheCaseOfAToZIsLeftAside) {
-    machine.setRegistryText(winLogon, L"Shell", L"\u00C9@[");
-    machine.setRegistryText(shells, L"KSD_SHELL", L"\u00E9@[");
-    EXPECT_FALSE(isKiosk());
-    machine.setRegistryText(winLogon, L"Shell", L"@[AZ");
-    machine.setRegistryText(shells, L"KSD_SHELL", L"`{az");
+    setKioskShell(L"c:\\kiosk.ex");
     EXPECT_FALSE(isKiosk());
 }
 
-TEST_F(ShellRole, WithoutAKioskShellThereIsNoKiosk) {
-    machine.setRegistryText(winLogon, L"Shell", L"explorer.exe");
+TEST_F(ShellRole, OnlyTheCaseOfAToZIsIgnored) {
+    setLogonShell(L"\u00C9@[");
+    setKioskShell(L"\u00E9@[");
     EXPECT_FALSE(isKiosk());
-    EXPECT_EQ(outcome.log, "ZLNCH0131E: Error opening HKLM\\" + winLogonText + "\\KSDShells key: rc = 2\n");
+    setLogonShell(L"@[AZ");
+    setKioskShell(L"`{az");
+    EXPECT_FALSE(isKiosk());
 }
 
-TEST_F(ShellRole, WithNeitherTheMachineCountsAsAKiosk) {
+TEST_F(ShellRole, MissingKioskShellMakesNoKiosk) {
+    setLogonShell(L"explorer.exe");
+    EXPECT_FALSE(isKiosk());
+    EXPECT_EQ(outcome.log, lines({openingKioskShell + "2"}));
+}
+
+TEST_F(ShellRole, TwoMissingKeysMakeAKiosk) {
     EXPECT_TRUE(isKiosk());
-    EXPECT_EQ(outcome.log, "ZLNCH0057E: Error opening HKLM\\" + winLogonText +
-                               " key: rc = 2\nZLNCH0131E: Error opening HKLM\\" + winLogonText +
-                               "\\KSDShells key: rc = 2\n");
+    EXPECT_EQ(outcome.log, lines({openingLogonShell + "2", openingKioskShell + "2"}));
 }
 
-TEST_F(ShellRole, MissingValuesAreTold) {
+TEST_F(ShellRole, TwoMissingValuesMakeAKiosk) {
     machine.setRegistryText(winLogon, L"Other", L"x");
     machine.setRegistryText(shells, L"Other", L"x");
     EXPECT_TRUE(isKiosk());
-    EXPECT_EQ(outcome.log, "ZLNCH0058E: Error reading HKLM\\" + winLogonText +
-                               "\\Shell: rc = 2\nZLNCH0134E: Error reading HKLM\\" + winLogonText +
-                               "\\Shell: rc = 2\n");
+    EXPECT_EQ(outcome.log, lines({readingLogonShell + "2", readingKioskShell + "2"}));
 }
 
-TEST_F(ShellRole, AnUnreadableKeyIsToldWithItsCode) {
-    machine.setRegistryText(winLogon, L"Shell", L"kiosk.exe");
-    machine.setRegistryText(shells, L"KSD_SHELL", L"kiosk.exe");
-    simulation::Fault fault;
-    fault.operation = "openRegistryKey";
-    fault.nth = 2;
-    machine.inject(fault);
+TEST_F(ShellRole, UnopenableKeyIsLoggedWithItsErrorCode) {
+    setLogonShell(L"kiosk.exe");
+    setKioskShell(L"kiosk.exe");
+    machine.inject(launchertest::failing("openRegistryKey", platform::errorAccessDenied, {}, 2));
     EXPECT_FALSE(isKiosk());
-    EXPECT_EQ(outcome.log, "ZLNCH0131E: Error opening HKLM\\" + winLogonText + "\\KSDShells key: rc = 5\n");
+    EXPECT_EQ(outcome.log, lines({openingKioskShell + "5"}));
     EXPECT_TRUE(isKiosk());
 }
 
-TEST_F(ShellRole, AKioskShellWithoutALogonShellIsComparedWithAnEmptyText) {
-    machine.setRegistryText(shells, L"KSD_SHELL", L"kiosk.exe");
+TEST_F(ShellRole, MissingLogonShellIsAnEmptyText) {
+    setKioskShell(L"kiosk.exe");
     EXPECT_FALSE(isKiosk());
-    EXPECT_EQ(outcome.log, "ZLNCH0057E: Error opening HKLM\\" + winLogonText + " key: rc = 2\n");
-    machine.setRegistryText(shells, L"KSD_SHELL", L"");
+    EXPECT_EQ(outcome.log, lines({openingLogonShell + "2"}));
+    setKioskShell(L"");
     EXPECT_TRUE(isKiosk());
 }
 
-TEST_F(ShellRole, FailuresAreForDebugging) {
+TEST_F(ShellRole, FailuresAreDebugLines) {
     outcome = runQuietly([] { EXPECT_TRUE(zellauncher::isKioskShellActive()); });
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(ShellRole, BothKeysAreGivenBack) {
+TEST_F(ShellRole, BothKeysAreClosed) {
     isKiosk();
-    machine.setRegistryText(winLogon, L"Shell", L"a");
-    machine.setRegistryText(shells, L"KSD_SHELL", L"a");
+    setLogonShell(L"a");
+    setKioskShell(L"a");
     isKiosk();
     const auto closings = std::count_if(
         machine.operations().begin(), machine.operations().end(),
@@ -101,18 +105,18 @@ TEST_F(ShellRole, BothKeysAreGivenBack) {
     EXPECT_EQ(closings, 4);
 }
 
-TEST_F(ShellRole, AKioskShellLongerThanTheLogonShellIsNotRead) {
-    machine.setRegistryText(winLogon, L"Shell", L"");
-    machine.setRegistryText(shells, L"KSD_SHELL", L"x");
-    EXPECT_TRUE(isKiosk());  // the unread text is empty, as the logon shell is
-    EXPECT_TRUE(outcome.logHas("ZLNCH0134E: Error reading HKLM\\" + winLogonText + "\\Shell: rc = 234"));
+TEST_F(ShellRole, KioskShellLongerThanLogonShellIsNotRead) {
+    setLogonShell(L"");
+    setKioskShell(L"x");
+    EXPECT_TRUE(isKiosk());  // the kiosk shell is treated as an empty text
+    EXPECT_TRUE(outcome.logHas(readingKioskShell + "234"));
 }
 
-TEST_F(ShellRole, AShellBeyondTheBufferIsNotRead) {
-    machine.setRegistryText(winLogon, L"Shell", std::wstring(500, L'x'));
-    machine.setRegistryText(shells, L"KSD_SHELL", std::wstring(499, L'x'));
+TEST_F(ShellRole, ShellLongerThanTheBufferIsNotRead) {
+    setLogonShell(std::wstring(500, L'x'));
+    setKioskShell(std::wstring(499, L'x'));
     EXPECT_FALSE(isKiosk());
-    EXPECT_TRUE(outcome.logHas("ZLNCH0058E: Error reading HKLM\\" + winLogonText + "\\Shell: rc = 234"));
+    EXPECT_TRUE(outcome.logHas(readingLogonShell + "234"));
 }
 
 }  // namespace

@@ -15,16 +15,16 @@ protected:
     }
 };
 
-TEST_F(ConsoleWindow, IsFoundByATitleOfItsOwnAndGetsItsTitleBack) {
+TEST_F(ConsoleWindow, WindowIsFoundAndKeepsItsTitle) {
     machine.setConsole(L"mine");
     EXPECT_NE(find(), platform::Window::none);
     EXPECT_EQ(machine.consoleTitle(), L"mine");
     EXPECT_EQ(machine.elapsedMilliseconds(), 40U);
 }
 
-TEST_F(ConsoleWindow, TheTitleOfTheMomentIsTicksAndProcess) {
+TEST_F(ConsoleWindow, TemporaryTitleBeginsWithTheTickCount) {
     machine.setConsole(L"mine");
-    machine.setTickCount(4294967295U);  // as a signed number
+    machine.setTickCount(4294967295U);  // printed as a signed number
     find();
     std::vector<std::wstring> titles;
     for (const simulation::Operation& operation : machine.operations()) {
@@ -37,13 +37,13 @@ TEST_F(ConsoleWindow, TheTitleOfTheMomentIsTicksAndProcess) {
     EXPECT_EQ(titles[1], L"mine");
 }
 
-TEST_F(ConsoleWindow, ALongTitleIsCutOnRestoring) {
+TEST_F(ConsoleWindow, LongTitleIsTruncated) {
     machine.setConsole(std::wstring(5000, L't'));
     find();
     EXPECT_EQ(machine.consoleTitle(), std::wstring(4095, L't'));
 }
 
-TEST_F(ConsoleWindow, WithoutAConsoleThereIsNone) {
+TEST_F(ConsoleWindow, MissingConsoleHasNoWindow) {
     EXPECT_EQ(find(), platform::Window::none);
 }
 

@@ -3,112 +3,108 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
-#include "foundation/log_channel.h"
 #include "simulation/machine.h"
+#include "support/faults.h"
+#include "support/text.h"
 
 namespace {
 
-// Each test starts a program of its own path, so the machine is used without the common fixture.
+using Lines = std::vector<std::string>;
+
+constexpr const wchar_t* program = L"C:\\Apps\\zel\\zellauncher.exe";
+
+// Each test starts a program with a path of its own, so OnMachine is not used.
 class InstallDirectory : public ::testing::Test {
 protected:
     simulation::Machine machine;
-    std::wstring found = L"untouched";
+    simulation::ProcessEnd end;
 
     InstallDirectory() { machine.makeDirectory(L"C:\\Temp"); }
 
-    simulation::ProcessEnd locateBy(const std::wstring& module, const zellauncher::Arguments& words) {
-        return machine.run({module}, [&] {
-            zellauncher::locateInstallDir(found, words);
+    // The install that a process of this program file finds.
+    std::wstring locate(const std::wstring& module, const zellauncher::Arguments& arguments) {
+        std::wstring found = L"(fatal)";
+        end = machine.run({module}, [&] {
+            found = zellauncher::locateInstallDir(arguments);
             return 0;
         });
+        return found;
     }
-    simulation::ProcessEnd locate(const std::wstring& module, const std::wstring& wordZero) {
-        return locateBy(module, {wordZero});
+    std::wstring locate(const std::wstring& module) { return locate(module, {module}); }
+    // The log of a search that is fatal, without the empty first line.
+    Lines fatalLog(const std::wstring& module, const zellauncher::Arguments& arguments) {
+        EXPECT_EQ(locate(module, arguments), L"(fatal)");
+        EXPECT_EQ(end.status, 0xFFFFFFFFU);
+        Lines log = launchertest::splitLines(machine.readFile(L"C:\\Temp\\zellauncher.log").value_or(""));
+        std::erase(log, "");
+        return log;
     }
-    simulation::ProcessEnd locate(const std::wstring& module) { return locate(module, module); }
-
-    std::string lastLine() const {
-        const std::string log = machine.readFile(L"C:\\Temp\\zellauncher.log").value_or("");
-        const std::size_t first = log.find("ZLNCH");
-        return first == std::string::npos ? log : log.substr(first, log.find('\r', first) - first);
-    }
+    Lines fatalLog(const std::wstring& module) { return fatalLog(module, {module}); }
 };
 
-TEST_F(InstallDirectory, StandsAboveTheDirectoryZel) {
+const Lines noInstall = {"ZLNCH0049E: Unable to locate the platform's installation directory"};
+
+TEST_F(InstallDirectory, InstallIsAboveTheDirectoryZel) {
     machine.writeFile(L"C:\\Apps\\framework\\zel\\zellauncher.exe", "");
-    EXPECT_EQ(locate(L"C:\\Apps\\framework\\zel\\zellauncher.exe").status, 0U);
-    EXPECT_EQ(found, L"C:\\Apps\\framework");
+    EXPECT_EQ(locate(L"C:\\Apps\\framework\\zel\\zellauncher.exe"), L"C:\\Apps\\framework");
 }
 
-TEST_F(InstallDirectory, ADriveRootCounts) {
+TEST_F(InstallDirectory, InstallMayBeADriveRoot) {
     machine.writeFile(L"C:\\zel\\zellauncher.exe", "");
-    EXPECT_EQ(locate(L"C:\\zel\\zellauncher.exe").status, 0U);
-    EXPECT_EQ(found, L"C:");
+    EXPECT_EQ(locate(L"C:\\zel\\zellauncher.exe"), L"C:");
 }
 
-TEST_F(InstallDirectory, ARelativeProgramIsMadeFull) {
-    machine.writeFile(L"C:\\Apps\\zel\\zellauncher.exe", "");
+TEST_F(InstallDirectory, RelativeProgramIsMadeFull) {
+    machine.writeFile(program, "");
     machine.setCurrentDirectory(L"C:\\Apps");
-    EXPECT_EQ(locate(L"C:\\Apps\\zel\\zellauncher.exe", L"zel\\zellauncher.exe").status, 0U);
-    EXPECT_EQ(found, L"C:\\Apps");
+    EXPECT_EQ(locate(program, {L"zel\\zellauncher.exe"}), L"C:\\Apps");
 }
 
-TEST_F(InstallDirectory, TheRunningModuleHelpsWhenWordZeroNamesNoProgram) {
-    machine.writeFile(L"C:\\Apps\\zel\\zellauncher.exe", "");
-    EXPECT_EQ(locate(L"C:\\Apps\\zel\\zellauncher.exe", L"zellauncher").status, 0U);
-    EXPECT_EQ(found, L"C:\\Apps");
+TEST_F(InstallDirectory, RunningModuleReplacesAnArgumentThatIsNoProgram) {
+    machine.writeFile(program, "");
+    EXPECT_EQ(locate(program, {L"zellauncher"}), L"C:\\Apps");
 }
 
-TEST_F(InstallDirectory, TheRunningModuleHelpsWhenThereIsNoWordAtAll) {
-    machine.writeFile(L"C:\\Apps\\zel\\zellauncher.exe", "");
-    EXPECT_EQ(locateBy(L"C:\\Apps\\zel\\zellauncher.exe", {}).status, 0U);
-    EXPECT_EQ(found, L"C:\\Apps");
+TEST_F(InstallDirectory, RunningModuleReplacesAMissingArgument) {
+    machine.writeFile(program, "");
+    EXPECT_EQ(locate(program, {}), L"C:\\Apps");
 }
 
-TEST_F(InstallDirectory, AProgramThatCannotBeFoundIsNamedAsItWasTriedLast) {
-    EXPECT_EQ(locate(L"C:\\gone\\zel\\zellauncher.exe", L"D:\\else\\zellauncher.exe").status, 0xFFFFFFFFU);
-    EXPECT_EQ(lastLine(), "ZLNCH0129E: Unable to locate C:\\gone\\zel\\zellauncher.exe");
-    EXPECT_EQ(found, L"untouched");
+TEST_F(InstallDirectory, MissingProgramIsFatalWithTheLastCandidate) {
+    EXPECT_EQ(fatalLog(L"C:\\gone\\zel\\zellauncher.exe", {L"D:\\else\\zellauncher.exe"}),
+              (Lines{"ZLNCH0129E: Unable to locate C:\\gone\\zel\\zellauncher.exe"}));
 }
 
-TEST_F(InstallDirectory, TheDirectoryOfTheProgramMustBeThere) {
-    // The directory vanishes between the two looks at the disk.
-    machine.writeFile(L"C:\\Apps\\zel\\zellauncher.exe", "");
-    simulation::Fault fault;
-    fault.operation = "fileAttributes";
-    fault.nth = 2;
-    machine.inject(fault);
-    EXPECT_EQ(locate(L"C:\\Apps\\zel\\zellauncher.exe").status, 0xFFFFFFFFU);
-    EXPECT_EQ(lastLine(),
-              "ZLNCH0048E: Unable to locate the directory containing C:\\Apps\\zel\\zellauncher.exe");
+// The directory disappears after the program was found.
+TEST_F(InstallDirectory, MissingDirectoryOfTheProgramIsFatal) {
+    machine.writeFile(program, "");
+    machine.inject(launchertest::failing("fileAttributes", platform::errorAccessDenied, {}, 2));
+    EXPECT_EQ(
+        fatalLog(program),
+        (Lines{"ZLNCH0048E: Unable to locate the directory containing C:\\Apps\\zel\\zellauncher.exe"}));
 }
 
-TEST_F(InstallDirectory, TheLauncherStandsInADirectoryOfThatVeryName) {
-    const char* message = "ZLNCH0049E: Unable to locate the platform's installation directory";
+TEST_F(InstallDirectory, ProgramOutsideADirectoryZelIsFatal) {
     for (const std::wstring directory : {L"C:\\Apps\\bin", L"C:\\Apps\\ZEL", L"C:\\Apps\\xzel", L"C:"}) {
         machine.writeFile(directory + L"\\zellauncher.exe", "");
-        EXPECT_EQ(locate(directory + L"\\zellauncher.exe").status, 0xFFFFFFFFU);
-        EXPECT_EQ(lastLine(), message);
+        EXPECT_EQ(fatalLog(directory + L"\\zellauncher.exe"), noInstall);
         machine.remove(directory + L"\\zellauncher.exe");
     }
 }
 
-TEST_F(InstallDirectory, TheInstallDirectoryMustBeThere) {
-    machine.writeFile(L"C:\\Apps\\zel\\zellauncher.exe", "");
-    simulation::Fault fault;
-    fault.operation = "fileAttributes";
-    fault.nth = 3;
-    machine.inject(fault);
-    EXPECT_EQ(locate(L"C:\\Apps\\zel\\zellauncher.exe").status, 0xFFFFFFFFU);
-    EXPECT_EQ(lastLine(), "ZLNCH0049E: Unable to locate the platform's installation directory");
+// The install disappears after the program's directory was found.
+TEST_F(InstallDirectory, MissingInstallIsFatal) {
+    machine.writeFile(program, "");
+    machine.inject(launchertest::failing("fileAttributes", platform::errorAccessDenied, {}, 3));
+    EXPECT_EQ(fatalLog(program), noInstall);
 }
 
-TEST_F(InstallDirectory, APathBeyond260CharactersIsNotUsed) {
+TEST_F(InstallDirectory, PathBeyond260CharactersIsIgnored) {
     const std::wstring longPath = L"C:\\" + std::wstring(250, L'a') + L"\\zel\\zellauncher.exe";
-    machine.writeFile(L"C:\\Apps\\zel\\zellauncher.exe", "");
-    EXPECT_EQ(locate(L"C:\\Apps\\zel\\zellauncher.exe", longPath).status, 0U);
-    EXPECT_EQ(found, L"C:\\Apps");
+    machine.writeFile(program, "");
+    EXPECT_EQ(locate(program, {longPath}), L"C:\\Apps");
 }
 
 }  // namespace

@@ -2,26 +2,46 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
 
-#include "configuration/install_configuration.h"
+#include "configuration/install_kind.h"
+#include "desktop/application_identity.h"
 #include "instance/platform_lock.h"
-#include "launch/launch_state.h"
+#include "javalaunch/jvm_executable.h"
+#include "javalaunch/launch_command.h"
+#include "kiosk/termination.h"
 #include "platform/clock.h"
 #include "platform/streams.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
 
 namespace {
 
+using launchertest::failing;
 using launchertest::Outcome;
 
 constexpr const wchar_t* workspace = L"C:\\ws";
 constexpr const wchar_t* platformProgram = L"C:\\p\\eclipse.exe";
+constexpr const wchar_t* platformCommand = L"\"C:\\p\\eclipse.exe\"";
 
-// The launcher holds the lock of C:\ws and has a command ready.
+void setWaitOption() {
+    zellauncher::waitForPlatform = true;
+}
+
+std::wstring commandOfLength(std::size_t length) {
+    std::wstring command = platformCommand + std::wstring(L" ");
+    command.resize(length, L'x');
+    return command;
+}
+
+// The launcher holds the lock of C:\ws and runs a command.
 class PlatformExecution : public launchertest::OnMachine {
 protected:
-    std::uint32_t platformLives = 10000;
+    std::uint64_t returnedAfter = 0;
+    std::uint32_t lifeMilliseconds = 10000;
     int platformExitCode = 0;
     bool platformPublishes = true;
 
@@ -29,10 +49,9 @@ protected:
         machine.makeDirectory(workspace);
         machine.installProgram(platformProgram, [this] {
             if (platformPublishes) {
-                platform::Stream* endpoint = platform::openStream(L"C:\\ws\\.pipe", "w");
-                platform::closeStream(endpoint);
+                platform::closeStream(platform::openStream(L"C:\\ws\\.pipe", "w"));
             }
-            platform::sleepMilliseconds(platformLives);
+            platform::sleepMilliseconds(lifeMilliseconds);
             return platformExitCode;
         });
     }
@@ -40,7 +59,7 @@ protected:
     Outcome execute(
         const std::wstring& command, const std::function<void()>& prepare = [] {}) {
         return runQuietly([&] {
-            zellauncher::acquirePlatformLock({L"prog"}, workspace, L"eclipse.exe");
+            zellauncher::acquirePlatformLock({L"prog"}, workspace);
             prepare();
             zellauncher::handOffOrExecute(command);
             returnedAfter = machine.elapsedMilliseconds();
@@ -49,18 +68,16 @@ protected:
 
     void beLockdownUser() {
         if (platformExitCode == 0) {
-            platformExitCode = 23;  // a restart that never comes ends the supervision
+            platformExitCode = 23;  // a restart that does not happen ends the supervision
         }
         machine.setUser(L"ann", {L"Users"});
-        zellauncher::readInstallConfiguration({{L"install.configuration", L"lockdown"}}, false);
+        zellauncher::readInstallConfiguration({{L"install.configuration", L"lockdown"}});
     }
-
-    std::uint64_t returnedAfter = 0;
 };
 
-TEST_F(PlatformExecution, StartsThePlatformPublishesItAndReturnsAtOnce) {
+TEST_F(PlatformExecution, PlatformIsStartedAndPublishedWithoutWaiting) {
     const Outcome outcome = execute(L"\"C:\\p\\eclipse.exe\" -x");
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     ASSERT_EQ(machine.startedProcesses().size(), 1U);
     const simulation::StartedProcess& child = machine.startedProcesses()[0];
     EXPECT_EQ(child.commandLine, L"\"C:\\p\\eclipse.exe\" -x");
@@ -68,25 +85,25 @@ TEST_F(PlatformExecution, StartsThePlatformPublishesItAndReturnsAtOnce) {
     EXPECT_FALSE(child.start.title.has_value());
     EXPECT_EQ(machine.readFile(L"C:\\ws\\.zel.lock"), std::to_string(child.id) + std::string(10, ' '));
     EXPECT_EQ(machine.readFile(L"C:\\ws\\.zel.main"), std::to_string(child.id) + std::string(5, ' '));
-    EXPECT_LT(returnedAfter, platformLives);
+    EXPECT_LT(returnedAfter, lifeMilliseconds);
     EXPECT_TRUE(machine.isRunning(child.id));
 }
 
-TEST_F(PlatformExecution, TheCommandStandsInEveryLog) {
+TEST_F(PlatformExecution, CommandIsLoggedWithoutTheDebugFlag) {
     const Outcome outcome = execute(L"\"C:\\p\\eclipse.exe\" -x");
     EXPECT_TRUE(outcome.logHas("ZLNCH0072I: Command = '\"C:\\p\\eclipse.exe\" -x'")) << outcome.log;
 }
 
-TEST_F(PlatformExecution, AVeryLongCommandStartsWithoutItsLine) {
-    const std::wstring command = L"\"C:\\p\\eclipse.exe\" " + std::wstring(5000, L'x');
+TEST_F(PlatformExecution, VeryLongCommandIsNotLogged) {
+    const std::wstring command = commandOfLength(5000);
     const Outcome outcome = execute(command);
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_EQ(machine.startedProcesses().at(0).commandLine, command);
     EXPECT_EQ(outcome.log.find("ZLNCH0072I"), std::string::npos);
 }
 
-TEST_F(PlatformExecution, TheIdentityAndPinningAreIndependent) {
-    execute(L"\"C:\\p\\eclipse.exe\"", [] {
+TEST_F(PlatformExecution, AppIdAndPinningAreIndependent) {
+    execute(platformCommand, [] {
         zellauncher::useAppUserModelId = true;
         zellauncher::preventPinning = true;
         zellauncher::appUserModelId = L"my.id";
@@ -95,46 +112,46 @@ TEST_F(PlatformExecution, TheIdentityAndPinningAreIndependent) {
     EXPECT_EQ(machine.startedProcesses().at(0).start.title, L"my.id");
 
     machine.remove(L"C:\\ws\\.pipe");
-    execute(L"\"C:\\p\\eclipse.exe\"", [] { zellauncher::preventPinning = true; });
+    execute(platformCommand, [] { zellauncher::preventPinning = true; });
     EXPECT_EQ(machine.startedProcesses().at(1).start.flags, 0x2000U);
     EXPECT_FALSE(machine.startedProcesses().at(1).start.title.has_value());
 
-    execute(L"\"C:\\p\\eclipse.exe\"", [] {
+    execute(platformCommand, [] {
         zellauncher::useAppUserModelId = true;
         zellauncher::appUserModelId = L"my.id";
     });
     EXPECT_EQ(machine.startedProcesses().at(2).start.flags, 0x1000U);
 }
 
-TEST_F(PlatformExecution, WaitsForThePlatformWhenAskedAndReleasesTheLockBefore) {
-    const Outcome outcome = execute(L"\"C:\\p\\eclipse.exe\"", [] { zellauncher::waitForPlatform = true; });
-    EXPECT_EQ(outcome.end.status, 0U);
-    EXPECT_GE(returnedAfter, platformLives);
-    EXPECT_LE(returnedAfter, platformLives + 1100);
+TEST_F(PlatformExecution, WaitOptionReleasesTheLockAndWaits) {
+    const Outcome outcome = execute(platformCommand, setWaitOption);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_GE(returnedAfter, lifeMilliseconds);
+    EXPECT_LE(returnedAfter, lifeMilliseconds + 1100);
     EXPECT_NE(outcome.log.find("ZLNCH0306I: lock file released @ 20260131_235900_"), std::string::npos)
         << outcome.log;
 }
 
-TEST_F(PlatformExecution, APlatformThatEndsAtOnceIsNotWaitedFor) {
-    platformLives = 0;
-    execute(L"\"C:\\p\\eclipse.exe\"", [] { zellauncher::waitForPlatform = true; });
+TEST_F(PlatformExecution, WaitEndsSoonAfterThePlatform) {
+    lifeMilliseconds = 0;
+    execute(platformCommand, setWaitOption);
     EXPECT_LE(returnedAfter, 1000U);
 }
 
-TEST_F(PlatformExecution, TheExitCodeOfThePlatformIsNotTheLaunchers) {
-    platformLives = 0;
+TEST_F(PlatformExecution, ExitCodeOfThePlatformIsIgnored) {
+    lifeMilliseconds = 0;
     platformExitCode = 7;
-    EXPECT_EQ(execute(L"\"C:\\p\\eclipse.exe\"", [] { zellauncher::waitForPlatform = true; }).end.status, 0U);
+    EXPECT_EQ(execute(platformCommand, setWaitOption).processEnd().status, 0U);
 }
 
-TEST_F(PlatformExecution, HoldsTheLockUntilThePlatformIsPublishedAtMost15Seconds) {
+TEST_F(PlatformExecution, MissingPipeFileIsWaitedFor15Seconds) {
     platformPublishes = false;
-    platformLives = 100000;
-    execute(L"\"C:\\p\\eclipse.exe\"");
+    lifeMilliseconds = 100000;
+    execute(platformCommand);
     EXPECT_EQ(returnedAfter, 15000U);
 }
 
-TEST_F(PlatformExecution, AMissingProgramIsReportedAndTheLockReleased) {
+TEST_F(PlatformExecution, MissingProgramIsLoggedAndTheLockReleased) {
     const Outcome outcome = execute(L"\"C:\\p\\gone.exe\" -x");
     EXPECT_TRUE(outcome.isFatal());
     EXPECT_NE(outcome.log.find("CreateProcessW failed with error 2: "), std::string::npos) << outcome.log;
@@ -145,22 +162,22 @@ TEST_F(PlatformExecution, AMissingProgramIsReportedAndTheLockReleased) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
-TEST_F(PlatformExecution, AMissingDirectoryIsAMissingProgram) {
+TEST_F(PlatformExecution, MissingDirectoryIsLoggedAsAMissingProgram) {
     const Outcome outcome = execute(L"\"C:\\gone\\eclipse.exe\"");
     EXPECT_TRUE(outcome.isFatal());
     EXPECT_NE(outcome.log.find("CreateProcessW failed with error 3: "), std::string::npos) << outcome.log;
     EXPECT_TRUE(outcome.logHas("ZELLauncher> the program file that the command names is missing"));
 }
 
-TEST_F(PlatformExecution, ATooLongCommandIsReportedAsSuch) {
-    const Outcome outcome = execute(L"\"C:\\p\\eclipse.exe\" " + std::wstring(32766 - 18, L'x'));
+TEST_F(PlatformExecution, TooLongCommandIsLoggedAsSuch) {
+    const Outcome outcome = execute(commandOfLength(32767));
     EXPECT_TRUE(outcome.isFatal());
     EXPECT_TRUE(outcome.logHas(
         "ZELLauncher> the command is longer than the 32766 characters that the system can start"));
-    EXPECT_EQ(execute(L"\"C:\\p\\eclipse.exe\" " + std::wstring(32766 - 19, L'x')).end.status, 0U);
+    EXPECT_EQ(execute(commandOfLength(32766)).processEnd().status, 0U);
 }
 
-TEST_F(PlatformExecution, ACommandWithoutAProgramStartsNothing) {
+TEST_F(PlatformExecution, CommandWithoutAProgramStartsNothing) {
     const Outcome outcome = execute(std::wstring(1, L'\0') + L" C:\\p\\eclipse.exe");
     EXPECT_TRUE(outcome.isFatal());
     EXPECT_TRUE(outcome.logHas(
@@ -170,92 +187,86 @@ TEST_F(PlatformExecution, ACommandWithoutAProgramStartsNothing) {
     }
 }
 
-TEST_F(PlatformExecution, AFileThatIsNoProgramIsReportedWithTheSystemsReason) {
+TEST_F(PlatformExecution, NonProgramFileIsLoggedWithItsErrorCode) {
     machine.writeFile(L"C:\\p\\text.exe", "no program");
     const Outcome outcome = execute(L"\"C:\\p\\text.exe\"");
     EXPECT_TRUE(outcome.isFatal());
     EXPECT_NE(outcome.log.find("CreateProcessW failed with error 193: "), std::string::npos) << outcome.log;
 }
 
-TEST_F(PlatformExecution, AnAdministratorOnALockdownInstallIsNotSupervised) {
-    const Outcome outcome = execute(L"\"C:\\p\\eclipse.exe\"", [this] {
+TEST_F(PlatformExecution, AdministratorIsNotSupervised) {
+    const Outcome outcome = execute(platformCommand, [this] {
         beLockdownUser();
         machine.setUser(L"ann", {L"Administrators"});
     });
-    EXPECT_EQ(outcome.end.status, 0U);
-    EXPECT_LT(returnedAfter, platformLives);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_LT(returnedAfter, lifeMilliseconds);
 }
 
-TEST_F(PlatformExecution, AUserOnALockdownInstallIsSupervisedEvenWithTheWaitOption) {
-    execute(L"\"C:\\p\\eclipse.exe\"", [this] {
+TEST_F(PlatformExecution, UserIsSupervisedDespiteTheWaitOption) {
+    execute(platformCommand, [this] {
         beLockdownUser();
         zellauncher::waitForPlatform = true;
     });
-    EXPECT_GE(machine.elapsedMilliseconds(), platformLives);
+    EXPECT_GE(machine.elapsedMilliseconds(), lifeMilliseconds);
     EXPECT_EQ(machine.debuggerTexts(), std::vector<std::wstring>{L"Inside HandleTermination..."});
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
 }
 
-TEST_F(PlatformExecution, ASupervisingLauncherHidesItsConsole) {
+TEST_F(PlatformExecution, SupervisingLauncherHidesItsConsole) {
     machine.setConsole(L"mine");
-    execute(L"\"C:\\p\\eclipse.exe\"", [this] { beLockdownUser(); });
+    execute(platformCommand, [this] { beLockdownUser(); });
     EXPECT_TRUE(machine.isConsoleHidden());
 }
 
-TEST_F(PlatformExecution, AnyOtherLauncherLeavesItsConsole) {
+TEST_F(PlatformExecution, OtherLauncherKeepsItsConsole) {
     machine.setConsole(L"mine");
-    execute(L"\"C:\\p\\eclipse.exe\"", [] { zellauncher::waitForPlatform = true; });
+    execute(platformCommand, setWaitOption);
     EXPECT_FALSE(machine.isConsoleHidden());
 }
 
-TEST_F(PlatformExecution, WhoseGroupsCannotBeReadIsSupervisedOnALockdownInstall) {
-    simulation::Fault fault;
-    fault.operation = "localGroupsOfUser";
-    machine.inject(fault);
-    const Outcome outcome = execute(L"\"C:\\p\\eclipse.exe\"", [this] {
+TEST_F(PlatformExecution, UserWithUnreadableGroupsIsSupervised) {
+    machine.inject(failing("localGroupsOfUser", platform::errorAccessDenied));
+    execute(platformCommand, [this] {
         beLockdownUser();
         machine.setUser(L"ann", {L"Administrators"});
     });
-    EXPECT_GE(machine.elapsedMilliseconds(), platformLives);
+    EXPECT_GE(machine.elapsedMilliseconds(), lifeMilliseconds);
 }
 
-TEST_F(PlatformExecution, APlatformThatEndsWith259LooksAsIfItStillRan) {
-    platformLives = 1000;
+TEST_F(PlatformExecution, PlatformThatEndsWith259IsTreatedAsRunning) {
+    lifeMilliseconds = 1000;
     platformExitCode = 259;
     const simulation::ProcessId launcher = machine.start({L"C:\\zel\\zellauncher.exe"}, [this] {
-        zellauncher::acquirePlatformLock({L"prog"}, workspace, L"eclipse.exe");
+        zellauncher::acquirePlatformLock({L"prog"}, workspace);
         beLockdownUser();
-        zellauncher::handOffOrExecute(L"\"C:\\p\\eclipse.exe\"");
+        zellauncher::handOffOrExecute(platformCommand);
         return 0;
     });
     machine.runUntilIdle(600000);
     EXPECT_TRUE(machine.isRunning(launcher));
 }
 
-TEST_F(PlatformExecution, ASupervisedPlatformWhoseCodeCannotBeHadIsAskedAgain) {
-    simulation::Fault fault;
-    fault.operation = "processExitCode";
-    machine.inject(fault);
-    execute(L"\"C:\\p\\eclipse.exe\"", [this] { beLockdownUser(); });
+TEST_F(PlatformExecution, UnreadableExitCodeIsReadAgain) {
+    machine.inject(failing("processExitCode", platform::errorAccessDenied));
+    execute(platformCommand, [this] { beLockdownUser(); });
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
-    EXPECT_GE(machine.elapsedMilliseconds(), platformLives);
+    EXPECT_GE(machine.elapsedMilliseconds(), lifeMilliseconds);
 }
 
-TEST_F(PlatformExecution, AFailureToReadTheUsersNameIsADebugLine) {
-    simulation::Fault fault;
-    fault.operation = "currentUserName";
-    machine.inject(fault);
+TEST_F(PlatformExecution, UnreadableUserNameIsADebugLine) {
+    machine.inject(failing("currentUserName", platform::errorAccessDenied));
     const Outcome outcome = run([&] {
-        zellauncher::acquirePlatformLock({L"prog"}, workspace, L"eclipse.exe");
-        zellauncher::handOffOrExecute(L"\"C:\\p\\eclipse.exe\"");
+        zellauncher::acquirePlatformLock({L"prog"}, workspace);
+        zellauncher::handOffOrExecute(platformCommand);
     });
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_TRUE(outcome.logHas("ZLNCH0056E: ERROR calling GetUserName"));
 }
 
-TEST_F(PlatformExecution, ARerunStartsTheCommandOfTheProcess) {
+TEST_F(PlatformExecution, RerunStartsLaunchCommand) {
     runQuietly([&] {
-        zellauncher::acquirePlatformLock({L"prog"}, workspace, L"eclipse.exe");
+        zellauncher::acquirePlatformLock({L"prog"}, workspace);
         zellauncher::launchCommand = L"\"C:\\p\\eclipse.exe\" -again";
         zellauncher::rerunCommand();
     });
@@ -263,7 +274,7 @@ TEST_F(PlatformExecution, ARerunStartsTheCommandOfTheProcess) {
     EXPECT_EQ(machine.startedProcesses()[0].commandLine, L"\"C:\\p\\eclipse.exe\" -again");
 }
 
-TEST_F(PlatformExecution, ADaemonStartsNothing) {
+TEST_F(PlatformExecution, DaemonStartsNothing) {
     const Outcome outcome = runQuietly([&] {
         zellauncher::isMainProcess = false;
         zellauncher::handOffOrExecute(L"C:\\p\\eclipse.exe\n-x");

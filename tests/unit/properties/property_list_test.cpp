@@ -3,36 +3,34 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
 
 #include "support/failing_allocation.h"
 #include "support/launcher_fixture.h"
+#include "support/text.h"
 
 namespace {
 
+using launchertest::toUtf8;
 using zellauncher::findProperties;
 using zellauncher::lookupProperty;
 using zellauncher::PropertyEntry;
 using zellauncher::PropertyList;
-
-std::wstring unescaped(std::wstring text) {
-    zellauncher::unescapeValue(text);
-    return text;
-}
 
 std::wstring trimmed(std::wstring text) {
     zellauncher::trimSpaces(text);
     return text;
 }
 
-TEST(Properties, ALookupTakesTheFirstWholeKey) {
+TEST(Properties, LookupTakesTheFirstWholeKey) {
     const PropertyList list = {{L"ab", L"0"}, {L"a", L"1"}, {L"", L"empty"}, {L"a", L"2"}, {L"A", L"3"}};
     EXPECT_EQ(*lookupProperty(L"a", list), L"1");
-    EXPECT_EQ(*lookupProperty(L"A", list), L"3");  // behind an entry without a key
+    EXPECT_EQ(*lookupProperty(L"A", list), L"3");  // after an entry without a key
     EXPECT_EQ(lookupProperty(L"b", list), nullptr);
     EXPECT_EQ(lookupProperty(L"a", PropertyList{}), nullptr);
 }
 
-TEST(Properties, AFindEndsAtTheFirstEntryWithoutAKey) {
+TEST(Properties, PrefixSearchEndsAtTheFirstEmptyKey) {
     const PropertyList list = {{L"-Da", L"1"}, {L"x", L"2"}, {L"-D", L"3"}, {L"", L"4"}, {L"-Db", L"5"}};
     const auto found = findProperties(L"-D", list);
     ASSERT_EQ(found.size(), 2U);
@@ -41,12 +39,20 @@ TEST(Properties, AFindEndsAtTheFirstEntryWithoutAKey) {
     EXPECT_TRUE(findProperties(L"-d", list).empty());
 }
 
-TEST(Properties, AFindReturnsManyEntries) {
+TEST(Properties, PrefixSearchReturnsManyEntries) {
     PropertyList list;
     for (int i = 0; i < 1000; ++i) {
         list.push_back({L"k" + std::to_wstring(i), L"v"});
     }
     EXPECT_EQ(findProperties(L"k", list).size(), 1000U);
+}
+
+TEST(Properties, PrefixMayBeEmptyOrAWholeKey) {
+    const PropertyList list = {{L"ab", L"1"}, {L"abc", L"2"}, {L"a", L"3"}};
+    EXPECT_EQ(findProperties(L"", list).size(), 3U);
+    EXPECT_EQ(findProperties(L"ab", list).size(), 2U);
+    EXPECT_EQ(findProperties(L"abcd", list).size(), 0U);
+    EXPECT_EQ(findProperties(L"", PropertyList{{L"", L"1"}, {L"a", L"2"}}).size(), 0U);
 }
 
 TEST(Properties, SettingReplacesTheFirstAndNeverAdds) {
@@ -68,8 +74,7 @@ TEST_F(FindingProperties, WithoutMemoryIsFatal) {
         const launchertest::FailingAllocation failing(10 * sizeof(void*));
         findProperties(L"a", list);
     });
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0046E: findProperties malloc for property strings failed!");
+    outcome.expectFatal("ZLNCH0046E: findProperties malloc for property strings failed!");
 }
 
 class StoringTexts : public launchertest::OnMachine {
@@ -77,11 +82,11 @@ protected:
     const std::wstring longText = std::wstring(5000, L'x');
     PropertyList list = {{L"k", L"v"}};
 
-    void expectFatal(const std::function<void()>& store) {
+    void expectFatalWithListUnchanged(const std::function<void()>& store) {
         const auto outcome = run([&] {
             const launchertest::FailingAllocation failing(longText.size() * sizeof(wchar_t));
             store();
-            ADD_FAILURE() << "went on without the memory";
+            ADD_FAILURE() << "continued without the memory";
         });
         EXPECT_TRUE(outcome.isFatal());
         EXPECT_TRUE(outcome.log.starts_with("ZLNCH0004E: newString malloc failed. ")) << outcome.log;
@@ -90,26 +95,18 @@ protected:
     }
 };
 
-TEST_F(StoringTexts, WithoutMemoryIsFatalAndLeavesTheListAsItWas) {
-    expectFatal([&] { zellauncher::appendEntry(list, L"a", longText); });
-    expectFatal([&] { zellauncher::appendEntry(list, longText, L"a"); });
-    expectFatal([&] { zellauncher::addProperty(list, L"a", longText); });
-    expectFatal([&] { zellauncher::setPropertyValue(L"k", longText, list); });
+TEST_F(StoringTexts, WithoutMemoryIsFatalAndChangesNothing) {
+    expectFatalWithListUnchanged([&] { zellauncher::appendEntry(list, L"a", longText); });
+    expectFatalWithListUnchanged([&] { zellauncher::appendEntry(list, longText, L"a"); });
+    expectFatalWithListUnchanged([&] { zellauncher::addProperty(list, L"a", longText); });
+    expectFatalWithListUnchanged([&] { zellauncher::setPropertyValue(L"k", longText, list); });
 }
 
-TEST_F(StoringTexts, KeepsThemAsTheyStand) {
+TEST_F(StoringTexts, AppendedEntryIsUnchanged) {
     zellauncher::appendEntry(list, L" a ", L"b\\u0041 ");
     ASSERT_EQ(list.size(), 2U);
     EXPECT_EQ(list[1].key, L" a ");
     EXPECT_EQ(list[1].value, L"b\\u0041 ");
-}
-
-TEST(Properties, APrefixMayBeEmptyOrAWholeKey) {
-    const PropertyList list = {{L"ab", L"1"}, {L"abc", L"2"}, {L"a", L"3"}};
-    EXPECT_EQ(findProperties(L"", list).size(), 3U);
-    EXPECT_EQ(findProperties(L"ab", list).size(), 2U);
-    EXPECT_EQ(findProperties(L"abcd", list).size(), 0U);
-    EXPECT_EQ(findProperties(L"", PropertyList{{L"", L"1"}, {L"a", L"2"}}).size(), 0U);
 }
 
 class AddingProperties : public launchertest::OnMachine {};
@@ -123,7 +120,7 @@ TEST_F(AddingProperties, TrimsTheKeyAndUnescapesTheValue) {
     EXPECT_EQ(outcome.log, "ZLNCH0126I:   key = \"a\"\nZLNCH0127I:   value  = \"C:\\xA\"\n");
 }
 
-TEST_F(AddingProperties, KeepsAValueOfArg20) {
+TEST_F(AddingProperties, Arg20KeepsItsValue) {
     PropertyList list;
     run([&] {
         zellauncher::addProperty(list, L"arg20", L"kept");
@@ -134,25 +131,31 @@ TEST_F(AddingProperties, KeepsAValueOfArg20) {
 }
 
 TEST(Unescaping, ResolvesPairsUnitsAndOtherCharacters) {
-    EXPECT_EQ(unescaped(L"\\\\"), L"\\");
-    EXPECT_EQ(unescaped(L"\\\\\\\\"), L"\\\\");
-    EXPECT_EQ(unescaped(L"a\\"), L"a");
-    EXPECT_EQ(unescaped(L"a \\"), L"a");
-    EXPECT_EQ(unescaped(L"\\\\u0041"), L"\\u0041");
-    EXPECT_EQ(unescaped(L"\\u00411"), L"A1");
-    EXPECT_EQ(unescaped(L"\\u"), L"");
-    EXPECT_EQ(unescaped(L"\\u0x4z"), std::wstring(1, wchar_t(4)) + L"");
-    EXPECT_EQ(unescaped(L"\\u +9z"), std::wstring(1, wchar_t(9)));
-    EXPECT_EQ(unescaped(L"\\u-001"), std::wstring(1, wchar_t(0xFFFF)));
-    EXPECT_EQ(unescaped(L" a\\ b "), L"a b");
-    EXPECT_EQ(unescaped(L"\\n\\t\\r\\b"), L"ntrb");  // there are no control characters to escape
-    EXPECT_EQ(unescaped(L"\\U0041"), L"U0041");
-    EXPECT_EQ(unescaped(L"\\u\\\\\\\\x"), L"");  // four characters go with the escape, whatever they are
-    EXPECT_EQ(unescaped(L"\\u4g\\\\x"), std::wstring(1, wchar_t(4)) + L"x");
-    EXPECT_EQ(unescaped(L"\\uffff"), std::wstring(1, wchar_t(0xFFFF)));
+    const std::vector<std::pair<std::wstring, std::wstring>> cases = {
+        {L"\\\\", L"\\"},
+        {L"\\\\\\\\", L"\\\\"},
+        {L"a\\", L"a"},
+        {L"a \\", L"a"},
+        {L"\\\\u0041", L"\\u0041"},
+        {L"\\u00411", L"A1"},
+        {L"\\u", L""},
+        {L"\\u0x4z", std::wstring(1, wchar_t(4))},
+        {L"\\u +9z", std::wstring(1, wchar_t(9))},
+        {L"\\u-001", std::wstring(1, wchar_t(0xFFFF))},
+        {L" a\\ b ", L"a b"},
+        {L"\\n\\t\\r\\b", L"ntrb"},  // there are no escapes for control characters
+        {L"\\U0041", L"U0041"},
+        {L"\\u\\\\\\\\x", L""},  // the escape takes four characters, whatever they are
+        {L"\\u4g\\\\x", std::wstring(1, wchar_t(4)) + L"x"},
+        {L"\\uffff", std::wstring(1, wchar_t(0xFFFF))}};
+    for (const auto& [text, expected] : cases) {
+        std::wstring unescaped = text;
+        zellauncher::unescapeValue(unescaped);
+        EXPECT_EQ(unescaped, expected) << toUtf8(text);
+    }
 }
 
-TEST(Trimming, TakesBlanksAloneOffBothEnds) {
+TEST(Trimming, RemovesOnlyBlanks) {
     EXPECT_EQ(trimmed(L"  a b  "), L"a b");
     EXPECT_EQ(trimmed(L"\ta\t"), L"\ta\t");
     EXPECT_EQ(trimmed(L""), L"");

@@ -3,13 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "support/launcher_fixture.h"
+#include "support/text.h"
 
 namespace {
 
+using launchertest::toUtf8;
 using zellauncher::Arguments;
 using zellauncher::PropertyList;
 
@@ -18,24 +21,24 @@ protected:
     PropertyList list;
     launchertest::Outcome outcome;
 
-    void expectText(const std::wstring& text, bool isResolved, const std::wstring& expected) {
+    // Whether all tokens of the text were resolved; nothing if the process ended.
+    std::optional<bool> substitute(std::wstring& text) {
+        std::optional<bool> isResolved;
+        outcome = run([&] { isResolved = zellauncher::substituteProperties(text, list); });
+        return isResolved;
+    }
+    void expectResolved(const std::wstring& text, const std::wstring& expected) {
         std::wstring changed = text;
-        bool result = !isResolved;
-        outcome = run([&] { result = zellauncher::substituteProperties(changed, list); });
-        EXPECT_EQ(result, isResolved) << std::string(text.begin(), text.end());
-        EXPECT_EQ(changed, expected);
+        EXPECT_EQ(substitute(changed), true) << toUtf8(text);
+        EXPECT_EQ(changed, expected) << toUtf8(text);
     }
-    // How many lines of the log begin so.
-    std::size_t linesOf(const std::string& beginning) const {
-        std::size_t count = 0;
-        for (std::size_t at = outcome.log.find(beginning); at != std::string::npos;
-             at = outcome.log.find(beginning, at + 1)) {
-            ++count;
-        }
-        return count;
+    void expectUnresolved(const std::wstring& text, const std::wstring& expected) {
+        std::wstring changed = text;
+        EXPECT_EQ(substitute(changed), false) << toUtf8(text);
+        EXPECT_EQ(changed, expected) << toUtf8(text);
     }
-    // What a text gains that grows by 16,000 characters in each turn, and by `surplus` in its course,
-    // until it counts as endless.
+    // How much a text grows until it is treated as endless. Each turn adds 16,000 characters and a token
+    // of `surplus` characters, which the next replacement removes.
     std::size_t endlessGain(std::size_t surplus) {
         const std::wstring token = L"${env." + std::wstring(surplus - 8, L'E') + L",}";
         list = {{L"a", L"${prop.a}" + std::wstring(16000, L'x') + token}};
@@ -44,133 +47,125 @@ protected:
         return text.size() - std::wstring(L"${prop.a}").size();
     }
     void expectLibraryPath(std::wstring text, const std::wstring& expected) {
+        const std::wstring given = text;
         zellauncher::prefixJavaHomeEntries(text);
-        EXPECT_EQ(text, expected);
+        EXPECT_EQ(text, expected) << toUtf8(given);
     }
 };
 
-TEST_F(Substitution, ATextWithoutTokensStays) {
-    expectText(L"", true, L"");
-    expectText(L"$", true, L"$");
-    expectText(L"a$b{c}", true, L"a$b{c}");
+TEST_F(Substitution, TextWithoutTokensIsUnchanged) {
+    expectResolved(L"", L"");
+    expectResolved(L"$", L"$");
+    expectResolved(L"a$b{c}", L"a$b{c}");
 }
 
-TEST_F(Substitution, TheEnvironmentAndItsDefaults) {
-    expectText(L"${env.HOME_X,/tmp/x}/a", true, L"/tmp/x/a");
-    expectText(L"${env.X,}", true, L"");
-    expectText(L"${env.X}", false, L"${env.X}");
+TEST_F(Substitution, EnvironmentTokensMayHaveADefault) {
+    expectResolved(L"${env.HOME_X,/tmp/x}/a", L"/tmp/x/a");
+    expectResolved(L"${env.X,}", L"");
+    expectUnresolved(L"${env.X}", L"${env.X}");
     EXPECT_TRUE(outcome.logHas("ZLNCH0081I:  Environmental variable 'X' is not set"));
     machine.setEnvironment(L"HOME_X", L"/h");
-    expectText(L"${env.HOME_X,/tmp/x}/a", true, L"/h/a");
-    expectText(L"${env.home_x}", true, L"/h");  // the system compares names without regard to case
-    expectText(L"${ENV.HOME_X}", false, L"${ENV.HOME_X}");
-    expectText(L"${env.X,a,b}", true, L"a,b");
+    expectResolved(L"${env.HOME_X,/tmp/x}/a", L"/h/a");
+    expectResolved(L"${env.home_x}", L"/h");  // Windows ignores the case of variable names
+    expectUnresolved(L"${ENV.HOME_X}", L"${ENV.HOME_X}");
+    expectResolved(L"${env.X,a,b}", L"a,b");
     machine.setEnvironment(L"EMPTY", L"");
-    expectText(L"x${env.EMPTY,default}y", true, L"xy");
+    expectResolved(L"x${env.EMPTY,default}y", L"xy");
 }
 
-TEST_F(Substitution, Properties) {
+TEST_F(Substitution, PropertyTokensTakeTheFirstWholeKey) {
     list = {{L"k", L"v"}, {L"k", L"w"}, {L"a,b", L"comma"}, {L"e", L""}};
-    expectText(L"${prop.k}", true, L"v");
-    expectText(L"<${prop.a,b}>", true, L"<comma>");
-    expectText(L"${prop.e}", true, L"");
-    expectText(L"${prop.K}", false, L"${prop.K}");
-    expectText(L"${other}", false, L"${other}");
-    expectText(L"${}", false, L"${}");
+    expectResolved(L"${prop.k}", L"v");
+    expectResolved(L"<${prop.a,b}>", L"<comma>");
+    expectResolved(L"${prop.e}", L"");
+    expectUnresolved(L"${prop.K}", L"${prop.K}");
+    expectUnresolved(L"${other}", L"${other}");
+    expectUnresolved(L"${}", L"${}");
 }
 
-TEST_F(Substitution, TheScanGoesFromRightToLeftPastUnknownTokens) {
+TEST_F(Substitution, ScanContinuesLeftOfUnknownTokens) {
     list = {{L"known", L"K"}};
-    expectText(L"${prop.unknown}x${prop.known}", false, L"${prop.unknown}xK");
-    expectText(L"${prop.known}x${prop.unknown}", false, L"Kx${prop.unknown}");
-    expectText(L"${zel.home}", false, L"${zel.home}");
+    expectUnresolved(L"${prop.unknown}x${prop.known}", L"${prop.unknown}xK");
+    expectUnresolved(L"${prop.known}x${prop.unknown}", L"Kx${prop.unknown}");
+    expectUnresolved(L"${zel.home}", L"${zel.home}");
 }
 
-TEST_F(Substitution, ValuesBringInNewTokens) {
+TEST_F(Substitution, TokensInValuesAreReplaced) {
     list = {{L"a", L"<${prop.b}>"}, {L"b", L"(${env.X,d})"}};
-    expectText(L"${prop.a}-${prop.b}", true, L"<(d)>-(d)");
+    expectResolved(L"${prop.a}-${prop.b}", L"<(d)>-(d)");
 }
 
-TEST_F(Substitution, ATextThatExpandsToItselfStopsAfterTheEleventhReplacement) {
+TEST_F(Substitution, CyclicTextStopsAfterElevenReplacements) {
     list = {{L"a", L"${prop.b}"}, {L"b", L"${prop.a}"}};
-    expectText(L"${prop.b}", false, L"${prop.a}");
-    std::size_t replacements = 0;
-    for (std::size_t at = outcome.log.find("ZLNCH0071I"); at != std::string::npos;
-         at = outcome.log.find("ZLNCH0071I", at + 1)) {
-        ++replacements;
-    }
-    EXPECT_EQ(replacements, 11U);
+    expectUnresolved(L"${prop.b}", L"${prop.a}");
+    EXPECT_EQ(launchertest::countOccurrences(outcome.log, "ZLNCH0071I"), 11U);
     EXPECT_TRUE(outcome.logHas("ZLNCH0071I: Modified prop_contents ${prop.b} => ${prop.a}"));
 }
 
-TEST_F(Substitution, ATextThatGrowsIntoItselfStopsAfterTheEleventhReplacement) {
+TEST_F(Substitution, SelfNestingTextStopsAfterElevenReplacements) {
     list = {{L"a", L"x${prop.a}y"}};
-    // The scan stands on the y and goes on to the token in front of it, one place further right.
+    // The scan is at the y and finds the token before it, one position further right than the last one.
     std::wstring expected = L"${prop.a}";
     for (int i = 0; i < 11; ++i) {
         expected = L"x" + expected + L"y";
     }
-    expectText(L"${prop.a}", false, expected);
+    expectUnresolved(L"${prop.a}", expected);
 }
 
-TEST_F(Substitution, TenReplacementsThatStandStillAreOneTooMany) {
-    // Each key brings the next: the first replacement and nine that do not move left.
+TEST_F(Substitution, TenReplacementsWithoutMovingLeftAreTooMany) {
+    // Each value names the next key: one replacement, and nine more that do not move left.
     for (int i = 0; i < 9; ++i) {
         list.push_back({std::to_wstring(i), L"${prop." + std::to_wstring(i + 1) + L"}"});
     }
     list.push_back({L"9", L"end"});
-    expectText(L"${prop.0}", true, L"end");
+    expectResolved(L"${prop.0}", L"end");
     list.back().value = L"${env.X,end}";
-    expectText(L"${prop.0}", false, L"end");
-    expectText(L"-${prop.1}", true, L"-end");
+    expectUnresolved(L"${prop.0}", L"end");
+    expectResolved(L"-${prop.1}", L"-end");
 }
 
-TEST_F(Substitution, AMoveToTheLeftBeginsTheCountAnew) {
+TEST_F(Substitution, MovingLeftRestartsTheCount) {
     list = {{L"end", L"e"}};
     for (int i = 0; i < 8; ++i) {
         list.push_back(
             {std::to_wstring(i), i == 7 ? L"${prop.end}" : L"${prop." + std::to_wstring(i + 1) + L"}"});
     }
-    expectText(L"${prop.0}${prop.0}${prop.0}", true, L"eee");
+    expectResolved(L"${prop.0}${prop.0}${prop.0}", L"eee");
 }
 
-TEST_F(Substitution, ATextThatMovesLeftForEverIsInvalid) {
+TEST_F(Substitution, EndlessReplacementsAreInvalid) {
     list = {{L"a", L"${prop.a}${env.E,}"}};
     std::wstring text = L"${prop.a}";
-    bool result = true;
-    outcome = run([&] { result = zellauncher::substituteProperties(text, list); });
-    EXPECT_FALSE(result);
+    EXPECT_EQ(substitute(text), false);
     EXPECT_EQ(outcome.lastLine(), "ZELLauncher> a property text expands without end");
-    EXPECT_EQ(linesOf("ZLNCH0071I"), 10001U);  // the first one moves the scan
+    EXPECT_EQ(outcome.linesBeginningWith("ZLNCH0071I"), 10001U);  // the first one is not counted
     outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
     EXPECT_TRUE(outcome.isFatal());
     EXPECT_TRUE(outcome.lastLine().starts_with("ZLNCH0088E: property substitution is invalid ("));
 }
 
-TEST_F(Substitution, ATextThatGrowsForEverIsInvalid) {
+TEST_F(Substitution, EndlessGrowthIsInvalid) {
     list = {{L"a", L"${prop.a}" + std::wstring(5000, L'x') + L"${env.E,}"}};
     std::wstring text = L"${prop.a}";
-    bool result = true;
-    outcome = run([&] { result = zellauncher::substituteProperties(text, list); });
-    EXPECT_FALSE(result);
+    EXPECT_EQ(substitute(text), false);
     EXPECT_EQ(outcome.lastLine(), "ZELLauncher> a property text expands without end");
     EXPECT_GT(text.size(), 3900000U);
     EXPECT_LT(text.size(), 4100000U);
 }
 
-TEST_F(Substitution, ValuesThatTogetherGrowForEverAreInvalid) {
+TEST_F(Substitution, ValuesOfOnePassShareTheGrowthLimit) {
     const std::wstring tenfold =
         L"${prop.big}${prop.big}${prop.big}${prop.big}${prop.big}"
         L"${prop.big}${prop.big}${prop.big}${prop.big}${prop.big}";
     list = {{L"big", std::wstring(100000, L'x')}, {L"a", tenfold}, {L"b", tenfold}, {L"c", tenfold}};
     PropertyList bounded = list;
     outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", bounded); });
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_EQ(bounded.back().value.size(), 1000000U);
     list.insert(list.end(), {{L"d", tenfold}, {L"e", tenfold}});
     outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
     EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(list[4].value, L"" + std::wstring(1000000, L'x'));
+    EXPECT_EQ(list[4].value, std::wstring(1000000, L'x'));
     EXPECT_EQ(list[5].value, tenfold);
 
     zellauncher::VmargOverrides overrides;
@@ -183,12 +178,12 @@ TEST_F(Substitution, ValuesThatTogetherGrowForEverAreInvalid) {
     EXPECT_EQ(overrides[L"e"], tenfold);
 }
 
-TEST_F(Substitution, ATextMayGainFourMillionCharacters) {
+TEST_F(Substitution, TextMayGrowByFourMillionCharacters) {
     EXPECT_EQ(endlessGain(16001), 4000001U);
-    EXPECT_EQ(endlessGain(16000), 4016000U);  // the turn before gained four million to the character
+    EXPECT_EQ(endlessGain(16000), 4016000U);  // the turn before added exactly four million
 }
 
-TEST_F(Substitution, ALongTextWithManyTokensIsNoMatter) {
+TEST_F(Substitution, LongTextWithManyTokensIsResolved) {
     list = {{L"k", L"a value"}, {L"two", L"${prop.k}${prop.k}"}};
     std::wstring text;
     std::wstring expected;
@@ -198,12 +193,12 @@ TEST_F(Substitution, ALongTextWithManyTokensIsNoMatter) {
     }
     text += L"${prop.two}";
     expected += L"a valuea value";
-    expectText(text, true, expected);
-    EXPECT_EQ(outcome.log, "");  // the lines would be too long for the log
-    expectText(std::wstring(5000000, L'x') + L"${prop.k}", true, std::wstring(5000000, L'x') + L"a value");
+    expectResolved(text, expected);
+    EXPECT_EQ(outcome.log, "");  // the debug lines would be too long
+    expectResolved(std::wstring(5000000, L'x') + L"${prop.k}", std::wstring(5000000, L'x') + L"a value");
 }
 
-TEST_F(Substitution, ALongTextOfBrokenTokensIsNoMatterEither) {
+TEST_F(Substitution, LongTextOfBrokenTokensIsScanned) {
     std::wstring text;
     std::wstring expected;
     for (int i = 0; i < 200000; ++i) {
@@ -219,21 +214,20 @@ TEST_F(Substitution, ALongTextOfBrokenTokensIsNoMatterEither) {
     EXPECT_EQ(changed, expected);
 }
 
-// The scan as it is described: on one text, each replacement in place.
+// The same scan without its optimizations: on one text, replacing in place.
 bool scanPlainly(std::wstring& text, const PropertyList& list) {
     std::ptrdiff_t position = static_cast<std::ptrdiff_t>(text.size()) - 1;
     std::ptrdiff_t lastStart = PTRDIFF_MAX;
     bool isResolved = true;
     for (int stuck = 0;;) {
-        std::size_t length = 0;
-        std::wstring name;
-        const std::ptrdiff_t start = zellauncher::findLastToken(text, position, length, name);
-        if (start < 0) {
+        const std::optional<zellauncher::Token> token = zellauncher::findLastToken(text, position);
+        if (!token) {
             return isResolved;
         }
-        std::wstring replacement;
-        isResolved = zellauncher::resolveToken(name, replacement, list) && isResolved;
-        text.replace(static_cast<std::size_t>(start), length, replacement);
+        const auto start = static_cast<std::ptrdiff_t>(token->start);
+        const auto& [replacement, isTokenResolved] = zellauncher::resolveToken(token->name, list);
+        isResolved = isTokenResolved && isResolved;
+        text.replace(token->start, token->length, replacement);
         position = isResolved ? start + static_cast<std::ptrdiff_t>(replacement.size()) - 1 : start - 1;
         stuck = start < lastStart ? 0 : stuck + 1;
         if (stuck == 10 || position < -1 || (!isResolved && start == 0)) {
@@ -243,7 +237,7 @@ bool scanPlainly(std::wstring& text, const PropertyList& list) {
     }
 }
 
-TEST_F(Substitution, AnyTextComesOutAsItsTokensSay) {
+TEST_F(Substitution, RandomTextsMatchThePlainScan) {
     list = {{L"a", L"${prop.b}x"}, {L"b", L"$"},        {L"c", L"{prop.b}"}, {L"d", L""},
             {L"e", L"prop."},      {L"f", L"${prop.f"}, {L"g", L"}"},        {L"", L"none"}};
     const std::vector<std::wstring> pieces = {
@@ -260,73 +254,70 @@ TEST_F(Substitution, AnyTextComesOutAsItsTokensSay) {
             std::wstring expected = text;
             std::wstring changed = text;
             const bool isResolved = scanPlainly(expected, list);
-            ASSERT_EQ(zellauncher::substituteProperties(changed, list), isResolved)
-                << std::string(text.begin(), text.end());
-            ASSERT_EQ(changed, expected) << std::string(text.begin(), text.end());
+            ASSERT_EQ(zellauncher::substituteProperties(changed, list), isResolved) << toUtf8(text);
+            ASSERT_EQ(changed, expected) << toUtf8(text);
         }
     });
 }
 
-TEST_F(Substitution, ADollarThatAReplacementBringsMayBeginAToken) {
+TEST_F(Substitution, DollarFromAReplacementMayBeginAToken) {
     list = {{L"d", L"$"}};
-    expectText(L"${prop.d}{x}", false, L"${}{x}");
+    expectUnresolved(L"${prop.d}{x}", L"${}{x}");
 }
 
-TEST_F(Substitution, ALastTokenWithoutATextLeavesNothing) {
+TEST_F(Substitution, EmptyReplacementLeavesNothing) {
     list = {{L"e", L""}};
-    expectText(L"${prop.e}", true, L"");
-    expectText(L"${prop.e}${prop.e}", true, L"");
+    expectResolved(L"${prop.e}", L"");
+    expectResolved(L"${prop.e}${prop.e}", L"");
 }
 
-TEST_F(Substitution, AnEmptyNameOfAVariableOrPropertyHasNoValue) {
-    expectText(L"${env.}", false, L"${env.}");
-    expectText(L"${env.,default}", true, L"default");
-    expectText(L"${prop.}", false, L"${prop.}");
+TEST_F(Substitution, EmptyNameIsLookedUpLikeAnyOther) {
+    expectUnresolved(L"${env.}", L"${env.}");
+    expectResolved(L"${env.,default}", L"default");
+    expectUnresolved(L"${prop.}", L"${prop.}");
     list = {{L"", L"v"}};
-    expectText(L"${prop.}", true, L"v");
+    expectResolved(L"${prop.}", L"v");
 }
 
-TEST_F(Substitution, AHugeVariableIsTakenWhole) {
+TEST_F(Substitution, HugeVariableIsInsertedWhole) {
     const std::wstring huge(32000, L'v');
     machine.setEnvironment(L"HUGE", huge);
-    expectText(L"<${env.HUGE}>", true, L"<" + huge + L">");
+    expectResolved(L"<${env.HUGE}>", L"<" + huge + L">");
 }
 
-TEST_F(Substitution, TokensOfAVariableAreReplacedToo) {
+TEST_F(Substitution, TokensInVariablesAreReplaced) {
     machine.setEnvironment(L"V", L"${prop.k}");
     list = {{L"k", L"v"}};
-    expectText(L"${env.V}", true, L"v");
-    expectText(L"${env.W,${prop.k}}", true, L"}");  // no nesting here either
+    expectResolved(L"${env.V}", L"v");
+    expectResolved(L"${env.W,${prop.k}}", L"}");  // tokens do not nest
 }
 
 TEST_F(Substitution, TokensDoNotNest) {
     list = {{L"b", L"XY"}, {L"aX", L"found"}};
-    // The inner token gives XY; the outer name then lacks the last character, and its brace stays.
-    expectText(L"${prop.a${prop.b}}", true, L"found}");
+    // The inner token becomes XY; the outer name then loses its last character and leaves its brace.
+    expectResolved(L"${prop.a${prop.b}}", L"found}");
 }
 
-TEST_F(Substitution, AnUnterminatedTokenLosesItsLastCharacter) {
-    expectText(L"${prop.a", false, L"${prop.}");
-    expectText(L"${", false, L"${}");
+TEST_F(Substitution, UnterminatedTokenLosesItsLastCharacter) {
+    expectUnresolved(L"${prop.a", L"${prop.}");
+    expectUnresolved(L"${", L"${}");
 }
 
-TEST_F(Substitution, FindsTheLastTokenInFrontOfAPosition) {
-    std::size_t length = 0;
-    std::wstring name;
-    EXPECT_EQ(zellauncher::findLastToken(L"a${b}c${d}e", 10, length, name), 6);
-    EXPECT_EQ(length, 4U);
-    EXPECT_EQ(name, L"d");
-    EXPECT_EQ(zellauncher::findLastToken(L"a${b}c${d}e", 5, length, name), 1);
-    EXPECT_EQ(name, L"b");
-    EXPECT_EQ(zellauncher::findLastToken(L"a${b}", 3, length, name), 1);
-    EXPECT_EQ(length, 3U);
-    EXPECT_EQ(name, L"");
-    name = L"kept";
-    EXPECT_EQ(zellauncher::findLastToken(L"a${b}", 0, length, name), -1);
-    EXPECT_EQ(zellauncher::findLastToken(L"$", 0, length, name), -1);
-    EXPECT_EQ(zellauncher::findLastToken(L"${x}", -1, length, name), -1);
-    EXPECT_EQ(length, 3U);
-    EXPECT_EQ(name, L"kept");
+TEST_F(Substitution, FindsTheLastTokenUpToAPosition) {
+    const auto expectToken = [](const std::wstring& text, std::ptrdiff_t position, std::size_t start,
+                                std::size_t length, const std::wstring& name) {
+        const std::optional<zellauncher::Token> token = zellauncher::findLastToken(text, position);
+        ASSERT_TRUE(token) << toUtf8(text);
+        EXPECT_EQ(token->start, start) << toUtf8(text);
+        EXPECT_EQ(token->length, length) << toUtf8(text);
+        EXPECT_EQ(token->name, name) << toUtf8(text);
+    };
+    expectToken(L"a${b}c${d}e", 10, 6, 4, L"d");
+    expectToken(L"a${b}c${d}e", 5, 1, 4, L"b");
+    expectToken(L"a${b}", 3, 1, 3, L"");
+    EXPECT_FALSE(zellauncher::findLastToken(L"a${b}", 0));
+    EXPECT_FALSE(zellauncher::findLastToken(L"$", 0));
+    EXPECT_FALSE(zellauncher::findLastToken(L"${x}", -1));
 }
 
 TEST_F(Substitution, LocationTokensAreReplacedEverywhere) {
@@ -336,7 +327,7 @@ TEST_F(Substitution, LocationTokensAreReplacedEverywhere) {
     EXPECT_FALSE(zellauncher::replaceLocationTokens(L"D", L"H", text));
 }
 
-TEST_F(Substitution, TheHomeIsSearchedForTheLaterTokensAndADirectoryWithItsOwnEnds) {
+TEST_F(Substitution, HomeDirectoryIsSearchedForLaterTokensOnly) {
     std::wstring text = L"${zel.home}";
     EXPECT_TRUE(zellauncher::replaceLocationTokens(L"D", L"<${zel.data}>", text));
     EXPECT_EQ(text, L"<D>");
@@ -345,7 +336,7 @@ TEST_F(Substitution, TheHomeIsSearchedForTheLaterTokensAndADirectoryWithItsOwnEn
     EXPECT_EQ(text, L"x${zel.home}");
 }
 
-TEST_F(Substitution, ALocationTokenThatReplacementsLeaveIsReplacedToo) {
+TEST_F(Substitution, LocationTokensFormedByReplacementsAreReplaced) {
     std::wstring text = L"${zel.${zel.data}data}|${zel.${zel.data}${zel.data}data}";
     EXPECT_TRUE(zellauncher::replaceLocationTokens(L"", L"H", text));
     EXPECT_EQ(text, L"|");
@@ -360,7 +351,7 @@ TEST_F(Substitution, ALocationTokenThatReplacementsLeaveIsReplacedToo) {
     EXPECT_EQ(text, L"<${zel.data}><${zel.data}>");
 }
 
-TEST_F(Substitution, ManyLocationTokensAreNoMatter) {
+TEST_F(Substitution, ManyLocationTokensAreReplaced) {
     std::wstring text;
     std::wstring expected;
     for (int i = 0; i < 100000; ++i) {
@@ -371,14 +362,13 @@ TEST_F(Substitution, ManyLocationTokensAreNoMatter) {
     EXPECT_EQ(text, expected);
 }
 
-TEST_F(Substitution, AListOfLoopingValuesIsFatal) {
+TEST_F(Substitution, CyclicValueInAListIsFatal) {
     list = {{L"a", L"${prop.b}"}, {L"b", L"${prop.a}"}};
     outcome = run([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0088E: property substitution is invalid (${prop.a})");
+    outcome.expectFatal("ZLNCH0088E: property substitution is invalid (${prop.a})");
 }
 
-TEST_F(Substitution, AListLooksTheFirstOfTwoEntriesUp) {
+TEST_F(Substitution, ListLookupTakesTheFirstEntry) {
     list = {{L"a", L"${prop.k}"}, {L"k", L"1${env.X,}"}, {L"k", L"2"}};
     run([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
     EXPECT_EQ(list[0].value, L"1");
@@ -386,15 +376,14 @@ TEST_F(Substitution, AListLooksTheFirstOfTwoEntriesUp) {
     EXPECT_EQ(list[2].value, L"2");
 }
 
-TEST_F(Substitution, AListIsSubstitutedInItsOwnOrder) {
+TEST_F(Substitution, ListIsSubstitutedInItsOrder) {
     list = {{L"a", L"${zel.home}/x"},
             {L"b", L"${prop.a}:${prop.c}"},
             {L"c", L"${zel.data}"},
             {L"${zel.home}", L"k"}};
-    // b brings in the raw value of c, whose location token it does not know.
+    // The raw value of c enters b after the location tokens of b have been replaced.
     outcome = run([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0088E: property substitution is invalid (C:/h/x:${zel.data})");
+    outcome.expectFatal("ZLNCH0088E: property substitution is invalid (C:/h/x:${zel.data})");
     list = {{L"a", L"${zel.home}/x"},
             {L"b", L"${prop.a}"},
             {L"c", L"${workspace.location}"},
@@ -406,30 +395,29 @@ TEST_F(Substitution, AListIsSubstitutedInItsOwnOrder) {
     EXPECT_EQ(list[3].key, L"${zel.home}");
 }
 
-TEST_F(Substitution, OverridesLookTheirPropertiesUpInTheList) {
+TEST_F(Substitution, OverridesTakePropertiesFromTheList) {
     list = {{L"k", L"v"}};
     zellauncher::VmargOverrides overrides = {{L"vmarg.a", L"-Da=${prop.k}${zel.data}"}};
     run([&] { zellauncher::substituteVmArguments(L"C:\\d", L"C:\\h", list, overrides); });
     EXPECT_EQ(overrides[L"vmarg.a"], L"-Da=vC:/d");
     overrides = {{L"vmarg.a", L"${prop.x}"}};
     outcome = run([&] { zellauncher::substituteVmArguments(L"C:\\d", L"C:\\h", list, overrides); });
-    EXPECT_TRUE(outcome.isFatal());
-    EXPECT_EQ(outcome.lastLine(), "ZLNCH0088E: property substitution is invalid (${prop.x})");
+    outcome.expectFatal("ZLNCH0088E: property substitution is invalid (${prop.x})");
 }
 
-TEST_F(Substitution, WordsKnowLocationTokensAlone) {
-    Arguments words = {L"${zel.home}\\p", L"${env.X}", L"${prop.a}", L"${zel.data}"};
-    zellauncher::substituteArguments(L"C:\\d", L"C:\\h", words);
-    EXPECT_EQ(words, (Arguments{L"C:/h\\p", L"${env.X}", L"${prop.a}", L"C:/d"}));
+TEST_F(Substitution, ArgumentsHaveLocationTokensOnly) {
+    Arguments arguments = {L"${zel.home}\\p", L"${env.X}", L"${prop.a}", L"${zel.data}"};
+    zellauncher::substituteArguments(L"C:\\d", L"C:\\h", arguments);
+    EXPECT_EQ(arguments, (Arguments{L"C:/h\\p", L"${env.X}", L"${prop.a}", L"C:/d"}));
 }
 
-TEST_F(Substitution, EntriesOfALibraryPathGoUnderTheJavaHome) {
+TEST_F(Substitution, LibraryPathEntriesGetTheJavaHome) {
     expectLibraryPath(L"lib/x", L"${prop.java.home}/lib/x");
     expectLibraryPath(L"lib\\x", L"${prop.java.home}/lib/x");
     expectLibraryPath(L"${prop.java.home}/a;b1", L"${prop.java.home}/a;${prop.java.home}/b1");
 }
 
-TEST_F(Substitution, ALibraryPathLosesWhatItsSteppingLoses) {
+TEST_F(Substitution, LibraryPathSteppingLosesEntries) {
     expectLibraryPath(L"a1;b2;c3", L"${prop.java.home}/a1;${prop.java.home}/b2;");
     expectLibraryPath(L"x;lib/y", L"${prop.java.home}/lib/y");
     expectLibraryPath(L"", L"${prop.java.home}/");
@@ -438,7 +426,7 @@ TEST_F(Substitution, ALibraryPathLosesWhatItsSteppingLoses) {
     expectLibraryPath(L"ab;y", L"${prop.java.home}/ab;");
     expectLibraryPath(L";ab", L"${prop.java.home}/;${prop.java.home}/ab");
     expectLibraryPath(L"ab;;cd", L"${prop.java.home}/ab;${prop.java.home}/;");
-    // Behind the second entry the walk goes on at 3 + 1 + 7 = 11, in the middle of the fourth.
+    // After the second entry the walk continues at 3 + 1 + 7 = 11, in the middle of the fourth.
     expectLibraryPath(L"ab;long;x;four;five",
                       L"${prop.java.home}/ab;${prop.java.home}/long;"
                       L"${prop.java.home}/our;");

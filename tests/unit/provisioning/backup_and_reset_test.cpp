@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "configuration/install_configuration.h"
+#include "configuration/install_kind.h"
+#include "platform/files.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -27,19 +29,13 @@ protected:
             zellauncher::resetConfiguration(L"C:/ws", L"C:/ws/.config", L"C:/b");
         });
     }
-    void expectFatal(const std::string& message) {
-        EXPECT_TRUE(outcome.isFatal());
-        EXPECT_EQ(outcome.lastLine(), message);
-    }
     void failUpdateDirectory() {
-        simulation::Fault fault;
-        fault.operation = "createDirectory";
-        fault.argumentEndsWith = L"org.eclipse.update";
-        machine.inject(fault);
+        machine.inject(
+            launchertest::failing("createDirectory", platform::errorAccessDenied, L"org.eclipse.update"));
     }
 };
 
-TEST_F(BackupAndReset, ABackupKeepsWhatIsTheUsers) {
+TEST_F(BackupAndReset, BackupKeepsTheUsersFiles) {
     backup();
     const std::wstring update = L"C:\\ws\\.config\\org.eclipse.update\\";
     const std::wstring kept = L"C:\\ws\\.configbak\\";
@@ -53,58 +49,58 @@ TEST_F(BackupAndReset, ABackupKeepsWhatIsTheUsers) {
     EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\registry"), "r");
 }
 
-TEST_F(BackupAndReset, ABackupOfAUserWithoutAnUpdateArea) {
+TEST_F(BackupAndReset, BackupWorksWithoutAnUpdateDirectory) {
     machine.remove(L"C:\\ws\\.config\\org.eclipse.update");
     backup();
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_TRUE(outcome.logHas("ZLNCH0110I: 'C:\\ws\\.config\\org.eclipse.update\\registry' not found"));
     EXPECT_TRUE(machine.isDirectory(L"C:\\ws\\.config\\org.eclipse.update"));
 }
 
-TEST_F(BackupAndReset, AFormerBackupIsReplaced) {
+TEST_F(BackupAndReset, BackupReplacesTheFormerOne) {
     machine.writeFile(L"C:\\ws\\.configbak\\former", "");
     backup();
     EXPECT_FALSE(machine.exists(L"C:\\ws\\.configbak\\former"));
     EXPECT_TRUE(machine.exists(L"C:\\ws\\.configbak\\zelinstall.properties"));
 }
 
-TEST_F(BackupAndReset, WhatAnEarlierCutLeftIsBroughtBack) {
+TEST_F(BackupAndReset, BackupRestoresTheCopyOfAnInterruptedOne) {
     machine.remove(L"C:\\ws\\.config\\org.eclipse.update");
     machine.writeFile(L"C:\\ws\\registry.old", "older");
     backup();
     EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\registry"), "older");
 }
 
-TEST_F(BackupAndReset, ABackupNeedsItsConfigurationAndItsDirectory) {
+TEST_F(BackupAndReset, BackupWithoutADirectoryIsFatal) {
     failUpdateDirectory();
     backup();
-    expectFatal("ZLNCH0044E: Unable to create C:\\ws\\.config\\org.eclipse.update directory.");
+    outcome.expectFatal("ZLNCH0044E: Unable to create C:\\ws\\.config\\org.eclipse.update directory.");
     machine.remove(L"C:\\ws\\.config");
     backup();
-    expectFatal("ZLNCH0109E: Unable to locate 'C:\\ws\\.config' for copying");
+    outcome.expectFatal("ZLNCH0109E: Unable to locate 'C:\\ws\\.config' for copying");
 }
 
-TEST_F(BackupAndReset, AResetRemovesWhatIsNamed) {
+TEST_F(BackupAndReset, ResetRemovesTheNamedDirectories) {
     machine.writeFile(L"C:\\ws\\.metadata\\.plugins\\views\\x", "");
     machine.writeFile(L"C:\\ws\\.metadata\\.plugins\\other\\x", "");
     reset();
-    EXPECT_EQ(outcome.end.status, 0U);
+    EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_FALSE(machine.exists(L"C:\\ws\\.metadata\\.plugins\\views"));
     EXPECT_TRUE(machine.exists(L"C:\\ws\\.metadata\\.plugins\\other\\x"));
     EXPECT_FALSE(machine.exists(L"C:\\ws\\platform.xml.old"));
     EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\bookmarks.xml"), "b");
     failUpdateDirectory();
     reset();
-    expectFatal("ZLNCH0106E: Unable to locate C:\\b\\zelinstall.properties file.");
+    outcome.expectFatal("ZLNCH0106E: Unable to locate C:\\b\\zelinstall.properties file.");
 }
 
-TEST_F(BackupAndReset, AResetThatCannotMakeItsDirectoryIsFatal) {
+TEST_F(BackupAndReset, ResetWithoutAnUpdateDirectoryIsFatal) {
     failUpdateDirectory();
     reset();
-    expectFatal("ZLNCH0045E: Unable to create C:\\ws\\.config\\org.eclipse.update directory.");
+    outcome.expectFatal("ZLNCH0045E: Unable to create C:\\ws\\.config\\org.eclipse.update directory.");
 }
 
-TEST_F(BackupAndReset, WithoutTheUsersFileTheInstallationNames) {
+TEST_F(BackupAndReset, ResetReadsTheInstallsNamesWithoutTheUsersFile) {
     machine.remove(L"C:\\ws\\.config\\zelinstall.properties");
     machine.writeFile(L"C:\\b\\config\\user\\zelinstall.properties", "resetDir.a=views\r\n");
     machine.writeFile(L"C:\\ws\\.metadata\\.plugins\\views\\x", "");
@@ -112,7 +108,7 @@ TEST_F(BackupAndReset, WithoutTheUsersFileTheInstallationNames) {
     EXPECT_FALSE(machine.exists(L"C:\\ws\\.metadata\\.plugins\\views"));
 }
 
-TEST_F(BackupAndReset, AnEmptyNameNamesTheRoot) {
+TEST_F(BackupAndReset, EmptyNameRemovesThePluginsDirectory) {
     machine.writeFile(L"C:\\ws\\.config\\zelinstall.properties", "resetDir.a=\r\n");
     machine.writeFile(L"C:\\ws\\.metadata\\.plugins\\views\\x", "");
     machine.writeFile(L"C:\\ws\\.metadata\\other", "");
@@ -121,11 +117,11 @@ TEST_F(BackupAndReset, AnEmptyNameNamesTheRoot) {
     EXPECT_TRUE(machine.exists(L"C:\\ws\\.metadata\\other"));
 }
 
-TEST_F(BackupAndReset, WhatResistsIsListedWhole) {
+TEST_F(BackupAndReset, UnremovableFilesAreAllListed) {
     for (int i = 0; i < 200; ++i) {
         const std::wstring path = L"C:\\ws\\.metadata\\.plugins\\views\\held" + std::to_wstring(i);
         machine.writeFile(path, "");
-        machine.setAttributes(path, 1);
+        machine.setAttributes(path, platform::attributeReadOnly);
     }
     reset();
     EXPECT_TRUE(outcome.isFatal());
@@ -137,7 +133,8 @@ TEST_F(BackupAndReset, WhatResistsIsListedWhole) {
         outcome.log.ends_with("ZLNCH0108E end: Unable to remove all files in the metadata plugin directory. "
                               "Please correct the problems "
                               "listed above\n"));
-    EXPECT_TRUE(machine.exists(L"C:\\ws\\.config\\zelinstall.properties"));  // nothing was moved away yet
+    // The configuration was not moved yet.
+    EXPECT_TRUE(machine.exists(L"C:\\ws\\.config\\zelinstall.properties"));
 }
 
 }  // namespace

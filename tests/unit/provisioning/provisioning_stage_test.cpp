@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "configuration/install_configuration.h"
-#include "launch/launch_state.h"
+#include <string>
+
+#include "configuration/initial_launch.h"
+#include "configuration/install_kind.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -12,8 +14,8 @@ using zellauncher::Arguments;
 using zellauncher::InstallConfigurationKind;
 using zellauncher::PropertyList;
 
-// The decision. The install of these tests has no base location, so a stage that runs ends where the
-// command is put together.
+// Whether provisioning is due. The install has no base location, so a stage that runs is fatal when it
+// assembles the command.
 class ProvisioningStage : public launchertest::OnMachine {
 protected:
     PropertyList launcher = {{L"provisioning", L"true"}, {L"provisioning.manifest.version", L"7"}};
@@ -21,6 +23,8 @@ protected:
     Arguments arguments = {L"prog"};
     InstallConfigurationKind kind = InstallConfigurationKind::user;
     zellauncher::VmargOverrides overrides;
+    const std::wstring workspace = L"C:/ws";
+    const std::wstring home = L"C:\\p";
     bool isInitial = false;
     launchertest::Outcome outcome;
 
@@ -29,23 +33,28 @@ protected:
         outcome = run([&] {
             zellauncher::InstallConfiguration = kind;
             zellauncher::initialLaunch = isInitial;
-            zellauncher::runProvisioningStage(L"C:/ws", arguments, L"C:\\p", install, launcher, overrides);
+            zellauncher::runProvisioningStage({workspace, home, arguments, install, launcher, overrides});
             EXPECT_EQ(zellauncher::initialLaunch, isInitial);
         });
         const bool isRun = outcome.isFatal();
         EXPECT_EQ(isRun,
                   outcome.logHas("ZLNCH0076I: Detected platform initial launch or user initial launch. "
                                  "Executing platform provisioning."));
+        if (isRun) {
+            outcome.expectFatal(
+                "ZLNCH0011E: Unable to determine ZEL Base Plugin location. If the problem persists, "
+                "reinstall.");
+        }
         return isRun;
     }
 };
 
-TEST_F(ProvisioningStage, AKnownManifestNeedsNone) {
+TEST_F(ProvisioningStage, KnownManifestNeedsNoProvisioning) {
     EXPECT_FALSE(isDue());
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(ProvisioningStage, ANewManifestNeedsIt) {
+TEST_F(ProvisioningStage, NewManifestNeedsProvisioning) {
     install.clear();
     EXPECT_TRUE(isDue());
     install = {{L"provisioning.manifest.version", L"6"}};
@@ -56,42 +65,41 @@ TEST_F(ProvisioningStage, ANewManifestNeedsIt) {
     EXPECT_TRUE(isDue());
 }
 
-TEST_F(ProvisioningStage, AnInstallThatTellsNoManifestHasANewOne) {
+TEST_F(ProvisioningStage, MissingManifestVersionIsTreatedAsNew) {
     launcher.pop_back();
     EXPECT_TRUE(isDue());
     install.clear();
     EXPECT_TRUE(isDue());
 }
 
-TEST_F(ProvisioningStage, AnInitialLaunchNeedsIt) {
+TEST_F(ProvisioningStage, InitialLaunchNeedsProvisioning) {
     isInitial = true;
     EXPECT_TRUE(isDue());
 }
 
-TEST_F(ProvisioningStage, APreparationNeedsItWithBothOptions) {
+TEST_F(ProvisioningStage, PreparationNeedsBothOptions) {
     arguments = {L"prog", L"-provManifest", L"-zelLauncherWait"};
     EXPECT_TRUE(isDue());
-    arguments = {L"prog", L"-provManifest"};
-    EXPECT_FALSE(isDue());
-    arguments = {L"prog", L"-zelLauncherWait"};
-    EXPECT_FALSE(isDue());
-    arguments = {L"-provManifest", L"-zelLauncherWait"};
-    EXPECT_FALSE(isDue());
-    arguments = {L"prog", L"-provmanifest", L"-zelLauncherWait"};
-    EXPECT_FALSE(isDue());
+    for (const Arguments& others : {Arguments{L"prog", L"-provManifest"},
+                                    {L"prog", L"-zelLauncherWait"},
+                                    {L"-provManifest", L"-zelLauncherWait"},
+                                    {L"prog", L"-provmanifest", L"-zelLauncherWait"}}) {
+        arguments = others;
+        EXPECT_FALSE(isDue());
+    }
 }
 
-TEST_F(ProvisioningStage, OnlyTheVeryWordAsksForIt) {
+TEST_F(ProvisioningStage, PropertyMustBeExactlyTrue) {
     install.clear();
-    for (const wchar_t* word : {L"True", L"true ", L"", L"yes"}) {
-        launcher[0].value = word;
-        EXPECT_FALSE(isDue());
+    for (const wchar_t* value : {L"True", L"true ", L"", L"yes"}) {
+        launcher[0].value = value;
+        EXPECT_FALSE(isDue()) << value;
     }
     launcher.erase(launcher.begin());
     EXPECT_FALSE(isDue());
 }
 
-TEST_F(ProvisioningStage, OnlyThreeKindsHaveIt) {
+TEST_F(ProvisioningStage, OnlyThreeKindsAreProvisioned) {
     install.clear();
     for (int number = 1; number <= 8; ++number) {
         kind = static_cast<InstallConfigurationKind>(number);
@@ -110,7 +118,7 @@ TEST_F(ProvisioningStage, SharedClassesAreSwitchedOff) {
         "provisioning"));
 }
 
-TEST_F(ProvisioningStage, WithoutSharedClassesNothingIsAdded) {
+TEST_F(ProvisioningStage, MissingSharedClassesOptionIsNotAdded) {
     install.clear();
     EXPECT_TRUE(isDue());
     EXPECT_TRUE(overrides.empty());

@@ -1,7 +1,7 @@
 #pragma once
 
-// The types of the Java Native Interface on 64-bit Windows. A JDK for another system has another file of
-// this name, so this one stands first on the include path.
+// Replaces the file of this name of a JDK for another system: the Java Native Interface's types on 64-bit
+// Windows. Its directory must come first on the include path.
 #define JNIEXPORT __declspec(dllexport)
 #define JNIIMPORT __declspec(dllimport)
 #define JNICALL __stdcall

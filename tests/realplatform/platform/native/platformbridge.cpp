@@ -10,7 +10,7 @@ namespace {
 
 constexpr DWORD bufferSize = 65536;
 
-static_assert(sizeof(jchar) == sizeof(wchar_t), "a Java text and a Windows text have the same units");
+static_assert(sizeof(jchar) == sizeof(wchar_t), "Java and Windows texts have the same units");
 
 std::wstring textOf(JNIEnv* environment, jstring text) {
     const auto length = static_cast<std::size_t>(environment->GetStringLength(text));
@@ -20,21 +20,22 @@ std::wstring textOf(JNIEnv* environment, jstring text) {
     return copy;
 }
 
-void throwLastError(JNIEnv* environment, const char* what) {
-    const std::string text = std::string(what) + ": error " + std::to_string(GetLastError());
+void throwLastError(JNIEnv* environment, const char* message) {
+    const std::string text = std::string(message) + ": error " + std::to_string(GetLastError());
     environment->ThrowNew(environment->FindClass("java/io/IOException"), text.c_str());
 }
 
-HANDLE instanceOf(jlong number) {
-    return reinterpret_cast<HANDLE>(number);
+HANDLE instanceOf(jlong instance) {
+    return reinterpret_cast<HANDLE>(instance);
 }
 
-// A launcher may connect, write and be gone before anybody waits for it. What it wrote is still there.
+// A launcher may connect, write and close its end before the platform waits for it. Its text can still be
+// read.
 bool hasOrHadClient(DWORD error) {
     return error == ERROR_PIPE_CONNECTED || error == ERROR_NO_DATA;
 }
 
-// A text ends with a NUL of two bytes.
+// A text ends with a two-byte NUL.
 bool isWhole(const std::string& text) {
     return text.size() >= 2 && text.size() % 2 == 0 && text[text.size() - 1] == '\0' &&
            text[text.size() - 2] == '\0';
@@ -56,21 +57,21 @@ extern "C" {
 
 JNIEXPORT void JNICALL Java_com_example_platform_NativeBridge_createSemaphore(JNIEnv* environment, jclass,
                                                                               jstring name) {
-    // The handle is kept to the end of the process: the semaphore goes with it.
+    // The handle is never closed, because the semaphore must exist until the process ends.
     if (CreateSemaphoreW(nullptr, 0, 1, textOf(environment, name).c_str()) == nullptr) {
-        throwLastError(environment, "no semaphore");
+        throwLastError(environment, "CreateSemaphoreW failed");
     }
 }
 
 JNIEXPORT jlong JNICALL Java_com_example_platform_NativeBridge_createPipeInstance(JNIEnv* environment, jclass,
                                                                                   jstring name) {
-    // Launchers ask for reading and writing, though they only write.
+    // Duplex, because launchers open the pipe for reading and writing, though they only write.
     HANDLE pipe =
         CreateNamedPipeW(textOf(environment, name).c_str(), PIPE_ACCESS_DUPLEX,
                          PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS,
                          PIPE_UNLIMITED_INSTANCES, bufferSize, bufferSize, 0, nullptr);
     if (pipe == INVALID_HANDLE_VALUE) {
-        throwLastError(environment, "no pipe");
+        throwLastError(environment, "CreateNamedPipeW failed");
     }
     return reinterpret_cast<jlong>(pipe);
 }
@@ -78,7 +79,7 @@ JNIEXPORT jlong JNICALL Java_com_example_platform_NativeBridge_createPipeInstanc
 JNIEXPORT void JNICALL Java_com_example_platform_NativeBridge_awaitClient(JNIEnv* environment, jclass,
                                                                           jlong instance) {
     if (ConnectNamedPipe(instanceOf(instance), nullptr) == 0 && !hasOrHadClient(GetLastError())) {
-        throwLastError(environment, "no client can connect");
+        throwLastError(environment, "ConnectNamedPipe failed");
     }
 }
 

@@ -1,6 +1,6 @@
 package com.example.boot;
 
-/** Stands on the boot class path alone, so who finds it knows that the launcher's option for it arrived. */
+/** Can be found only if the JVM got the launcher's option for the boot class path. */
 public final class Marker {
     private Marker() {
     }

@@ -10,9 +10,9 @@ import org.osgi.framework.InvalidSyntaxException;
 import org.osgi.framework.ServiceReference;
 
 /**
- * The directories that the launcher chose, as the framework knows them. They come from {@code -data} and
- * {@code -configuration}; the system properties {@code zel.data} and {@code zel.home} name directories too, but
- * every system property on a command line goes through the code page of the machine.
+ * The directories that the launcher chose with {@code -data} and {@code -configuration}, as the framework knows them.
+ * The system properties {@code zel.data} and {@code zel.home} name directories too, but they went through the
+ * machine's code page.
  */
 record Directories(Path workspace, Path configuration) {
     static Directories ofThisPlatform() throws IOException {
@@ -30,7 +30,7 @@ record Directories(Path workspace, Path configuration) {
         }
     }
 
-    /** The framework makes URLs of paths without escaping anything, so there is nothing to unescape. */
+    /** The framework does not escape anything when it makes a URL of a path. */
     private static Path pathOf(URL url) {
         String path = url.getPath();
         return Path.of(path.startsWith("/") ? path.substring(1) : path);

@@ -6,39 +6,39 @@ import java.util.List;
 import org.eclipse.equinox.app.IApplication;
 import org.eclipse.equinox.app.IApplicationContext;
 
-/** The platform's normal life: it tells that it runs, takes what later starts hand over, and ends when told. */
+/** The platform's normal run: reports its start, serves later starts and ends on request. */
 public final class MainApplication implements IApplication {
     @Override
     public Object start(IApplicationContext context) throws IOException, InterruptedException {
         Directories directories = Directories.ofThisPlatform();
         Report report = new Report(directories.workspace().resolve("platform"));
         report.start(context, directories);
-        Endpoint endpoint = Endpoint.publish(directories.workspace());
+        PipeServer pipeServer = PipeServer.publish(directories.workspace());
         context.applicationRunning();
         report.running();
-        int exitCode = live(wordsOf(context), endpoint, report, directories);
+        int exitCode = live(argumentsOf(context), pipeServer, report, directories);
         report.end(exitCode);
         return exitCode;
     }
 
     @Override
     public void stop() {
-        // Asked for by the framework alone, when it is shut down by other means; the end is the same.
+        // Called only when the framework shuts down by itself; there is nothing to do.
     }
 
-    private static List<String> wordsOf(IApplicationContext context) {
+    private static List<String> argumentsOf(IApplicationContext context) {
         return List.of((String[]) context.getArguments().get(IApplicationContext.APPLICATION_ARGS));
     }
 
-    /** The words of the first start count like those that later starts hand over. */
+    /** Arguments of the first start are treated like those of later starts. */
     private static int live(
-            List<String> words, Endpoint endpoint, Report report, Directories directories)
+            List<String> arguments, PipeServer pipeServer, Report report, Directories directories)
             throws IOException, InterruptedException {
-        Duration bound = Duration.ofSeconds(Long.getLong("com.example.platform.idleSeconds", Integer.MAX_VALUE));
-        Order order = Order.of(words);
-        for (HandOff handOff; order instanceof Order.Ignore && (handOff = endpoint.await(bound)) != null;) {
+        Duration limit = Duration.ofSeconds(Long.getLong("com.example.platform.idleSeconds", Integer.MAX_VALUE));
+        Order order = Order.of(arguments);
+        for (HandOff handOff; order instanceof Order.Ignore && (handOff = pipeServer.await(limit)) != null;) {
             report.handOff(handOff);
-            order = Order.of(handOff.words());
+            order = Order.of(handOff.arguments());
         }
         if (order instanceof Order.Restart) {
             PlatformRestart.begin(directories);

@@ -12,9 +12,9 @@ import org.eclipse.equinox.app.IApplication;
 import org.eclipse.equinox.app.IApplicationContext;
 
 /**
- * Runs before the first normal start of a user and after each update of the install. A real one installs
- * features; this one does what every one must do: it notes in the user's {@code zelinstall.properties} which
- * manifest version has been provisioned. Without that note the next start would provision again.
+ * Runs before the first normal start of a user and after each update of the install. A real one installs features;
+ * this one only does what each must do: it records the provisioned manifest version in the user's
+ * {@code zelinstall.properties}. Otherwise the next start would provision again.
  */
 public final class ProvisioningApplication implements IApplication {
     private static final String KEY = "provisioning.manifest.version";
@@ -24,17 +24,17 @@ public final class ProvisioningApplication implements IApplication {
         Directories directories = Directories.ofThisPlatform();
         Report report = new Report(directories.workspace().resolve("provisioning"));
         report.start(context, directories);
-        // The launcher waits for the file .pipe here too, and 15 seconds when it does not come.
-        Endpoint.publish(directories.workspace());
+        // The launcher waits up to 15 seconds for .pipe here too.
+        PipeServer.publish(directories.workspace());
         report.running();
-        note(directories.configuration().resolve("zelinstall.properties"), shippedVersion());
+        record(directories.configuration().resolve("zelinstall.properties"), shippedVersion());
         report.end(IApplication.EXIT_OK);
         return IApplication.EXIT_OK;
     }
 
     @Override
     public void stop() {
-        // It is over in no time.
+        // It ends by itself.
     }
 
     private static String shippedVersion() throws IOException {
@@ -46,8 +46,8 @@ public final class ProvisioningApplication implements IApplication {
         return properties.getProperty(KEY);
     }
 
-    /** All other lines stay as they are: the launcher wrote them, and reads them again at the next start. */
-    private static void note(Path file, String version) throws IOException {
+    /** Keeps all other lines, because the launcher reads them at the next start. */
+    private static void record(Path file, String version) throws IOException {
         List<String> lines = new ArrayList<>(Files.readAllLines(file, StandardCharsets.ISO_8859_1));
         lines.removeIf(line -> line.startsWith(KEY + "="));
         lines.add(KEY + "=" + version);

@@ -19,8 +19,8 @@ import org.osgi.framework.Constants;
 import org.osgi.framework.FrameworkUtil;
 
 /**
- * Writes down what the launcher gave this platform, for tests and for people. Texts are UTF-8; each file is
- * written under another name and renamed, so that nobody finds half of one.
+ * Records what the launcher gave this platform, for tests and readers, in UTF-8. Each file is written under another
+ * name and renamed, so that no reader finds an incomplete one.
  */
 final class Report {
     private final Path directory;
@@ -31,7 +31,6 @@ final class Report {
         removeEarlierFiles();
     }
 
-    /** Everything that is known at the start. */
     void start(IApplicationContext application, Directories directories) throws IOException {
         BundleContext context = FrameworkUtil.getBundle(Report.class).getBundleContext();
         EnvironmentInfo environment = context.getService(context.getServiceReference(EnvironmentInfo.class));
@@ -44,7 +43,7 @@ final class Report {
         write("platform.txt", lines(summary(application, context, directories)));
     }
 
-    /** The platform serves its pipe and can be asked anything from now on. */
+    /** From now on the platform serves its pipe. */
     void running() throws IOException {
         write("running.txt", "");
     }
@@ -52,7 +51,7 @@ final class Report {
     void handOff(HandOff handOff) throws IOException {
         handOffs++;
         write("payload-" + handOffs + ".bin", handOff.bytes());
-        write("payload-" + handOffs + ".txt", String.join("\n", handOff.words()) + "\n");
+        write("payload-" + handOffs + ".txt", String.join("\n", handOff.arguments()) + "\n");
     }
 
     void end(int exitCode) throws IOException {
@@ -90,11 +89,11 @@ final class Report {
         }
     }
 
-    private static String lines(String[] words) {
-        return Arrays.stream(words).map(word -> word + "\n").collect(Collectors.joining());
+    private static String lines(String[] arguments) {
+        return Arrays.stream(arguments).map(argument -> argument + "\n").collect(Collectors.joining());
     }
 
-    /** One entry a line, in the order of a sorted map for the large ones; line ends in values become visible. */
+    /** One entry on each line, sorted unless the map has an order; line ends in values are escaped. */
     private static String lines(Map<?, ?> entries) {
         Map<?, ?> ordered = entries instanceof LinkedHashMap ? entries : new TreeMap<>(entries);
         return ordered.entrySet().stream()

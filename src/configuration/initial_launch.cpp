@@ -1,0 +1,7 @@
+#include "configuration/initial_launch.h"
+
+namespace zellauncher {
+
+PROCESS_WIDE bool initialLaunch = false;
+
+}  // namespace zellauncher

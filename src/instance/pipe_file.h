@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/process_wide.h"
+
+// The pipe file `.pipe` of the workspace, in which a platform publishes the name of its pipe.
+namespace zellauncher {
+
+// Its path, with backslashes; set by acquirePlatformLock.
+extern PROCESS_WIDE std::wstring endpointFilePath;
+
+// The name of the pipe once it has been read. The file is not read again after that.
+extern PROCESS_WIDE std::wstring pipeName;
+
+// The first line of the pipe file; nothing if the file is missing, unreadable or still empty.
+std::optional<std::wstring> readPipeName();
+
+// Waits until the pipe file exists, for at most 15 seconds.
+void waitForPipeFile();
+
+// Deletes the pipe file of a former platform, trying for about a second.
+void removeStalePipeFile();
+
+}  // namespace zellauncher
