@@ -1,5 +1,6 @@
 #include "properties/property_list.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <new>
 #include <utility>
@@ -46,13 +47,15 @@ void addProperty(PropertyList& list, const std::wstring& key, const std::wstring
     list.push_back(std::move(entry));
 }
 
+std::optional<std::size_t> findProperty(const std::wstring& key, const PropertyList& list) {
+    const auto found =
+        std::find_if(list.begin(), list.end(), [&](const PropertyEntry& entry) { return entry.key == key; });
+    return found == list.end() ? std::nullopt : std::optional<std::size_t>(found - list.begin());
+}
+
 const std::wstring* lookupProperty(const std::wstring& name, const PropertyList& list) {
-    for (const PropertyEntry& entry : list) {
-        if (entry.key == name) {
-            return &entry.value;
-        }
-    }
-    return nullptr;
+    const std::optional<std::size_t> position = findProperty(name, list);
+    return position ? &list[*position].value : nullptr;
 }
 
 std::vector<const PropertyEntry*> findProperties(const std::wstring& prefix, const PropertyList& list) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,9 @@ void appendEntry(PropertyList& list, const std::wstring& key, const std::wstring
 // Appends an entry with the key trimmed and the value unescaped, so paths need forward slashes. Replaces
 // nothing.
 void addProperty(PropertyList& list, const std::wstring& key, const std::wstring& value);
+
+// The position of the first entry with this key.
+std::optional<std::size_t> findProperty(const std::wstring& key, const PropertyList& list);
 
 // The value of the first entry with this key, or null. Valid until the list changes.
 const std::wstring* lookupProperty(const std::wstring& name, const PropertyList& list);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstddef>
-#include <optional>
 #include <string>
 
 #include "properties/arguments.h"
@@ -19,30 +17,13 @@ namespace zellauncher {
 bool replaceLocationTokens(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
                            std::wstring& text);
 
-struct Token {
-    std::size_t start = 0;  // index of its `$`
-    std::size_t length = 0;
-    std::wstring name;  // the text between its braces
-};
-
-// The last token that begins at or before `position`.
-std::optional<Token> findLastToken(const std::wstring& text, std::ptrdiff_t position);
-
-struct Resolution {
-    std::wstring replacement;  // the token itself if it is not resolved
-    bool isResolved = false;
-};
-
-// The replacement of a property token.
-Resolution resolveToken(const std::wstring& name, const PropertyList& list);
-
 // Replaces the property tokens of a text from right to left, also those that replacements bring in.
 // False if a token cannot be resolved (it stays, and tokens to its left are still replaced), or if the
-// text expands to itself or exceeds the bounds.
+// text expands to itself or grows too long.
 bool substituteProperties(std::wstring& text, const PropertyList& list);
 
-// Replaces both kinds of tokens in every value of the list. A token without a value, and values that
-// exceed the bounds together, are the fatal ZLNCH0088E.
+// Replaces both kinds of tokens in every value of the list. A token without a value, and a value that
+// expands to itself or grows too long, are the fatal ZLNCH0088E.
 void substitutePropertyList(const std::wstring& dataDirectory, const std::wstring& homeDirectory,
                             PropertyList& list);
 
