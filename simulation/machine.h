@@ -245,6 +245,9 @@ public:
     void setAdministratorsGroupName(const std::wstring& name);                             // Administrators
     void setRegistryText(const std::wstring& key, const std::wstring& value,
                          const std::wstring& text);  // HKLM
+    // The raw data of a text (REG_SZ), of any size and with or without a NUL at its end.
+    void setRegistryBytes(platform::RegistryRoot root, const std::wstring& key, const std::wstring& value,
+                          const std::string& bytes);
     void removeRegistryText(const std::wstring& key, const std::wstring& value);
     void makeRegistryKey(platform::RegistryRoot root, const std::wstring& key);
     void refuseRegistryChanges(platform::RegistryRoot root);  // its keys can only be opened for reading

@@ -80,7 +80,13 @@ struct Object {
     std::uint32_t registryAccess = 0;
 };
 
-using RegistryValues = std::map<std::wstring, RegistryValue>;  // by upper-case name
+// A registry value as its raw data.
+struct StoredValue {
+    std::string bytes;
+    bool isNumber = false;
+};
+
+using RegistryValues = std::map<std::wstring, StoredValue>;  // by upper-case name
 
 struct FindState {
     std::vector<platform::FindEntry> entries;

@@ -26,15 +26,43 @@ RegistryValues* findValues(platform::RegistryKey key, std::uint32_t access) {
     return &machineOfSelf().registry.at(object->registryKey);
 }
 
-// The data of a value in units of two bytes.
-std::wstring dataOf(const RegistryValue& value) {
-    if (!value.number) {
-        return value.text + L'\0';
-    }
-    return {static_cast<wchar_t>(*value.number & 0xFFFFU), static_cast<wchar_t>(*value.number >> 16U)};
+void appendByte(std::string& bytes, std::uint32_t byte) {
+    bytes += static_cast<char>(static_cast<unsigned char>(byte & 0xFFU));
 }
 
-bool setValue(platform::RegistryKey key, const std::wstring& valueName, const RegistryValue& value) {
+std::uint32_t byteAt(const std::string& bytes, std::size_t position) {
+    return position < bytes.size() ? static_cast<unsigned char>(bytes[position]) : 0U;
+}
+
+StoredValue asStored(const std::wstring& text) {
+    StoredValue value;
+    for (std::size_t i = 0; i <= text.size(); ++i) {
+        const std::uint32_t unit = i < text.size() ? static_cast<std::uint32_t>(text[i]) : 0U;
+        appendByte(value.bytes, unit);
+        appendByte(value.bytes, unit >> 8U);
+    }
+    return value;
+}
+
+StoredValue asStored(std::uint32_t number) {
+    StoredValue value;
+    value.isNumber = true;
+    for (std::uint32_t shift = 0; shift < 32; shift += 8) {
+        appendByte(value.bytes, number >> shift);
+    }
+    return value;
+}
+
+// The units of the data up to the first NUL. The upper half of the last one may be missing.
+std::wstring textOf(const StoredValue& value) {
+    std::wstring text;
+    for (std::size_t i = 0; i < value.bytes.size(); i += 2) {
+        text += static_cast<wchar_t>(byteAt(value.bytes, i) | byteAt(value.bytes, i + 1) << 8U);
+    }
+    return text.substr(0, text.find(L'\0'));
+}
+
+bool setValue(platform::RegistryKey key, const std::wstring& valueName, const StoredValue& value) {
     RegistryValues* values = findValues(key, platform::registrySetValue);
     if (values == nullptr) {
         return false;
@@ -54,7 +82,12 @@ void Machine::refuseRegistryChanges(platform::RegistryRoot root) {
 }
 
 void Machine::setRegistryText(const std::wstring& key, const std::wstring& value, const std::wstring& text) {
-    state->registry[nameOfKey(platform::RegistryRoot::localMachine, key)][upperCase(value)] = {text, {}};
+    state->registry[nameOfKey(platform::RegistryRoot::localMachine, key)][upperCase(value)] = asStored(text);
+}
+
+void Machine::setRegistryBytes(platform::RegistryRoot root, const std::wstring& key,
+                               const std::wstring& value, const std::string& bytes) {
+    state->registry[nameOfKey(root, key)][upperCase(value)] = {bytes, false};
 }
 
 void Machine::removeRegistryText(const std::wstring& key, const std::wstring& value) {
@@ -67,7 +100,15 @@ std::optional<RegistryValue> Machine::registryValue(platform::RegistryRoot root,
     if (values == state->registry.end() || values->second.count(upperCase(value)) == 0) {
         return std::nullopt;
     }
-    return values->second.at(upperCase(value));
+    const StoredValue& stored = values->second.at(upperCase(value));
+    if (!stored.isNumber) {
+        return RegistryValue{textOf(stored), {}};
+    }
+    std::uint32_t number = 0;
+    for (std::size_t i = stored.bytes.size(); i-- > 0;) {
+        number = number << 8U | byteAt(stored.bytes, i);
+    }
+    return RegistryValue{{}, number};
 }
 
 }  // namespace simulation
@@ -125,28 +166,27 @@ std::optional<std::wstring> queryRegistryText(RegistryKey key, const std::wstrin
     if (value == values->end()) {
         return refuseText(errorFileNotFound);
     }
-    const std::wstring data = simulation::dataOf(value->second);
-    const auto needed = static_cast<std::uint32_t>(data.size() * 2);
+    const auto needed = static_cast<std::uint32_t>(value->second.bytes.size());
     const bool fits = needed <= size;
     size = needed;
     if (!fits) {
         return refuseText(errorMoreData);
     }
-    return data.substr(0, data.find(L'\0'));
+    return simulation::textOf(value->second);
 }
 
 bool setRegistryText(RegistryKey key, const std::wstring& valueName, const std::wstring& text) {
     if (const ErrorCode fault = beginOperation("setRegistryText", valueName)) {
         return failWith(fault);
     }
-    return simulation::setValue(key, valueName, {text, {}});
+    return simulation::setValue(key, valueName, simulation::asStored(text));
 }
 
 bool setRegistryNumber(RegistryKey key, const std::wstring& valueName, std::uint32_t number) {
     if (const ErrorCode fault = beginOperation("setRegistryNumber", valueName)) {
         return failWith(fault);
     }
-    return simulation::setValue(key, valueName, {{}, number});
+    return simulation::setValue(key, valueName, simulation::asStored(number));
 }
 
 void closeRegistryKey(RegistryKey key) {

@@ -16,8 +16,9 @@ inline constexpr std::uint32_t registryAllAccess = 0xF003F;
 // Opens a key (RegOpenKeyExW).
 RegistryKey openRegistryKey(RegistryRoot root, const std::wstring& path, std::uint32_t access);
 
-// Reads a value into a buffer of `size` bytes (RegQueryValueExW); the text ends at its first NUL.
-// `size` becomes the size of the value in bytes, also when the buffer was too small (errorMoreData).
+// Reads a value into a buffer of `size` bytes, which may be 0 (RegQueryValueExW). The text ends at its
+// first NUL; an odd last byte is a character of its own. `size` becomes the size of the value in bytes,
+// also when the buffer was too small (errorMoreData).
 std::optional<std::wstring> queryRegistryText(RegistryKey key, const std::wstring& valueName,
                                               std::uint32_t& size);
 

@@ -31,6 +31,9 @@ inline constexpr const wchar_t* registryScratch = L"Software\\zl-contract";
 // path of an empty directory, without a backslash at the end.
 void runOnMachine(const std::function<void(const std::wstring& scratch)>& body);
 
+// Gives the scratch key a text (REG_SZ) with this raw data.
+void setScratchBytes(const std::wstring& valueName, const std::string& bytes);
+
 // For child processes: holds a semaphore that any process may open, until the process ends.
 void holdSemaphore(const std::wstring& name);
 // Serves a pipe, one client after the other, until the process ends.

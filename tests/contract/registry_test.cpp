@@ -108,6 +108,46 @@ TEST_F(Registry, EmptyTextIsAValue) {
     });
 }
 
+// The upper half of the last character may be missing, and so may the NUL.
+TEST_F(Registry, TextOfAnySizeIsReadUpToItsFirstNul) {
+    using namespace std::string_literals;
+    const std::pair<std::string, std::wstring> cases[] = {
+        {"", L""},        {"a", L"a"},        {"\0"s, L""},       {"a\0"s, L"a"},    {"a\0b"s, L"ab"},
+        {"a\0\0"s, L"a"}, {"a\0\0\0"s, L"a"}, {"a\0b\0"s, L"ab"}, {"\0\0b\0"s, L""}, {"a\0b\0c"s, L"abc"},
+    };
+    onMachine([&] {
+        const RegistryKey key = openScratch(registryQueryValue);
+        for (const auto& [bytes, text] : cases) {
+            SCOPED_TRACE(testing::PrintToString(bytes));
+            setScratchBytes(L"Shell", bytes);
+            std::uint32_t size = 1000;
+            EXPECT_EQ(queryRegistryText(key, L"Shell", size), text);
+            EXPECT_EQ(size, bytes.size());
+        }
+        closeRegistryKey(key);
+    });
+}
+
+TEST_F(Registry, SmallBufferHoldsOnlyWhatFits) {
+    onMachine([&] {
+        const RegistryKey key = openScratch(registryQueryValue);
+        for (std::uint32_t stored = 0; stored < 6; ++stored) {
+            for (std::uint32_t capacity = 0; capacity < 6; ++capacity) {
+                SCOPED_TRACE(std::to_string(stored) + " bytes into " + std::to_string(capacity));
+                setScratchBytes(L"Shell", std::string(stored, '\0'));
+                std::uint32_t size = capacity;
+                if (stored <= capacity) {
+                    EXPECT_EQ(queryRegistryText(key, L"Shell", size), L"") << lastError();
+                } else {
+                    EXPECT_FAILS(queryRegistryText(key, L"Shell", size), errorMoreData);
+                }
+                EXPECT_EQ(size, stored);
+            }
+        }
+        closeRegistryKey(key);
+    });
+}
+
 TEST_F(Registry, NumberHasFourBytes) {
     onMachine([&] {
         const RegistryKey key = openScratch(registryAllAccess);

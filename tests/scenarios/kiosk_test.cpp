@@ -60,6 +60,16 @@ TEST_F(KioskMachine, PlatformStartsForUsersAndBesideADesktop) {
     EXPECT_EQ(startedCommands().size(), 2U);
 }
 
+// The first value's size is the room for the second one, which is therefore not read.
+TEST_F(KioskMachine, LogonShellOfNoBytesDoesNotEndTheStart) {
+    machine.setRegistryBytes(platform::RegistryRoot::localMachine, winLogon, L"Shell", "");
+    EXPECT_STARTED(launch({L"-debug"}));
+    EXPECT_TRUE(contains(logAt(firstDebugLog),
+                         "\nZLNCH0134E: Error reading HKLM\\Software\\Microsoft\\Windows "
+                         "NT\\CurrentVersion\\WinLogon\\Shell: rc = 234\n"));
+    EXPECT_TRUE(contains(command(), L"eclipse.exe"));
+}
+
 TEST_F(KioskMachine, MissingProcessSnapshotIsTreatedAsNoDesktop) {
     beAdministrator();
     machine.addProcess(L"Explorer.exe");

@@ -32,7 +32,9 @@ RegistryKey openRegistryKey(RegistryRoot root, const std::wstring& path, std::ui
 
 std::optional<std::wstring> queryRegistryText(RegistryKey key, const std::wstring& valueName,
                                               std::uint32_t& size) {
-    std::vector<BYTE> data(size);
+    // Never an empty buffer: without one the system only reports the size, and calls that a success. Room for
+    // the upper half of a last character that has only one byte.
+    std::vector<BYTE> data(std::size_t{size} + sizeof(wchar_t));
     DWORD bytes = size;
     const LSTATUS status =
         RegQueryValueExW(systemKey(key), valueName.c_str(), nullptr, nullptr, data.data(), &bytes);
@@ -42,7 +44,7 @@ std::optional<std::wstring> queryRegistryText(RegistryKey key, const std::wstrin
     if (!hasSucceeded(status)) {
         return std::nullopt;
     }
-    std::wstring value(bytes / sizeof(wchar_t), L'\0');
+    std::wstring value((bytes + 1) / sizeof(wchar_t), L'\0');
     std::memcpy(value.data(), data.data(), value.size() * sizeof(wchar_t));
     return value.substr(0, value.find(L'\0'));
 }

@@ -97,6 +97,11 @@ void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) 
     currentMachine() = nullptr;
 }
 
+void setScratchBytes(const std::wstring& valueName, const std::string& bytes) {
+    currentMachine()->setRegistryBytes(platform::RegistryRoot::currentUser, registryScratch, valueName,
+                                       bytes);
+}
+
 void holdSemaphore(const std::wstring& name) {
     simulation::holdSemaphore(name);
 }

@@ -124,6 +124,17 @@ void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) 
     removeTree(scratch);
 }
 
+// If a NUL follows the data in memory, the system stores it too. So other bytes follow.
+void setScratchBytes(const std::wstring& valueName, const std::string& bytes) {
+    const std::string data = bytes + std::string(2 * sizeof(wchar_t), '\xFF');
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, registryScratch, 0, KEY_SET_VALUE, &key), ERROR_SUCCESS);
+    EXPECT_EQ(RegSetValueExW(key, valueName.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(data.data()),
+                             static_cast<DWORD>(bytes.size())),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+}
+
 void holdSemaphore(const std::wstring& name) {
     EXPECT_NE(CreateSemaphoreW(nullptr, 0, 1, name.c_str()), nullptr);
 }

@@ -112,6 +112,28 @@ TEST_F(ShellRole, KioskShellLongerThanLogonShellIsNotRead) {
     EXPECT_TRUE(outcome.logHas(readingKioskShell + "234"));
 }
 
+TEST_F(ShellRole, ShellOfNoBytesPreventsTheSecondRead) {
+    machine.setRegistryBytes(platform::RegistryRoot::localMachine, winLogon, L"Shell", "");
+    setKioskShell(L"kiosk.exe");
+    EXPECT_TRUE(isKiosk());  // both are treated as empty texts
+    EXPECT_EQ(outcome.log, lines({readingKioskShell + "234"}));
+    machine.setRegistryBytes(platform::RegistryRoot::localMachine, shells, L"KSD_SHELL", "");
+    EXPECT_TRUE(isKiosk());
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(ShellRole, KioskShellOfTheSameSizeIsRead) {
+    for (const std::string& shell : {std::string("x"), std::string("x\0y", 3), std::string("x\0y\0", 4)}) {
+        machine.setRegistryBytes(platform::RegistryRoot::localMachine, winLogon, L"Shell", shell);
+        machine.setRegistryBytes(platform::RegistryRoot::localMachine, shells, L"KSD_SHELL", shell);
+        EXPECT_TRUE(isKiosk());
+        EXPECT_EQ(outcome.log, "");
+        machine.setRegistryBytes(platform::RegistryRoot::localMachine, shells, L"KSD_SHELL",
+                                 "z" + shell.substr(1));
+        EXPECT_FALSE(isKiosk());
+    }
+}
+
 TEST_F(ShellRole, ShellLongerThanTheBufferIsNotRead) {
     setLogonShell(std::wstring(500, L'x'));
     setKioskShell(std::wstring(499, L'x'));
