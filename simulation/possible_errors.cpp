@@ -67,6 +67,8 @@ const OperationErrors table[] = {
     {"writeStream", {platform::errorAccessDenied, platform::errorLockViolation, errorIoDevice}},
     {"flushStream", {platform::errorAccessDenied, platform::errorLockViolation, errorIoDevice}},
     {"rewindStream", {platform::errorInvalidHandle, errorIoDevice}},
+    {"seekToLastByte", {platform::errorInvalidHandle, errorIoDevice}},
+    {"truncateStream", {platform::errorAccessDenied, errorIoDevice}},
     {"closeStream", {platform::errorInvalidHandle, errorIoDevice}},
     {"lockStream", {errorInvalidFunction, platform::errorAccessDenied, platform::errorLockViolation}},
     {"unlockStream", {platform::errorAccessDenied, platform::errorLockViolation, platform::errorNotLocked}},

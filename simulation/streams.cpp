@@ -138,6 +138,41 @@ bool rewindStream(Stream* stream) {
     return isWritten;
 }
 
+std::optional<std::uint64_t> seekToLastByte(Stream* stream) {
+    if (const ErrorCode fault =
+            beginOperation("seekToLastByte", stream->file->node->name, !stream->buffer.empty())) {
+        failWith(fault);
+        return std::nullopt;
+    }
+    if (!writeOut(machineOfSelf(), *stream)) {
+        return std::nullopt;
+    }
+    const std::size_t size = stream->file->node->content.size();
+    if (size == 0) {
+        failWith(errorNegativeSeek);
+        return std::nullopt;
+    }
+    stream->position = size - 1;
+    return stream->position;
+}
+
+bool truncateStream(Stream* stream, std::uint64_t size) {
+    if (const ErrorCode fault = beginOperation("truncateStream", stream->file->node->name)) {
+        return failWith(fault);
+    }
+    if (!stream->file->canWrite) {
+        return failWith(errorAccessDenied);
+    }
+    MachineState& machine = machineOfSelf();
+    Node& node = *stream->file->node;
+    if (machine.freeSpace) {
+        *machine.freeSpace += node.content.size() - size;
+    }
+    simulation::keepOnDevice(node);
+    node.content.resize(size);
+    return true;
+}
+
 bool closeStream(Stream* stream) {
     const ErrorCode fault = beginOperation("closeStream", stream->file->node->name, !stream->buffer.empty());
     const bool isWritten = fault == errorSuccess && writeOut(machineOfSelf(), *stream);

@@ -1,8 +1,10 @@
 #include "foundation/text_stream.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "foundation/text.h"
+#include "platform/errors.h"
 
 namespace zellauncher {
 
@@ -57,6 +59,20 @@ int peekCharacter(TextStream& text) {
     return static_cast<unsigned char>(text.readAhead[text.readPosition]);
 }
 
+// Otherwise nothing that is appended could be read again. False if the mark could not be removed, and if an
+// appending stream could not look for it. The lock file must open although its bytes are locked.
+bool removeFinalEndMark(platform::Stream* stream, bool appends) {
+    const std::optional<std::uint64_t> position = platform::seekToLastByte(stream);
+    bool isKnown = position || platform::lastError() == platform::errorNegativeSeek;
+    bool isRemoved = true;
+    if (position) {
+        char last = '\0';
+        isKnown = !platform::readStream(stream, &last, 1).hasFailed;
+        isRemoved = last != endMark || platform::truncateStream(stream, *position);
+    }
+    return platform::rewindStream(stream) && isRemoved && (isKnown || !appends);
+}
+
 void takeCharacter(TextStream& text) {
     ++text.readPosition;
 }
@@ -74,6 +90,12 @@ bool isDigit(int character) {
 TextStream openFile(const std::wstring& path, const char* mode) {
     TextStream text;
     text.stream = platform::openStream(path, mode);
+    const std::string_view modeText = mode;
+    const bool appends = modeText == "a+";
+    const bool updates = appends || modeText == "r+";
+    if (text.stream != nullptr && updates && !removeFinalEndMark(text.stream, appends)) {
+        closeTextStream(text);
+    }
     return text;
 }
 

@@ -28,7 +28,9 @@ inline constexpr std::size_t lineCharacters = 2024;
 enum class LineBlanks { keepLeading, skipLeading };
 enum class ScanResult { matched, nothing, endOfData };
 
-// Opens a file in the runtime's mode "r", "r+", "w", "w+" or "a+".
+// Opens a file in the runtime's mode "r", "r+", "w", "w+" or "a+". In the modes "r+" and "a+", a Ctrl-Z
+// that is the last byte of the file is removed, as by the runtime; the open fails if that fails. If the
+// last byte cannot be read, "a+" fails, and "r+" leaves it.
 TextStream openFile(const std::wstring& path, const char* mode);
 bool closeTextStream(TextStream& text);
 

@@ -25,6 +25,7 @@ inline constexpr ErrorCode errorFileExists = 80;
 inline constexpr ErrorCode errorInvalidParameter = 87;
 inline constexpr ErrorCode errorDiskFull = 112;
 inline constexpr ErrorCode errorInvalidName = 123;
+inline constexpr ErrorCode errorNegativeSeek = 131;
 inline constexpr ErrorCode errorDirectoryNotEmpty = 145;
 inline constexpr ErrorCode errorNotLocked = 158;
 inline constexpr ErrorCode errorAlreadyExists = 183;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 // Buffered byte streams of the runtime library. Bytes pass unchanged: text mode (line ends, Ctrl-Z)
@@ -35,6 +36,14 @@ bool flushStream(Stream* stream);
 // Goes back to the first byte: flushes buffered data and drops what was read ahead, so that later
 // reads see what other processes have written.
 bool rewindStream(Stream* stream);
+
+// Goes to the last byte and returns its position, so that the next read gets it. Fails with
+// errorNegativeSeek if the file is empty.
+std::optional<std::uint64_t> seekToLastByte(Stream* stream);
+
+// Cuts the file to this size, which must not be larger than it is (SetEndOfFile). The stream must have no
+// buffered data, and its position is unspecified until the next rewind.
+bool truncateStream(Stream* stream, std::uint64_t size);
 
 // Flushes and closes the stream. It is closed even if the flush fails (false).
 bool closeStream(Stream* stream);

@@ -246,6 +246,60 @@ TEST_F(Streams, TwoAppendingStreamsDoNotOverwriteEachOther) {
     });
 }
 
+TEST_F(Streams, SeekToLastByteGivesItsPosition) {
+    onMachine([&] {
+        for (const char* mode : {"r", "r+", "a+"}) {
+            write(in(L"f"), "abc");
+            Stream* stream = openStream(in(L"f"), mode);
+            EXPECT_EQ(seekToLastByte(stream), 2U) << mode;
+            EXPECT_EQ(readUpTo(stream, 10), "c") << mode;
+            EXPECT_TRUE(rewindStream(stream));
+            EXPECT_EQ(readUpTo(stream, 10), "abc") << mode;
+            closeStream(stream);
+        }
+    });
+}
+
+TEST_F(Streams, EmptyFileHasNoLastByte) {
+    onMachine([&] {
+        write(in(L"f"), "");
+        Stream* stream = openStream(in(L"f"), "r+");
+        EXPECT_FAILS(seekToLastByte(stream), errorNegativeSeek);
+        EXPECT_TRUE(writeStream(stream, "x"));
+        EXPECT_TRUE(closeStream(stream));
+        EXPECT_EQ(read(in(L"f")), "x");
+    });
+}
+
+TEST_F(Streams, TruncatedFileIsContinuedAtItsNewEnd) {
+    onMachine([&] {
+        for (const auto& [mode, result] : {std::pair("r+", "xb"), std::pair("a+", "abx")}) {
+            write(in(L"f"), "abcd");
+            Stream* stream = openStream(in(L"f"), mode);
+            EXPECT_EQ(seekToLastByte(stream), 3U);
+            EXPECT_EQ(readUpTo(stream, 1), "d");
+            EXPECT_TRUE(truncateStream(stream, 2)) << lastError();
+            EXPECT_TRUE(rewindStream(stream));
+            EXPECT_EQ(readUpTo(stream, 10), "ab");
+            EXPECT_TRUE(rewindStream(stream));
+            EXPECT_TRUE(writeStream(stream, "x"));
+            EXPECT_TRUE(closeStream(stream));
+            EXPECT_EQ(read(in(L"f")), result) << mode;
+        }
+    });
+}
+
+TEST_F(Streams, ReadModeCannotTruncate) {
+    onMachine([&] {
+        write(in(L"f"), "ab");
+        Stream* stream = openStream(in(L"f"), "r");
+        EXPECT_FALSE(truncateStream(stream, 1));
+        EXPECT_TRUE(isWine() || lastError() == errorAccessDenied);  // Wine says that a parameter is invalid
+        closeStream(stream);
+        EXPECT_EQ(read(in(L"f")), "ab");
+    });
+}
+
 TEST_F(Streams, HiddenFileCanBeReadAndAppendedTo) {
     onMachine([&] {
         makeFileWith(in(L"f"), attributeHidden);

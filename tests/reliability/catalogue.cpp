@@ -189,6 +189,11 @@ void ownIdentity(Stage& stage) {
     stage.machine.setTickCount(424242);
 }
 
+void propertiesEndInCtrlZ(Stage& stage) {
+    stage.machine.writeFile(std::wstring(Stage::installDir) + L"\\zel\\zellauncher.properties",
+                            stage.launcherProperties.content() + "\x1A");
+}
+
 void startedOnce(Stage& stage) {
     stage.startAndClose();
 }
@@ -339,6 +344,10 @@ std::vector<Scenario> makeCatalogue() {
         {.name = "userpb_later_start",
          .world = ownIdentity,
          .past = startedOnce,
+         .workspace = L"C:\\Users\\ann\\Mivel\\ZEL\\424242\\ann"},
+        {.name = "userpb_with_ctrl_z",
+         .world = ownIdentity,
+         .past = propertiesEndInCtrlZ,
          .workspace = L"C:\\Users\\ann\\Mivel\\ZEL\\424242\\ann"},
         {.name = "version_query", .arguments = {L"-version"}},
         {.name = "wrong_argument_count", .arguments = {L"-maxargcnt", L"9"}},

@@ -118,6 +118,22 @@ TEST_F(InstallKinds, UserpbCreatesItsIdentityOnce) {
     EXPECT_EQ(machine.readFile(properties), once);
 }
 
+TEST_F(InstallKinds, UserpbKeepsItsWorkspaceIfThePropertiesEndInCtrlZ) {
+    beKind("userpb");
+    launcherProperties.remove("zel.install.id");
+    layOut();
+    const std::wstring properties = L"C:\\Apps\\framework\\Client\\zel\\zellauncher.properties";
+    machine.writeFile(properties, launcherProperties.content() + "\x1A");
+    for (const std::uint32_t ticks : {424242U, 535353U, 646464U}) {
+        machine.setTickCount(ticks);
+        EXPECT_STARTED(launch());
+        EXPECT_TRUE(hasElement(L"-Dcom.mivel.zel.install.id=\"424242\""));
+        machine.runUntilIdle(120000);
+    }
+    EXPECT_FALSE(machine.exists(L"C:\\Users\\ann\\Mivel\\ZEL\\535353"));
+    EXPECT_EQ(machine.readFile(properties), launcherProperties.content() + "zel.install.id=424242\r\n");
+}
+
 TEST_F(InstallKinds, MissingIdentityIsFatalForOtherKinds) {
     launcherProperties.remove("zel.install.id");
     EXPECT_FATAL(launch());

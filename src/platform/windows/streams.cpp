@@ -104,6 +104,27 @@ bool rewindStream(Stream* stream) {
     return isDone(isFlushed && isRewound);
 }
 
+std::optional<std::uint64_t> seekToLastByte(Stream* stream) {
+    SetLastError(ERROR_SUCCESS);
+    stream->last = Stream::Last::nothing;
+    const std::int64_t size = _fseeki64(stream->file, 0, SEEK_END) == 0 ? _ftelli64(stream->file) : -1;
+    if (size == 0) {
+        SetLastError(ERROR_NEGATIVE_SEEK);
+        return std::nullopt;
+    }
+    if (!isDone(size > 0 && _fseeki64(stream->file, size - 1, SEEK_SET) == 0)) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(size - 1);
+}
+
+bool truncateStream(Stream* stream, std::uint64_t size) {
+    LARGE_INTEGER end;
+    end.QuadPart = static_cast<LONGLONG>(size);
+    return SetFilePointerEx(fileHandle(stream), end, nullptr, FILE_BEGIN) != 0 &&
+           SetEndOfFile(fileHandle(stream)) != 0;
+}
+
 bool closeStream(Stream* stream) {
     SetLastError(ERROR_SUCCESS);
     const bool isClosed = std::fclose(stream->file) == 0;

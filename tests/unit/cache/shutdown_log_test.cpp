@@ -49,6 +49,12 @@ TEST_F(ShutdownLog, IsTrimmedTo101LinesAtTheTwoHundredth) {
     EXPECT_EQ(machine.readFile(path), numbered(150, 249) + started);
 }
 
+TEST_F(ShutdownLog, FinalCtrlZDoesNotEndTheHistory) {
+    machine.writeFile(path, numbered(1, 199) + "\x1A");
+    record();
+    EXPECT_EQ(machine.readFile(path), numbered(100, 199) + started);
+}
+
 TEST_F(ShutdownLog, TrimDropsBlankLinesAndIndentation) {
     machine.writeFile(path, "\r\n  a\r\n\r\n   b\r\n" + numbered(1, 198));
     record();

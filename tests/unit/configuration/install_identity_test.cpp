@@ -81,6 +81,13 @@ TEST_F(InstallIdentity, IsAppendedToAnUnendedLine) {
     EXPECT_EQ(machine.readFile(path), "a=1zel.install.id=5\r\n");
 }
 
+TEST_F(InstallIdentity, IsFoundAgainInAFileThatEndedInCtrlZ) {
+    machine.writeFile(path, "a=1\r\n\x1A");
+    machine.setTickCount(5);
+    resolve(InstallConfigurationKind::userpb);
+    EXPECT_EQ(machine.readFile(path), "a=1\r\nzel.install.id=5\r\n");
+}
+
 TEST_F(InstallIdentity, UnwritableFileIsFatal) {
     machine.writeFile(path, "");
     machine.setAttributes(path, platform::attributeReadOnly);

@@ -2,6 +2,7 @@
 
 #include <tuple>
 
+#include "platform/files.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
 
@@ -79,6 +80,71 @@ protected:
         return calls;
     }
 };
+
+// --- Opening ----------------------------------------------------------------------------------------
+
+TEST_F(TextStreams, OpeningForUpdateRemovesAFinalCtrlZ) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", ""},
+        {"\x1A", ""},
+        {"one\r\n\x1A", "one\r\n"},
+        {"one\x1A\x1A", "one\x1A"},
+        {"one\x1Atwo", "one\x1Atwo"},
+        {"one\x1A\r\n", "one\x1A\r\n"},
+    };
+    for (const auto& [content, expected] : cases) {
+        for (const char* mode : {"r+", "a+"}) {
+            withFile(content, mode, [](TextStream&) {});
+            EXPECT_EQ(onDisk(), expected) << mode;
+        }
+        withFile(content, "r", [](TextStream&) {});
+        EXPECT_EQ(onDisk(), content);
+    }
+}
+
+TEST_F(TextStreams, OpenedFileIsReadFromItsStart) {
+    for (const char* mode : {"r", "r+", "a+"}) {
+        for (const char* content : {"one\r\n", "one\r\n\x1A"}) {
+            withFile(content, mode, [&](TextStream& text) {
+                std::wstring line;
+                EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+                EXPECT_EQ(line, L"one") << mode;
+            });
+        }
+    }
+}
+
+TEST_F(TextStreams, TextAppendedAfterAFinalCtrlZIsReadAgain) {
+    withFile("one\r\n\x1A", "a+", [](TextStream& text) { EXPECT_EQ(putText(text, L"two\n"), 4); });
+    EXPECT_EQ(onDisk(), "one\r\ntwo\r\n");
+}
+
+TEST_F(TextStreams, FinalCtrlZThatCannotBeRemovedFailsTheOpening) {
+    for (const char* operation : {"truncateStream", "rewindStream"}) {
+        machine.writeFile(path, "one\x1A");
+        machine.inject(launchertest::failing(operation, platform::errorAccessDenied));
+        run([] { EXPECT_EQ(openFile(path, "a+").stream, nullptr); });
+        run([] { EXPECT_TRUE(platform::deleteFile(path)) << "the file is still open"; });
+    }
+}
+
+// The lock file is opened while another launcher has locked it.
+TEST_F(TextStreams, FinalCtrlZThatCannotBeReadStaysInAnUpdatedFile) {
+    for (const char* operation : {"seekToLastByte", "readStream"}) {
+        machine.inject(launchertest::failing(operation, platform::errorLockViolation));
+        withFile("one\x1A", "r+", [](TextStream&) {});
+        EXPECT_EQ(onDisk(), "one\x1A");
+    }
+}
+
+TEST_F(TextStreams, LastByteThatCannotBeReadFailsAppending) {
+    for (const char* operation : {"seekToLastByte", "readStream"}) {
+        machine.writeFile(path, "one\x1A");
+        machine.inject(launchertest::failing(operation, platform::errorLockViolation));
+        run([] { EXPECT_EQ(openFile(path, "a+").stream, nullptr); });
+        run([] { EXPECT_TRUE(platform::deleteFile(path)) << "the file is still open"; });
+    }
+}
 
 // --- Lines ------------------------------------------------------------------------------------------
 

@@ -90,6 +90,12 @@ TEST_F(ExitData, WordIsTheFirstLineInAnyCase) {
     }
 }
 
+// The file is opened for update, although only read.
+TEST_F(ExitData, FinalCtrlZIsRemovedFromTheFile) {
+    EXPECT_TRUE(isWord("LOGOFF\x1A", L"LOGOFF"));
+    EXPECT_EQ(machine.readFile(exitData), "LOGOFF");
+}
+
 TEST_F(ExitData, OtherFirstLineIsNotTheWord) {
     for (const char* content : {"", "LOGOFF ", " LOGOFF", "LOGOF", "LOGOFFS", "\r\nLOGOFF\r\n"}) {
         EXPECT_FALSE(isWord(content, L"LOGOFF")) << content;
