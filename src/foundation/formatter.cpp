@@ -11,6 +11,8 @@ namespace {
 constexpr std::size_t widestField = 4096;
 
 struct Conversion {
+    bool isSupported = true;        // otherwise it gives nothing
+    std::size_t starArguments = 0;  // a width or precision given as `*`
     bool padsWithZeros = false;
     std::size_t width = 0;
     std::size_t precision = 0;
@@ -30,23 +32,51 @@ std::size_t readCount(std::wstring_view format, std::size_t& position) {
     return count;
 }
 
+bool isAt(std::wstring_view format, std::size_t position, std::wstring_view units) {
+    return position < format.size() && units.find(format[position]) != std::wstring_view::npos;
+}
+
+void readFlags(std::wstring_view format, std::size_t& position, Conversion& conversion) {
+    for (; isAt(format, position, L"0-+ #"); ++position) {
+        const bool isZero = format[position] == L'0';
+        conversion.padsWithZeros = conversion.padsWithZeros || isZero;
+        conversion.isSupported = conversion.isSupported && isZero;
+    }
+}
+
+std::size_t readWidth(std::wstring_view format, std::size_t& position, Conversion& conversion) {
+    if (!isAt(format, position, L"*")) {
+        return readCount(format, position);
+    }
+    ++position;
+    ++conversion.starArguments;
+    conversion.isSupported = false;
+    return 0;
+}
+
+// The sizes of the C library, and the runtime's `I`, `I32`, `I64` and `w`. Only `h`, `l` and `w` are
+// supported; they change nothing.
+void readSizes(std::wstring_view format, std::size_t& position, Conversion& conversion) {
+    for (; isAt(format, position, L"hlwLjztI"); ++position) {
+        conversion.isSupported = conversion.isSupported && isAt(format, position, L"hlw");
+        const std::wstring_view digits = format.substr(position + 1, 2);
+        if (format[position] == L'I' && (digits == L"32" || digits == L"64")) {
+            position += digits.size();
+        }
+    }
+}
+
 // Reads a conversion after its `%`. The letter is NUL if the format ends there.
 Conversion readConversion(std::wstring_view format, std::size_t& position) {
     Conversion conversion;
-    if (position < format.size() && format[position] == L'0') {
-        conversion.padsWithZeros = true;
-        ++position;
-    }
-    conversion.width = readCount(format, position);
-    if (position < format.size() && format[position] == L'.') {
+    readFlags(format, position, conversion);
+    conversion.width = readWidth(format, position, conversion);
+    if (isAt(format, position, L".")) {
         ++position;
         conversion.hasPrecision = true;
-        conversion.precision = readCount(format, position);
+        conversion.precision = readWidth(format, position, conversion);
     }
-    while (position < format.size() &&
-           (format[position] == L'l' || format[position] == L'h' || format[position] == L'w')) {
-        ++position;
-    }
+    readSizes(format, position, conversion);
     if (position < format.size()) {
         conversion.letter = format[position++];
     }
@@ -91,6 +121,9 @@ std::wstring formatWords(const Conversion& conversion, const std::wstring& text)
 }
 
 std::wstring formatOne(const Conversion& conversion, const FormatArgument& argument) {
+    if (!conversion.isSupported) {
+        return {};
+    }
     const auto* text = std::get_if<std::wstring>(&argument);
     const auto* signedNumber = std::get_if<std::int64_t>(&argument);
     const auto* unsignedNumber = std::get_if<std::uint64_t>(&argument);
@@ -126,8 +159,9 @@ std::wstring formatText(std::wstring_view format, std::initializer_list<FormatAr
         }
         ++position;
         const Conversion conversion = readConversion(format, position);
+        next += std::min(conversion.starArguments, static_cast<std::size_t>(arguments.end() - next));
         if (conversion.letter == L'%') {
-            result += L'%';
+            result += conversion.isSupported ? L"%" : L"";
         } else if (next != arguments.end()) {
             result += formatOne(conversion, *next++);
         }

@@ -43,6 +43,9 @@ bool isIn(wchar_t unit, std::wstring_view set) {
 }
 
 struct Field {
+    bool isKnown = true;
+    std::size_t stars = 0;
+    wchar_t letter = L'\0';
     bool isZeroPadded = false;
     int width = 0;
     int precision = -1;  // none
@@ -87,9 +90,9 @@ std::wstring numberOf(const Field& field, wchar_t letter, const FormatArgument& 
     return {text.begin(), text.begin() + length};
 }
 
-std::wstring textOf(const Field& field, wchar_t letter, const FormatArgument& argument) {
-    if (!isIn(letter, L"sS")) {
-        return numberOf(field, letter, argument);
+std::wstring textOf(const Field& field, const FormatArgument& argument) {
+    if (!isIn(field.letter, L"sS")) {
+        return numberOf(field, field.letter, argument);
     }
     const auto* text = std::get_if<std::wstring>(&argument);
     if (text == nullptr) {
@@ -109,6 +112,48 @@ int takeCount(const std::wstring& format, std::size_t& i) {
     return count;
 }
 
+// The number at `i`, or the star, which makes the field unknown.
+int takeNumberOrStar(const std::wstring& format, std::size_t& i, Field& field) {
+    if (i == format.size() || format[i] != L'*') {
+        return takeCount(format, i);
+    }
+    ++i;
+    ++field.stars;
+    field.isKnown = false;
+    return 0;
+}
+
+// Length of the size prefix at `i`; 0 if there is none.
+std::size_t sizeAt(const std::wstring& format, std::size_t i) {
+    for (const std::wstring prefix : {L"I64", L"I32", L"I", L"L", L"j", L"z", L"t", L"h", L"l", L"w"}) {
+        if (format.compare(i, prefix.size(), prefix) == 0) {
+            return prefix.size();
+        }
+    }
+    return 0;
+}
+
+// The field that begins after a percent sign.
+Field takeField(const std::wstring& format, std::size_t& i) {
+    Field field;
+    const std::size_t flagsEnd = std::min(format.find_first_not_of(L"-+ #0", i), format.size());
+    const std::wstring flags = format.substr(i, flagsEnd - i);
+    i = flagsEnd;
+    field.isKnown = flags == std::wstring(flags.size(), L'0');
+    field.isZeroPadded = !flags.empty();
+    field.width = takeNumberOrStar(format, i, field);
+    if (i < format.size() && format[i] == L'.') {
+        ++i;
+        field.precision = takeNumberOrStar(format, i, field);
+    }
+    for (std::size_t length = sizeAt(format, i); length > 0; length = sizeAt(format, i)) {
+        field.isKnown = field.isKnown && isIn(format[i], L"hlw");
+        i += length;
+    }
+    field.letter = i < format.size() ? format[i++] : L'\0';
+    return field;
+}
+
 std::wstring formatAgain(const std::wstring& format, const std::vector<FormatArgument>& arguments) {
     std::wstring text;
     std::size_t used = 0;
@@ -117,19 +162,12 @@ std::wstring formatAgain(const std::wstring& format, const std::vector<FormatArg
             text += format[i++];
             continue;
         }
-        ++i;
-        Field field;
-        field.isZeroPadded = i < format.size() && format[i] == L'0';
-        field.width = takeCount(format, i);
-        if (i < format.size() && format[i] == L'.') {
-            field.precision = takeCount(format, ++i);
-        }
-        i = std::min(format.find_first_not_of(L"lhw", i), format.size());
-        const wchar_t letter = i < format.size() ? format[i++] : L'\0';
-        if (letter == L'%') {
-            text += L'%';
-        } else if (used < arguments.size()) {
-            text += textOf(field, letter, arguments[used++]);
+        const Field field = takeField(format, ++i);
+        used += field.stars;
+        if (field.letter == L'%') {
+            text += field.isKnown ? L"%" : L"";
+        } else if (used++ < arguments.size() && field.isKnown) {
+            text += textOf(field, arguments[used - 1]);
         }
     }
     return text;

@@ -112,13 +112,33 @@ TEST(Formatter, UnknownConversionUsesUpItsArgument) {
     }
 }
 
-TEST(Formatter, UnknownFlagIsAnUnknownConversion) {
-    EXPECT_EQ(ofText(L"%-5s", L"lost"), L"5s");
-    EXPECT_EQ(ofText(L"%*s", L"lost"), L"s");
+TEST(Formatter, UnsupportedConversionWritesNothingAsAWhole) {
+    for (const wchar_t* conversion :
+         {L"%-5d",       L"%+d", L"% d",  L"%#x",  L"%-05s", L"%0-5s", L"% -+#0d", L"%I64d",
+          L"%I32u",      L"%Id", L"%lld", L"%Ld",  L"%jd",   L"%zu",   L"%tx",     L"%hhd",
+          L"%-12.3I64d", L"%5c", L"%.2f", L"%08p", L"%-s",   L"%#%"}) {
+        SCOPED_TRACE(launchertest::toUtf8(conversion));
+        EXPECT_EQ(formatText(L"<" + std::wstring(conversion) + L"|5d>", {}), L"<|5d>");
+    }
+}
+
+TEST(Formatter, UnsupportedFlagUsesUpTheArgument) {
+    EXPECT_EQ(formatText(L"<%-5s><%s>", {std::wstring(L"lost"), std::wstring(L"kept")}), L"<><kept>");
+    EXPECT_EQ(formatText(L"<%+d><%d>", {std::int64_t{1}, std::int64_t{2}}), L"<><2>");
+}
+
+TEST(Formatter, StarUsesUpAnArgumentOfItsOwn) {
+    EXPECT_EQ(formatText(L"<%*d>", {}), L"<>");
+    EXPECT_EQ(formatText(L"<%*d><%s>", {std::int64_t{5}, std::int64_t{1}, std::wstring(L"kept")}),
+              L"<><kept>");
+    EXPECT_EQ(
+        formatText(L"<%-*.*s><%d>", {std::int64_t{5}, std::int64_t{1}, std::wstring(L"x"), std::int64_t{2}}),
+        L"<><2>");
 }
 
 TEST(Formatter, IncompleteConversionAtTheEndWritesNothing) {
-    for (const wchar_t* ending : {L"%", L"%0", L"%12", L"%12.", L"%.3", L"%l", L"%0l"}) {
+    for (const wchar_t* ending :
+         {L"%", L"%0", L"%12", L"%12.", L"%.3", L"%l", L"%0l", L"%-", L"%*", L"%.*", L"%I64", L"%I3"}) {
         SCOPED_TRACE(launchertest::toUtf8(ending));
         EXPECT_EQ(ofText(L"end" + std::wstring(ending), L"unused"), L"end");
         EXPECT_EQ(formatText(L"end" + std::wstring(ending), {}), L"end");
