@@ -37,8 +37,8 @@ std::wstring errorText(ErrorCode code) {
             return L"The directory is not empty.\r\n";
         case errorAlreadyExists:
             return L"Cannot create a file when that file already exists.\r\n";
-        case 193:
-            return L"%1 is not a valid Win32 application.\r\n";
+        case errorBadProgram:
+            return L"";  // its text has an insert
         default:
             return hasText(code) ? L"The system has a text for this.\r\n" : L"";
     }

@@ -19,7 +19,6 @@ constexpr ErrorCode errorSemaphoreTimeout = 121;
 constexpr ErrorCode errorInsufficientBuffer = 122;
 constexpr ErrorCode errorModuleNotFound = 126;
 constexpr ErrorCode errorProcedureNotFound = 127;
-constexpr ErrorCode errorBadProgram = 193;
 constexpr ErrorCode errorVariableNotFound = 203;
 constexpr ErrorCode errorPipeBusy = 231;
 constexpr ErrorCode errorNoData = 232;
@@ -73,8 +72,8 @@ const OperationErrors table[] = {
     {"lockStream", {errorInvalidFunction, platform::errorAccessDenied, platform::errorLockViolation}},
     {"unlockStream", {platform::errorAccessDenied, platform::errorLockViolation, platform::errorNotLocked}},
     {"createProcess",
-     {platform::errorFileNotFound, platform::errorAccessDenied, errorNotEnoughMemory, errorBadProgram,
-      errorCommitmentLimit}},
+     {platform::errorFileNotFound, platform::errorAccessDenied, errorNotEnoughMemory,
+      platform::errorBadProgram, errorCommitmentLimit}},
     {"hasProcessEnded", {platform::errorInvalidHandle}},
     {"processExitCode", {platform::errorInvalidHandle, platform::errorAccessDenied}},
     {"openProcess", {platform::errorInvalidParameter, platform::errorAccessDenied}},

@@ -7,7 +7,6 @@ namespace simulation {
 
 namespace {
 
-constexpr platform::ErrorCode errorBadProgram = 193;
 constexpr std::size_t longestCommandLine = 32766;
 
 // Finds the program file that a command line names, with `.exe` added if necessary.
@@ -27,7 +26,8 @@ platform::ErrorCode findProgram(const std::wstring& program, std::wstring& path)
             continue;
         }
         path = *full;
-        return machine.programs.count(upperCase(path)) == 0 ? errorBadProgram : platform::errorSuccess;
+        return machine.programs.count(upperCase(path)) == 0 ? platform::errorBadProgram
+                                                            : platform::errorSuccess;
     }
     return error;
 }

@@ -25,6 +25,8 @@ void logLikelyCause(const std::wstring& command, platform::ErrorCode error) {
         logDebug("ZELLauncher> the command names no program: neither -vm nor the vm property is given");
     } else if (error == platform::errorFileNotFound || error == platform::errorPathNotFound) {
         logDebug("ZELLauncher> the program file that the command names is missing");
+    } else if (error == platform::errorBadProgram) {
+        logDebug("ZELLauncher> the file that the command names is not a program");
     }
 }
 

@@ -29,6 +29,7 @@ inline constexpr ErrorCode errorNegativeSeek = 131;
 inline constexpr ErrorCode errorDirectoryNotEmpty = 145;
 inline constexpr ErrorCode errorNotLocked = 158;
 inline constexpr ErrorCode errorAlreadyExists = 183;
+inline constexpr ErrorCode errorBadProgram = 193;
 inline constexpr ErrorCode errorFileNameTooLong = 206;
 inline constexpr ErrorCode errorMoreData = 234;
 inline constexpr ErrorCode errorDirectory = 267;
@@ -37,8 +38,9 @@ inline constexpr ErrorCode errorDirectory = 267;
 // change it, so read it right after the failure.
 ErrorCode lastError();
 
-// The system's text for an error code in the user's language, line end included (FormatMessageW,
-// system tables, no inserts). Empty if the system has no text for the code.
+// The system's text for an error code in the user's language, line end included (FormatMessageW from
+// the system's tables). Empty if the system has no text for the code, or one with an insert such as
+// `%1 is not a valid Win32 application`, because nothing is given to insert.
 std::wstring errorText(ErrorCode code);
 
 }  // namespace platform

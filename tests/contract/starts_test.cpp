@@ -8,8 +8,6 @@ namespace {
 
 using namespace platform;
 
-constexpr ErrorCode errorBadProgram = 193;
-
 class Starts : public Contract {
 protected:
     // A command line with only the program, quoted.

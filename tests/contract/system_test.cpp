@@ -59,5 +59,10 @@ TEST_F(System, ErrorTextsEndWithALineEnd) {
     });
 }
 
+// 193: `%1 is not a valid Win32 application.`
+TEST_F(System, ErrorTextWithAnInsertIsEmpty) {
+    onMachine([&] { EXPECT_EQ(errorText(193), L""); });
+}
+
 }  // namespace
 }  // namespace contract

@@ -191,7 +191,8 @@ TEST_F(PlatformExecution, NonProgramFileIsLoggedWithItsErrorCode) {
     machine.writeFile(L"C:\\p\\text.exe", "no program");
     const Outcome outcome = execute(L"\"C:\\p\\text.exe\"");
     EXPECT_TRUE(outcome.isFatal());
-    EXPECT_NE(outcome.log.find("CreateProcessW failed with error 193: "), std::string::npos) << outcome.log;
+    EXPECT_TRUE(outcome.logHas("CreateProcessW failed with error 193: "));
+    EXPECT_TRUE(outcome.logHas("ZELLauncher> the file that the command names is not a program"));
 }
 
 TEST_F(PlatformExecution, AdministratorIsNotSupervised) {
