@@ -19,14 +19,15 @@ std::wstring directoryOf(const std::wstring& jvmPropertiesPath) {
 
 void addJavaHome(PropertyList& zelInstallArray, const JvmRoot& root, const std::wstring& zelHome) {
     if (!root.externalJvm) {
-        addProperty(zelInstallArray, L"java.home", directoryOf(root.jvmPropertiesPath));
+        std::wstring home = directoryOf(root.jvmPropertiesPath);
+        addProperty(zelInstallArray, L"java.home", home);
         return;
     }
     if (lookupProperty(L"java.home", zelInstallArray) != nullptr) {
         return;
     }
-    const std::wstring defaultHome = withForwardSlashes(zelHome);
-    addProperty(zelInstallArray, L"java.home", deriveJavaHome(withForwardSlashes(root.vmPath), defaultHome));
+    std::wstring home = deriveJavaHome(withForwardSlashes(root.vmPath), withForwardSlashes(zelHome));
+    addProperty(zelInstallArray, L"java.home", home);
 }
 
 void rewriteLibraryPath(PropertyList& zelInstallArray) {

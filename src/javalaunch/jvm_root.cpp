@@ -60,7 +60,7 @@ std::optional<JvmRoot> resolveJvmRoot(PropertyList& zelInstallArray, const Argum
     root.vmPath = namedVm(zelInstallArray, arguments);
     replaceFirst(root.vmPath, L"${zel.home}", zelHome);
     toForwardSlashes(root.vmPath);
-    const std::wstring directory = findJvmRoot(zelInstallArray, zelHome, root);
+    std::wstring directory = findJvmRoot(zelInstallArray, zelHome, root);
     addProperty(zelInstallArray, L"jvm.root", directory);
     root.jvmPropertiesPath = directory + jvmPropertiesName;
     return root;

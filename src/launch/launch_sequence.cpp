@@ -56,7 +56,7 @@ void loadRunProperties(LaunchContext& context) {
     loadPropertyFile(context.userPropsPath, context.zelInstallArray);
     toForwardSlashes(context.dataDirectory);
     logDebugF(L"ZLNCH0077I: Scrivia workspaceLocation is -  \"%s\"", context.dataDirectory);
-    addProperty(context.zelInstallArray, L"scrivia.workspace.loc", context.dataDirectory);
+    addProperty(context.zelInstallArray, L"scrivia.workspace.loc", context.dataDirectory);  // trims it
     collectVmProperties(context.vmargOverrides, context.zelInstallArray);
     loadPropertyFile(context.configDirectory + L"\\" + argsPropertiesName, context.zelInstallArray);
 }

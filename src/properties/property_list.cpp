@@ -38,12 +38,13 @@ void appendEntry(PropertyList& list, const std::wstring& key, const std::wstring
     list.push_back({copyOf(key), copyOf(value)});
 }
 
-void addProperty(PropertyList& list, const std::wstring& key, const std::wstring& value) {
+void addProperty(PropertyList& list, const std::wstring& key, std::wstring& value) {
     PropertyEntry entry{copyOf(key), copyOf(value)};
     trimSpaces(entry.key);
     logDebugF(L"ZLNCH0126I:   key = \"%s\"", entry.key);
     unescapeValue(entry.value);
     logDebugF(L"ZLNCH0127I:   value  = \"%s\"", entry.value);
+    value = entry.value;
     list.push_back(std::move(entry));
 }
 

@@ -21,9 +21,9 @@ using PropertyList = std::vector<PropertyEntry>;
 // setPropertyValue.
 void appendEntry(PropertyList& list, const std::wstring& key, const std::wstring& value);
 
-// Appends an entry with the key trimmed and the value unescaped, so paths need forward slashes. Replaces
-// nothing.
-void addProperty(PropertyList& list, const std::wstring& key, const std::wstring& value);
+// Appends an entry with the key trimmed and the value unescaped, so paths need forward slashes. `value`
+// becomes the value of the entry. Replaces nothing.
+void addProperty(PropertyList& list, const std::wstring& key, std::wstring& value);
 
 // The position of the first entry with this key.
 std::optional<std::size_t> findProperty(const std::wstring& key, const PropertyList& list);

@@ -29,6 +29,16 @@ TEST_F(FirstStart, CreatesTheWorkspaceAndStartsThePlatform) {
     EXPECT_EQ(machine.attributes(inWorkspace(L".zel.lock")) & 0x2002U, 0x2002U);
 }
 
+// The workspace is trimmed when it becomes a property, and the history of starts is kept in what it is then.
+TEST_F(FirstStart, TrimsTheWorkspaceBeforeItBuildsTheCommand) {
+    machine.makeDirectory(L"D:\\ws\\logs");
+    machine.makeDirectory(L"\\\\?\\D:\\ws ");
+    EXPECT_STARTED(launch({L"-data", L"D:\\ws "}));
+    EXPECT_TRUE(machine.exists(L"D:\\ws\\logs\\shutdown.log"));
+    EXPECT_TRUE(machine.exists(L"\\\\?\\D:\\ws \\.zel.lock"));
+    EXPECT_TRUE(hasElement(L"\"D:\\ws \""));
+}
+
 TEST_F(FirstStart, SeedsTheConfiguration) {
     EXPECT_STARTED(launch());
     EXPECT_EQ(configFile(L"config.ini"), "osgi.bundles=example\r\n");

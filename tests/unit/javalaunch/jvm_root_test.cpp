@@ -58,6 +58,13 @@ TEST_F(JvmRoot, ArgumentBeatsTheProperty) {
     EXPECT_EQ(root.vmPath, L"D:/x/java.exe");
 }
 
+TEST_F(JvmRoot, RootIsTrimmedAsItsPropertyIs) {
+    machine.writeFile(L"C:\\ jvm\\jvm.properties", "");
+    resolve({L"prog", L"-vm", L" jvm/bin/javaw.exe"});
+    EXPECT_EQ(rootProperty(), L"jvm/");
+    EXPECT_EQ(root.jvmPropertiesPath, L"jvm/jvm.properties");
+}
+
 TEST_F(JvmRoot, OnlyTheFirstHomeTokenIsReplaced) {
     resolve({L"prog", L"-vm", L"${zel.home}\\a\\${zel.home}"});
     EXPECT_EQ(root.vmPath, L"C:/p/a/${zel.home}");

@@ -96,9 +96,10 @@ protected:
 };
 
 TEST_F(StoringTexts, WithoutMemoryIsFatalAndChangesNothing) {
+    std::wstring value = longText;
     expectFatalWithListUnchanged([&] { zellauncher::appendEntry(list, L"a", longText); });
     expectFatalWithListUnchanged([&] { zellauncher::appendEntry(list, longText, L"a"); });
-    expectFatalWithListUnchanged([&] { zellauncher::addProperty(list, L"a", longText); });
+    expectFatalWithListUnchanged([&] { zellauncher::addProperty(list, L"a", value); });
     expectFatalWithListUnchanged([&] { zellauncher::setPropertyValue(L"k", longText, list); });
 }
 
@@ -113,18 +114,22 @@ class AddingProperties : public launchertest::OnMachine {};
 
 TEST_F(AddingProperties, TrimsTheKeyAndUnescapesTheValue) {
     PropertyList list = {{L"a", L"1"}};
-    const auto outcome = run([&] { zellauncher::addProperty(list, L" a ", L"C:\\\\x\\u0041 "); });
+    std::wstring value = L"C:\\\\x\\u0041 ";
+    const auto outcome = run([&] { zellauncher::addProperty(list, L" a ", value); });
     ASSERT_EQ(list.size(), 2U);
     EXPECT_EQ(list[1].key, L"a");
     EXPECT_EQ(list[1].value, L"C:\\xA");
+    EXPECT_EQ(value, L"C:\\xA");
     EXPECT_EQ(outcome.log, "ZLNCH0126I:   key = \"a\"\nZLNCH0127I:   value  = \"C:\\xA\"\n");
 }
 
 TEST_F(AddingProperties, Arg20KeepsItsValue) {
     PropertyList list;
+    std::wstring kept = L"kept";
+    std::wstring empty;
     run([&] {
-        zellauncher::addProperty(list, L"arg20", L"kept");
-        zellauncher::addProperty(list, L"e", L"");
+        zellauncher::addProperty(list, L"arg20", kept);
+        zellauncher::addProperty(list, L"e", empty);
     });
     EXPECT_EQ(list.at(0).value, L"kept");
     EXPECT_EQ(list.at(1).value, L"");
