@@ -9,6 +9,7 @@
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
+#include "foundation/text.h"
 #include "foundation/text_stream.h"
 #include "foundation/user_files.h"
 
@@ -33,15 +34,26 @@ constexpr FeatureIdentity parentFeature = {
 constexpr const char* writeMessage =
     "ZLNCH0103E: Error while copying platform.xml to user specific platform.xml file.";
 
+// A line of 2024 characters has room for 119 placeholders.
+constexpr std::size_t mostReplacements = 1000;
+
 std::wstring placeholderOf(const std::wstring& key) {
     return L"${" + key + L"}";
 }
 
-void replaceAll(std::wstring& line, const std::wstring& placeholder, const std::wstring& value) {
-    for (std::size_t at = line.find(placeholder); at != std::wstring::npos;
-         at = line.find(placeholder, at + value.size())) {
-        line.replace(at, placeholder.size(), value);
+// Replaces the placeholder, also where a value completes another one. A value that contains or forms its own
+// placeholder would go on without end; then the line stays as it is.
+void replaceAll(std::wstring& line, const std::wstring& key, const std::wstring& value) {
+    const std::wstring placeholder = placeholderOf(key);
+    std::wstring replaced = line;
+    for (std::size_t count = 0; replaceFirst(replaced, placeholder, value); ++count) {
+        if (count == mostReplacements) {
+            logDebugF(L"ZELLauncher> the value of %s contains its placeholder, so the placeholder stays",
+                      placeholder);
+            return;
+        }
     }
+    line = replaced;
 }
 
 // Fills in an identity if the line contains its id. False if a value is missing.
@@ -60,8 +72,8 @@ bool fillIn(std::wstring& line, const FeatureIdentity& feature, const PropertyLi
         logDebug(feature.missingMessage);
         return false;
     }
-    replaceAll(line, placeholderOf(feature.idKey), *id);
-    replaceAll(line, placeholderOf(feature.versionKey), *version);
+    replaceAll(line, feature.idKey, *id);
+    replaceAll(line, feature.versionKey, *version);
     return true;
 }
 

@@ -76,9 +76,40 @@ TEST_F(PlatformXml, ExternalJvmReplacesTheLine) {
     EXPECT_EQ(seeded("${jvm.feature.id}\n"), "<feature>\r\n");
 }
 
-TEST_F(PlatformXml, IdWithItsOwnPlaceholderIsReplacedOnce) {
+TEST_F(PlatformXml, PlaceholderThatAValueCompletesIsReplacedToo) {
+    launcher[0].value = L"${jvm.feature";
+    EXPECT_EQ(seeded("<${jvm.feature.id}.id}.id}>\n"), "<${jvm.feature>\r\n");
+    launcher[0].value = L".id}";
+    EXPECT_EQ(seeded("<${jvm.feature${jvm.feature${jvm.feature.id}>\n"), "<.id}>\r\n");
+}
+
+TEST_F(PlatformXml, EveryPlaceholderThatALineHoldsIsReplaced) {
+    std::string line;
+    std::string expected;
+    for (; line.size() + 17 <= 2024; line += "${jvm.feature.id}") {
+        expected += "JF";
+    }
+    EXPECT_EQ(seeded(line + "\n"), expected + "\r\n");
+}
+
+// Replacing it would never end.
+TEST_F(PlatformXml, PlaceholderThatItsValueContainsStays) {
     launcher[0].value = L"<${jvm.feature.id}>";
-    EXPECT_EQ(seeded("${jvm.feature.id}${jvm.feature.id}\n"), "<${jvm.feature.id}><${jvm.feature.id}>\r\n");
+    EXPECT_EQ(seeded("${jvm.feature.id}${jvm.feature.id} ${jvm.feature.version}\n"),
+              "${jvm.feature.id}${jvm.feature.id} 1.0\r\n");
+    EXPECT_TRUE(outcome.logHas(
+        "ZELLauncher> the value of ${jvm.feature.id} contains its placeholder, so the placeholder stays"));
+}
+
+TEST_F(PlatformXml, PlaceholderWhoseValueGrowsWithoutEndStays) {
+    launcher[0].value = L".id}.id}${jvm.feature";
+    std::string line;
+    for (int i = 0; i < 60; ++i) {
+        line += "${jvm.feature";
+    }
+    line += ".id}";
+    EXPECT_EQ(seeded(line + "\n"), line + "\r\n");
+    EXPECT_LE(outcome.log.size(), 1000U);
 }
 
 TEST_F(PlatformXml, LinesAfterTheFirstLoseIndentationAndBlankLines) {
@@ -210,9 +241,9 @@ TEST_F(PlatformXml, EmptyValueIsUsed) {
     EXPECT_EQ(seeded("<${jvm.feature.id}${jvm.feature.version}>\n"), "<>\r\n");
 }
 
-TEST_F(PlatformXml, VersionWithItsOwnPlaceholderIsReplacedOnce) {
+TEST_F(PlatformXml, VersionPlaceholderThatItsValueContainsStays) {
     launcher[1].value = L"${jvm.feature.version}1";
-    EXPECT_EQ(seeded("${jvm.feature.id} ${jvm.feature.version}\n"), "JF ${jvm.feature.version}1\r\n");
+    EXPECT_EQ(seeded("${jvm.feature.id} ${jvm.feature.version}\n"), "JF ${jvm.feature.version}\r\n");
 }
 
 TEST_F(PlatformXml, OtherTokensStay) {
