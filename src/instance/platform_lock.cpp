@@ -127,7 +127,8 @@ void releasePlatformLock() {
 void invalidateLockFile() {
     rewindTextStream(lockFileStream);
     const bool isWritten = putText(lockFileStream, blankRecord) >= 0;
-    if (!flushTextStream(lockFileStream) || !isWritten) {
+    flushTextStream(lockFileStream);
+    if (!isWritten) {
         logDebug("ZLNCH0052E: Unable to invalidate platform lock file");
     }
 }

@@ -31,7 +31,7 @@ void acquirePlatformLock(const Arguments& arguments, const std::wstring& dataDir
 // any other failure is the fatal ZLNCH0070E.
 void releasePlatformLock();
 
-// Overwrites the owner's process id with blanks.
+// Overwrites the owner's process id with blanks. A failed write is logged, a failed flush is not.
 void invalidateLockFile();
 
 // The steps of acquirePlatformLock: creates and opens the lock file; takes the lock and decides the

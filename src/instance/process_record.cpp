@@ -14,7 +14,8 @@ void writeOwnerRecord(std::uint32_t processId) {
     rewindTextStream(lockFileStream);
     const std::int64_t number = static_cast<std::int32_t>(processId);
     const bool isWritten = putText(lockFileStream, formatText(L"%ld          ", {number})) >= 0;
-    if (!flushTextStream(lockFileStream) || !isWritten) {
+    flushTextStream(lockFileStream);
+    if (!isWritten) {
         logDebug("ZLNCH0051E: Unable to write to platform lock file");
     }
 }

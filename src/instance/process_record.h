@@ -4,8 +4,8 @@
 
 namespace zellauncher {
 
-// On a main process, writes the child's process id to `.zel.main` and the lock file. Then waits for its
-// pipe file (waitForPipeFile).
+// On a main process, writes the child's process id to `.zel.main` and the lock file; of the latter, only a
+// failed write is logged, not a failed flush. Then waits for its pipe file (waitForPipeFile).
 void recordPlatformProcess(std::uint32_t processId);
 
 // Rewrites `.zel.main`. A failure is only logged.
