@@ -152,6 +152,12 @@ void skipWhiteSpace(TextStream& text) {
     }
 }
 
+void skipNuls(TextStream& text) {
+    while (peekCharacter(text) == '\0') {
+        takeCharacter(text);
+    }
+}
+
 bool readNextLine(TextStream& text, std::wstring& line) {
     while (!atEnd(text)) {
         switch (scanLine(text, LineBlanks::keepLeading, line)) {

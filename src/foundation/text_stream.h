@@ -52,6 +52,9 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line);
 // Skips white space, for example an empty first line.
 void skipWhiteSpace(TextStream& text);
 
+// Skips NUL characters.
+void skipNuls(TextStream& text);
+
 // The next line, read with keepLeading. Skips an empty first line, which the formatted read would never
 // get past. False at the end.
 bool readNextLine(TextStream& text, std::wstring& line);

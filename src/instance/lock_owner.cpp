@@ -16,18 +16,26 @@ PROCESS_WIDE std::int32_t lockOwnerPid = 0;
 
 namespace {
 
-// Sets lockOwnerPid. False if the file is empty.
+// A power failure can leave the file with its length but without its content. A restart may have written
+// its blanks over the beginning since.
+bool hasLostItsContent() {
+    rewindTextStream(lockFileStream);
+    skipWhiteSpace(lockFileStream);
+    skipNuls(lockFileStream);
+    return atEnd(lockFileStream) && !lockFileStream.hasFailed;
+}
+
+// Sets lockOwnerPid. False if the file has no data.
 bool readOwnerRecord() {
     rewindTextStream(lockFileStream);
     std::int32_t number = 0;
-    switch (scanNumber(lockFileStream, number)) {
-        case ScanResult::endOfData:
-            logDebug("ZLNCH0091E: No data in the platform lock file.");
-            return false;
-        case ScanResult::nothing:
-            logFatal("ZLNCH0092E: Error reading platform lock file.");
-        case ScanResult::matched:
-            break;
+    const ScanResult result = scanNumber(lockFileStream, number);
+    if (result == ScanResult::endOfData || (result == ScanResult::nothing && hasLostItsContent())) {
+        logDebug("ZLNCH0091E: No data in the platform lock file.");
+        return false;
+    }
+    if (result == ScanResult::nothing) {
+        logFatal("ZLNCH0092E: Error reading platform lock file.");
     }
     lockOwnerPid = number;
     return true;

@@ -14,8 +14,9 @@ extern PROCESS_WIDE std::int32_t lockOwnerPid;
 enum class SemaphoreUse { keepOpen, closeAtOnce };
 
 // Reads the owner's process id from the lock file into lockOwnerPid and looks for its semaphore.
-// keepOpen leaves the semaphore open until this process ends. Fatal: ZLNCH0092E if the file holds
-// anything but a number, ZLNCH0303E if access to the semaphore is denied.
+// keepOpen leaves the semaphore open until this process ends. A file of blanks or NUL bytes has no owner.
+// Fatal: ZLNCH0092E if it holds anything else but a number, ZLNCH0303E if access to the semaphore is
+// denied.
 bool isLockOwnerAlive(SemaphoreUse use);
 
 }  // namespace zellauncher

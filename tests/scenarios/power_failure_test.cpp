@@ -72,4 +72,21 @@ TEST_F(PowerFailure, AfterAFirstStartKeepsTheInstallIdentity) {
     EXPECT_TRUE(hasElement(L"-Dcom.mivel.zel.install.id=\"424242\""));
 }
 
+// The length of the lock file reached the device, its content did not.
+TEST_F(PowerFailure, LockFileOfNulsIsOverwrittenByTheNextStart) {
+    startAndLosePower();
+    const std::size_t length = workspaceFile(L".zel.lock")->size();
+    machine.writeFile(inWorkspace(L".zel.lock"), std::string(length + 4, '\0'));
+    EXPECT_STARTED(launch());
+    EXPECT_TRUE(logHas("ZLNCH0091E: No data in the platform lock file."));
+    EXPECT_STARTED(launch({L"hello"}));
+    EXPECT_EQ(payloads().size(), 1U);  // the platform was found
+    const std::wstring owner = std::to_wstring(machine.startedProcesses().back().id);
+    platform.livesMilliseconds = 1000;
+    EXPECT_STARTED(launch({L"-restart", L"-zel_old_pid", owner}));  // which blanks the process id
+    EXPECT_EQ(machine.startedProcesses().size(), 3U);
+    closePlatform();
+    EXPECT_STARTED(launch());
+}
+
 }  // namespace

@@ -48,8 +48,22 @@ TEST_F(LockOwner, BlankLockFileHasNoOwner) {
     }
 }
 
+// What a power failure can leave: the length of the file without its content. The blanks are of a restart
+// that wrote over the beginning of such a file.
+TEST_F(LockOwner, LockFileOfNulsHasNoOwner) {
+    for (const std::string& content : {std::string(1, '\0'), std::string(14, '\0'), std::string(9000, '\0'),
+                                       std::string(14, ' ') + std::string(6, '\0')}) {
+        machine.writeFile(lockFile, content);
+        EXPECT_FALSE(isAlive());
+        EXPECT_EQ(outcome.lastLine(), "ZLNCH0091E: No data in the platform lock file.");
+        EXPECT_EQ(owner, 0);
+    }
+}
+
 TEST_F(LockOwner, NonNumericLockFileIsFatal) {
-    for (const char* content : {"abc", " -"}) {
+    for (const std::string& content :
+         {std::string("abc"), std::string(" -"), std::string(14, '\0') + "4711", std::string("\0 ", 2),
+          std::string("\0abc", 4), std::string(5000, '\0') + "x", std::string("-\0", 2)}) {
         machine.writeFile(lockFile, content);
         isAlive();
         outcome.expectFatal("ZLNCH0092E: Error reading platform lock file.");
@@ -63,6 +77,11 @@ TEST_F(LockOwner, UnreadableLockFileHasNoOwner) {
     EXPECT_FALSE(isAlive());
     EXPECT_EQ(outcome.lastLine(), "ZLNCH0091E: No data in the platform lock file.");
     EXPECT_EQ(owner, 0);
+    // The third read is the last one of a file of NUL bytes.
+    machine.writeFile(lockFile, std::string(14, '\0'));
+    machine.inject(failing("readStream", platform::errorLockViolation, L".zel.lock", 3));
+    isAlive();
+    outcome.expectFatal("ZLNCH0092E: Error reading platform lock file.");
 }
 
 TEST_F(LockOwner, ProgressIsLoggedOnlyWithTheDebugFlag) {
