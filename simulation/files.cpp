@@ -89,6 +89,22 @@ std::optional<std::uint32_t> fileAttributes(const std::wstring& path) {
     return found.node->attributes;
 }
 
+bool setFileAttributes(const std::wstring& path, std::uint32_t attributes) {
+    if (const ErrorCode fault = beginOperation("setFileAttributes", path)) {
+        return failWith(fault);
+    }
+    const Lookup found = find(path);
+    if (!found.node) {
+        return failWith(found.error);
+    }
+    if (found.node->refusal != errorSuccess) {
+        return failWith(found.node->refusal);
+    }
+    const std::uint32_t kind = found.node->attributes & attributeDirectory;
+    found.node->attributes = kind | (attributes & ~(attributeNormal | attributeDirectory));
+    return true;
+}
+
 bool createDirectory(const std::wstring& path) {
     if (const ErrorCode fault = beginOperation("createDirectory", path, true)) {
         return failWith(fault);

@@ -40,6 +40,8 @@ struct OperationErrors {
 const OperationErrors table[] = {
     {"fileAttributes",
      {platform::errorFileNotFound, platform::errorAccessDenied, platform::errorSharingViolation}},
+    {"setFileAttributes",
+     {platform::errorFileNotFound, platform::errorAccessDenied, platform::errorSharingViolation}},
     {"createDirectory",
      {platform::errorPathNotFound, platform::errorAccessDenied, platform::errorAlreadyExists}},
     {"copyFile",

@@ -1,12 +1,26 @@
 #include "foundation/file_operations.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 
 #include "foundation/memory.h"
 #include "foundation/paths.h"
 #include "platform/files.h"
 
 namespace zellauncher {
+
+namespace {
+
+// A copy has the attributes of its original. A read-only one could never be deleted again.
+void makeWritable(const std::wstring& path) {
+    const std::optional<std::uint32_t> attributes = platform::fileAttributes(path);
+    if (attributes && (*attributes & platform::attributeReadOnly) != 0) {
+        platform::setFileAttributes(path, *attributes & ~platform::attributeReadOnly);
+    }
+}
+
+}  // namespace
 
 bool createDirectories(const std::wstring& path) {
     const std::wstring longPath = toLongPath(path);
@@ -26,7 +40,11 @@ bool createDirectories(const std::wstring& path) {
 }
 
 bool copyFileNoReplace(const std::wstring& source, const std::wstring& target) {
-    return platform::copyFile(source, target, platform::ExistingTarget::isFailure);
+    if (!platform::copyFile(source, target, platform::ExistingTarget::isFailure)) {
+        return false;
+    }
+    makeWritable(target);
+    return true;
 }
 
 void bringToDevice(const std::wstring& path) {

@@ -11,7 +11,8 @@ namespace zellauncher {
 // cannot be created, so callers test directoryExists first. Out of memory is the fatal ZLNCH0004E.
 bool createDirectories(const std::wstring& path);
 
-// Copies a file. Fails if the target exists. The paths are used as they are.
+// Copies a file. Fails if the target exists. The paths are used as they are. The copy of a read-only file
+// is writable; if that attribute cannot be removed, the copy stays read-only.
 bool copyFileNoReplace(const std::wstring& source, const std::wstring& target);
 
 // Flushes a file to the device, so that a power loss right afterwards cannot empty it. Used for files

@@ -29,6 +29,9 @@ inline constexpr std::uint32_t openFileAlways = 4;
 // Attributes of a file or directory (GetFileAttributesW). A directory's name may end in a separator.
 std::optional<std::uint32_t> fileAttributes(const std::wstring& path);
 
+// Replaces the attributes of a file or directory (SetFileAttributesW).
+bool setFileAttributes(const std::wstring& path, std::uint32_t attributes);
+
 // Creates one directory level (CreateDirectoryW). Fails if it exists or its parent does not.
 bool createDirectory(const std::wstring& path);
 

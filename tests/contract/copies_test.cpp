@@ -28,6 +28,20 @@ TEST_F(Copies, CopyKeepsTheAttributes) {
     });
 }
 
+TEST_F(Copies, ReadOnlyCopyCanBeMadeWritable) {
+    onMachine([&] {
+        makeFileWith(in(L"f"), attributeReadOnly | attributeHidden);
+        EXPECT_TRUE(copyFile(in(L"f"), in(L"g"), ExistingTarget::isFailure));
+        const std::uint32_t attributes = fileAttributes(in(L"g")).value_or(0);
+        EXPECT_TRUE(setFileAttributes(in(L"g"), attributes & ~attributeReadOnly)) << lastError();
+        EXPECT_FALSE(hasAttribute(in(L"g"), attributeReadOnly));
+        EXPECT_TRUE(hasAttribute(in(L"g"), attributeHidden));
+        EXPECT_TRUE(hasAttribute(in(L"f"), attributeReadOnly));
+        EXPECT_TRUE(deleteFile(in(L"g"))) << lastError();
+        EXPECT_FAILS(setFileAttributes(in(L"g"), attributeNormal), errorFileNotFound);
+    });
+}
+
 TEST_F(Copies, CopyNeedsASourceFileAndATargetDirectory) {
     onMachine([&] {
         EXPECT_FAILS(copyFile(in(L"gone"), in(L"b"), ExistingTarget::isFailure), errorFileNotFound);

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "platform/files.h"
 #include "reliability/scenario.h"
 
 // The scenarios. An entry says what differs from a first start of the user ann on an install of kind `user`.
@@ -237,6 +238,22 @@ void extensionMarker(Stage& stage) {
                             "marker");
 }
 
+void readOnlyTemplates(Stage& stage) {
+    stage.machine.writeFile(std::wstring(Stage::installDir) + L"\\shared\\eclipse\\.eclipseextension",
+                            "marker");
+    for (const wchar_t* path :
+         {L"zel\\eclipse\\plugins\\base_1.0\\config.ini",
+          L"zel\\eclipse\\plugins\\base_1.0\\zelinstall.properties", L"shared\\eclipse\\.eclipseextension"}) {
+        stage.machine.setAttributes(std::wstring(Stage::installDir) + L"\\" + path,
+                                    ::platform::attributeReadOnly);
+    }
+}
+
+void livedInWithReadOnlyTemplates(Stage& stage) {
+    readOnlyTemplates(stage);
+    livedIn(stage);
+}
+
 void unmanagedUpdates(Stage& stage) {
     stage.launcherProperties.set("update.policy.managed", "false");
 }
@@ -378,6 +395,10 @@ std::vector<Scenario> makeCatalogue() {
         {.name = "jvm_feature", .world = jvmFeature},
         {.name = "extension_marker", .past = extensionMarker},
         {.name = "unmanaged_updates", .world = unmanagedUpdates},
+        {.name = "read_only_templates", .past = readOnlyTemplates},
+        {.name = "reset_with_read_only_templates",
+         .arguments = {L"-resetconfig"},
+         .past = livedInWithReadOnlyTemplates},
         {.name = "silent_platform", .world = [](Stage& stage) { stage.platform.publishes = false; }},
         {.name = "install_outside_framework",
          .past = outsideFramework,

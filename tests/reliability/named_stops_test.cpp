@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/files.h"
 #include "reliability/scenario.h"
 #include "reliability/user_files.h"
 
@@ -70,6 +71,24 @@ TEST_F(NamedStops, TruncatedSeedFileStaysUntilAReset) {
     EXPECT_EQ(stage->configFile(L"config.ini"), "osgi.bundle");
     startNext({L"-resetconfig"});
     EXPECT_EQ(stage->configFile(L"config.ini"), "osgi.bundles=example\r\n");
+}
+
+// The next reset makes a writable copy. It cannot remove the read-only one.
+TEST_F(NamedStops, CopyOfAReadOnlyTemplateStaysReadOnlyUntilAReset) {
+    stopAt("read_only_templates", "setFileAttributes", L"config.ini");
+    const auto isReadOnly = [this](const std::wstring& path) {
+        return (stage->machine.attributes(path) & platform::attributeReadOnly) != 0;
+    };
+    startNext();
+    EXPECT_TRUE(isReadOnly(stage->inConfig(L"config.ini")));
+    startNext({L"-resetconfig"});
+    EXPECT_FALSE(isReadOnly(stage->inConfig(L"config.ini")));
+    startNext({L"-resetconfig"});
+    EXPECT_TRUE(isReadOnly(stage->inWorkspace(L".configbakdeleteme0001\\config.ini")));
+    EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L".configbakdeleteme0002")));
+    startNext({L"-resetconfig"});
+    startNext({L"-resetconfig"});
+    EXPECT_FALSE(stage->machine.exists(stage->inWorkspace(L".configbakdeleteme0002")));
 }
 
 TEST_F(NamedStops, RegistryAndBookmarksReturnWithTheNextRenewal) {

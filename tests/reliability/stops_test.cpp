@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "platform/files.h"
 #include "reliability/scenario.h"
 #include "reliability/user_files.h"
 #include "reliability/whole_runs.h"
@@ -29,6 +30,7 @@ constexpr const char* backupOfRepair = "the backup is the repair's";
 constexpr const char* backupReplaced = "a repair replaces the backup of the stopped renewal";
 constexpr const char* copiesStay = "registry and bookmarks stay beside the configuration";
 constexpr const char* truncatedSeed = "a truncated seed file stays";
+constexpr const char* readOnlyCopyStays = "a copy of a read-only template stays read-only";
 constexpr const char* movedFilesStay = "files that were moved aside stay";
 constexpr const char* historyStartsAgain = "the shutdown log starts again";
 constexpr const char* truncatedIdentity = "a truncated identity is created again";
@@ -37,10 +39,10 @@ constexpr const char* notRecorded = "the running platform is not recorded yet";
 constexpr const char* notPublished = "the running platform publishes nothing";
 constexpr const char* shellStays = "the logon shell stays the administrators'";
 
-Tally& tally =
-    Tally::add("stops", {},
-               {backupOfRepair, backupReplaced, copiesStay, truncatedSeed, movedFilesStay, historyStartsAgain,
-                truncatedIdentity, resetNotContinued, notRecorded, notPublished, shellStays});
+Tally& tally = Tally::add(
+    "stops", {},
+    {backupOfRepair, backupReplaced, copiesStay, truncatedSeed, readOnlyCopyStays, movedFilesStay,
+     historyStartsAgain, truncatedIdentity, resetNotContinued, notRecorded, notPublished, shellStays});
 
 constexpr std::uint64_t publishedWithin = 1000;
 
@@ -82,6 +84,9 @@ const char* nameOf(Aftermath aftermath) {
 
 using Files = std::map<std::wstring, std::string>;
 
+// At the end of the content of a read-only file.
+constexpr std::string_view readOnlyMark = "(read-only)";
+
 // Process ids differ from run to run, and so does the number of blanks after them.
 std::string withoutProcessIds(const std::string& text) {
     std::string kept;
@@ -113,6 +118,9 @@ Files filesOf(const Stage& stage) {
             files[path] = path.ends_with(L"\\logs\\shutdown.log") ? std::string()
                           : hasProcessId(path)                    ? withoutProcessIds(content)
                                                                   : content;
+            if ((stage.machine.attributes(path) & platform::attributeReadOnly) != 0) {
+                files[path] += readOnlyMark;
+            }
         }
     }
     return files;
@@ -148,6 +156,7 @@ const char* consequenceAt(const std::wstring& path) {
 struct Difference {
     std::wstring path;
     std::string what;
+    bool isReadOnly = false;  // the file is read-only now
 };
 
 std::vector<Difference> differencesOf(const Files& files, const Files& expected) {
@@ -157,12 +166,13 @@ std::vector<Difference> differencesOf(const Files& files, const Files& expected)
         if (found == files.end()) {
             differences.push_back({path, "there is no " + toUtf8(path)});
         } else if (found->second != content) {
-            differences.push_back({path, "other content of " + toUtf8(path) + ": " + found->second});
+            differences.push_back({path, "other content of " + toUtf8(path) + ": " + found->second,
+                                   found->second.ends_with(readOnlyMark)});
         }
     }
     for (const auto& [path, content] : files) {
         if (expected.count(path) == 0) {
-            differences.push_back({path, "there is also " + toUtf8(path)});
+            differences.push_back({path, "there is also " + toUtf8(path), content.ends_with(readOnlyMark)});
         }
     }
     return differences;
@@ -326,7 +336,7 @@ protected:
         const std::vector<Difference>& differences = ifDone.size() <= ifNotDone.size() ? ifDone : ifNotDone;
         bool hasCopies = false;
         for (const Difference& difference : differences) {
-            const char* accepted = consequenceAt(difference.path);
+            const char* accepted = difference.isReadOnly ? readOnlyCopyStays : consequenceAt(difference.path);
             expectAccepted(accepted, difference.what);
             hasCopies = hasCopies || accepted == copiesStay;
         }

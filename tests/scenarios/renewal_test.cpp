@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "platform/files.h"
 #include "scenarios/story.h"
 #include "support/faults.h"
+#include "support/text.h"
 
 namespace {
 
@@ -101,6 +103,59 @@ TEST_F(Renewal, RestartWithAResetIsFatal) {
     EXPECT_FATAL(launch({L"-restart", L"-resetconfig"}));
     EXPECT_TRUE(
         logHas("ZLNCH0096E: Unable to load C:/Users/ann/Mivel/ZEL/1234/ann/.config\\args.properties file!"));
+}
+
+// The templates of the install are read-only, as some installers leave them. The user's copies are not.
+class ReadOnlyTemplates : public Renewal {
+protected:
+    ReadOnlyTemplates() {
+        layOut();
+        const std::wstring marker = std::wstring(installDir) + L"\\shared\\eclipse\\.eclipseextension";
+        machine.writeFile(marker, "marker");
+        machine.setAttributes(marker, ::platform::attributeReadOnly);
+        for (const wchar_t* name : {L"\\zelinstall.properties", L"\\config.ini", L"\\platform.xml"}) {
+            machine.setAttributes(base + std::wstring(name), ::platform::attributeReadOnly);
+        }
+    }
+    void expectWritableFilesOnly() {
+        for (const std::wstring& path : machine.tree(workspace)) {
+            EXPECT_EQ(machine.attributes(path) & ::platform::attributeReadOnly, 0U)
+                << launchertest::toUtf8(path);
+            EXPECT_FALSE(contains(path, L"deleteme"));
+        }
+    }
+};
+
+TEST_F(ReadOnlyTemplates, GiveWritableFiles) {
+    startOnce();
+    EXPECT_TRUE(machine.exists(inWorkspace(L"applications\\eclipse\\.eclipseextension")));
+    expectWritableFilesOnly();
+}
+
+TEST_F(ReadOnlyTemplates, DoNotHinderAnyReset) {
+    startOnce();
+    for (int reset = 1; reset <= 10; ++reset) {
+        SCOPED_TRACE(reset);
+        EXPECT_STARTED(launch({L"-resetconfig"}));
+        closePlatform();
+        EXPECT_STARTED(launch());
+        closePlatform();
+        expectWritableFilesOnly();
+    }
+}
+
+TEST_F(ReadOnlyTemplates, DoNotHinderTheRecoveryFromTheBackup) {
+    startOnce();
+    const std::string good = *configFile(L"zelinstall.properties");
+    for (int damage = 1; damage <= 3; ++damage) {
+        SCOPED_TRACE(damage);
+        machine.writeFile(inConfig(L"zelinstall.properties"), "application=x\r\n");
+        EXPECT_STARTED(launch());
+        closePlatform();
+        EXPECT_EQ(configFile(L"zelinstall.properties"), good);
+        EXPECT_TRUE(machine.exists(inConfig(L"mine")));  // recovered, not reset
+        expectWritableFilesOnly();
+    }
 }
 
 // A renewal is stopped at each of its operations in turn. The next starts recover without help, and registry

@@ -24,6 +24,10 @@ std::optional<std::uint32_t> fileAttributes(const std::wstring& path) {
     return attributes;
 }
 
+bool setFileAttributes(const std::wstring& path, std::uint32_t attributes) {
+    return SetFileAttributesW(path.c_str(), attributes) != 0;
+}
+
 bool createDirectory(const std::wstring& path) {
     return CreateDirectoryW(path.c_str(), nullptr) != 0;
 }

@@ -125,6 +125,32 @@ TEST_F(FileOperations, CopyReplacesNothing) {
     EXPECT_FALSE(machine.exists(L"C:\\a\\other.txt"));
 }
 
+TEST_F(FileOperations, CopyOfAReadOnlyFileIsWritable) {
+    machine.writeFile(L"C:\\a\\source.txt", "text");
+    machine.setAttributes(L"C:\\a\\source.txt", platform::attributeReadOnly | platform::attributeHidden);
+    EXPECT_TRUE(does([] { return copyFileNoReplace(L"C:\\a\\source.txt", L"C:\\a\\target.txt"); }));
+    EXPECT_EQ(machine.attributes(L"C:\\a\\target.txt"), platform::attributeHidden);
+    EXPECT_EQ(machine.attributes(L"C:\\a\\source.txt"),
+              platform::attributeReadOnly | platform::attributeHidden);
+}
+
+TEST_F(FileOperations, WritableCopyKeepsItsAttributes) {
+    machine.writeFile(L"C:\\a\\source.txt", "text");
+    EXPECT_TRUE(does([] { return copyFileNoReplace(L"C:\\a\\source.txt", L"C:\\a\\target.txt"); }));
+    EXPECT_TRUE(argumentsOf("setFileAttributes").empty());
+}
+
+TEST_F(FileOperations, CopyThatStaysReadOnlyIsACopy) {
+    for (const char* operation : {"fileAttributes", "setFileAttributes"}) {
+        machine.remove(L"C:\\a");
+        machine.writeFile(L"C:\\a\\source.txt", "text");
+        machine.setAttributes(L"C:\\a\\source.txt", platform::attributeReadOnly);
+        machine.inject(launchertest::failing(operation, platform::errorAccessDenied, L"target.txt"));
+        EXPECT_TRUE(does([] { return copyFileNoReplace(L"C:\\a\\source.txt", L"C:\\a\\target.txt"); }));
+        EXPECT_EQ(contentOf(L"C:\\a\\target.txt"), "text") << operation;
+    }
+}
+
 TEST_F(FileOperations, CopyAcceptsRelativePaths) {
     machine.writeFile(L"C:\\a\\source.txt", "text");
     machine.setCurrentDirectory(L"C:\\a");
