@@ -11,6 +11,9 @@ make_prefix() {
     "$wine" wineboot -i >/dev/null 2>&1
     # The launcher reads the logon shell, which Wine does not set.
     "$wine" reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\Winlogon' /v Shell /d explorer.exe /f >/dev/null 2>&1
+    # Windows shares each drive with administrators; Wine only what is linked here.
+    mkdir -p "$WINEPREFIX/dosdevices/unc/localhost"
+    ln -sfn ../../../drive_c "$WINEPREFIX/dosdevices/unc/localhost/C\$"
     # Otherwise the first program with a window stalls until the server has written the registry.
     /usr/lib/wine/wineserver -w
     touch "$ready"

@@ -165,9 +165,9 @@ const std::vector<StartedProcess>& Machine::startedProcesses() const {
 
 // Tests give full paths, without a limit of length.
 static Lookup find(MachineState& machine, const std::wstring& path) {
-    const bool isLong = path.starts_with(L"\\\\?\\");
+    const bool hasPrefixOrShare = path.starts_with(L"\\\\");
     const std::wstring full = *makeFullPath(path, L"C:\\");
-    return lookUp(machine, parsePath(isLong ? full : L"\\\\?\\" + full, L"C:\\", full.size() + 5));
+    return lookUp(machine, parsePath(hasPrefixOrShare ? full : L"\\\\?\\" + full, L"C:\\", full.size() + 5));
 }
 
 void Machine::makeDirectory(const std::wstring& path) {

@@ -28,6 +28,14 @@ bool isDrive(const std::wstring& text) {
            ((text[0] >= L'a' && text[0] <= L'z') || (text[0] >= L'A' && text[0] <= L'Z'));
 }
 
+// The machine's own share of a drive, `\\localhost\C$`, is the drive. There are no other shares.
+std::wstring withoutShare(const std::wstring& path) {
+    constexpr std::size_t serverLength = std::wstring_view(L"\\\\localhost\\").size();
+    const bool isShare = upperCase(path).starts_with(L"\\\\LOCALHOST\\") && path.size() > serverLength + 1 &&
+                         path[serverLength + 1] == L'$';
+    return isShare ? path[serverLength] + (L":" + path.substr(serverLength + 2)) : path;
+}
+
 // Length of `\\server\share` at the start of the text; no `..` leads out of it.
 std::size_t shareLength(const std::wstring& text) {
     const std::size_t server = std::min(text.size(), text.find(L'\\', 2));
@@ -119,7 +127,7 @@ ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirect
         parsed.error = limit < plainPathLimit ? platform::errorFileNameTooLong : platform::errorPathNotFound;
         return parsed;
     }
-    std::vector<std::wstring> parts = split(isLong ? full->substr(4) : *full);
+    std::vector<std::wstring> parts = split(isLong ? full->substr(4) : withoutShare(*full));
     parsed.endsInSeparator = parts.size() > 1 && parts.back().empty();
     if (parsed.endsInSeparator) {
         parts.pop_back();

@@ -183,6 +183,24 @@ TEST_F(Paths, FullPathIsNormalised) {
     });
 }
 
+// Only administrators can use the share of a drive. Under Wine, cmake/wine-run.sh makes it.
+TEST_F(Paths, ShareOfADriveNamesItsFiles) {
+    onMachine([&] {
+        const std::wstring share = L"\\\\localhost\\" + scratch.substr(0, 1) + L"$" + scratch.substr(2);
+        if (!fileAttributes(share)) {
+            GTEST_SKIP() << "there is no such share";
+        }
+        write(share + L"\\f", "text");
+        EXPECT_EQ(read(in(L"f")), "text");
+        EXPECT_EQ(fullPathName(share + L"\\d\\..\\f", 260), share + L"\\f");
+        EXPECT_TRUE(moveFile(share + L"\\f", share + L"\\g", 0)) << lastError();
+        EXPECT_FALSE(fileAttributes(in(L"f")));
+        EXPECT_TRUE(deleteFile(share + L"\\g")) << lastError();
+        EXPECT_FALSE(fileAttributes(in(L"g")));
+        EXPECT_FAILS(openStream(share + L"\\f", "r"), errorFileNotFound);
+    });
+}
+
 TEST_F(Paths, FullPathOfAShareKeepsServerAndShare) {
     onMachine([&] {
         EXPECT_EQ(fullPathName(L"//server/share/a", 260), L"\\\\server\\share\\a");

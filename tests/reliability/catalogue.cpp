@@ -52,6 +52,10 @@ void viewsStored(Stage& stage) {
     stage.machine.writeFile(stage.inWorkspace(L".metadata\\.plugins\\views\\y"), "a view");
 }
 
+void logLeftInTemp(Stage& stage) {
+    stage.startAndClose({L"a\"b"});
+}
+
 void truncate(Stage& stage, const std::wstring& name) {
     const std::string content = *stage.configFile(name);
     stage.machine.writeFile(stage.inConfig(name), content.substr(0, content.size() / 2));
@@ -295,6 +299,9 @@ std::vector<Scenario> makeCatalogue() {
         {.name = "later_start", .past = cleanEnd},
         {.name = "later_start_with_debug_log", .arguments = {L"-debug"}, .past = cleanEnd},
         {.name = "later_start_after_crash", .past = livedIn},
+        {.name = "log_left_on_a_share",
+         .world = [](Stage& stage) { stage.machine.setEnvironment(L"TEMP", L"\\\\localhost\\C$\\Temp"); },
+         .past = logLeftInTemp},
         {.name = "changed_install", .world = fixedWorkspace, .past = installChanged},
         {.name = "changed_install_with_old_backups", .world = fixedWorkspace, .past = oldBackups},
         {.name = "changed_install_with_debug_log",

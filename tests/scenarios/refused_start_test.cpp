@@ -100,6 +100,19 @@ TEST_F(RefusedStart, ConfiguredArgumentsAreNotScreened) {
     EXPECT_TRUE(hasElement(L"\"-Djava.home=x\""));
 }
 
+TEST_F(RefusedStart, LogInATempWithoutADriveIsRemovedByTheNextStart) {
+    for (const wchar_t* temp : {L"\\Temp", L"\\\\localhost\\C$\\Temp"}) {
+        machine.setEnvironment(L"TEMP", temp);
+        EXPECT_FATAL(launch({L"a\"b"}));
+        EXPECT_TRUE(contains(tempLog(), "ZLNCH0089E: "));
+        for (int start = 0; start < 2; ++start) {
+            EXPECT_STARTED(launch());
+            EXPECT_FALSE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+            closePlatform();
+        }
+    }
+}
+
 TEST_F(RefusedStart, OverrideWithoutAnOptionIsFatal) {
     EXPECT_FATAL(launch({L"vmarg.Xmx"}));
     expectTempLogEnds("ZLNCH0033E: zellauncher invoked with an invalid vmarg.");

@@ -1,7 +1,9 @@
 #include "foundation/temp_log.h"
 
 #include "foundation/log_channel.h"
+#include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/text.h"
 
 namespace {
 
@@ -72,12 +74,38 @@ TEST_F(TempLog, MissingTempVariableIsOnlyLogged) {
     EXPECT_EQ(machine.operations().back().argument, L"\\zellauncher.log");
 }
 
-TEST_F(TempLog, LeftoverInTheDriveRootIsFatalWithoutTemp) {
+TEST_F(TempLog, LeftoverInTheDriveRootIsDeletedWithoutTemp) {
     machine.unsetEnvironment(L"TEMP");
     machine.writeFile(L"C:\\zellauncher.log", "old");
-    const auto outcome = clean(L"zellauncher.log");
-    outcome.expectFatal("ZLNCH0140E: relative paths can not be converted to unicode path");
-    EXPECT_TRUE(machine.exists(L"C:\\zellauncher.log"));
+    EXPECT_EQ(clean(L"zellauncher.log").processEnd().status, 0U);
+    EXPECT_FALSE(machine.exists(L"C:\\zellauncher.log"));
+}
+
+TEST_F(TempLog, TempMayLackADrive) {
+    machine.setCurrentDirectory(L"D:\\work");
+    const std::pair<std::wstring, std::wstring> cases[] = {{L"\\T", L"D:\\T\\zellauncher.log"},
+                                                           {L"mine/..\\T", L"D:\\work\\T\\zellauncher.log"},
+                                                           {L"C:T", L"C:\\T\\zellauncher.log"}};
+    for (const auto& [temp, leftover] : cases) {
+        machine.setEnvironment(L"TEMP", temp);
+        machine.writeFile(leftover, "old");
+        EXPECT_EQ(clean(L"zellauncher.log").processEnd().status, 0U);
+        EXPECT_FALSE(machine.exists(leftover)) << launchertest::toUtf8(leftover);
+    }
+}
+
+TEST_F(TempLog, TempMayBeAShare) {
+    machine.setEnvironment(L"TEMP", L"\\\\localhost\\C$\\Temp");
+    machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
+    EXPECT_EQ(clean(L"zellauncher.log").processEnd().status, 0U);
+    EXPECT_FALSE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+}
+
+TEST_F(TempLog, LeftoverWithoutAFullPathStays) {
+    machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
+    machine.inject(launchertest::failing("fullPathName", platform::errorInvalidName));
+    EXPECT_EQ(clean(L"zellauncher.log").processEnd().status, 0U);
+    EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher.log"));
 }
 
 TEST_F(TempLog, LogOfAFatalEndIsDeletedByTheNextStart) {
