@@ -165,6 +165,27 @@ TEST_F(CommandOnly, MissingPlatformIsFatal) {
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
 }
 
+// The pipe file is the mark of an unclean end, and the lock removes it. The next start therefore purges no
+// cache.
+TEST_F(CommandOnly, MissingPlatformLosesTheMarkOfItsUncleanEnd) {
+    const std::vector<std::wstring> arguments = {
+        L"vmarg.CacheMaintenance.enable=",
+        L"vmarg.Dshare=-Xshareclasses:name=app,controlDir=" + std::wstring(workspace) + L"\\cache"};
+    EXPECT_STARTED(launch(arguments));
+    closePlatform();
+    machine.remove(inWorkspace(L".zel.lock"));
+    machine.writeFile(inWorkspace(L"cache\\app"), "");
+    ASSERT_TRUE(machine.exists(inWorkspace(L".pipe")));
+    EXPECT_FATAL(launch({L"-dcommand_only"}));
+    EXPECT_FALSE(machine.exists(inWorkspace(L".pipe")));
+    EXPECT_TRUE(machine.exists(inWorkspace(L".zel.lock")));
+    EXPECT_STARTED(launch(arguments));
+    EXPECT_TRUE(machine.exists(inWorkspace(L"cache\\app")));
+    closePlatform();
+    EXPECT_STARTED(launch(arguments));
+    EXPECT_FALSE(machine.exists(inWorkspace(L"cache\\app")));
+}
+
 TEST_F(CommandOnly, MissingLogDirectoryIsFatal) {
     EXPECT_FATAL(launch({L"-dcommand_only"}));
     EXPECT_FALSE(machine.exists(workspace));
