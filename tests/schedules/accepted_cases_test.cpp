@@ -143,6 +143,53 @@ TEST(TwoPlatforms, RunIfTheFirstHasLostItsPipeFile) {
     EXPECT_EQ(overlapsIn(arrivingAfter(21500), Overlap::consequence), 1);  // the last one ended at 21 s
 }
 
+// On a locked-down desktop, the launcher that supervises a platform starts it again after a crash, and holds
+// no lock meanwhile. The platform that ends the race ends with 23 and does not restart itself.
+constexpr int crash = 1;
+constexpr PlatformPlan lastPlatform = {.publishesAfter = 0, .livesFor = 60000, .exitCode = 23};
+
+RaceReport runSupervised(const std::vector<std::uint32_t>& arrivals,
+                         const std::vector<PlatformPlan>& platforms) {
+    RacePlan plan = raceOf(InitialState::nothing, arrivals, platforms);
+    plan.isLockdown = true;
+    return runWithoutSwitches(plan);
+}
+
+TEST(TwoSupervisedPlatforms, RunIfAStartComesBeforeThePipeFileOfARerun) {
+    const auto arrivingAfter = [](std::uint32_t milliseconds) {
+        return runSupervised({0, milliseconds}, {{.publishesAfter = 0, .livesFor = 3000, .exitCode = crash},
+                                                 {.publishesAfter = 5000, .livesFor = 60000, .exitCode = 23},
+                                                 lastPlatform});
+    };
+    EXPECT_TRUE(arrivingAfter(2000).overlaps.empty());
+    EXPECT_EQ(overlapsIn(arrivingAfter(5000), Overlap::unlockedRerun), 1);  // started again at 3.0 s
+    EXPECT_TRUE(arrivingAfter(9000).overlaps.empty());                      // published at 8.0 s
+}
+
+TEST(TwoSupervisedPlatforms, RunIfAStartComesBeforeTheSupervisorSeesTheCrash) {
+    const auto arrivingAfter = [](std::uint32_t milliseconds) {
+        return runSupervised(
+            {0, milliseconds},
+            {{.publishesAfter = 0, .livesFor = 3100, .exitCode = crash}, lastPlatform, lastPlatform});
+    };
+    EXPECT_TRUE(arrivingAfter(3000).overlaps.empty());
+    EXPECT_EQ(overlapsIn(arrivingAfter(3200), Overlap::unlockedRerun), 1);  // the supervisor looks at 3.5 s
+    EXPECT_TRUE(arrivingAfter(4000).overlaps.empty());
+}
+
+// The launcher of the restart supervises the new platform, and so does the first launcher, which watches
+// every eclipse.exe.
+TEST(TwoSupervisedPlatforms, RunIfThePlatformCrashesAfterARestartThroughALauncher) {
+    const auto endingWith = [](int exitCode) {
+        return runSupervised({0},
+                             {{.fate = Fate::restarts, .publishesAfter = 0, .livesFor = 3000, .exitCode = 24},
+                              {.publishesAfter = 0, .livesFor = 10000, .exitCode = exitCode},
+                              lastPlatform});
+    };
+    EXPECT_TRUE(endingWith(23).overlaps.empty());
+    EXPECT_EQ(overlapsIn(endingWith(crash), Overlap::unlockedRerun), 1);
+}
+
 // A launcher waits for a free instance of the pipe without a limit, and later launchers wait for the
 // lock. Once the platform has ended, the first one fails and the second starts another platform.
 TEST(LauncherWait, HasNoLimitIfThePipeIsNeverServed) {

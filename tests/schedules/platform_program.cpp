@@ -59,6 +59,32 @@ void startLauncher(const std::wstring& launcher) {
         {});
 }
 
+// With the arguments that this platform was started with.
+void startItself() {
+    std::wstring command;
+    for (const std::wstring& argument : platform::commandLineArguments()) {
+        command += (command.empty() ? L"\"" : L" \"") + argument + L"\"";
+    }
+    platform::createProcess(command, {});
+}
+
+void writeExitData(const char* word) {
+    platform::Stream* file = platform::openStream(L"C:\\Users\\ann\\.exitData", "w");
+    if (file != nullptr) {
+        platform::writeStream(file, word);
+        platform::closeStream(file);
+    }
+}
+
+void restart(const PlatformPlan& plan, const std::wstring& launcher) {
+    if (plan.fate == Fate::restarts) {
+        startLauncher(launcher);
+    } else {
+        startItself();
+    }
+    platform::sleepMilliseconds(plan.endsAfterRestart);
+}
+
 }  // namespace
 
 std::wstring pipeNameOf(std::uint32_t platform) {
@@ -80,12 +106,14 @@ int runPlatform(const PlatformPlan& plan, const std::wstring& launcher,
         published();
     }
     platform::sleepMilliseconds(plan.fate == Fate::neverServes ? oneDay : plan.livesFor);
-    if (plan.fate == Fate::restarts) {
-        startLauncher(launcher);
-        platform::sleepMilliseconds(plan.endsAfterRestart);
+    if (plan.fate == Fate::restarts || plan.fate == Fate::restartsItself) {
+        restart(plan, launcher);
+    }
+    if (plan.word != nullptr) {
+        writeExitData(plan.word);
     }
     platform::tickCount();  // a switching point before it is gone
-    return 0;
+    return plan.exitCode;
 }
 
 }  // namespace schedules

@@ -11,6 +11,7 @@ enum class Fate {
     lives,           // publishes, lives, ends
     dies,            // ends before it publishes
     restarts,        // as `lives`, but starts a launcher with -restart before it ends
+    restartsItself,  // as `lives`, but starts its own program with its arguments before it ends
     neverPublishes,  // lives without semaphore, pipe and pipe file
     neverServes,     // publishes, but accepts no client on its pipe and never ends
 };
@@ -23,8 +24,11 @@ struct PlatformPlan {
     Fate fate = Fate::lives;
     std::uint32_t publishesAfter = 200;  // milliseconds
     std::uint32_t livesFor = 30000;      // after that
-    std::uint32_t endsAfterRestart = 0;  // after it has started the launcher
+    std::uint32_t endsAfterRestart = 0;  // after it has started the launcher or itself
     Publishing publishing = Publishing::byRename;
+    // What its supervisor on a locked-down desktop sees: the exit code, and a word in .exitData if any.
+    int exitCode = 0;
+    const char* word = nullptr;
 };
 
 std::wstring pipeNameOf(std::uint32_t platform);

@@ -1,6 +1,7 @@
 #include "schedules/race.h"
 
 #include <algorithm>
+#include <set>
 
 #include "launch/entry.h"
 #include "platform/clock.h"
@@ -34,8 +35,10 @@ bool startsProgram(const simulation::StartedProcess& child, const std::wstring& 
 
 std::string describe(const RacePlan& plan) {
     constexpr const char* states[] = {"nothing", "a dead platform", "a running platform"};
-    constexpr const char* fates[] = {"lives", "dies", "restarts", "never publishes", "never serves"};
-    std::string text = "  initially: " + std::string(states[static_cast<int>(plan.initialState)]) + "\n";
+    constexpr const char* fates[] = {"lives",           "dies",        "restarts", "restarts itself",
+                                     "never publishes", "never serves"};
+    std::string text = "  initially: " + std::string(states[static_cast<int>(plan.initialState)]) +
+                       (plan.isLockdown ? ", lockdown" : "") + "\n";
     for (const LauncherPlan& launcher : plan.launchers) {
         text += "  launcher after " + std::to_string(launcher.arrivesAfter) + " ms:";
         for (const std::wstring& argument : launcher.arguments) {
@@ -47,7 +50,8 @@ std::string describe(const RacePlan& plan) {
         text += "  platform: " + std::string(fates[static_cast<int>(platform.fate)]) + ", publishes after " +
                 std::to_string(platform.publishesAfter) + " ms, lives for " +
                 std::to_string(platform.livesFor) + " ms, ends " + std::to_string(platform.endsAfterRestart) +
-                " ms after a restart\n";
+                " ms after a restart, with " + std::to_string(platform.exitCode) +
+                (platform.word == nullptr ? "" : std::string(" and ") + platform.word) + "\n";
     }
     const simulation::Switching& switching = plan.switching;
     return text + "  switches: one in " + std::to_string(switching.oneIn) + ", stalls: one in " +
@@ -71,6 +75,8 @@ const char* nameOf(Overlap overlap) {
             return "the first platform created its pipe file before it wrote the name";
         case Overlap::consequence:
             return "the first platform already shared the workspace with another";
+        case Overlap::unlockedRerun:
+            return "a supervisor started one of them again without the lock";
         case Overlap::unexplained:
             break;
     }
@@ -78,6 +84,9 @@ const char* nameOf(Overlap overlap) {
 }
 
 Race::Race(const RacePlan& racePlan) : Story(racePlan.seed), plan(racePlan) {
+    if (plan.isLockdown) {
+        launcherProperties.set("install.configuration", "lockdown");
+    }
     layOut();
     machine.installProgram(nativeLauncher, [this] { return runPlatformProcess(); });
     machine.installProgram(launcher, [this] {
@@ -179,14 +188,21 @@ RaceReport Race::run() {
 // Matches the started children with the operations that started them; both are in the same order.
 void Race::collectStarts() {
     std::size_t next = 0;
+    std::set<simulation::ProcessId> starters;
     for (const simulation::Operation& operation : machine.operations()) {
         if (operation.name != "createProcess") {
             continue;
         }
         const simulation::StartedProcess& child = machine.startedProcesses().at(next++);
         if (startsProgram(child, nativeLauncher)) {
-            platforms[child.id].launcher = child.parent;
-            platforms[child.id].createdOperation = operation.index;
+            PlatformRecord& record = platforms[child.id];
+            record.starter = child.parent;
+            record.isRerun = !starters.insert(child.parent).second;
+            const auto starter = launchers.find(child.parent);
+            if (starter != launchers.end()) {
+                starter->second.hasStartedPlatform = true;
+            }
+            record.createdOperation = operation.index;
         } else if (startsProgram(child, launcher)) {
             launchers[child.id].name = restartNameOf(child.parent);
             launchers[child.id].isRestart = true;

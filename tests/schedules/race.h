@@ -29,6 +29,7 @@ struct LauncherPlan {
 
 struct RacePlan {
     std::uint64_t seed = 1;
+    bool isLockdown = false;  // every launcher supervises the platform that it starts
     InitialState initialState = InitialState::nothing;
     std::vector<LauncherPlan> launchers;
     std::vector<PlatformPlan> platforms;  // in the order of their starts; further ones use the last plan
@@ -47,6 +48,7 @@ enum class Overlap {
     heldPipeFile,    // an old pipe file could not be removed because a stalled restart had it open
     emptyPipeFile,   // the first one created its pipe file before it wrote the name
     consequence,     // the first one already shared the workspace, which has only one pipe file
+    unlockedRerun,   // a supervisor started one of them again, without the lock
     unexplained,     // none of these: a violation
 };
 const char* nameOf(Overlap overlap);
@@ -78,6 +80,7 @@ private:
     struct LauncherRecord {
         std::wstring name;  // the argument that identifies it
         bool isRestart = false;
+        bool hasStartedPlatform = false;
         std::uint64_t arrival = 0;
         std::uint64_t endTime = 0;
         bool hasEnded = false;
@@ -86,7 +89,8 @@ private:
         bool hasSharedLog = false;  // another launcher wrote to the same log while it ran
     };
     struct PlatformRecord {
-        simulation::ProcessId launcher = 0;
+        simulation::ProcessId starter = 0;  // a launcher, or the platform that has restarted itself
+        bool isRerun = false;               // its launcher had started a platform before
         std::uint64_t createdOperation = 0;
         std::uint64_t createdTime = 0;
         std::uint64_t publishedOperation = never;
@@ -103,6 +107,9 @@ private:
     void noteFatalLine(simulation::ProcessId id, LauncherRecord& ended) const;
     void collectStarts();
     bool isAnyPlatformHanging() const;
+    bool isSupervising(simulation::ProcessId launcherId) const;
+    bool hasRestartedItself(const PlatformRecord& record) const;
+    simulation::ProcessId recordedIdOf(simulation::ProcessId platformId) const;
     void checkLaunchers();
     void checkEnd(const LauncherRecord& ended, const std::string& label);
     void checkFatalEnd(const LauncherRecord& ended, const std::string& label, std::size_t deliveries);

@@ -64,10 +64,14 @@ void Race::noteFatalLine(simulation::ProcessId id, LauncherRecord& ended) const 
     }
 }
 
+// A platform that is started again, or restarts itself, gets the same arguments again.
 std::size_t Race::deliveriesOf(const std::wstring& name) const {
     std::size_t count = 0;
     for (const simulation::StartedProcess& child : machine.startedProcesses()) {
-        if (platforms.count(child.id) != 0) {
+        const auto record = platforms.find(child.id);
+        const bool isFirst =
+            record != platforms.end() && !record->second.isRerun && !hasRestartedItself(record->second);
+        if (isFirst) {
             count += countOccurrences(toUtf8(child.commandLine), toUtf8(name));
         }
     }
@@ -105,13 +109,39 @@ bool Race::isAnyPlatformHanging() const {
     });
 }
 
+bool Race::hasRestartedItself(const PlatformRecord& record) const {
+    return platforms.count(record.starter) != 0;
+}
+
+// The process id in the lock file for this platform: one that restarts itself is not recorded again.
+simulation::ProcessId Race::recordedIdOf(simulation::ProcessId platformId) const {
+    const PlatformRecord& record = platforms.at(platformId);
+    return hasRestartedItself(record) ? recordedIdOf(record.starter) : platformId;
+}
+
+// It has started a platform and released the lock.
+bool Race::isSupervising(simulation::ProcessId launcherId) const {
+    bool isAfterRelease = false;
+    for (const simulation::Operation& operation : machine.operations()) {
+        if (operation.process == launcherId) {
+            isAfterRelease =
+                operation.name == "unlockStream" || (isAfterRelease && operation.name != "lockStream");
+        }
+    }
+    return plan.isLockdown && isAfterRelease;
+}
+
 // Every argument list arrives at a platform once, or its launcher logs why not. No launcher waits
-// forever, except for a platform that never serves its pipe.
+// forever, except for a platform that never serves its pipe and that of a platform which it supervises.
 void Race::checkLaunchers() {
     for (const auto& [id, record] : launchers) {
         const std::string label = "launcher " + std::to_string(id) + " (" + toUtf8(record.name) + ")";
         if (record.hasEnded) {
             checkEnd(record, label);
+            continue;
+        }
+        if (isSupervising(id)) {
+            ++report.outcomes["supervises"];
             continue;
         }
         ++report.outcomes["waits for a platform that never serves its pipe"];
@@ -123,9 +153,11 @@ void Race::checkLaunchers() {
 
 void Race::checkEnd(const LauncherRecord& ended, const std::string& label) {
     const std::uint64_t wait = ended.endTime - ended.arrival;
-    report.longestWait = std::max(report.longestWait, wait);
-    if (!canStall() && wait > longestAllowedWait()) {
-        fail(label + " took " + std::to_string(wait) + " ms");
+    if (!plan.isLockdown || !ended.hasStartedPlatform) {  // otherwise it has supervised
+        report.longestWait = std::max(report.longestWait, wait);
+        if (!canStall() && wait > longestAllowedWait()) {
+            fail(label + " took " + std::to_string(wait) + " ms");
+        }
     }
     const std::size_t deliveries = deliveriesOf(ended.name);
     if (ended.end.kind != simulation::EndKind::exited ||
@@ -171,7 +203,7 @@ bool Race::isNoLongerWaitedFor(const PlatformRecord& record) const {
 bool Race::foundLatePipeFile(const PlatformRecord& record) const {
     std::uint64_t locked = 0;
     for (const simulation::Operation& operation : machine.operations()) {
-        const bool isLast = operation.process == record.launcher && operation.name == "lockStream" &&
+        const bool isLast = operation.process == record.starter && operation.name == "lockStream" &&
                             operation.index < record.createdOperation;
         locked = isLast ? operation.index : locked;
     }
@@ -195,7 +227,7 @@ bool Race::foundHeldPipeFile(const PlatformRecord& record) const {
             readers.insert(operation.process);
         } else if (operation.name == "closeStream" && operation.argument == L".pipe") {
             readers.erase(operation.process);
-        } else if (operation.name == "moveFile" && isOfPipeFile && operation.process == record.launcher) {
+        } else if (operation.name == "moveFile" && isOfPipeFile && operation.process == record.starter) {
             isHeld = !readers.empty();
         }
     }
@@ -231,17 +263,17 @@ Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second)
         if (isBlanking) {
             return Overlap::ownerBlanked;
         }
-        const bool isEarlyReading = operation.name == "openStream" && operation.process == second.launcher &&
+        const bool isEarlyReading = operation.name == "openStream" && operation.process == second.starter &&
                                     operation.argument.ends_with(L"\\.pipe") &&
                                     operation.index <= first.publishedOperation;
         if (isEarlyReading && first.plan.publishing == Publishing::inPlace) {
             return Overlap::emptyPipeFile;
         }
-        if (isEarlyReading && launchers.at(second.launcher).isRestart) {
+        if (isEarlyReading && launchers.at(second.starter).isRestart) {
             return Overlap::rememberedName;
         }
     }
-    return Overlap::unexplained;
+    return first.isRerun || second.isRerun ? Overlap::unlockedRerun : Overlap::unexplained;
 }
 
 // Two platforms run at the same time only for one of the accepted reasons.
@@ -259,7 +291,7 @@ void Race::checkPlatforms() {
         for (const auto& [firstId, first] : started) {
             const bool isOverlap = first->createdOperation < second->createdOperation &&
                                    first->endedOperation >= second->createdOperation;
-            if (!isOverlap) {
+            if (!isOverlap || second->starter == firstId) {
                 continue;
             }
             together.insert({firstId, secondId});
@@ -295,8 +327,8 @@ void Race::checkPayloads() {
             if (names != 1 || !isWhole) {
                 fail("a payload is not one whole list: " + toUtf8(text));
             }
-            const bool isForOther =
-                text.find(L"\n-useDaemon\n" + std::to_wstring(id) + L"\n") == std::wstring::npos;
+            const bool isForOther = text.find(L"\n-useDaemon\n" + std::to_wstring(recordedIdOf(id)) +
+                                              L"\n") == std::wstring::npos;
             if (isForOther && report.overlaps.empty()) {
                 fail("a payload has the process id of another platform: " + toUtf8(text));
             }
@@ -316,7 +348,10 @@ void Race::checkLockFiles() {
     if (last == platforms.end()) {
         return;
     }
-    const std::string processId = std::to_string(last->first);
+    if (report.overlaps.count(Overlap::unlockedRerun) != 0) {
+        return;  // a supervisor cannot write to the lock file while another launcher holds the lock
+    }
+    const std::string processId = std::to_string(recordedIdOf(last->first));
     if (lock.find_first_not_of(' ') != std::string::npos && lock.substr(0, lock.find(' ')) != processId) {
         fail("the lock file holds \"" + lock + "\", and the last platform is " + processId);
     }
