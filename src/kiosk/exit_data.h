@@ -8,7 +8,8 @@
 // the disk, and only the first end with 0 in a launcher's life is decided by it. Platforms rely on this.
 namespace zellauncher {
 
-// Sets the path from HOMEPATH. Called once, at process start.
+// Sets the path from HOMEPATH. Called once, at process start. If HOMEPATH is `\`, as for a home drive, the
+// file is in the root of the current drive, or otherwise in that of HOMEDRIVE.
 void settleExitDataPath();
 
 // True if the file can be opened for reading. It stays open until the process ends.

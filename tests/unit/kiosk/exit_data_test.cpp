@@ -50,6 +50,51 @@ TEST_F(ExitData, FileIsInTheRootWithoutAHomePath) {
     EXPECT_TRUE(doesExist());
 }
 
+// Such as that of a home drive.
+class RootAsHomePath : public ExitData {
+protected:
+    RootAsHomePath() {
+        machine.setEnvironment(L"HOMEPATH", L"\\");
+        machine.setEnvironment(L"HOMEDRIVE", L"D:");
+        machine.makeDirectory(L"D:\\");
+    }
+};
+
+TEST_F(RootAsHomePath, FileIsInTheRootOfTheCurrentDrive) {
+    EXPECT_FALSE(doesExist());
+    machine.writeFile(L"C:\\.exitData", "");
+    EXPECT_TRUE(doesExist());
+    machine.unsetEnvironment(L"HOMEDRIVE");
+    EXPECT_TRUE(doesExist());
+}
+
+TEST_F(RootAsHomePath, FileIsOtherwiseInTheRootOfTheHomeDrive) {
+    machine.writeFile(L"D:\\.exitData", "LOGOFF");
+    EXPECT_TRUE(doesExist());
+    machine.writeFile(L"C:\\.exitData", "SHUTDOWN");
+    run([] {
+        zellauncher::settleExitDataPath();
+        EXPECT_TRUE(zellauncher::exitDataExists());
+        EXPECT_TRUE(zellauncher::isExitData(L"SHUTDOWN"));
+    });
+    machine.remove(L"C:\\.exitData");
+    run([] {
+        zellauncher::settleExitDataPath();
+        EXPECT_TRUE(zellauncher::exitDataExists());
+        EXPECT_TRUE(zellauncher::isExitData(L"LOGOFF"));
+        zellauncher::removeExitData();
+        EXPECT_FALSE(zellauncher::exitDataExists());
+    });
+    EXPECT_EQ(machine.readFile(L"D:\\.exitData"), "LOGOFF");
+}
+
+TEST_F(RootAsHomePath, OtherHomePathsAreNotLookedForOnTheHomeDrive) {
+    machine.setEnvironment(L"HOMEPATH", L"\\Users\\ann");
+    machine.writeFile(L"D:\\Users\\ann\\.exitData", "");
+    machine.writeFile(L"D:\\.exitData", "");
+    EXPECT_FALSE(doesExist());
+}
+
 // The path grows at each call.
 TEST_F(ExitData, OnlyTheFirstCallOfAProcessFindsTheFile) {
     machine.writeFile(exitData, "LOGOFF");

@@ -256,6 +256,19 @@ TEST_F(Supervision, FileIsInTheRootWithoutAHomePath) {
     EXPECT_EQ(machine.sessionEnds().size(), 1U);
 }
 
+// Such as that of a home drive.
+TEST_F(Supervision, FileIsInTheRootForARootAsHomePath) {
+    machine.setEnvironment(L"HOMEPATH", L"\\");
+    machine.setEnvironment(L"HOMEDRIVE", L"D:");
+    for (const wchar_t* path : {L"D:\\.exitData", L"C:\\.exitData"}) {
+        machine.writeFile(path, "RESTART");
+        lives = {{.exitCode = 0, .restartsItself = true}, {.exitCode = 23, .milliseconds = 20000}};
+        const std::size_t before = starts();
+        EXPECT_EQ(supervise().log.find("Restart workbench"), std::string::npos);
+        EXPECT_EQ(starts(), before + 2);
+    }
+}
+
 TEST_F(Supervision, UnreadableFileIsTreatedAsMissing) {
     machine.writeFile(exitData, "LOGOFF");
     machine.refuse(exitData, platform::errorAccessDenied);
