@@ -7,6 +7,7 @@ namespace zellauncher {
 inline constexpr const wchar_t* lockFileName = L".zel.lock";
 inline constexpr const wchar_t* mainRecordName = L".zel.main";
 inline constexpr const wchar_t* pipeFileName = L".pipe";
+inline constexpr const wchar_t* crashedPipeFileSuffix = L".crashed";
 inline constexpr const wchar_t* logsDirectoryName = L"logs";
 inline constexpr const wchar_t* configDirectoryName = L".config";
 

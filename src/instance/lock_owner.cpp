@@ -41,9 +41,22 @@ bool readOwnerRecord() {
     return true;
 }
 
+// The name of the owner's semaphore, if its pipe file has a name from which it follows.
+std::optional<std::wstring> readSemaphoreName() {
+    const std::optional<std::wstring> pipe = readPipeName();
+    const std::size_t leaf = pipe ? pipe->rfind(L'\\') : std::wstring::npos;
+    if (leaf == std::wstring::npos) {
+        return std::nullopt;
+    }
+    return L"Global" + pipe->substr(leaf) + L"sem";
+}
+
+platform::Handle openSemaphore(const std::wstring& name) {
+    return platform::openSemaphore(name, platform::accessReadControl | platform::accessSemaphoreModifyState);
+}
+
 bool canOpenSemaphore(const std::wstring& name, SemaphoreUse use) {
-    const platform::Handle semaphore =
-        platform::openSemaphore(name, platform::accessReadControl | platform::accessSemaphoreModifyState);
+    const platform::Handle semaphore = openSemaphore(name);
     if (semaphore == platform::Handle::none) {
         const platform::ErrorCode error = platform::lastError();
         const std::wstring reason = formatLastError();
@@ -68,12 +81,27 @@ bool isLockOwnerAlive(SemaphoreUse use) {
     if (!readOwnerRecord()) {
         return false;
     }
-    const std::optional<std::wstring> pipe = readPipeName();
-    if (!pipe) {
+    const std::optional<std::wstring> semaphore = readSemaphoreName();
+    return semaphore && canOpenSemaphore(*semaphore, use);
+}
+
+bool isOtherOwnerAlive(std::int32_t ownPlatform) {
+    rewindTextStream(lockFileStream);
+    std::int32_t owner = 0;
+    if (scanNumber(lockFileStream, owner) != ScanResult::matched || owner == ownPlatform) {
         return false;
     }
-    const std::size_t leaf = pipe->rfind(L'\\');
-    return leaf != std::wstring::npos && canOpenSemaphore(L"Global" + pipe->substr(leaf) + L"sem", use);
+    pipeName.clear();
+    const std::optional<std::wstring> name = readSemaphoreName();
+    if (!name) {
+        return false;
+    }
+    const platform::Handle semaphore = openSemaphore(*name);
+    if (semaphore == platform::Handle::none) {
+        return platform::lastError() == platform::errorAccessDenied;
+    }
+    platform::closeHandle(semaphore);  // open, it would keep the semaphore alive after its platform
+    return true;
 }
 
 }  // namespace zellauncher

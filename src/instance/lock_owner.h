@@ -19,4 +19,9 @@ enum class SemaphoreUse { keepOpen, closeAtOnce };
 // denied.
 bool isLockOwnerAlive(SemaphoreUse use);
 
+// For a launcher that has recorded `ownPlatform` itself and has seen its end: true if the lock file names
+// another process, and that owner is alive. Reads the pipe file afresh. Logs nothing and is never fatal: an
+// unreadable lock file has no other owner, and a semaphore that may not be opened belongs to a live one.
+bool isOtherOwnerAlive(std::int32_t ownPlatform);
+
 }  // namespace zellauncher

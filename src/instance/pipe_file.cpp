@@ -5,6 +5,7 @@
 #include "foundation/file_operations.h"
 #include "foundation/file_queries.h"
 #include "foundation/text_stream.h"
+#include "foundation/user_files.h"
 #include "foundation/waiting.h"
 #include "platform/clock.h"
 
@@ -18,6 +19,12 @@ namespace {
 constexpr int waitSeconds = 15;
 constexpr int removalAttempts = 10;
 constexpr std::uint32_t removalPauseMilliseconds = 100;
+
+PROCESS_WIDE bool isPipeFileAside = false;
+
+std::wstring crashedPipeFilePath() {
+    return endpointFilePath + crashedPipeFileSuffix;
+}
 
 }  // namespace
 
@@ -45,22 +52,45 @@ std::optional<std::wstring> readPipeName() {
 void waitForPipeFile() {
     for (int pass = 0; pass < waitSeconds; ++pass) {
         if (fileExists(endpointFilePath)) {
+            if (isPipeFileAside) {
+                isPipeFileAside = false;
+                deleteFile(crashedPipeFilePath());
+            }
             return;
         }
         sleepSeconds(1);
     }
 }
 
+bool hasStalePipeFile() {
+    return fileExists(endpointFilePath) || fileExists(crashedPipeFilePath());
+}
+
 // A leftover `.pipe` would be mistaken for the new platform's, so the lock would be released too
 // early. Two things can keep it for a moment: a launcher that waits for a restart reads it without
 // the lock, and a stopped start may have left a `.pipe.deleteme`, which blocks the first deletion.
 void removeStalePipeFile() {
+    if (fileExists(crashedPipeFilePath())) {
+        deleteFile(crashedPipeFilePath());
+    }
     for (int attempt = 1; attempt <= removalAttempts; ++attempt) {
         const bool isDeleted = deleteFile(endpointFilePath);
         if (!fileExists(endpointFilePath)) {
             return;
         }
         if (!isDeleted) {
+            platform::sleepMilliseconds(removalPauseMilliseconds);
+        }
+    }
+}
+
+void setPipeFileAside() {
+    for (int attempt = 1; attempt <= removalAttempts && fileExists(endpointFilePath); ++attempt) {
+        if (fileExists(crashedPipeFilePath())) {
+            deleteFile(crashedPipeFilePath());
+        }
+        isPipeFileAside = moveFile(endpointFilePath, crashedPipeFilePath());
+        if (!isPipeFileAside) {
             platform::sleepMilliseconds(removalPauseMilliseconds);
         }
     }

@@ -17,10 +17,19 @@ extern PROCESS_WIDE std::wstring pipeName;
 // The first line of the pipe file; nothing if the file is missing, unreadable or still empty.
 std::optional<std::wstring> readPipeName();
 
-// Waits until the pipe file exists, for at most 15 seconds.
+// Waits until the pipe file exists, for at most 15 seconds. If it appears, one that setPipeFileAside has
+// moved is deleted.
 void waitForPipeFile();
+
+// True if a former platform has left its pipe file, also as `.pipe.crashed`.
+bool hasStalePipeFile();
 
 // Deletes the pipe file of a former platform, trying for about a second.
 void removeStalePipeFile();
+
+// Renames the pipe file of a platform that is started again to `.pipe.crashed`, trying for about a second.
+// Otherwise the wait for the new platform's would end at once. It is not deleted, because until the new
+// platform has published, it tells the next start that the last one ended badly.
+void setPipeFileAside();
 
 }  // namespace zellauncher

@@ -25,6 +25,7 @@ namespace {
 
 constexpr std::uint32_t lockedBytes = 100;  // any agreed range serves
 constexpr int restartWaitSeconds = 20;
+constexpr int relockRounds = 33;  // of nine seconds
 constexpr const wchar_t* blankRecord = L"              ";
 
 std::wstring inWorkspace(const std::wstring& dataDirectory, const wchar_t* name) {
@@ -65,7 +66,7 @@ void logWithTimestamp(const std::wstring& format) {
 void becomeMainProcess() {
     logDebug("ZLNCH0304I: We are main process");
     isMainProcess = true;
-    if (fileExists(endpointFilePath)) {
+    if (hasStalePipeFile()) {
         staleEndpointFile = true;
         removeStalePipeFile();
     }
@@ -111,6 +112,14 @@ void lockPlatformFile() {
     } else {
         becomeMainProcess();
     }
+}
+
+bool relockPlatformFile() {
+    LockAnswer answer = lockFileHead(lockFileStream, lockedBytes);
+    for (int round = 1; answer == LockAnswer::deadlock && round < relockRounds; ++round) {
+        answer = lockFileHead(lockFileStream, lockedBytes);
+    }
+    return answer == LockAnswer::done;
 }
 
 void releasePlatformLock() {

@@ -31,6 +31,10 @@ void acquirePlatformLock(const Arguments& arguments, const std::wstring& dataDir
 // any other failure is the fatal ZLNCH0070E.
 void releasePlatformLock();
 
+// Takes the lock again after releasePlatformLock. Unlike acquirePlatformLock it waits for at most five
+// minutes, decides no role and is never fatal. False if it did not get the lock.
+bool relockPlatformFile();
+
 // Overwrites the owner's process id with blanks. A failed write is logged, a failed flush is not.
 void invalidateLockFile();
 

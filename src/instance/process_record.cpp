@@ -8,6 +8,8 @@
 
 namespace zellauncher {
 
+PROCESS_WIDE std::uint32_t recordedProcessId = 0;
+
 namespace {
 
 void writeOwnerRecord(std::uint32_t processId) {
@@ -23,6 +25,7 @@ void writeOwnerRecord(std::uint32_t processId) {
 }  // namespace
 
 void recordPlatformProcess(std::uint32_t processId) {
+    recordedProcessId = processId;
     if (isMainProcess) {
         writeMainRecord(processId);
         writeOwnerRecord(processId);

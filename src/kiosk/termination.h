@@ -22,8 +22,9 @@ void HandleTermination(std::uint32_t exitCode);
 // with 0.
 void monitorPlatformProcess();
 
-// Runs launchCommand again, supervised. Implemented by launch/platform_execution.cpp, because a restart
-// takes the steps of the first start: the one call from this folder up to launch/.
+// Runs launchCommand again, supervised, unless another launcher has meanwhile started a platform that is
+// alive (claimRerun). Implemented by launch/platform_execution.cpp, because a restart takes the steps of the
+// first start: the one call from this folder up to launch/.
 void rerunCommand();
 
 }  // namespace zellauncher

@@ -10,6 +10,7 @@
 #include "instance/argument_hand_off.h"
 #include "instance/child_start.h"
 #include "instance/platform_lock.h"
+#include "instance/rerun.h"
 #include "javalaunch/jvm_executable.h"
 #include "javalaunch/launch_command.h"
 #include "kiosk/administrators.h"
@@ -115,7 +116,9 @@ void executeCommand(const std::wstring& command) {
 }
 
 void rerunCommand() {
-    executeCommand(launchCommand);
+    if (claimRerun()) {
+        executeCommand(launchCommand);
+    }
 }
 
 }  // namespace zellauncher

@@ -178,6 +178,12 @@ void lockdownThatEndsTheSession(Stage& stage) {
     stage.platform.exitCode = 0;
 }
 
+// The platform crashes once and is started again.
+void lockdownWithCrash(Stage& stage) {
+    lockdownOfUser(stage);
+    stage.platform.crashArgument = L"crash";
+}
+
 std::function<void(Stage&)> exitData(const std::string& text) {
     return [text](Stage& stage) { stage.machine.writeFile(L"C:\\Users\\ann\\.exitData", text); };
 }
@@ -350,6 +356,7 @@ std::vector<Scenario> makeCatalogue() {
         {.name = "kiosk_without_desktop", .world = kioskWithoutDesktop, .past = livedInByAnotherUser},
         {.name = "lockdown_for_administrator", .world = lockdownOfAdministrator},
         {.name = "lockdown_for_user", .world = lockdownOfUser},
+        {.name = "lockdown_with_crash", .arguments = {L"crash"}, .world = lockdownWithCrash},
         {.name = "lockdown_with_logoff", .world = lockdownThatEndsTheSession, .past = exitData("LOGOFF")},
         {.name = "lockdown_with_shutdown", .world = lockdownThatEndsTheSession, .past = exitData("SHUTDOWN")},
         {.name = "service",

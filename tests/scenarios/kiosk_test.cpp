@@ -182,4 +182,36 @@ TEST_F(LockedDesktop, RestartThroughALauncherStaysSupervised) {
     EXPECT_EQ(machine.startedProcesses().size(), 2U);
 }
 
+// Both launchers see the crash. The one that comes second ends.
+TEST_F(LockedDesktop, OneOfTwoSupervisorsStartsACrashedPlatformAgain) {
+    platform.exitCode = 24;
+    const simulation::ProcessId supervisor = begin({L"-debug"});
+    machine.runUntilIdle(19000);
+    const std::wstring old = std::to_wstring(machine.startedProcesses()[0].id);
+    platform.exitCode = 3;
+    const simulation::ProcessId second = begin({L"-restart", L"-zel_old_pid", old});
+    machine.runUntilIdle(10000);
+    platform.exitCode = 23;
+    machine.runUntilIdle(20000);
+    EXPECT_EQ(machine.startedProcesses().size(), 3U);
+    EXPECT_NE(machine.isRunning(supervisor), machine.isRunning(second));
+    EXPECT_TRUE(contains(logAt(firstDebugLog), "ZELLauncher> another launcher has started a platform"));
+    EXPECT_STARTED(machine.waitFor(second));
+    EXPECT_STARTED(machine.waitFor(supervisor));
+    EXPECT_EQ(machine.startedProcesses().size(), 3U);
+}
+
+TEST_F(LockedDesktop, PlatformThatNeverPublishesIsStartedAgainEvery15Seconds) {
+    platform.exitCode = 3;
+    platform.livesMilliseconds = 0;
+    const simulation::ProcessId supervisor = begin();
+    machine.runUntilIdle(1000);
+    platform.publishes = false;
+    machine.runUntilIdle(60000);
+    EXPECT_EQ(machine.startedProcesses().size(), 5U);
+    EXPECT_TRUE(machine.exists(inWorkspace(L".pipe.crashed")));
+    platform.exitCode = 23;
+    EXPECT_STARTED(machine.waitFor(supervisor));
+}
+
 }  // namespace

@@ -43,6 +43,13 @@ int runPlatform(const PlatformBehaviour behaviour) {
         }
         platform::sleepMilliseconds(step);
     }
+    if (!behaviour.crashArgument.empty() && zellauncher::hasArgument(behaviour.crashArgument, arguments)) {
+        const std::wstring crashed = directory + L"\\platform.crashed";
+        if (!platform::fileAttributes(crashed)) {
+            platform::closeStream(platform::openStream(crashed, "w"));
+            return 1;
+        }
+    }
     return behaviour.exitCode;
 }
 

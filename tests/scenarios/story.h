@@ -22,6 +22,8 @@ struct PlatformBehaviour {
     bool servesPipe = true;
     std::uint32_t livesMilliseconds = 60000;
     int exitCode = 0;
+    // With this argument, the first platform of a workspace crashes; it leaves `platform.crashed` there.
+    std::wstring crashArgument = {};
 };
 
 // A property file under construction. Keys keep the order in which they were first set.

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "schedules/race.h"
+#include "schedules/small_race.h"
 
 // What cannot be avoided with this order of steps: when two platforms run for one workspace, which launchers
 // wait without a limit, and whose log is lost. Each test is the smallest race that shows its case.
@@ -9,36 +9,15 @@ namespace {
 using schedules::Fate;
 using schedules::InitialState;
 using schedules::Overlap;
+using schedules::overlapsIn;
 using schedules::PlatformPlan;
 using schedules::Publishing;
 using schedules::Race;
+using schedules::raceOf;
 using schedules::RacePlan;
 using schedules::RaceReport;
-
-RaceReport runWithoutSwitches(const RacePlan& plan) {
-    Race race(plan);
-    race.followChoices({});
-    RaceReport report = race.run();
-    EXPECT_EQ(report.violations, std::vector<std::string>());
-    return report;
-}
-
-int overlapsIn(const RaceReport& report, Overlap overlap) {
-    const auto found = report.overlaps.find(overlap);
-    return found == report.overlaps.end() ? 0 : found->second;
-}
-
-// `arrivals` are in milliseconds, one per launcher.
-RacePlan raceOf(InitialState initialState, const std::vector<std::uint32_t>& arrivals,
-                const std::vector<PlatformPlan>& platforms) {
-    RacePlan plan;
-    plan.initialState = initialState;
-    for (const std::uint32_t arrival : arrivals) {
-        plan.launchers.push_back({.arrivesAfter = arrival});
-    }
-    plan.platforms = platforms;
-    return plan;
-}
+using schedules::runWithoutSwitches;
+using schedules::supervisedRaceOf;
 
 // The lock is released after 15 seconds, and the next launcher finds an owner without a pipe file.
 TEST(TwoPlatforms, RunIfTheFirstPublishesAfterFifteenSeconds) {
@@ -143,51 +122,49 @@ TEST(TwoPlatforms, RunIfTheFirstHasLostItsPipeFile) {
     EXPECT_EQ(overlapsIn(arrivingAfter(21500), Overlap::consequence), 1);  // the last one ended at 21 s
 }
 
-// On a locked-down desktop, the launcher that supervises a platform starts it again after a crash, and holds
-// no lock meanwhile. The platform that ends the race ends with 23 and does not restart itself.
-constexpr int crash = 1;
+// A platform that restarts itself is not recorded, and no launcher holds the lock until it has published.
+TEST(TwoPlatforms, RunIfAStartComesBeforeThePipeFileOfARestartedPlatform) {
+    const auto arrivingAfter = [](std::uint32_t milliseconds) {
+        return runWithoutSwitches(
+            raceOf(InitialState::nothing, {0, milliseconds},
+                   {{.fate = Fate::restartsItself, .publishesAfter = 0, .livesFor = 3000, .exitCode = 23},
+                    {.publishesAfter = 2000, .livesFor = 60000},
+                    PlatformPlan()}));
+    };
+    EXPECT_TRUE(arrivingAfter(2900).overlaps.empty());
+    EXPECT_EQ(overlapsIn(arrivingAfter(4000), Overlap::restartGap), 1);  // it is there from 3 s to 5 s
+    EXPECT_TRUE(arrivingAfter(5100).overlaps.empty());
+}
+
+// The one that ends the race on a locked-down desktop: it ends with 23 and does not restart itself.
 constexpr PlatformPlan lastPlatform = {.publishesAfter = 0, .livesFor = 60000, .exitCode = 23};
 
-RaceReport runSupervised(const std::vector<std::uint32_t>& arrivals,
-                         const std::vector<PlatformPlan>& platforms) {
-    RacePlan plan = raceOf(InitialState::nothing, arrivals, platforms);
-    plan.isLockdown = true;
-    return runWithoutSwitches(plan);
+// The supervisor reads .exitData only once, so the second RESTART is a crash to it.
+TEST(TwoPlatforms, RunIfASupervisedPlatformRestartsItselfTwiceByTheWord) {
+    const auto restartingTwiceWith = [](const PlatformPlan& restart) {
+        return runWithoutSwitches(supervisedRaceOf({0}, {restart, restart, lastPlatform, lastPlatform}));
+    };
+    const PlatformPlan byWord = {
+        .fate = Fate::restartsItself, .publishesAfter = 0, .livesFor = 10000, .word = "RESTART"};
+    const PlatformPlan byExitCode = {
+        .fate = Fate::restartsItself, .publishesAfter = 0, .livesFor = 10000, .exitCode = 23};
+    EXPECT_EQ(overlapsIn(restartingTwiceWith(byWord), Overlap::takenForCrash), 1);
+    EXPECT_TRUE(restartingTwiceWith(byExitCode).overlaps.empty());
 }
 
-TEST(TwoSupervisedPlatforms, RunIfAStartComesBeforeThePipeFileOfARerun) {
-    const auto arrivingAfter = [](std::uint32_t milliseconds) {
-        return runSupervised({0, milliseconds}, {{.publishesAfter = 0, .livesFor = 3000, .exitCode = crash},
-                                                 {.publishesAfter = 5000, .livesFor = 60000, .exitCode = 23},
-                                                 lastPlatform});
+// A supervisor does not wait longer than five minutes for a launcher that holds the lock. Here a start
+// becomes the main process after the crash and stalls when it opens its log.
+TEST(TwoPlatforms, RunIfASupervisorDoesNotGetTheLockForFiveMinutes) {
+    const auto stallingFor = [](std::uint32_t milliseconds) {
+        RacePlan plan =
+            supervisedRaceOf({0, 3200}, {{.publishesAfter = 0, .livesFor = 3100, .exitCode = 1},
+                                         {.publishesAfter = 0, .livesFor = 300000, .exitCode = 23}});
+        plan.launchers[1].arguments = {L"-debug"};
+        plan.stall = simulation::Stall{"openStream", L"_200.log", milliseconds};
+        return runWithoutSwitches(plan);
     };
-    EXPECT_TRUE(arrivingAfter(2000).overlaps.empty());
-    EXPECT_EQ(overlapsIn(arrivingAfter(5000), Overlap::unlockedRerun), 1);  // started again at 3.0 s
-    EXPECT_TRUE(arrivingAfter(9000).overlaps.empty());                      // published at 8.0 s
-}
-
-TEST(TwoSupervisedPlatforms, RunIfAStartComesBeforeTheSupervisorSeesTheCrash) {
-    const auto arrivingAfter = [](std::uint32_t milliseconds) {
-        return runSupervised(
-            {0, milliseconds},
-            {{.publishesAfter = 0, .livesFor = 3100, .exitCode = crash}, lastPlatform, lastPlatform});
-    };
-    EXPECT_TRUE(arrivingAfter(3000).overlaps.empty());
-    EXPECT_EQ(overlapsIn(arrivingAfter(3200), Overlap::unlockedRerun), 1);  // the supervisor looks at 3.5 s
-    EXPECT_TRUE(arrivingAfter(4000).overlaps.empty());
-}
-
-// The launcher of the restart supervises the new platform, and so does the first launcher, which watches
-// every eclipse.exe.
-TEST(TwoSupervisedPlatforms, RunIfThePlatformCrashesAfterARestartThroughALauncher) {
-    const auto endingWith = [](int exitCode) {
-        return runSupervised({0},
-                             {{.fate = Fate::restarts, .publishesAfter = 0, .livesFor = 3000, .exitCode = 24},
-                              {.publishesAfter = 0, .livesFor = 10000, .exitCode = exitCode},
-                              lastPlatform});
-    };
-    EXPECT_TRUE(endingWith(23).overlaps.empty());
-    EXPECT_EQ(overlapsIn(endingWith(crash), Overlap::unlockedRerun), 1);
+    EXPECT_TRUE(stallingFor(290000).overlaps.empty());
+    EXPECT_EQ(overlapsIn(stallingFor(310000), Overlap::lockTimeout), 1);
 }
 
 // A launcher waits for a free instance of the pipe without a limit, and later launchers wait for the

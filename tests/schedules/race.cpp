@@ -75,8 +75,12 @@ const char* nameOf(Overlap overlap) {
             return "the first platform created its pipe file before it wrote the name";
         case Overlap::consequence:
             return "the first platform already shared the workspace with another";
-        case Overlap::unlockedRerun:
-            return "a supervisor started one of them again without the lock";
+        case Overlap::restartGap:
+            return "the first platform had restarted itself and not published yet";
+        case Overlap::takenForCrash:
+            return "another end was taken for the crash of a platform that had restarted itself";
+        case Overlap::lockTimeout:
+            return "a supervisor did not get the lock for five minutes";
         case Overlap::unexplained:
             break;
     }
@@ -159,6 +163,7 @@ void Race::noteEnd(simulation::ProcessId id) {
     const auto found = platforms.find(id);
     if (found != platforms.end()) {
         found->second.endedOperation = machine.operationCount();
+        found->second.endedTime = machine.elapsedMilliseconds();
         return;
     }
     LauncherRecord& ended = launchers[id];  // collectStarts adds the name of one that a platform started
@@ -182,6 +187,7 @@ RaceReport Race::run() {
     checkPlatforms();
     checkPayloads();
     checkLockFiles();
+    checkDesktop();
     return report;
 }
 

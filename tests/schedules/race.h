@@ -48,7 +48,9 @@ enum class Overlap {
     heldPipeFile,    // an old pipe file could not be removed because a stalled restart had it open
     emptyPipeFile,   // the first one created its pipe file before it wrote the name
     consequence,     // the first one already shared the workspace, which has only one pipe file
-    unlockedRerun,   // a supervisor started one of them again, without the lock
+    restartGap,      // the first one had restarted itself and not published yet
+    takenForCrash,   // it had restarted itself, and its supervisor took another end for its crash
+    lockTimeout,     // a supervisor did not get the lock for five minutes
     unexplained,     // none of these: a violation
 };
 const char* nameOf(Overlap overlap);
@@ -96,6 +98,7 @@ private:
         std::uint64_t publishedOperation = never;
         std::uint64_t publishedTime = never;
         std::uint64_t endedOperation = never;
+        std::uint64_t endedTime = never;
         PlatformPlan plan;
     };
 
@@ -116,12 +119,19 @@ private:
     void checkPlatforms();
     void checkPayloads();
     void checkLockFiles();
+    void checkDesktop();
+    void checkCrash(simulation::ProcessId id, const PlatformRecord& crashed);
+    bool isSupervised(simulation::ProcessId id, const PlatformRecord& record) const;
+    bool hasCrashed(simulation::ProcessId id, const PlatformRecord& record) const;
     bool isSlow(const PlatformRecord& record) const;
     bool isNoLongerWaitedFor(const PlatformRecord& record) const;
     bool foundLatePipeFile(const PlatformRecord& record) const;
     bool foundHeldPipeFile(const PlatformRecord& record) const;
+    bool isStartedWithoutLock(const PlatformRecord& record) const;
+    std::uint64_t lockOperation(const PlatformRecord& record) const;
     bool canStall() const;
-    Overlap explain(const PlatformRecord& first, const PlatformRecord& second) const;
+    Overlap explain(simulation::ProcessId firstId, const PlatformRecord& second) const;
+    Overlap explainRestarted(simulation::ProcessId firstId, const PlatformRecord& second) const;
     std::uint64_t longestAllowedWait() const;
     std::size_t deliveriesOf(const std::wstring& name) const;
     void fail(const std::string& text);

@@ -14,6 +14,7 @@ using launchertest::pipeText;
 using launchertest::toUtf8;
 
 constexpr std::uint64_t pipeFileWait = 15'000;
+constexpr int relockAttempts = 330;
 
 // `ZLNCH0142E: ...` and the like, except the errors after which a start continues.
 bool isFatalLine(const std::string& line) {
@@ -194,19 +195,38 @@ bool Race::isSlow(const PlatformRecord& record) const {
 
 // Its launcher released the lock before this platform published.
 bool Race::isNoLongerWaitedFor(const PlatformRecord& record) const {
-    return isSlow(record) || foundLatePipeFile(record) || (canStall() && foundHeldPipeFile(record));
+    return hasRestartedItself(record) || isSlow(record) || foundLatePipeFile(record) ||
+           (canStall() && foundHeldPipeFile(record));
 }
 
-// Another platform, whose launcher had already released the lock, published after this one's launcher
-// got the lock and before this one published. So the launcher saw a pipe file and released the lock too
-// early for this one as well.
-bool Race::foundLatePipeFile(const PlatformRecord& record) const {
+// When its launcher took the lock.
+std::uint64_t Race::lockOperation(const PlatformRecord& record) const {
     std::uint64_t locked = 0;
     for (const simulation::Operation& operation : machine.operations()) {
         const bool isLast = operation.process == record.starter && operation.name == "lockStream" &&
                             operation.index < record.createdOperation;
         locked = isLast ? operation.index : locked;
     }
+    return locked;
+}
+
+// Its launcher had tried to take the lock for five minutes.
+bool Race::isStartedWithoutLock(const PlatformRecord& record) const {
+    int attempts = 0;
+    for (const simulation::Operation& operation : machine.operations()) {
+        if (operation.process == record.starter && operation.index < record.createdOperation) {
+            attempts += operation.name == "lockStream" ? 1 : 0;
+            attempts = operation.name == "createProcess" ? 0 : attempts;
+        }
+    }
+    return record.isRerun && attempts >= relockAttempts;
+}
+
+// Another platform, whose launcher had already released the lock, published after this one's launcher
+// got the lock and before this one published. So the launcher saw a pipe file and released the lock too
+// early for this one as well.
+bool Race::foundLatePipeFile(const PlatformRecord& record) const {
+    const std::uint64_t locked = lockOperation(record);
     return std::any_of(platforms.begin(), platforms.end(), [&](const auto& entry) {
         const PlatformRecord& other = entry.second;
         return other.publishedOperation > locked && other.publishedOperation < record.publishedOperation &&
@@ -238,8 +258,27 @@ bool Race::canStall() const {
     return plan.switching.stallOneIn != 0 || plan.stall;
 }
 
-// Why `second` was started while `first` ran.
-Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second) const {
+// The same for a first platform that has restarted itself, without a launcher that knew of it.
+Overlap Race::explainRestarted(simulation::ProcessId firstId, const PlatformRecord& second) const {
+    if (lockOperation(second) < platforms.at(firstId).publishedOperation) {
+        return Overlap::restartGap;
+    }
+    const bool isItsSupervisor = platforms.at(recordedIdOf(firstId)).starter == second.starter;
+    return second.isRerun && isItsSupervisor ? Overlap::takenForCrash : Overlap::unexplained;
+}
+
+// Why `second` was started while the first platform ran.
+Overlap Race::explain(simulation::ProcessId firstId, const PlatformRecord& second) const {
+    const PlatformRecord& first = platforms.at(firstId);
+    const bool isFirstUnknown = lockOperation(second) < first.publishedOperation;
+    if (isStartedWithoutLock(second) || (isStartedWithoutLock(first) && isFirstUnknown)) {
+        return Overlap::lockTimeout;
+    }
+    const Overlap restarted =
+        hasRestartedItself(first) ? explainRestarted(firstId, second) : Overlap::unexplained;
+    if (restarted != Overlap::unexplained) {
+        return restarted;
+    }
     if (isSlow(first)) {
         return Overlap::slowPlatform;
     }
@@ -269,11 +308,13 @@ Overlap Race::explain(const PlatformRecord& first, const PlatformRecord& second)
         if (isEarlyReading && first.plan.publishing == Publishing::inPlace) {
             return Overlap::emptyPipeFile;
         }
-        if (isEarlyReading && launchers.at(second.starter).isRestart) {
+        const bool isRestart =
+            !second.isRerun && !hasRestartedItself(second) && launchers.at(second.starter).isRestart;
+        if (isEarlyReading && isRestart) {
             return Overlap::rememberedName;
         }
     }
-    return first.isRerun || second.isRerun ? Overlap::unlockedRerun : Overlap::unexplained;
+    return Overlap::unexplained;
 }
 
 // Two platforms run at the same time only for one of the accepted reasons.
@@ -291,11 +332,15 @@ void Race::checkPlatforms() {
         for (const auto& [firstId, first] : started) {
             const bool isOverlap = first->createdOperation < second->createdOperation &&
                                    first->endedOperation >= second->createdOperation;
-            if (!isOverlap || second->starter == firstId) {
+            if (!isOverlap) {
+                continue;
+            }
+            if (second->starter == firstId) {
+                together.insert(firstId);  // it stays until its end, and the pipe file is its successor's
                 continue;
             }
             together.insert({firstId, secondId});
-            Overlap reason = explain(*first, *second);
+            Overlap reason = explain(firstId, *second);
             if (reason == Overlap::unexplained && sharing.count(firstId) != 0) {
                 reason = Overlap::consequence;
             }
@@ -336,28 +381,74 @@ void Race::checkPayloads() {
     }
 }
 
-// The lock file and `.zel.main` name the last platform. The lock file may be blank.
+// The lock file and `.zel.main` name the last platform that a launcher has started. The lock file may be
+// blank.
 void Race::checkLockFiles() {
     const std::string lock = workspaceFile(L".zel.lock").value_or("");
     if (!isOwnerText(lock)) {
         fail("the lock file holds \"" + lock + "\"");
     }
-    const auto last = std::max_element(platforms.begin(), platforms.end(), [](const auto& a, const auto& b) {
-        return a.second.createdOperation < b.second.createdOperation;
-    });
+    auto last = platforms.end();
+    for (auto entry = platforms.begin(); entry != platforms.end(); ++entry) {
+        const bool isLater =
+            last == platforms.end() || entry->second.createdOperation > last->second.createdOperation;
+        last = isLater && !hasRestartedItself(entry->second) ? entry : last;
+    }
     if (last == platforms.end()) {
         return;
     }
-    if (report.overlaps.count(Overlap::unlockedRerun) != 0) {
-        return;  // a supervisor cannot write to the lock file while another launcher holds the lock
-    }
-    const std::string processId = std::to_string(recordedIdOf(last->first));
-    if (lock.find_first_not_of(' ') != std::string::npos && lock.substr(0, lock.find(' ')) != processId) {
+    const std::string processId = std::to_string(last->first);
+    // Without the lock, the process id cannot be written while another launcher holds it.
+    const bool isRecorded = !isStartedWithoutLock(last->second);
+    if (isRecorded && lock.find_first_not_of(' ') != std::string::npos &&
+        lock.substr(0, lock.find(' ')) != processId) {
         fail("the lock file holds \"" + lock + "\", and the last platform is " + processId);
     }
     if (workspaceFile(L".zel.main") != processId + "     ") {
         fail(".zel.main holds \"" + workspaceFile(L".zel.main").value_or("") +
              "\", and the last platform is " + processId);
+    }
+}
+
+bool Race::hasCrashed(simulation::ProcessId id, const PlatformRecord& record) const {
+    constexpr std::uint32_t orderly[] = {0, 23, 24};
+    return record.endedOperation != never &&
+           std::find(std::begin(orderly), std::end(orderly), machine.endOf(id).status) == std::end(orderly);
+}
+
+// One that has restarted itself is found in a list of processes, three seconds later.
+bool Race::isSupervised(simulation::ProcessId id, const PlatformRecord& record) const {
+    if (!plan.isLockdown || platforms.at(recordedIdOf(id)).starter == 0) {
+        return false;
+    }
+    const auto isInList = [&](const simulation::Operation& operation) {
+        return operation.name == "processSnapshot" && operation.index > record.createdOperation &&
+               operation.index <= record.endedOperation;
+    };
+    return !hasRestartedItself(record) ||
+           std::any_of(machine.operations().begin(), machine.operations().end(), isInList);
+}
+
+// A platform that crashes while it is supervised leaves another one behind, or is followed by one.
+void Race::checkDesktop() {
+    for (const auto& [id, record] : platforms) {
+        if (isSupervised(id, record) && hasCrashed(id, record)) {
+            checkCrash(id, record);
+        }
+    }
+}
+
+void Race::checkCrash(simulation::ProcessId id, const PlatformRecord& crashed) {
+    std::uint64_t next = never;
+    for (const auto& [otherId, other] : platforms) {
+        if (other.createdOperation > crashed.endedOperation) {
+            next = std::min(next, other.createdTime);
+        } else if (other.endedOperation > crashed.endedOperation) {
+            return;
+        }
+    }
+    if (next == never || (!canStall() && next - crashed.endedTime > longestAllowedWait())) {
+        fail("no platform ran after the crash of " + std::to_string(id));
     }
 }
 

@@ -46,10 +46,23 @@ LauncherPlan drawLauncher(Draw& draw) {
 }
 
 Fate drawFate(Draw& draw) {
-    const Fate fates[] = {Fate::lives, Fate::lives,    Fate::lives,          Fate::lives,
-                          Fate::lives, Fate::restarts, Fate::restarts,       Fate::restarts,
-                          Fate::dies,  Fate::dies,     Fate::neverPublishes, Fate::neverServes};
+    const Fate fates[] = {Fate::lives,    Fate::lives,          Fate::lives,      Fate::lives,
+                          Fate::lives,    Fate::restarts,       Fate::restarts,   Fate::restarts,
+                          Fate::restarts, Fate::restartsItself, Fate::dies,       Fate::dies,
+                          Fate::dies,     Fate::neverPublishes, Fate::neverServes};
     return draw.oneOf(fates);
+}
+
+// What a supervisor sees of an end. A platform that restarts itself without an exit code or word for that is
+// started again beside its restart.
+void drawEnd(Draw& draw, PlatformPlan& plan) {
+    constexpr PlatformPlan restarts[] = {{.exitCode = 23}, {.exitCode = 24}, {.word = "RESTART"}};
+    constexpr PlatformPlan others[] = {{.exitCode = 1}, {.exitCode = 1},  {.exitCode = 1},
+                                       {.exitCode = 0}, {.exitCode = 23}, {.word = "LOGOFF"}};
+    const bool isRestart = plan.fate == Fate::restarts || plan.fate == Fate::restartsItself;
+    const PlatformPlan end = isRestart && !draw.percent(15) ? draw.oneOf(restarts) : draw.oneOf(others);
+    plan.exitCode = end.exitCode;
+    plan.word = end.word;
 }
 
 PlatformPlan drawPlatform(Draw& draw) {
@@ -60,6 +73,7 @@ PlatformPlan drawPlatform(Draw& draw) {
     plan.livesFor = draw.percent(30) ? draw.below(3) : drawMoment(draw, draw.percent(50) ? 4 : 40);
     const std::uint32_t ends[] = {0, 0, 1, 500, 1000, 5000, 18000, 25000};
     plan.endsAfterRestart = draw.oneOf(ends);
+    drawEnd(draw, plan);
     return plan;
 }
 
@@ -81,6 +95,7 @@ RacePlan planOf(std::uint64_t seed) {
     Draw draw(seed);
     RacePlan plan;
     plan.seed = seed;
+    plan.isLockdown = draw.percent(40);
     const InitialState states[] = {InitialState::nothing, InitialState::deadPlatform,
                                    InitialState::runningPlatform};
     plan.initialState = draw.oneOf(states);
@@ -95,7 +110,8 @@ RacePlan planOf(std::uint64_t seed) {
         plan.platforms.front().fate != Fate::neverServes) {
         plan.platforms.front().fate = draw.percent(40) ? Fate::restarts : Fate::lives;
     }
-    plan.platforms.emplace_back();  // the fourth and later ones only live, so that restarts end
+    // The fourth and later ones only live, so that restarts end, and so does the supervision.
+    plan.platforms.push_back({.exitCode = 23});
     plan.switching = drawSwitching(draw);
     return plan;
 }

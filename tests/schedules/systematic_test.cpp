@@ -92,4 +92,14 @@ TEST(TwoLaunchers, NeverOverlapWhileThePlatformEnds) {
     }
 }
 
+// On a locked-down desktop, a start arrives at the moment at which the supervisor sees the crash.
+TEST(TwoLaunchers, NeverOverlapWhileASupervisedPlatformIsStartedAgain) {
+    RacePlan plan = twoLaunchers(InitialState::nothing);
+    plan.isLockdown = true;
+    plan.launchers[1].arrivesAfter = 3540;  // the supervisor's fifth look
+    plan.platforms = {{.publishesAfter = 0, .livesFor = 3100, .exitCode = 1},
+                      {.publishesAfter = 200, .livesFor = 5000, .exitCode = 23}};
+    expectAllDelivered(exploreAll(plan, isSharedOperation, sharedDepartures()));
+}
+
 }  // namespace

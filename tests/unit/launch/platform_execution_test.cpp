@@ -268,11 +268,26 @@ TEST_F(PlatformExecution, UnreadableUserNameIsADebugLine) {
 TEST_F(PlatformExecution, RerunStartsLaunchCommand) {
     runQuietly([&] {
         zellauncher::acquirePlatformLock({L"prog"}, workspace);
+        zellauncher::releasePlatformLock();
         zellauncher::launchCommand = L"\"C:\\p\\eclipse.exe\" -again";
         zellauncher::rerunCommand();
     });
     ASSERT_EQ(machine.startedProcesses().size(), 1U);
     EXPECT_EQ(machine.startedProcesses()[0].commandLine, L"\"C:\\p\\eclipse.exe\" -again");
+}
+
+TEST_F(PlatformExecution, RerunStartsNothingBesideAnotherLaunchersPlatform) {
+    const Outcome outcome = runQuietly([&] {
+        zellauncher::acquirePlatformLock({L"prog"}, workspace);
+        zellauncher::releasePlatformLock();
+        machine.writeFile(L"C:\\ws\\.zel.lock", "815          ");
+        machine.writeFile(L"C:\\ws\\.pipe", "\\\\.\\pipe\\other\r\n");
+        machine.createSemaphore(L"Global\\othersem", simulation::SemaphoreAccess::granted);
+        zellauncher::launchCommand = platformCommand;
+        zellauncher::rerunCommand();
+    });
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_TRUE(machine.startedProcesses().empty());
 }
 
 TEST_F(PlatformExecution, DaemonStartsNothing) {
