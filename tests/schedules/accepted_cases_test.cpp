@@ -152,6 +152,23 @@ TEST(TwoPlatforms, RunIfASupervisedPlatformRestartsItselfTwiceByTheWord) {
     EXPECT_TRUE(restartingTwiceWith(byExitCode).overlaps.empty());
 }
 
+// The platform asks a launcher for its restart but ends as if it had crashed. The supervisor looks at most
+// half a second later; the launcher of the restart looks once a second, for the pipe name that it read after
+// 1 s.
+TEST(TwoPlatforms, RunIfASupervisorIsFasterThanTheRestart) {
+    const auto endingAfter = [](std::uint32_t milliseconds) {
+        return runWithoutSwitches(supervisedRaceOf({0}, {{.fate = Fate::restarts,
+                                                          .publishesAfter = 0,
+                                                          .livesFor = 3000,
+                                                          .endsAfterRestart = milliseconds,
+                                                          .exitCode = 1},
+                                                         lastPlatform,
+                                                         lastPlatform}));
+    };
+    EXPECT_TRUE(endingAfter(400).overlaps.empty());
+    EXPECT_EQ(overlapsIn(endingAfter(1200), Overlap::rememberedName), 1);
+}
+
 // A supervisor does not wait longer than five minutes for a launcher that holds the lock. Here a start
 // becomes the main process after the crash and stalls when it opens its log.
 TEST(TwoPlatforms, RunIfASupervisorDoesNotGetTheLockForFiveMinutes) {
