@@ -4,7 +4,10 @@
 #include <cstdint>
 #include <optional>
 
+#include "foundation/file_queries.h"
+#include "foundation/formatter.h"
 #include "foundation/log_channel.h"
+#include "instance/pipe_file.h"
 #include "instance/platform_lock.h"
 #include "instance/process_record.h"
 #include "platform/clock.h"
@@ -39,6 +42,29 @@ void logLikelyCause(const std::wstring& command, platform::ErrorCode error) {
     platform::exitProcess(-1);
 }
 
+std::wstring describeStatus(std::uint32_t status) {
+    const std::uint64_t number = status;
+    // Systems and JVMs give small numbers in decimal and the codes of crashes in hexadecimal.
+    return number > 255 ? formatText(L"%lu (0x%X)", {number, number}) : formatText(L"%lu", {number});
+}
+
+// A platform that dies at its start shows nothing to the user, and the rest of the log is that of a good
+// start. The line must also be true for a child that ends early on purpose, and for one that published
+// and ended between two looks.
+void logEndWithoutPipeFile(const platform::ChildProcess& child) {
+    if (!platform::hasProcessEnded(child.process) || fileExists(endpointFilePath)) {
+        return;
+    }
+    if (const std::optional<std::uint32_t> status = platform::processExitCode(child.process)) {
+        logMessageF(
+            "ZELLauncher> the platform's process ended with status %ls before a .pipe was seen; "
+            "if it failed, -debug -consoleLog shows why",
+            describeStatus(*status));
+        // The next launcher opens the same file as soon as it has the lock.
+        flushLog();
+    }
+}
+
 }  // namespace
 
 platform::ChildProcess startChild(const std::wstring& command, const platform::StartInformation& start) {
@@ -46,7 +72,9 @@ platform::ChildProcess startChild(const std::wstring& command, const platform::S
     if (!child) {
         endWithoutChild(command);
     }
-    recordPlatformProcess(child->processId);
+    if (!recordPlatformProcess(child->processId)) {
+        logEndWithoutPipeFile(*child);
+    }
     return *child;
 }
 

@@ -49,17 +49,18 @@ std::optional<std::wstring> readPipeName() {
     return line;
 }
 
-void waitForPipeFile() {
+bool waitForPipeFile() {
     for (int pass = 0; pass < waitSeconds; ++pass) {
         if (fileExists(endpointFilePath)) {
             if (isPipeFileAside) {
                 isPipeFileAside = false;
                 deleteFile(crashedPipeFilePath());
             }
-            return;
+            return true;
         }
         sleepSeconds(1);
     }
+    return false;
 }
 
 bool hasStalePipeFile() {

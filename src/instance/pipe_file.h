@@ -17,9 +17,9 @@ extern PROCESS_WIDE std::wstring pipeName;
 // The first line of the pipe file; nothing if the file is missing, unreadable or still empty.
 std::optional<std::wstring> readPipeName();
 
-// Waits until the pipe file exists, for at most 15 seconds. If it appears, one that setPipeFileAside has
-// moved is deleted.
-void waitForPipeFile();
+// Waits until the pipe file exists, for at most 15 seconds; false if it was not seen. If it appears, one that
+// setPipeFileAside has moved is deleted.
+bool waitForPipeFile();
 
 // True if a former platform has left its pipe file, also as `.pipe.crashed`.
 bool hasStalePipeFile();

@@ -24,14 +24,14 @@ void writeOwnerRecord(std::uint32_t processId) {
 
 }  // namespace
 
-void recordPlatformProcess(std::uint32_t processId) {
+bool recordPlatformProcess(std::uint32_t processId) {
     recordedProcessId = processId;
     if (isMainProcess) {
         writeMainRecord(processId);
         writeOwnerRecord(processId);
     }
     // The lock is held meanwhile, so the next launcher finds a platform that can take its command.
-    waitForPipeFile();
+    return waitForPipeFile();
 }
 
 void writeMainRecord(std::uint32_t processId) {

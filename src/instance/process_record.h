@@ -11,8 +11,9 @@ namespace zellauncher {
 extern PROCESS_WIDE std::uint32_t recordedProcessId;
 
 // On a main process, writes the child's process id to `.zel.main` and the lock file; of the latter, only a
-// failed write is logged, not a failed flush. Then waits for its pipe file (waitForPipeFile).
-void recordPlatformProcess(std::uint32_t processId);
+// failed write is logged, not a failed flush. Then waits for its pipe file; false if it was not seen
+// (waitForPipeFile).
+bool recordPlatformProcess(std::uint32_t processId);
 
 // Rewrites `.zel.main`. A failure is only logged.
 void writeMainRecord(std::uint32_t processId);

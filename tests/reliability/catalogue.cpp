@@ -188,6 +188,12 @@ std::function<void(Stage&)> exitData(const std::string& text) {
     return [text](Stage& stage) { stage.machine.writeFile(L"C:\\Users\\ann\\.exitData", text); };
 }
 
+void dyingPlatform(Stage& stage) {
+    stage.platform.publishes = false;
+    stage.platform.exitCode = 13;
+    livesFor(stage, 0);
+}
+
 void service(Stage& stage) {
     kind("service")(stage);
     stage.baseProperties.set("cp", "${zel.home}/start.jar");
@@ -414,6 +420,13 @@ std::vector<Scenario> makeCatalogue() {
          .arguments = {L"-resetconfig"},
          .past = livedInWithReadOnlyTemplates},
         {.name = "silent_platform", .world = [](Stage& stage) { stage.platform.publishes = false; }},
+        {.name = "dying_platform", .world = dyingPlatform},
+        {.name = "dying_provisioning",
+         .world =
+             [](Stage& stage) {
+                 provisioned(stage);
+                 dyingPlatform(stage);
+             }},
         {.name = "install_outside_framework",
          .past = outsideFramework,
          .program = outside + L"\\zel\\zellauncher.exe"},

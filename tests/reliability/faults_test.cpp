@@ -150,6 +150,17 @@ bool hasHitProperties(const Performance& run) {
     return hasHitFile(run, "readStream", {L"jvm.properties", L"args.properties", L"zellauncher.properties"});
 }
 
+// That the platform has died is in the log, or it is not because the launcher could not see it.
+bool saysThatPlatformEnded(const Performance& run) {
+    return std::any_of(run.logLines.begin(), run.logLines.end(), [](const std::string& line) {
+        return line.starts_with("ZELLauncher> the platform's process ended with status ");
+    });
+}
+
+bool hasHitPipeFile(const Performance& run) {
+    return hasHit(run, [](const Operation& operation) { return operation.argument.ends_with(L".pipe"); });
+}
+
 // --- The runs -----------------------------------------------------------------------------------
 
 // A run may go on without end at a lock that another process holds, at a child whose end cannot be queried,
@@ -207,6 +218,7 @@ protected:
         if (!run.end) {
             return;
         }
+        judgeEndOfPlatform(run);
         for (const std::wstring& path : lostFiles(*stage, rehearsal.userFiles)) {
             expectAccepted(run.renewals() > 1 ? backupReplaced : notAccepted,
                            "loses " + launchertest::toUtf8(path), run.logLines);
@@ -244,6 +256,17 @@ protected:
         }
         if (!run.commands.empty() && untouched.commands.empty()) {
             addFinding("started a platform and failed", run.logLines);
+        }
+    }
+
+    // No fault of the launcher kills a platform or saves one.
+    void judgeEndOfPlatform(const Performance& run) {
+        if (saysThatPlatformEnded(run) && !saysThatPlatformEnded(untouched) && !hasHitPipeFile(run)) {
+            addFinding("says that a living platform has ended", run.logLines);
+        }
+        if (!saysThatPlatformEnded(run) && saysThatPlatformEnded(untouched) && !run.commands.empty() &&
+            !hasHitLog(run) && !hasHitOneOf(run, {"hasProcessEnded", "processExitCode"})) {
+            addFinding("does not say that the platform has ended", run.logLines);
         }
     }
 

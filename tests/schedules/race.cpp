@@ -112,6 +112,8 @@ Race::Race(const RacePlan& racePlan) : Story(racePlan.seed), plan(racePlan) {
         LauncherRecord& added = launchers[id];
         added.name = arguments.back();
         added.isRestart = std::find(arguments.begin(), arguments.end(), L"-restart") != arguments.end();
+        added.isCommandOnly =
+            std::find(arguments.begin(), arguments.end(), L"-dcommand_only") != arguments.end();
         added.arrival = machine.elapsedMilliseconds() + launcherPlan.arrivesAfter;
     }
 }
@@ -188,6 +190,7 @@ RaceReport Race::run() {
     checkPayloads();
     checkLockFiles();
     checkDesktop();
+    checkLogs();
     return report;
 }
 

@@ -59,6 +59,7 @@ struct RaceReport {
     std::vector<std::string> violations;
     std::map<std::string, int> outcomes;  // how the launchers ended
     std::map<Overlap, int> overlaps;
+    int endsInLogs = 0;             // logs that say that the platform has ended
     std::uint64_t longestWait = 0;  // of a launcher that ended, from its arrival, in milliseconds
 };
 
@@ -83,6 +84,7 @@ private:
         std::wstring name;  // the argument that identifies it
         bool isRestart = false;
         bool hasStartedPlatform = false;
+        bool isCommandOnly = false;
         std::uint64_t arrival = 0;
         std::uint64_t endTime = 0;
         bool hasEnded = false;
@@ -123,6 +125,10 @@ private:
     void checkCrash(simulation::ProcessId id, const PlatformRecord& crashed);
     bool isSupervised(simulation::ProcessId id, const PlatformRecord& record) const;
     bool hasCrashed(simulation::ProcessId id, const PlatformRecord& record) const;
+    void checkLogs();
+    std::vector<PlatformRecord> platformsOf(simulation::ProcessId launcher) const;
+    static bool hasEndedUnpublished(const PlatformRecord& record);
+    bool hasEndedUnseen(const PlatformRecord& record) const;
     bool isSlow(const PlatformRecord& record) const;
     bool isNoLongerWaitedFor(const PlatformRecord& record) const;
     bool foundLatePipeFile(const PlatformRecord& record) const;
