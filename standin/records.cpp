@@ -38,13 +38,19 @@ std::string environmentLines() {
     return lines;
 }
 
+bool hasConsole() {
+    DWORD processId = 0;
+    return GetConsoleProcessList(&processId, 1) != 0;
+}
+
 std::string startLines() {
     STARTUPINFOW start = {};
     GetStartupInfoW(&start);
     char flags[16] = {};
     snprintf(flags, sizeof(flags), "%lx", start.dwFlags);
     return "pid=" + std::to_string(GetCurrentProcessId()) + "\nflags=" + flags +
-           "\ntitle=" + utf8(start.lpTitle != nullptr ? start.lpTitle : L"") + "\n";
+           "\ntitle=" + utf8(start.lpTitle != nullptr ? start.lpTitle : L"") +
+           "\nconsole=" + (hasConsole() ? "yes" : "no") + "\n";
 }
 
 }  // namespace

@@ -133,8 +133,11 @@ bool VariableOrder::operator()(const std::wstring& left, const std::wstring& rig
     return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_LESS_THAN;
 }
 
-EndToEnd::EndToEnd() {
+EndToEnd::EndToEnd() : launcherName(environmentText(L"ZELLAUNCHER_PROGRAM")) {
     static int count = 0;
+    if (launcherName.empty()) {
+        launcherName = L"zellauncher.exe";
+    }
     root = fs::path(environmentText(L"TEMP")) /
            (L"zl-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count));
     install = root / L"framework" / L"Client";
@@ -191,7 +194,7 @@ void EndToEnd::layOut() {
     }
     fs::create_directories(userHome);
     fs::create_directories(root / L"temp");
-    placeProgram(L"zellauncher.exe", install / L"zel" / L"zellauncher.exe");
+    placeProgram(launcherName, launcherPath());
     placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");
     write(base / L"win32" / L"x86_64" / L"standin.script", joined(scriptLines));
     write(install / L"zel" / L"zellauncher.properties", joined(launcherLines));
@@ -212,12 +215,12 @@ void EndToEnd::layOutExample() {
     fs::create_directories(root / L"temp");
     fs::create_directories(install);
     fs::copy(builtPrograms() / L"example-install", install, fs::copy_options::recursive);
-    placeProgram(L"zellauncher.exe", install / L"zel" / L"zellauncher.exe");
+    placeProgram(launcherName, launcherPath());
     placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");
 }
 
 Running EndToEnd::begin(const Arguments& arguments) {
-    return beginFrom(install / L"zel" / L"zellauncher.exe", arguments);
+    return beginFrom(launcherPath(), arguments);
 }
 
 Running EndToEnd::beginFrom(const fs::path& program, const Arguments& arguments) {
@@ -229,7 +232,7 @@ Running EndToEnd::beginFrom(const fs::path& program, const Arguments& arguments)
 }
 
 Running EndToEnd::beginLine(const std::wstring& tail) {
-    return beginCommand(quoted((install / L"zel" / L"zellauncher.exe").wstring()) + L" " + tail);
+    return beginCommand(quoted(launcherPath().wstring()) + L" " + tail);
 }
 
 Running EndToEnd::beginCommand(std::wstring command) {

@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-// Runs the real zellauncher.exe on an install with real files, with the standin as the platform. Every
-// wait is for an event and has a limit.
+// Runs the real launcher on an install with real files, with the standin as the platform. Every wait is for
+// an event and has a limit.
 namespace endtoend {
 
 namespace fs = std::filesystem;
@@ -61,6 +61,8 @@ protected:
     EndToEnd();
     ~EndToEnd() override;  // ends the platforms of this test and deletes its files
 
+    // The launcher's file: zellauncher.exe, unless the variable ZELLAUNCHER_PROGRAM names the other one.
+    std::wstring launcherName;
     fs::path root;     // everything of this test
     fs::path install;  // ...\framework\Client
     fs::path base;     // the base location
@@ -91,6 +93,7 @@ protected:
     Running beginLine(const std::wstring& tail);
     Running beginFrom(const fs::path& program, const Arguments& arguments);
     static Status waitFor(const Running& running);
+    fs::path launcherPath() const { return install / L"zel" / launcherName; }
 
     fs::path workspace() const;              // the user's default one
     std::wstring workspaceArgument() const;  // as the launcher spells it on the command line

@@ -40,7 +40,7 @@ std::vector<std::wstring> systemLibraries() {
 class PlantedDll : public EndToEnd {
 protected:
     const std::vector<std::wstring> names = systemLibraries();
-    const std::vector<std::wstring> programs = {L"zellauncher.exe", L"library_probe.exe", L"contract.exe"};
+    const std::vector<std::wstring> programs = {launcherName, L"library_probe.exe", L"contract.exe"};
     fs::path elsewhere;  // the current directory of the launchers
 
     void SetUp() override {
@@ -127,14 +127,14 @@ TEST_F(PlantedDll, StartsLoadNone) {
     EXPECT_EQ(launch({L"-dcommand_only", L"handed over"}), 0U) << log();
     stopPlatform();
     EXPECT_EQ(launch({L"-resetconfig", L"-console"}), 0U) << log();
-    EXPECT_EQ(marksOf(L"zellauncher.exe"), std::vector<std::wstring>());
+    EXPECT_EQ(marksOf(launcherName), std::vector<std::wstring>());
 }
 
 TEST_F(PlantedDll, RefusedStartsLoadNone) {
     EXPECT_EQ(launch({L"-maxargcnt", L"9"}), fatalStatus);
     fs::remove(base / L"win32" / L"x86_64" / L"eclipse.exe");
     EXPECT_EQ(launch(), fatalStatus);
-    EXPECT_EQ(marksOf(L"zellauncher.exe"), std::vector<std::wstring>());
+    EXPECT_EQ(marksOf(launcherName), std::vector<std::wstring>());
 }
 
 // contract.exe calls every function of the system interface.

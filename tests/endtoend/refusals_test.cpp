@@ -41,8 +41,8 @@ TEST_F(Refusals, MissingLauncherPropertiesAreFatal) {
 TEST_F(Refusals, LauncherOutsideZelIsFatal) {
     layOut();
     fs::create_directories(install / L"bin");
-    fs::copy_file(install / L"zel" / L"zellauncher.exe", install / L"bin" / L"zellauncher.exe");
-    EXPECT_EQ(launchFrom(install / L"bin" / L"zellauncher.exe"), fatalStatus);
+    fs::copy_file(launcherPath(), install / L"bin" / launcherName);
+    EXPECT_EQ(launchFrom(install / L"bin" / launcherName), fatalStatus);
     EXPECT_TRUE(contains(tempLog(), "ZLNCH0049E: Unable to locate the platform's installation directory\n"));
 }
 
