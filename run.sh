@@ -36,8 +36,8 @@ parts=build/windows/real-platform
 build() {
     ensure_packages g++-mingw-w64-x86-64-posix wine64 googletest cmake ninja-build
     mkdir -p build
-    [ -f build/windows/build.ninja ] || cmake --preset windows >build/windows.configure.log
-    cmake --build --preset windows --target zellauncher standin
+    [ -f build/windows/build.ninja ] || quietly build/windows.configure.log cmake --preset windows
+    quietly build/windows.build.log cmake --build --preset windows --target zellauncher zellauncherw standin
     if [ "$platform" = real ] && ! ./cmake/real-platform.sh; then
         echo "Using the stand-in instead."
         platform=standin
@@ -50,7 +50,7 @@ lay_out() {
     rm -rf "$install"
     mkdir -p "$install" "$user_home" "$base/win32/x86_64" "$install/jvm/bin"
     cp -r examples/install/. "$install/"
-    cp build/windows/zellauncher.exe "$install/zel/"
+    cp build/windows/zellauncher.exe build/windows/zellauncherw.exe "$install/zel/"
     if [ "$platform" = real ]; then
         cp -r "$parts/install/." "$install/"
         cp -r "$parts/jvm/." "$install/jvm/"
@@ -59,6 +59,15 @@ lay_out() {
         : >"$install/jvm/bin/javaw.exe"
         : >"$install/jvm/bin/java.exe"
     fi
+}
+
+# Runs a command with its output in a file, which is shown only if the command fails.
+quietly() {
+    local output=$1 status=0
+    shift
+    "$@" >"$output" 2>&1 || status=$?
+    [ "$status" -eq 0 ] || cat "$output"
+    return "$status"
 }
 
 # True if the command succeeds within this number of seconds.
@@ -125,7 +134,7 @@ purpose_of() {
         .config/zelinstall.properties.bak) echo "their backup" ;;
         .config/org.eclipse.update/platform.xml) echo "seeded from the install: the platform's features" ;;
         .pipe) echo "written by the platform: the name of its pipe" ;;
-        .zel.lock) echo "the lock file, with the platform's process id" ;;
+        .zel.lock) echo "the lock file, with the process id of the program that was started" ;;
         .zel.main) echo "the process id again" ;;
         applications/eclipse/features/ | applications/eclipse/plugins/) echo "for features and plug-ins that the user adds" ;;
         logs/shutdown.log) echo "starts and unclean ends" ;;
@@ -162,9 +171,22 @@ show_failure() {
     exit 1
 }
 
+# What a reader of the first log stumbles over.
+explain_log() {
+    cat <<'END'
+
+In this log:
+    - ZLNCH0090E is in every log, although it ends in E: the launcher creates a missing lock file before it looks at
+      it. On a first start ZLNCH0091E follows, because the file is still empty.
+    - vmarg.Xss=-Xss256k is an option of the launcher. It adds the JVM option -Xss256k under the name Xss, or replaces
+      the install's option of that name; the command has it after -vmargs.
+END
+}
+
 show_start() {
     show "The log (logs\\zellauncher.log):" "$workspace/logs/zellauncher.log"
-    show "The lock file (.zel.lock) with the platform's process id:" "$workspace/.zel.lock"
+    explain_log
+    show "The lock file (.zel.lock) with the process id of the program that was started, eclipse.exe:" "$workspace/.zel.lock"
     show "The pipe file (.pipe) with the name of the platform's pipe:" "$workspace/.pipe"
 }
 
@@ -176,6 +198,15 @@ show_hand_off() {
 
 fact() { sed -n "s/^$1=//p" "$records/platform.txt"; }
 
+# With javaw.exe as the JVM, the platform is two processes.
+explain_processes() {
+    local native_launcher
+    native_launcher=$(tr -d ' \r\n' <"$workspace/.zel.lock")
+    [ "$native_launcher" = "$(fact pid)" ] && return
+    printf '\nProcess %s is the JVM. Process %s, in .zel.lock, is the native launcher eclipse.exe, which started it.\n' \
+        "$(fact pid)" "$native_launcher"
+}
+
 show_platform() {
     if [ "$platform" = standin ]; then
         printf '\nThe arguments of the stand-in:\n'
@@ -186,6 +217,7 @@ show_platform() {
     printf '    %-14s%s\n' framework "$(fact framework)" Java "$(fact java)" process "$(fact pid)" \
         product "$(fact product)" workspace "$(fact workspace)" configuration "$(fact configuration)" \
         arguments "$(paste -sd '|' "$records/application-arguments.txt" | sed 's/|/, /g')"
+    explain_processes
 }
 
 show_places() {
@@ -193,7 +225,7 @@ show_places() {
         "$user" "$user" "$drive"
 }
 
-say "building"
+say "building; the compiler's output is in build/windows.build.log"
 build
 say "laying out the install in C:\\Apps\\framework\\Client"
 stop_platform
