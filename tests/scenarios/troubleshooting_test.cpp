@@ -173,20 +173,6 @@ TEST_F(StrangeIdentity, CharacterThatNoFileNameHasIsFatal) {
 
 // --- Files that cannot be changed ----------------------------------------------------------------
 
-// The copy is read-only as well, so no backup of it can be removed.
-TEST_F(Troubleshooting, ReadOnlyTemplateStopsTheSeventhReset) {
-    layOut();
-    machine.setAttributes(std::wstring(base) + L"\\config.ini", readOnly);
-    startOnce();
-    for (int reset = 1; reset <= 6; ++reset) {
-        startOnce({L"-resetconfig"});
-    }
-    EXPECT_FATAL(launch({L"-resetconfig"}));
-    EXPECT_TRUE(contains(
-        log(), "ZLNCH0112E: Can't move file/dir  'C:\\Users\\ann\\Mivel\\ZEL\\1234\\ann\\.configbak'"));
-    startOnce();
-}
-
 TEST_F(Troubleshooting, FullDiskLeavesAnEmptyLog) {
     layOut();
     machine.setFreeSpace(0);

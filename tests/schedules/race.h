@@ -126,7 +126,7 @@ private:
     bool isSupervised(simulation::ProcessId id, const PlatformRecord& record) const;
     bool hasCrashed(simulation::ProcessId id, const PlatformRecord& record) const;
     void checkLogs();
-    std::vector<PlatformRecord> platformsOf(simulation::ProcessId launcher) const;
+    std::vector<PlatformRecord> platformsOf(const std::vector<simulation::ProcessId>& openers) const;
     static bool hasEndedUnpublished(const PlatformRecord& record);
     bool hasEndedUnseen(const PlatformRecord& record) const;
     bool isSlow(const PlatformRecord& record) const;

@@ -434,87 +434,84 @@ void Race::checkDesktop() {
     for (const auto& [id, record] : platforms) {
         if (isSupervised(id, record) && hasCrashed(id, record)) {
             checkCrash(id, record);
-            // A launcher that supervises starts several platforms, one after the other.
-            std::vector<Race::PlatformRecord> Race::platformsOf(simulation::ProcessId launcherId) const {
-                std::vector<PlatformRecord> found;
-                for (const auto& [id, record] : platforms) {
-                    if (record.starter == launcherId) {
-                        found.push_back(record);
-                    }
-                }
-                return found;
-            }
+        }
+    }
+}
 
-            bool Race::hasEndedUnpublished(const PlatformRecord& record) {
-                return record.endedOperation != never && record.publishedOperation == never;
-            }
+// The platforms that the last of these launchers has started. A launcher that supervises starts several, one
+// after the other, and keeps the log open while others open it too.
+std::vector<Race::PlatformRecord> Race::platformsOf(const std::vector<simulation::ProcessId>& openers) const {
+    std::vector<PlatformRecord> found;
+    for (const auto& [id, record] : platforms) {
+        const bool isOfAny = std::find(openers.begin(), openers.end(), record.starter) != openers.end();
+        if (plan.isLockdown ? isOfAny : record.starter == openers.back()) {
+            found.push_back(record);
+        }
+    }
+    return found;
+}
 
-            // It ended while its launcher waited for the pipe file, and no other platform wrote one
-            // meanwhile.
-            bool Race::hasEndedUnseen(const PlatformRecord& record) const {
-                constexpr std::uint64_t lastLook = pipeFileWait - 1'000;
-                const std::uint64_t locked = lockOperation(record);
-                const bool isOtherSeen =
-                    std::any_of(platforms.begin(), platforms.end(), [&](const auto& entry) {
-                        return entry.second.publishedOperation > locked &&
-                               entry.second.publishedOperation != never;
-                    });
-                return hasEndedUnpublished(record) && record.endedTime <= record.createdTime + lastLook &&
-                       !isOtherSeen && !foundHeldPipeFile(record);
-            }
+bool Race::hasEndedUnpublished(const PlatformRecord& record) {
+    return record.endedOperation != never && record.publishedOperation == never;
+}
 
-            // A log says that the platform has ended if that happened to the platform of the last launcher
-            // that opened the log, and only then.
-            void Race::checkLogs() {
-                const bool hasAnyEnded =
-                    std::any_of(platforms.begin(), platforms.end(),
-                                [](const auto& entry) { return hasEndedUnpublished(entry.second); });
-                if (!hasAnyEnded) {
-                    return;
-                }
-                std::map<std::wstring, std::vector<simulation::ProcessId>> openers;
-                for (const simulation::Operation& operation : machine.operations()) {
-                    if (operation.name == "openStream" && isLauncherLog(operation.argument)) {
-                        openers[operation.argument].push_back(operation.process);
-                    }
-                }
-                for (const auto& [path, ids] : openers) {
-                    const std::vector<PlatformRecord> started = platformsOf(ids.back());
-                    const bool hasAnyEndedUnseen =
-                        std::any_of(started.begin(), started.end(),
-                                    [this](const PlatformRecord& record) { return hasEndedUnseen(record); });
-                    const std::string log = machine.readFile(path).value_or("");
-                    const bool isEndLogged =
-                        log.find("ZELLauncher> the platform's process ended ") != std::string::npos;
-                    report.endsInLogs += isEndLogged ? 1 : 0;
-                    // -dcommand_only opens the log without the lock, so a start in progress writes to the
-                    // same log.
-                    const bool isShared = std::any_of(ids.begin(), ids.end(), [&](simulation::ProcessId id) {
-                        return launchers.at(id).isCommandOnly;
-                    });
-                    if (isEndLogged && !isShared &&
-                        std::none_of(started.begin(), started.end(), hasEndedUnpublished)) {
-                        fail(toUtf8(path) +
-                             " says that a platform has ended, and that of its launcher has not");
-                    }
-                    if (!isEndLogged && ids.size() == 1 && !canStall() && hasAnyEndedUnseen) {
-                        fail(toUtf8(path) + " does not say that the platform has ended");
-                    }
-                }
-            }
+// It ended while its launcher waited for the pipe file, and no other platform wrote one meanwhile.
+bool Race::hasEndedUnseen(const PlatformRecord& record) const {
+    constexpr std::uint64_t lastLook = pipeFileWait - 1'000;
+    const std::uint64_t locked = lockOperation(record);
+    const bool isOtherSeen = std::any_of(platforms.begin(), platforms.end(), [&](const auto& entry) {
+        return entry.second.publishedOperation > locked && entry.second.publishedOperation != never;
+    });
+    return hasEndedUnpublished(record) && record.endedTime <= record.createdTime + lastLook && !isOtherSeen &&
+           !foundHeldPipeFile(record);
+}
 
-            void Race::checkCrash(simulation::ProcessId id, const PlatformRecord& crashed) {
-                std::uint64_t next = never;
-                for (const auto& [otherId, other] : platforms) {
-                    if (other.createdOperation > crashed.endedOperation) {
-                        next = std::min(next, other.createdTime);
-                    } else if (other.endedOperation > crashed.endedOperation) {
-                        return;
-                    }
-                }
-                if (next == never || (!canStall() && next - crashed.endedTime > longestAllowedWait())) {
-                    fail("no platform ran after the crash of " + std::to_string(id));
-                }
-            }
+// A log says that the platform has ended if that happened to the platform of the last launcher that opened
+// the log, and only then.
+void Race::checkLogs() {
+    const bool hasAnyEnded = std::any_of(platforms.begin(), platforms.end(),
+                                         [](const auto& entry) { return hasEndedUnpublished(entry.second); });
+    if (!hasAnyEnded) {
+        return;
+    }
+    std::map<std::wstring, std::vector<simulation::ProcessId>> openers;
+    for (const simulation::Operation& operation : machine.operations()) {
+        if (operation.name == "openStream" && isLauncherLog(operation.argument)) {
+            openers[operation.argument].push_back(operation.process);
+        }
+    }
+    for (const auto& [path, ids] : openers) {
+        const std::vector<PlatformRecord> started = platformsOf(ids);
+        const bool hasAnyEndedUnseen =
+            std::any_of(started.begin(), started.end(),
+                        [this](const PlatformRecord& record) { return hasEndedUnseen(record); });
+        const std::string log = machine.readFile(path).value_or("");
+        const bool isEndLogged = log.find("ZELLauncher> the platform's process ended ") != std::string::npos;
+        report.endsInLogs += isEndLogged ? 1 : 0;
+        // -dcommand_only opens the log without the lock, so a start in progress writes to the same log.
+        const bool isShared = std::any_of(
+            ids.begin(), ids.end(), [&](simulation::ProcessId id) { return launchers.at(id).isCommandOnly; });
+        if (isEndLogged && !isShared && std::none_of(started.begin(), started.end(), hasEndedUnpublished)) {
+            fail(toUtf8(path) + " says that a platform has ended, and that of its launcher has not");
+        }
+        if (!isEndLogged && ids.size() == 1 && !canStall() && hasAnyEndedUnseen) {
+            fail(toUtf8(path) + " does not say that the platform has ended");
+        }
+    }
+}
 
-        }  // namespace schedules
+void Race::checkCrash(simulation::ProcessId id, const PlatformRecord& crashed) {
+    std::uint64_t next = never;
+    for (const auto& [otherId, other] : platforms) {
+        if (other.createdOperation > crashed.endedOperation) {
+            next = std::min(next, other.createdTime);
+        } else if (other.endedOperation > crashed.endedOperation) {
+            return;
+        }
+    }
+    if (next == never || (!canStall() && next - crashed.endedTime > longestAllowedWait())) {
+        fail("no platform ran after the crash of " + std::to_string(id));
+    }
+}
+
+}  // namespace schedules
