@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -34,17 +35,25 @@ public:
 
     bool isFinal(std::size_t property) const { return property < finalProperties; }
 
+    // By how many characters a text may still grow. Longer texts would leave no memory for the rest of the
+    // start.
+    std::size_t growthOfNextText() const { return std::min(mostGrowthOfText, growth); }
+    void addGrowth(std::size_t count) { growth -= std::min(growth, count); }
+
     // Each replacement gets a debug line, and an expansion that is inserted at once skips some. So they are
     // not used until this many lines are in the log.
     bool areReplacementsLogged() const { return loggedReplacements < mostLoggedReplacements; }
     void countLoggedReplacement() { ++loggedReplacements; }
 
 private:
+    static constexpr std::size_t mostGrowthOfText = 50'000'000;
+    static constexpr std::size_t mostGrowth = 100'000'000;
     static constexpr int mostLoggedReplacements = 10'000;
 
     std::unordered_map<std::wstring, Expansion> expansions;
     std::size_t finalProperties = 0;
     std::size_t characters = 0;
+    std::size_t growth = mostGrowth;
     int loggedReplacements = 0;
 };
 

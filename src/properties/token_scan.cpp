@@ -12,9 +12,7 @@ namespace {
 
 // After this many replacements in a row at the same place or further right, the text expands to itself.
 constexpr int stuckLimit = 10;
-// A text that grows by more characters than this would leave no memory for the rest of the start. It is cut,
-// because the log gets it.
-constexpr std::size_t growthLimit = 50'000'000;
+// What remains of a text that grows too long, because the log gets it.
 constexpr std::size_t keptOfOverlongText = 4'000'000;
 // Longer debug lines are dropped, so they are not assembled at all.
 constexpr std::size_t debugTextLimit = 4000;
@@ -76,11 +74,12 @@ public:
         : text{original, {}},
           list(properties),
           known(expansions),
-          lengthLimit(original.size() + growthLimit),
+          formerLength(original.size()),
           position(static_cast<std::ptrdiff_t>(original.size()) - 1) {}
 
     bool run();
     std::wstring result() const;
+    std::size_t growth() const { return lengthOf(text) - std::min(lengthOf(text), formerLength); }
 
 private:
     bool replace(const Token& token);
@@ -90,13 +89,14 @@ private:
     void countReplacement(std::size_t start);
     void closeValuesAfter(std::ptrdiff_t start);
     std::wstring nameOfExpansion(const Token& token) const;
+    bool isTooLong() const { return growth() > known.growthOfNextText(); }
     std::optional<std::wstring> textForLog() const;
 
     ScannedText text;
     const PropertyList& list;
     Expansions& known;
     OpenExpansions open;
-    std::size_t lengthLimit;
+    std::size_t formerLength;
     std::ptrdiff_t position;
     std::ptrdiff_t lastStart = PTRDIFF_MAX;
     int stuck = 0;
@@ -130,7 +130,7 @@ bool TokenScan::replace(const Token& token) {
         logDebugF(L"ZLNCH0071I: Modified prop_contents %s", *former + L" => " + *changed);
         known.countLoggedReplacement();
     }
-    if (isEndless || lengthOf(text) > lengthLimit) {
+    if (isEndless || isTooLong()) {
         logDebug("ZELLauncher> a property text expands without end");
         return false;
     }
@@ -214,7 +214,7 @@ std::optional<std::wstring> TokenScan::textForLog() const {
 }
 
 std::wstring TokenScan::result() const {
-    return partOf(text, 0, lengthOf(text) > lengthLimit ? keptOfOverlongText : lengthOf(text));
+    return partOf(text, 0, isTooLong() ? keptOfOverlongText : lengthOf(text));
 }
 
 }  // namespace
@@ -255,6 +255,7 @@ bool replaceTokens(std::wstring& text, const PropertyList& list, Expansions& kno
     TokenScan scan(text, list, known);
     const bool isResolved = scan.run();
     text = scan.result();
+    known.addGrowth(scan.growth());
     return isResolved;
 }
 

@@ -31,8 +31,8 @@ Resolution resolveToken(const std::wstring& name, const PropertyList& list);
 
 // Replaces the property tokens of a text, also those that replacements bring in. False if a token cannot be
 // resolved (it stays, and tokens to its left are still replaced), if the text expands to itself, or if it
-// grows by more than 50,000,000 characters (it is then cut to 4,000,000). `known` holds the expansions of the
-// list's values; it is read and added to.
+// grows by more characters than `known` allows (it is then cut to 4,000,000). `known` has the expansions of
+// the list's values; it is read and added to.
 bool replaceTokens(std::wstring& text, const PropertyList& list, Expansions& known);
 
 }  // namespace zellauncher

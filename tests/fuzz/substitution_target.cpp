@@ -22,7 +22,7 @@ constexpr const wchar_t* home = L"C:/Apps/framework/Client";
 constexpr const wchar_t* data = L"C:/Users/ann/work";
 
 // The most by which one text may grow, and the number of such texts that exist at one moment, including the
-// log line about an invalid one.
+// log line about an invalid one. All values of a list together may grow twice as much.
 constexpr std::size_t bytesOfGrowth = sizeof(wchar_t) * 50'000'000;
 constexpr std::size_t textsAtOnce = 10;
 // A value is scanned again while it is open within itself, and once more before a brace.

@@ -26,14 +26,14 @@ constexpr const wchar_t* home = L"C:\\Apps\\framework\\Client";
 constexpr std::size_t mostArguments = 200;
 
 // Bounds: a fixed part for all three starts, a part for each byte of the input, and more for tokens. In
-// each of the two passes of a start, tokens may take ten thousand replacements and grow by four million
-// characters.
+// each of the two passes of a start, tokens may grow by a hundred million characters, half of them in one
+// text.
 constexpr std::size_t startOperations = 12'000;
 constexpr std::size_t operationsPerByte = 200;
 constexpr std::size_t startBytes = 24'000'000;
 constexpr std::size_t bytesPerByte = 20'000;
 constexpr std::size_t operationsForTokens = 200'000;
-constexpr std::size_t bytesForTokens = 300'000'000;
+constexpr std::size_t bytesForTokens = 1'200'000'000;
 
 // The files that a section of the input replaces.
 struct KnownFile {

@@ -70,16 +70,6 @@ TEST_F(Troubleshooting, StartAtAHeldLockHasNoLog) {
     EXPECT_EQ(lockLog(), "");
 }
 
-TEST_F(Troubleshooting, TempWithoutADriveWorksUntilItHasALog) {
-    machine.setEnvironment(L"TEMP", L"\\Temp");
-    startOnce();
-    EXPECT_FATAL(launch({L"-version"}));
-    EXPECT_FATAL(launch());
-    EXPECT_TRUE(endsWith(log(), "ZLNCH0140E: relative paths can not be converted to unicode path\n"));
-    machine.remove(L"C:\\Temp\\zellauncher.log");
-    startOnce();
-}
-
 // --- The profile and the workspace ---------------------------------------------------------------
 
 TEST_F(Troubleshooting, HomeOnAShareIsFatal) {

@@ -455,7 +455,7 @@ bool Race::hasEndedUnpublished(const PlatformRecord& record) {
     return record.endedOperation != never && record.publishedOperation == never;
 }
 
-// It ended while its launcher waited for the pipe file, and no other platform wrote one meanwhile.
+// It ended while its launcher waited for the pipe file, and no other platform's was there.
 bool Race::hasEndedUnseen(const PlatformRecord& record) const {
     constexpr std::uint64_t lastLook = pipeFileWait - 1'000;
     const std::uint64_t locked = lockOperation(record);
@@ -463,7 +463,7 @@ bool Race::hasEndedUnseen(const PlatformRecord& record) const {
         return entry.second.publishedOperation > locked && entry.second.publishedOperation != never;
     });
     return hasEndedUnpublished(record) && record.endedTime <= record.createdTime + lastLook && !isOtherSeen &&
-           !foundHeldPipeFile(record);
+           !foundHeldPipeFile(record) && !isStartedWithoutLock(record);
 }
 
 // A log says that the platform has ended if that happened to the platform of the last launcher that opened

@@ -205,6 +205,16 @@ TEST_F(Substitution, TextMayGrowByFiftyMillionCharacters) {
     EXPECT_EQ(text.size(), 4'000'000U);
 }
 
+TEST_F(Substitution, ValuesOfAListMayGrowByAHundredMillionCharacters) {
+    list = {{L"big", std::wstring(40'000'000, L'x')}, {L"a", L"${prop.big}"}, {L"b", L"${prop.big}"}};
+    PropertyList longer = list;
+    runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+    EXPECT_EQ(list.back().value.size(), 40'000'000U);
+    longer.push_back({L"c", L"${prop.big}"});
+    outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", longer); });
+    EXPECT_TRUE(outcome.isFatal());
+}
+
 TEST_F(Substitution, LongTextWithManyTokensIsResolved) {
     list = {{L"k", L"a value"}, {L"two", L"${prop.k}${prop.k}"}};
     std::wstring text;
