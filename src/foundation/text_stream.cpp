@@ -58,6 +58,7 @@ int peekCharacter(TextStream& text) {
 }
 
 void takeCharacter(TextStream& text) {
+    text.position.pass(text.readAhead[text.readPosition]);
     ++text.readPosition;
 }
 
@@ -74,6 +75,7 @@ bool isDigit(int character) {
 TextStream openFile(const std::wstring& path, const char* mode) {
     TextStream text;
     text.stream = platform::openStream(path, mode);
+    text.position.open(path);
     return text;
 }
 
@@ -88,6 +90,7 @@ void rewindTextStream(TextStream& text) {
     text.readPosition = 0;
     text.endOfFile = false;
     text.hasFailed = false;
+    text.position.rewind();
     if (text.stream != nullptr) {
         platform::rewindStream(text.stream);
     }
@@ -113,6 +116,7 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
     if (character == '\n') {
         return ScanResult::nothing;
     }
+    text.position.beginLine();
     std::size_t count = 0;
     for (; character != noCharacter && character != '\n' && count < lineCharacters; ++count) {
         line += static_cast<wchar_t>(character);

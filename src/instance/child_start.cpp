@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "instance/platform_lock.h"
 #include "instance/process_record.h"
@@ -33,6 +34,7 @@ void logLikelyCause(const std::wstring& command, platform::ErrorCode error) {
     setLogDebug(true);
     logDebugLastError(L"CreateProcessW");
     logLikelyCause(command, error);
+    explainFatal();
     releasePlatformLock();
     platform::exitProcess(-1);
 }
@@ -49,6 +51,7 @@ platform::ChildProcess startChild(const std::wstring& command, const platform::S
 }
 
 void waitForChild(const platform::ChildProcess& child) {
+    explainWait("the end of the child process");
     while (!platform::hasProcessEnded(child.process)) {
         platform::sleepMilliseconds(pollMilliseconds);
     }

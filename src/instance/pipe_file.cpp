@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "foundation/explanation.h"
 #include "foundation/file_operations.h"
 #include "foundation/file_queries.h"
 #include "foundation/text_stream.h"
@@ -43,6 +44,7 @@ std::optional<std::wstring> readPipeName() {
 }
 
 void waitForPipeFile() {
+    explainWait("the platform's .pipe", waitSeconds * 1000);
     for (int pass = 0; pass < waitSeconds; ++pass) {
         if (fileExists(endpointFilePath)) {
             return;
@@ -55,6 +57,7 @@ void waitForPipeFile() {
 // early. Two things can keep it for a moment: a launcher that waits for a restart reads it without
 // the lock, and a stopped start may have left a `.pipe.deleteme`, which blocks the first deletion.
 void removeStalePipeFile() {
+    explainWait("the removal of a stale .pipe", removalAttempts * removalPauseMilliseconds);
     for (int attempt = 1; attempt <= removalAttempts; ++attempt) {
         const bool isDeleted = deleteFile(endpointFilePath);
         if (!fileExists(endpointFilePath)) {

@@ -30,11 +30,11 @@ void addJavaHome(PropertyList& zelInstallArray, const JvmRoot& root, const std::
 }
 
 void rewriteLibraryPath(PropertyList& zelInstallArray) {
-    const std::wstring* libraryPath = lookupProperty(L"jvm.library.path", zelInstallArray);
+    const SourcedText* libraryPath = lookupProperty(L"jvm.library.path", zelInstallArray);
     if (libraryPath == nullptr || libraryPath->empty()) {
         return;
     }
-    std::wstring entries = *libraryPath;
+    SourcedText entries = *libraryPath;
     prefixJavaHomeEntries(entries);
     setPropertyValue(L"jvm.library.path", entries, zelInstallArray);
 }

@@ -8,6 +8,7 @@
 #include "foundation/log_channel.h"
 #include "foundation/memory.h"
 #include "foundation/text.h"
+#include "properties/lookup_explanation.h"
 
 namespace zellauncher {
 
@@ -33,12 +34,14 @@ std::wstring copyOf(const std::wstring& text) {
 
 }  // namespace
 
-void appendEntry(PropertyList& list, const std::wstring& key, const std::wstring& value) {
+void appendEntry(PropertyList& list, const std::wstring& key, const SourcedText& value) {
     list.push_back({copyOf(key), copyOf(value)});
+    takeSource(list.back().value, value);
 }
 
-void addProperty(PropertyList& list, const std::wstring& key, const std::wstring& value) {
+void addProperty(PropertyList& list, const std::wstring& key, const SourcedText& value) {
     PropertyEntry entry{copyOf(key), copyOf(value)};
+    takeSource(entry.value, value);
     trimSpaces(entry.key);
     logDebugF(L"ZLNCH0126I:   key = \"%s\"", entry.key);
     unescapeValue(entry.value);
@@ -46,12 +49,14 @@ void addProperty(PropertyList& list, const std::wstring& key, const std::wstring
     list.push_back(std::move(entry));
 }
 
-const std::wstring* lookupProperty(const std::wstring& name, const PropertyList& list) {
+const SourcedText* lookupProperty(const std::wstring& name, const PropertyList& list) {
     for (const PropertyEntry& entry : list) {
         if (entry.key == name) {
+            explainLookup(name, list, &entry);
             return &entry.value;
         }
     }
+    explainLookup(name, list, nullptr);
     return nullptr;
 }
 
@@ -69,10 +74,11 @@ std::vector<const PropertyEntry*> findProperties(const std::wstring& prefix, con
     return found;
 }
 
-void setPropertyValue(const std::wstring& key, const std::wstring& value, PropertyList& list) {
+void setPropertyValue(const std::wstring& key, const SourcedText& value, PropertyList& list) {
     for (PropertyEntry& entry : list) {
         if (entry.key == key) {
             entry.value = copyOf(value);
+            takeSource(entry.value, value);
             return;
         }
     }
