@@ -227,6 +227,8 @@ bool moveFile(const std::wstring& source, const std::wstring& target, std::uint3
     if (driveOf(source) != driveOf(target)) {
         return failWith(errorNotSameDevice);
     }
+    simulation::loadContent(*from.node);  // the host knows it by its present name
+    simulation::noteMove(machineOfSelf(), source, from.node);
     from.parent->entries.erase(upperCase(from.leaf));
     from.node->name = to.leaf;
     to.parent->entries[upperCase(to.leaf)] = from.node;
@@ -248,6 +250,7 @@ bool deleteFile(const std::wstring& path) {
     if (machine.freeSpace) {
         *machine.freeSpace += found.node->content.size();
     }
+    simulation::noteRemoval(machine, path, found.node);
     found.parent->entries.erase(upperCase(found.leaf));
     return true;
 }
@@ -269,12 +272,14 @@ bool removeDirectory(const std::wstring& path) {
     if (const ErrorCode reason = whyNotRemovable(*found.node)) {
         return failWith(reason);
     }
+    simulation::loadEntries(*found.node);
     if (!found.node->entries.empty()) {
         return failWith(errorDirectoryNotEmpty);
     }
     if ((found.node->attributes & attributeReadOnly) != 0) {
         return failWith(errorAccessDenied);
     }
+    simulation::noteRemoval(machineOfSelf(), path, found.node);
     found.parent->entries.erase(upperCase(found.leaf));
     return true;
 }
@@ -300,6 +305,7 @@ FirstMatch findFirst(const std::wstring& searchPath) {
         failWith(found.node ? errorDirectory : errorPathNotFound);
         return {};
     }
+    simulation::loadEntries(*found.node);
     if (found.node->refusal != errorSuccess) {
         failWith(found.node->refusal);
         return {};
@@ -433,6 +439,7 @@ namespace simulation {
 
 std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool writes, bool sharesRead,
                                    bool sharesWrite, bool sharesDelete, platform::ErrorCode& error) {
+    loadContent(*node);
     if (node->refusal != platform::errorSuccess) {
         error = node->refusal;
         return nullptr;
@@ -463,6 +470,9 @@ std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool wri
 void keepOnDevice(Node& node) {
     if (!node.onDevice) {
         node.onDevice = node.content;
+    }
+    if (node.isOriginal) {
+        machineOfSelf().watch.formerContents.emplace(&node, node.content);
     }
 }
 
