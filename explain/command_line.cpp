@@ -112,10 +112,27 @@ StartOptions convert(const Texts& texts, StartOptions options) {
     return options;
 }
 
+// An option that takes one of these names, and no other spelling of them.
+template <typename Value>
+void addChoice(CLI::App& command, const std::string& name, Value& value,
+               const std::vector<std::pair<std::string, Value>>& choices, const std::string& description) {
+    std::string names;
+    for (const auto& choice : choices) {
+        names += (names.empty() ? "" : "|") + choice.first;
+    }
+    const auto take = [&value, choices, name, names](const std::string& text) {
+        const auto found = std::find_if(choices.begin(), choices.end(),
+                                        [&](const auto& choice) { return choice.first == text; });
+        if (found == choices.end()) {
+            throw Refusal(name + " needs one of " + names + ": " + text);
+        }
+        value = found->second;
+    };
+    command.add_option_function<std::string>(name, take, description)->type_name(names);
+}
+
 void addYesNo(CLI::App& command, const std::string& name, bool& value, const std::string& description) {
-    command.add_option(name, value, description)
-        ->transform(CLI::CheckedTransformer(std::map<std::string, bool>{{"yes", true}, {"no", false}}))
-        ->type_name("yes|no");
+    addChoice(command, name, value, {{"yes", true}, {"no", false}}, description);
 }
 
 }  // namespace
@@ -146,16 +163,12 @@ std::variant<StartOptions, Answer> readCommandLine(const std::vector<std::string
     start.add_option("--user", texts.user, "The name of the user")->type_name("NAME");
     start.add_option("--cwd", texts.cwd, "The current directory")->type_name("PATH");
     start.add_option("--program", texts.program, "Argument 0")->type_name("PATH");
-    start
-        .add_option("--platform", options.platform,
-                    "The platform that is running, or that this start creates: none, running, ends-at-once "
-                    "or hangs")
-        ->transform(
-            CLI::CheckedTransformer(std::map<std::string, Platform>{{"none", Platform::none},
-                                                                    {"running", Platform::running},
-                                                                    {"ends-at-once", Platform::endsAtOnce},
-                                                                    {"hangs", Platform::hangs}}))
-        ->type_name("STATE");
+    addChoice(start, "--platform", options.platform,
+              {{"none", Platform::none},
+               {"running", Platform::running},
+               {"ends-at-once", Platform::endsAtOnce},
+               {"hangs", Platform::hangs}},
+              "The platform that is running, or how the platform behaves that this start creates");
     addYesNo(start, "--administrator", options.isAdministrator, "The user is in the Administrators group");
     addYesNo(start, "--kiosk", options.isKiosk, "The logon shell is the kiosk shell");
     addYesNo(start, "--explorer", options.hasExplorer, "Explorer.exe is running");

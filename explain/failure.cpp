@@ -83,15 +83,19 @@ public:
         : world(theWorld), run(launcherRun), reasons(theReasons) {}
 
     std::vector<Failure::Cause> find(const std::string& texts) {
-        addFailedOperation();
         const std::set<std::string> words = wordsOf(texts);
-        for (std::size_t i = run.recording.readings.size(); i > 0; --i) {
+        for (std::size_t i = lastReading(); i > 0; --i) {
             const Reading& reading = run.recording.readings[i - 1];
             if (words.count(toUtf8(reading.place.name)) != 0) {
                 addReading(reading);
             }
         }
+        const bool isKnown = !causes.empty();
         addUnresolvedTokens();
+        std::vector<Failure::Cause> others = std::move(causes);
+        causes.clear();
+        addFailedOperation(texts, isKnown);
+        causes.insert(causes.end(), others.begin(), others.end());
         return std::move(causes);
     }
 
@@ -121,8 +125,15 @@ private:
         return described.origin ? *described.origin : Place{described.file, described.line, described.name};
     }
 
-    // The operation that failed right before the message.
-    void addFailedOperation() {
+    // What the launcher read after the message has nothing to do with it.
+    std::size_t lastReading() const {
+        return std::min(run.recording.readings.size(), run.recording.fatalReading);
+    }
+
+    // The operation that failed right before the message, if the message is about its file. The launcher
+    // often looks for files that need not exist, so without its name in the texts only a change counts, and
+    // only while nothing else explains the message.
+    void addFailedOperation(const std::string& texts, bool isKnown) {
         const auto& operations = world.machine->operations();
         std::size_t seen = 0;
         for (std::size_t i = run.recording.fatalOperation; i > run.firstOperation; --i) {
@@ -134,7 +145,14 @@ private:
                 return;
             }
             const bool isAboutFile = fullDrivePath(operation.argument).has_value();
-            if (operation.error != platform::errorSuccess && isAboutFile) {
+            if (operation.error == platform::errorSuccess || !isAboutFile) {
+                continue;
+            }
+            const std::size_t separator = operation.argument.find_last_of(L"\\/");
+            const bool isNamed =
+                texts.find(toUtf8(operation.argument.substr(separator + 1))) != std::string::npos;
+            const bool isLook = operation.name == "fileAttributes" || operation.name == "findFirst";
+            if (isNamed || (!isLook && !isKnown)) {
                 addFailedFile(operation);
                 return;
             }
@@ -149,9 +167,9 @@ private:
 
     // The value that the path is made of.
     void addSourceOf(const std::wstring& path) {
-        for (std::size_t i = run.recording.readings.size(); i > 0; --i) {
+        for (std::size_t i = lastReading(); i > 0; --i) {
             const Reading& reading = run.recording.readings[i - 1];
-            const bool isBeginning = reading.place.kind == Source::Kind::file &&
+            const bool isBeginning = reading.place.kind == Source::Kind::file && !reading.place.name.empty() &&
                                      fullDrivePath(reading.value).has_value() &&
                                      isWithin(path, reading.value);
             if (isBeginning && reading.value.source) {
@@ -168,6 +186,9 @@ private:
     }
 
     void addReading(const Reading& reading) {
+        if (reading.place.name.empty()) {
+            return;
+        }
         if (reading.result == Reading::Result::present) {
             addValue(reading.place, reading.value);
         } else if (reading.result == Reading::Result::missing) {
@@ -226,8 +247,8 @@ private:
     // The values that hold a token of something that was missing at the end.
     void addUnresolvedTokens() {
         const auto& readings = run.recording.readings;
-        const std::size_t first = readings.size() > nearbyReadings ? readings.size() - nearbyReadings : 0;
-        for (std::size_t i = readings.size(); i > first; --i) {
+        const std::size_t first = lastReading() > nearbyReadings ? lastReading() - nearbyReadings : 0;
+        for (std::size_t i = lastReading(); i > first; --i) {
             const Reading& reading = readings[i - 1];
             if (reading.result != Reading::Result::missing || reading.place.name.empty()) {
                 continue;

@@ -57,7 +57,11 @@ Json decisionsJson(const Explanation& explanation) {
     for (const Decision& decision : explanation.decisions) {
         Json json = {{"subject", decision.subject},
                      {"value", decision.value ? Json(toUtf8(*decision.value)) : Json(nullptr)}};
-        addSource(json, decision.source);
+        if (decision.value) {
+            addSource(json, decision.source);
+        } else {
+            json["source"] = nullptr;
+        }
         json["considered"] = Json::array();
         for (const Considered& considered : decision.considered) {
             json["considered"].push_back(consideredJson(considered));

@@ -141,7 +141,9 @@ private:
             const std::string value = decision.value ? toUtf8(*decision.value) : "undecided";
             line(padded("  " + subjectNames.at(decision.subject), valueColumn) + value);
             const std::string indent(valueColumn, ' ');
-            line(indent + "from " + sourceText(decision.source));
+            if (decision.value) {
+                line(indent + "from " + sourceText(decision.source));
+            }
             // The configuration directory follows from the workspace, which shows them.
             if (decision.subject == "configurationDirectory") {
                 continue;
@@ -223,6 +225,9 @@ private:
 
     void writeWaits() {
         heading("Waits");
+        if (explanation.waits.empty()) {
+            line("  none");
+        }
         for (const Wait& wait : explanation.waits) {
             const std::string limit =
                 wait.limitMilliseconds ? "at most " + seconds(*wait.limitMilliseconds) : "without limit";

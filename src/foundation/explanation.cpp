@@ -75,7 +75,8 @@ Decision::Decision(Subject decided) {
 
 Decision::~Decision() {
     if (recording != nullptr) {
-        recording->decisions[number].endReading = recording->readings.size();
+        recording->decisions[number].endReading =
+            std::min(recording->readings.size(), recording->fatalReading);
     }
 }
 
@@ -185,6 +186,7 @@ void explainFatal() {
     if (recording != nullptr) {
         recording->fatalLine = recording->logLines.size() - 1;
         recording->fatalOperation = recording->operations();
+        recording->fatalReading = recording->readings.size();
     }
 }
 

@@ -59,6 +59,7 @@ struct Recording {
     std::vector<std::string> logLines;     // their bytes; also those that no file got
     std::optional<std::size_t> fatalLine;  // the one of them that says why the process ended
     std::size_t fatalOperation = 0;        // how many operations there were until then
+    std::size_t fatalReading = SIZE_MAX;   // how many readings there were until then
     std::wstring logPath;                  // empty without a log file
     std::optional<StartEnd> end;
     // The user's zelinstall.properties; if this process made it, also the source of each line.

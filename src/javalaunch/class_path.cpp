@@ -19,10 +19,11 @@ void appendBootOption(const std::wstring& option, const wchar_t* key, const Prop
 }  // namespace
 
 void appendBootClassPath(const PropertyList& zelInstallArray) {
-    explainSection("boot class path");
+    explainSection("JVM options");
     for (const PropertyEntry* entry : findProperties(L"-X", zelInstallArray)) {
         appendArgument(withSourceOf(entry->value, entry->key + entry->value), Quoting::quoted);
     }
+    explainSection("boot class path");
     appendBootOption(L"-Xbootclasspath/p:", L"Xbootclasspath.prepend", zelInstallArray);
     appendBootOption(L"-Xbootclasspath/a:", L"Xbootclasspath.append", zelInstallArray);
 }
@@ -30,9 +31,10 @@ void appendBootClassPath(const PropertyList& zelInstallArray) {
 void appendClassPath(const PropertyList& zelInstallArray) {
     explainSection("class path");
     if (InstallConfiguration == InstallConfigurationKind::multiuserService) {
-        const std::wstring* location = lookupProperty(L"zel.base.location", zelInstallArray);
-        appendArgument(L"-cp");
-        appendArgument((location != nullptr ? *location : std::wstring()) + L"/startup.jar", Quoting::quoted);
+        const SourcedText* location = lookupProperty(L"zel.base.location", zelInstallArray);
+        const SourcedText base = location != nullptr ? *location : SourcedText();
+        appendArgument(withSourceOf(base, L"-cp"));
+        appendArgument(withSourceOf(base, base + L"/startup.jar"), Quoting::quoted);
     } else if (const SourcedText* classPath = lookupProperty(L"cp", zelInstallArray)) {
         appendArgument(withSourceOf(*classPath, L"-cp"));
         appendArgument(*classPath, Quoting::quoted);
