@@ -34,7 +34,7 @@ standin_records=$workspace/standin
 parts=build/windows/real-platform
 
 build() {
-    ensure_packages g++-mingw-w64-x86-64-posix wine64 googletest cmake ninja-build
+    ensure_packages g++-mingw-w64-x86-64-posix wine64 googletest cmake ninja-build libcli11-dev nlohmann-json3-dev g++
     mkdir -p build
     [ -f build/windows/build.ninja ] || cmake --preset windows >build/windows.configure.log
     cmake --build --preset windows --target zellauncher standin

@@ -106,6 +106,8 @@ struct Explanation {
     // What was started, for the writers.
     std::wstring installPath;
     std::vector<std::wstring> arguments;
+    std::wstring user;
+    std::map<std::wstring, std::wstring> environment;
 };
 
 }  // namespace explain

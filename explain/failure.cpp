@@ -83,6 +83,9 @@ public:
         : world(theWorld), run(launcherRun), reasons(theReasons) {}
 
     std::vector<Failure::Cause> find(const std::string& texts) {
+        if (addFailedProgram()) {
+            return std::move(causes);
+        }
         const std::set<std::string> words = wordsOf(texts);
         for (std::size_t i = lastReading(); i > 0; --i) {
             const Reading& reading = run.recording.readings[i - 1];
@@ -123,6 +126,29 @@ private:
         }
         const ValueSource described = reasons.describe(source);
         return described.origin ? *described.origin : Place{described.file, described.line, described.name};
+    }
+
+    // The program of a command that the system refused. True if that is how the start ended.
+    bool addFailedProgram() {
+        const auto& operations = world.machine->operations();
+        const std::size_t last = std::min(run.recording.fatalOperation, operations.size());
+        for (std::size_t i = last; i > run.firstOperation && i + nearbyOperations > last; --i) {
+            const simulation::Operation& operation = operations[i - 1];
+            const bool isFailedStart = operation.process == run.process &&
+                                       operation.name == "createProcess" &&
+                                       operation.error != platform::errorSuccess;
+            if (isFailedStart && !run.recording.elements.empty()) {
+                const zellauncher::RecordedElement& program = run.recording.elements.front();
+                std::wstring path = program.text;
+                std::erase(path, L'"');
+                add(toUtf8(reasons.fileName(path)) + " " + errorText(operation.error));
+                if (program.source) {
+                    add("its path follows from " + toUtf8(program.source->name), placeOf(*program.source));
+                }
+                return true;
+            }
+        }
+        return false;
     }
 
     // What the launcher read after the message has nothing to do with it.
@@ -169,9 +195,9 @@ private:
     void addSourceOf(const std::wstring& path) {
         for (std::size_t i = lastReading(); i > 0; --i) {
             const Reading& reading = run.recording.readings[i - 1];
-            const bool isBeginning = reading.place.kind == Source::Kind::file && !reading.place.name.empty() &&
-                                     fullDrivePath(reading.value).has_value() &&
-                                     isWithin(path, reading.value);
+            const bool isBeginning =
+                reading.place.kind == Source::Kind::file && !reading.place.name.empty() &&
+                fullDrivePath(reading.value).has_value() && isWithin(path, reading.value);
             if (isBeginning && reading.value.source) {
                 addReading(reading);
                 return;

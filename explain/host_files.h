@@ -19,4 +19,10 @@ std::vector<std::shared_ptr<const simulation::HostDirectory>> openHostDirectorie
 // The path in full, without links and without a trailing separator; the path itself if it does not exist.
 std::string canonicalPath(const std::string& path);
 
+// True if the file, which need not exist, is in the directory or below it, also through links.
+bool isRealPathWithin(const std::string& file, const std::string& directory);
+
+// Replaces a file of this computer, or creates it. True if everything is written.
+bool writeRealFile(const std::string& path, const std::string& content);
+
 }  // namespace explain

@@ -160,6 +160,7 @@ World buildWorld(const StartOptions& options) {
         machine.setEnvironment(name, value);
     }
     world.environment = system.environment;
+    world.user = system.user;
     machine.setCurrentDirectory(system.currentDirectory);
     machine.setUser(system.user, {options.isAdministrator ? L"Administrators" : L"Users"});
     if (options.hasExplorer) {

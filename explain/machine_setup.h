@@ -21,6 +21,7 @@ public:
 struct World {
     std::unique_ptr<simulation::Machine> machine;
     std::map<std::wstring, std::wstring> environment;
+    std::wstring user;
     std::vector<std::string> assumptions;
 };
 

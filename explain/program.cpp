@@ -1,13 +1,17 @@
 #include "explain/program.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
 #include <variant>
 
 #include "explain/command_line.h"
+#include "explain/host_files.h"
 #include "explain/json_writer.h"
 #include "explain/machine_setup.h"
+#include "explain/page_writer.h"
+#include "explain/redaction.h"
 #include "explain/start.h"
 #include "explain/text_writer.h"
 
@@ -19,10 +23,48 @@ void print(std::FILE* stream, const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stream);
 }
 
+// The tool never writes into what it looks at.
+void refusePageWithin(const StartOptions& options) {
+    std::vector<std::string> directories = {options.install.directory};
+    std::transform(options.maps.begin(), options.maps.end(), std::back_inserter(directories),
+                   [](const Mapping& map) { return map.directory; });
+    for (const std::string& directory : directories) {
+        if (isRealPathWithin(*options.htmlFile, directory)) {
+            throw CannotExplain("--html must be outside of " + directory + ": " + *options.htmlFile);
+        }
+    }
+}
+
+void writePageTo(const std::string& path, const std::vector<Explanation>& starts) {
+    if (!writeRealFile(path, writePage(starts))) {
+        throw CannotExplain("cannot write the page " + path);
+    }
+}
+
+std::string briefText(const std::vector<Explanation>& starts, const std::string& page) {
+    const Explanation& last = starts.back();
+    return outcomeSentence(last) + "\n" + (last.message ? "\n  " + *last.message + "\n\n" : "") +
+           "The page with everything is " + page + "\n";
+}
+
 void explainStart(const StartOptions& options) {
-    const std::vector<Explanation> starts = explainStarts(options);
-    print(stdout, options.isJson ? writeJson(starts)
-                                 : writeText(starts, options.hasDiff ? Diffs::shown : Diffs::leftOut));
+    if (options.htmlFile) {
+        refusePageWithin(options);
+    }
+    std::vector<Explanation> starts = explainStarts(options);
+    if (options.isRedacted) {
+        std::for_each(starts.begin(), starts.end(), redact);
+    }
+    if (options.htmlFile) {
+        writePageTo(*options.htmlFile, starts);
+    }
+    if (options.isJson) {
+        print(stdout, writeJson(starts));
+    } else if (options.htmlFile) {
+        print(stdout, briefText(starts, *options.htmlFile));
+    } else {
+        print(stdout, writeText(starts, options.hasDiff ? Diffs::shown : Diffs::leftOut));
+    }
 }
 
 }  // namespace

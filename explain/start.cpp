@@ -165,6 +165,8 @@ Explanation explainOne(World& world, const StartOptions& options) {
     Explanation explanation;
     explanation.installPath = options.install.path;
     explanation.arguments = run->arguments;
+    explanation.user = world.user;
+    explanation.environment = world.environment;
     explanation.assumptions = world.assumptions;
     addChanges(explanation, world, *run);
     addEnd(explanation, *run);

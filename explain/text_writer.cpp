@@ -28,41 +28,10 @@ std::string padded(const std::string& text, std::size_t column) {
     return text + std::string(column > characters ? column - characters : 1, ' ');
 }
 
-std::string placeText(const Place& place) {
-    std::string text = toUtf8(place.file);
-    if (place.line != 0) {
-        text += ":" + std::to_string(place.line);
-    }
-    return place.name.empty() ? text : text + " " + toUtf8(place.name);
-}
-
 std::string seconds(std::uint64_t milliseconds) {
     const std::string whole = std::to_string(milliseconds / 1000);
     const std::uint64_t rest = milliseconds % 1000 / 100;
     return (rest == 0 ? whole : whole + "." + std::to_string(rest)) + " s";
-}
-
-std::string describe(const Considered& considered) {
-    const std::string place = sourceText(considered.source);
-    switch (considered.result) {
-        case Considered::Result::missing:
-            switch (considered.source.kind) {
-                case ValueSource::Kind::argument:
-                    return place + ": not given";
-                case ValueSource::Kind::environment:
-                    return place + ": not set";
-                case ValueSource::Kind::file:
-                    return place + ": no such key";
-                default:
-                    return place + ": does not exist";
-            }
-        case Considered::Result::overridden:
-            return place + ": overridden, \"" + toUtf8(considered.value) + "\"";
-        case Considered::Result::present:
-            break;
-    }
-    const bool hasValue = considered.source.kind != ValueSource::Kind::found;
-    return place + (hasValue ? ": \"" + toUtf8(considered.value) + "\"" : ": exists");
 }
 
 class TextWriter {
@@ -139,7 +108,7 @@ private:
         heading("Decisions");
         for (const Decision& decision : explanation.decisions) {
             const std::string value = decision.value ? toUtf8(*decision.value) : "undecided";
-            line(padded("  " + subjectNames.at(decision.subject), valueColumn) + value);
+            line(padded("  " + subjectName(decision.subject), valueColumn) + value);
             const std::string indent(valueColumn, ' ');
             if (decision.value) {
                 line(indent + "from " + sourceText(decision.source));
@@ -149,7 +118,7 @@ private:
                 continue;
             }
             for (const Considered& considered : decision.considered) {
-                line(indent + "  - " + describe(considered));
+                line(indent + "  - " + consideredText(considered));
             }
         }
     }
@@ -229,9 +198,7 @@ private:
             line("  none");
         }
         for (const Wait& wait : explanation.waits) {
-            const std::string limit =
-                wait.limitMilliseconds ? "at most " + seconds(*wait.limitMilliseconds) : "without limit";
-            line(padded("  " + seconds(wait.milliseconds), 12) + "for " + wait.reason + ", " + limit);
+            line(padded("  " + waitTime(wait), 12) + "for " + wait.reason + ", " + waitLimit(wait));
         }
     }
 };
@@ -261,6 +228,49 @@ std::string outcomeSentence(const Explanation& explanation) {
     }
     return explanation.status ? "The launcher refuses to start and " + end + "."
                               : "The launcher waits without limit, and no platform gets the command.";
+}
+
+std::string subjectName(const std::string& subject) {
+    return subjectNames.at(subject);
+}
+
+std::string waitTime(const Wait& wait) {
+    return seconds(wait.milliseconds);
+}
+
+std::string waitLimit(const Wait& wait) {
+    return wait.limitMilliseconds ? "at most " + seconds(*wait.limitMilliseconds) : "without limit";
+}
+
+std::string placeText(const Place& place) {
+    std::string text = toUtf8(place.file);
+    if (place.line != 0) {
+        text += ":" + std::to_string(place.line);
+    }
+    return place.name.empty() ? text : text + " " + toUtf8(place.name);
+}
+
+std::string consideredText(const Considered& considered) {
+    const std::string place = sourceText(considered.source);
+    switch (considered.result) {
+        case Considered::Result::missing:
+            switch (considered.source.kind) {
+                case ValueSource::Kind::argument:
+                    return place + ": not given";
+                case ValueSource::Kind::environment:
+                    return place + ": not set";
+                case ValueSource::Kind::file:
+                    return place + ": no such key";
+                default:
+                    return place + ": does not exist";
+            }
+        case Considered::Result::overridden:
+            return place + ": overridden, \"" + toUtf8(considered.value) + "\"";
+        case Considered::Result::present:
+            break;
+    }
+    const bool hasValue = considered.source.kind != ValueSource::Kind::found;
+    return place + (hasValue ? ": \"" + toUtf8(considered.value) + "\"" : ": exists");
 }
 
 std::string sourceText(const ValueSource& source) {
