@@ -19,6 +19,10 @@ constexpr const wchar_t* kioskShellsKey =
 constexpr const wchar_t* policiesKey = L"Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\";
 constexpr const wchar_t* desktopShell = L"explorer.exe";
 
+// The machine has run for an hour, and its process ids are hardly those in a lock file of the real user.
+constexpr std::uint32_t upMilliseconds = 3'600'000;
+constexpr simulation::ProcessId lastProcessId = 7000;
+
 System systemOf(const StartOptions& options) {
     if constexpr (ownMachineIsWindows) {
         if (options.isOwnMachine) {
@@ -147,6 +151,8 @@ World buildWorld(const StartOptions& options) {
     world.machine = std::make_unique<simulation::Machine>();
     simulation::Machine& machine = *world.machine;
     machine.removeDrive(L'D');
+    machine.setTickCount(upMilliseconds);
+    machine.setLastProcessId(lastProcessId);
     if (options.isOwnMachine) {
         showOwnDrives(world, options, system);
     } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -38,6 +39,9 @@ struct StartOptions {
     bool isKiosk = false;
     bool hasExplorer = true;
     int starts = 1;
+    // For tests: plays the platform instead of runSimulatedPlatform; is called before each operation.
+    std::function<int()> platformProgram;
+    std::function<void()> beforeOperation;
 
     bool isJson = false;
     bool hasDiff = false;

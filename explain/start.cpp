@@ -187,8 +187,15 @@ Explanation explainOne(World& world, const StartOptions& options) {
 
 std::vector<Explanation> explainStarts(const StartOptions& options) {
     World world = buildWorld(options);
-    world.machine->playPrograms([behaviour = options.platform] { return runSimulatedPlatform(behaviour); });
+    world.machine->playPrograms(
+        options.platformProgram ? options.platformProgram
+                                : [behaviour = options.platform] { return runSimulatedPlatform(behaviour); });
     prepareRunningPlatform(world, options);
+    if (options.beforeOperation) {
+        world.machine->beforeOperation([&](const std::string& /*name*/, const std::wstring& /*argument*/) {
+            options.beforeOperation();
+        });
+    }
     std::vector<Explanation> explanations;
     for (int start = 0; start < options.starts; ++start) {
         explanations.push_back(explainOne(world, options));

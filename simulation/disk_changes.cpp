@@ -111,6 +111,7 @@ private:
         NodePointer node = drive != state.drives.end() ? drive->second : nullptr;
         for (std::size_t begin = 3; node && begin <= path.size();) {
             const std::size_t end = std::min(path.find(L'\\', begin), path.size());
+            loadEntries(*node);
             const auto entry = node->entries.find(upperCase(path.substr(begin, end - begin)));
             node = entry != node->entries.end() ? entry->second : nullptr;
             begin = end + 1;

@@ -285,6 +285,7 @@ void Machine::refuse(const std::wstring& path, platform::ErrorCode error) {
     const Lookup found = find(*state, path);
     if (found.node) {
         found.node->refusal = error;
+        state->hasRefusals = state->hasRefusals || error != platform::errorSuccess;
     }
 }
 
@@ -413,6 +414,28 @@ void Machine::removeShellLibrary() {
 
 void Machine::removeAppIdFunction() {
     state->hasAppIdFunction = false;
+}
+
+void Machine::setLastProcessId(ProcessId id) {
+    state->lastProcessId = id;
+}
+
+Surroundings Machine::surroundings() const {
+    Surroundings found;
+    for (const auto& [upper, variable] : state->environment) {
+        found.environment[variable.first] = variable.second;
+    }
+    found.currentDirectory = state->currentDirectory;
+    found.user = state->userName;
+    found.isAdministrator = std::find(state->userGroups.begin(), state->userGroups.end(),
+                                      state->administratorsName) != state->userGroups.end();
+    found.processes = state->otherProcesses;
+    for (const auto& [path, program] : state->programs) {
+        found.programs.push_back(path);
+    }
+    found.hasFailures = !state->faults.empty() || state->stop || state->freeSpace ||
+                        !state->heldOpen.empty() || state->hasRefusals;
+    return found;
 }
 
 void Machine::inject(const Fault& fault) {

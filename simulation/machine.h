@@ -177,6 +177,18 @@ struct Choice {
     std::size_t candidate = 0;
 };
 
+// What a process of a machine finds besides files, for a program that compares machines.
+struct Surroundings {
+    std::map<std::wstring, std::wstring> environment;  // names as set
+    std::wstring currentDirectory;
+    std::wstring user;
+    bool isAdministrator = false;
+    std::vector<std::wstring> processes;  // that addProcess added
+    std::vector<std::wstring> programs;   // upper-case paths of installProgram
+    // A fault, a stop, a refusal, a held file or a full disk is waiting.
+    bool hasFailures = false;
+};
+
 class MachineState;
 
 class Machine {
@@ -191,6 +203,9 @@ public:
     // Starts a program as a user would. It gets these arguments, a copy of the machine's environment, and
     // the full path of argument 0 as its module file. It begins to run when the machine does.
     ProcessId start(const std::vector<std::wstring>& arguments, Program program);
+
+    // The number after which process ids continue, a multiple of four.
+    void setLastProcessId(ProcessId id);
 
     // Runs the machine until this process has ended; other processes get their turns.
     ProcessEnd waitFor(ProcessId process);
@@ -332,6 +347,8 @@ public:
     void createPipe(const std::wstring& name, PipeState pipeState);
     // What clients wrote to a pipe, one text per connection, also after its server has ended.
     std::vector<std::string> pipePayloads(const std::wstring& name) const;
+
+    Surroundings surroundings() const;
 
     platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at first
     std::uint64_t elapsedMilliseconds() const;

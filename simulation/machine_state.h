@@ -206,6 +206,7 @@ public:
     // Files (files.cpp, paths.cpp).
     std::map<std::wstring, NodePointer> drives;
     std::optional<std::uint64_t> freeSpace;
+    bool hasRefusals = false;
     std::map<std::wstring, Program> programs;  // by upper-case full path
     Program anyProgram;
     DiskWatch watch;

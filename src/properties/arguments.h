@@ -30,6 +30,7 @@ bool hasArgument(const std::wstring& text, const Arguments& arguments);
 // The argument after the first occurrence of the option; null if the option is missing or last. Points
 // into `arguments`.
 const SourcedText* argumentAfter(const std::wstring& option, const Arguments& arguments);
+const SourcedText* argumentAfter(const std::wstring& option, Arguments&& arguments) = delete;
 
 // Erases the second argument that equals the text, counted from argument 0. A third one stays.
 void removeSecondOccurrence(Arguments& arguments, const std::wstring& text);
