@@ -159,6 +159,7 @@ run_long() {
     measure build/native/tests/reliability/stops --gtest_brief=1
     measure build/native/tests/schedules/schedules --gtest_brief=1
     unset ZELLAUNCHER_LONG
+    measure python3 tests/explain/benchmark.py build/native/zelexplain
     measure tests/fuzz/run.sh 600
     measure tests/coverage.sh
     measure tests/mutation/run.sh --jobs 2
@@ -192,6 +193,7 @@ test_preset native-asan 2
 if [ "$mode" != --native ]; then
     end_windows_tests
     check_product
+    measure python3 tests/explain/wine_check.py build/native/zelexplain build/windows/zelexplain.exe
     try_guide
 fi
 [ "$mode" != --long ] || run_long
