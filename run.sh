@@ -29,15 +29,17 @@ user_home=$drive/users/$user
 workspace=$user_home/Mivel/ZEL/1234/$user
 base=$install/zel/eclipse/plugins/base_1.0
 begin=build/run.begin # modified at the last start
+page=build/explanation.html
+arguments=("hello world" "vmarg.Xss=-Xss256k")
 real_records=$workspace/platform
 standin_records=$workspace/standin
 parts=build/windows/real-platform
 
 build() {
-    ensure_packages g++-mingw-w64-x86-64-posix wine64 googletest cmake ninja-build
+    ensure_packages g++-mingw-w64-x86-64-posix wine64 googletest cmake ninja-build libcli11-dev nlohmann-json3-dev g++
     mkdir -p build
     [ -f build/windows/build.ninja ] || quietly build/windows.configure.log cmake --preset windows
-    quietly build/windows.build.log cmake --build --preset windows --target zellauncher zellauncherw standin
+    quietly build/windows.build.log cmake --build --preset windows --target zellauncher zellauncherw standin zelexplain
     if [ "$platform" = real ] && ! ./cmake/real-platform.sh; then
         echo "Using the stand-in instead."
         platform=standin
@@ -90,6 +92,12 @@ start_launcher() {
     timeout 120 ./cmake/wine-run.sh 'C:\Apps\framework\Client\zel\zellauncher.exe' "$@" \
         >/dev/null 2>&1 || status=$?
     echo "The launcher ended with status $status."
+}
+
+# Explains the start before it happens, because afterwards the workspace is another one.
+explain_start() {
+    ./cmake/wine-run.sh build/windows/zelexplain.exe start 'C:\Apps\framework\Client' \
+        --html "$page" -- "${arguments[@]}" 2>/dev/null | tr -d '\r'
 }
 
 has_ended() { [ -f "$1/ended.txt" ]; }
@@ -238,7 +246,8 @@ else
     say "starting zellauncher.exe for $user, the first start"
 fi
 trap stop_platform EXIT
-start_launcher "hello world" "vmarg.Xss=-Xss256k"
+prediction=$(explain_start)
+start_launcher "${arguments[@]}"
 eventually 60 [ -f "$records/running.txt" ] || show_failure
 show_role
 show_made "$before"
@@ -251,3 +260,12 @@ show_hand_off
 say "the platform"
 show_platform
 show_places
+say "the explanation of the first of these starts, written before it happened"
+echo "$prediction"
+cat <<'END'
+Open it in any browser. To explain another start, on Linux or on Windows:
+    zelexplain start INSTALL -- ARGUMENTS...           as text; with --json as JSON
+    zelexplain start INSTALL --html FILE -- ARGUMENTS...
+This was: ./cmake/wine-run.sh build/windows/zelexplain.exe start 'C:\Apps\framework\Client'
+docs/explain.md has the Linux build and every option.
+END

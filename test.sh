@@ -10,7 +10,8 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 source cmake/setup.sh
 
-native_packages=(g++ cmake ninja-build googletest clang clang-format libclang-rt-14-dev)
+native_packages=(g++ cmake ninja-build googletest clang clang-format libclang-rt-14-dev libcli11-dev
+    nlohmann-json3-dev python3 python3-jsonschema chromium)
 windows_packages=(g++-mingw-w64-x86-64-posix wine64)
 
 passed=0
@@ -113,6 +114,13 @@ check_product() {
     fi
 }
 
+# The page in headless Chromium, and the JSON of every start that the native tests explained.
+check_explanations() {
+    say "checking the page and the JSON of zelexplain"
+    measure python3 tests/explain/page_check.py build/native/zelexplain
+    measure python3 tests/explain/schema_check.py build/native/zelexplain build/native/explained
+}
+
 # Runs the commands of the guide for integrators.
 try_guide() {
     say "trying docs/integration.md"
@@ -150,6 +158,7 @@ run_long() {
     measure build/native/tests/reliability/stops --gtest_brief=1
     measure build/native/tests/schedules/schedules --gtest_brief=1
     unset ZELLAUNCHER_LONG
+    measure python3 tests/explain/benchmark.py build/native/zelexplain
     measure tests/fuzz/run.sh 600
     measure tests/coverage.sh
     measure tests/mutation/run.sh --jobs 2
@@ -178,10 +187,12 @@ fi
 check_format
 check_layers
 test_preset native 2
+check_explanations
 test_preset native-asan 2
 if [ "$mode" != --native ]; then
     end_windows_tests
     check_product
+    measure python3 tests/explain/wine_check.py build/native/zelexplain build/windows/zelexplain.exe
     try_guide
 fi
 [ "$mode" != --long ] || run_long

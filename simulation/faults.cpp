@@ -51,6 +51,9 @@ platform::ErrorCode beginOperation(const char* name, const std::wstring& argumen
     if (process.isStopped || process.isCutShort) {
         throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::partlyWritten};
     }
+    if (machine.beforeOperation) {
+        machine.beforeOperation(name, argument);
+    }
     machine.yield(process, name, argument);
     machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1, writes});
     Operation& operation = machine.operations.back();
@@ -81,6 +84,11 @@ bool MachineState::isStopDue(const Operation& operation) {
 
 bool failWith(platform::ErrorCode error) {
     self().lastError = error;
+    // Only this process has run since its operation began, unless the operation waits.
+    Operation& operation = machineOfSelf().operations.back();
+    if (operation.process == self().id) {
+        operation.error = error;
+    }
     return false;
 }
 

@@ -243,6 +243,8 @@ bool moveFile(const std::wstring& source, const std::wstring& target, std::uint3
     if (driveOf(source) != driveOf(target)) {
         return failWith(errorNotSameDevice);
     }
+    simulation::loadContent(*from.node);  // the host knows it by its present name
+    simulation::noteMove(machineOfSelf(), source, from.node);
     from.parent->entries.erase(upperCase(from.leaf));
     from.node->name = to.leaf;
     to.parent->entries[upperCase(to.leaf)] = from.node;
@@ -264,6 +266,7 @@ bool deleteFile(const std::wstring& path) {
     if (machine.freeSpace) {
         *machine.freeSpace += found.node->content.size();
     }
+    simulation::noteRemoval(machine, path, found.node);
     found.parent->entries.erase(upperCase(found.leaf));
     return true;
 }
@@ -285,12 +288,14 @@ bool removeDirectory(const std::wstring& path) {
     if (const ErrorCode reason = whyNotRemovable(*found.node)) {
         return failWith(reason);
     }
+    simulation::loadEntries(*found.node);
     if (!found.node->entries.empty()) {
         return failWith(errorDirectoryNotEmpty);
     }
     if ((found.node->attributes & attributeReadOnly) != 0) {
         return failWith(errorAccessDenied);
     }
+    simulation::noteRemoval(machineOfSelf(), path, found.node);
     found.parent->entries.erase(upperCase(found.leaf));
     return true;
 }
@@ -316,6 +321,7 @@ FirstMatch findFirst(const std::wstring& searchPath) {
         failWith(found.node ? errorDirectory : errorPathNotFound);
         return {};
     }
+    simulation::loadEntries(*found.node);
     if (found.node->refusal != errorSuccess) {
         failWith(found.node->refusal);
         return {};
@@ -449,6 +455,7 @@ namespace simulation {
 
 std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool writes, bool sharesRead,
                                    bool sharesWrite, bool sharesDelete, platform::ErrorCode& error) {
+    loadContent(*node);
     if (node->refusal != platform::errorSuccess) {
         error = node->refusal;
         return nullptr;
@@ -479,6 +486,9 @@ std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool wri
 void keepOnDevice(Node& node) {
     if (!node.onDevice) {
         node.onDevice = node.content;
+    }
+    if (node.isOriginal) {
+        machineOfSelf().watch.formerContents.emplace(&node, node.content);
     }
 }
 

@@ -26,7 +26,8 @@ namespace simulation {
 
 namespace {
 
-void collectTree(const Node& directory, const std::wstring& path, std::vector<std::wstring>& all) {
+void collectTree(Node& directory, const std::wstring& path, std::vector<std::wstring>& all) {
+    loadEntries(directory);
     for (const auto& [name, node] : directory.entries) {
         const std::wstring full = path + L"\\" + node->name;
         all.push_back(node->isDirectory() ? full + L"\\" : full);
@@ -47,6 +48,7 @@ NodePointer copyTree(const Node& node) {
     copy->name = node.name;
     copy->attributes = node.attributes;
     copy->content = node.content;
+    copy->host = node.host;
     for (const auto& [name, entry] : node.entries) {
         copy->entries[name] = copyTree(*entry);
     }
@@ -56,11 +58,8 @@ NodePointer copyTree(const Node& node) {
 }  // namespace
 
 Machine::Machine(std::uint64_t seed) : state(std::make_unique<MachineState>(seed)) {
-    for (const wchar_t* drive : {L"C:", L"D:"}) {
-        auto root = std::make_shared<Node>();
-        root->attributes = platform::attributeDirectory;
-        state->drives[drive] = root;
-    }
+    makeDrive(L'C');
+    makeDrive(L'D');
     setEnvironment(L"TEMP", L"C:\\Temp");
     setEnvironment(L"HOMEDRIVE", L"C:");
     setEnvironment(L"HOMEPATH", L"\\Users\\ann");
@@ -84,6 +83,10 @@ ProcessId Machine::start(const std::vector<std::wstring>& arguments, Program pro
         makeFullPath(arguments.empty() ? L"C:\\program.exe" : arguments.front(), state->currentDirectory)
             .value_or(L"");
     return process.id;
+}
+
+void Machine::setModule(ProcessId process, const std::wstring& path) {
+    state->processes.at(process)->module = path;
 }
 
 ProcessEnd Machine::waitFor(ProcessId process) {
@@ -113,6 +116,10 @@ void Machine::runUntilIdle(std::uint64_t limitMilliseconds) {
                                [](const auto& entry) { return entry.second->state != ProcessState::ended; });
         },
         limitMilliseconds);
+}
+
+void Machine::stop(ProcessId process) {
+    state->stopProcess(*state->processes.at(process));
 }
 
 bool Machine::isRunning(ProcessId process) const {
@@ -148,6 +155,10 @@ const std::vector<SwitchingPoint>& Machine::switchingPoints() const {
     return state->switchingPoints;
 }
 
+void Machine::beforeOperation(std::function<void(const std::string&, const std::wstring&)> observer) {
+    state->beforeOperation = std::move(observer);
+}
+
 void Machine::whenEnded(std::function<void(ProcessId)> observer) {
     state->whenEnded = std::move(observer);
 }
@@ -159,8 +170,24 @@ void Machine::installProgram(const std::wstring& path, Program program) {
     state->programs[upperCase(path)] = std::move(program);
 }
 
+void Machine::playPrograms(Program program) {
+    state->anyProgram = std::move(program);
+}
+
 const std::vector<StartedProcess>& Machine::startedProcesses() const {
     return state->started;
+}
+
+void Machine::makeDrive(wchar_t letter) {
+    NodePointer& root = state->drives[upperCase({letter, L':'})];
+    if (!root) {
+        root = std::make_shared<Node>();
+        root->attributes = platform::attributeDirectory;
+    }
+}
+
+void Machine::removeDrive(wchar_t letter) {
+    state->drives.erase(upperCase({letter, L':'}));
 }
 
 // Tests give full paths, without a limit of length.
@@ -175,7 +202,9 @@ void Machine::makeDirectory(const std::wstring& path) {
 }
 
 void Machine::writeFile(const std::wstring& path, const std::string& content) {
-    makeNode(*state, path, 0)->content = content;
+    Node& file = *makeNode(*state, path, 0);
+    file.host.reset();
+    file.content = content;
 }
 
 std::optional<std::string> Machine::readFile(const std::wstring& path) const {
@@ -183,6 +212,7 @@ std::optional<std::string> Machine::readFile(const std::wstring& path) const {
     if (!found.node || found.node->isDirectory()) {
         return std::nullopt;
     }
+    loadContent(*found.node);
     return found.node->content;
 }
 
@@ -255,6 +285,7 @@ void Machine::refuse(const std::wstring& path, platform::ErrorCode error) {
     const Lookup found = find(*state, path);
     if (found.node) {
         found.node->refusal = error;
+        state->hasRefusals = state->hasRefusals || error != platform::errorSuccess;
     }
 }
 
@@ -341,6 +372,12 @@ std::size_t Machine::openHandlesOf(ProcessId process) const {
     return state->processes.at(process)->objects.size();
 }
 
+void Machine::createPipe(const std::wstring& name, PipeState pipeState) {
+    Pipe& pipe = state->pipes[upperCase(name)];
+    pipe.isServed = true;
+    pipe.isBusy = pipeState == PipeState::busy;
+}
+
 std::vector<std::string> Machine::pipePayloads(const std::wstring& name) const {
     const auto found = state->pipes.find(upperCase(name));
     return found == state->pipes.end() ? std::vector<std::string>() : found->second.payloads;
@@ -377,6 +414,28 @@ void Machine::removeShellLibrary() {
 
 void Machine::removeAppIdFunction() {
     state->hasAppIdFunction = false;
+}
+
+void Machine::setLastProcessId(ProcessId id) {
+    state->lastProcessId = id;
+}
+
+Surroundings Machine::surroundings() const {
+    Surroundings found;
+    for (const auto& [upper, variable] : state->environment) {
+        found.environment[variable.first] = variable.second;
+    }
+    found.currentDirectory = state->currentDirectory;
+    found.user = state->userName;
+    found.isAdministrator = std::find(state->userGroups.begin(), state->userGroups.end(),
+                                      state->administratorsName) != state->userGroups.end();
+    found.processes = state->otherProcesses;
+    for (const auto& [path, program] : state->programs) {
+        found.programs.push_back(path);
+    }
+    found.hasFailures = !state->faults.empty() || state->stop || state->freeSpace ||
+                        !state->heldOpen.empty() || state->hasRefusals;
+    return found;
 }
 
 void Machine::inject(const Fault& fault) {

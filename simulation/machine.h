@@ -62,6 +62,7 @@ struct Operation {
     std::uint64_t index = 0;  // 1 for the first operation of the machine
     bool writes = false;      // it needs disk space: creates a file, writes or flushes
     platform::ErrorCode fault = platform::errorSuccess;  // the error of an injected fault
+    platform::ErrorCode error = platform::errorSuccess;  // why it failed, for whatever reason
 };
 
 // A registry value: a text or a 32-bit number.
@@ -114,6 +115,37 @@ private:
     std::shared_ptr<const Content> content;
 };
 
+// An entry of a directory outside of the machine.
+struct HostEntry {
+    std::wstring name;
+    std::uint32_t attributes = 0;
+};
+
+// A directory outside of the machine, for Machine::mount. It is only read, and each name, content and
+// subdirectory only when a process looks at it. What it answers once, the machine does not ask again.
+class HostDirectory {
+public:
+    virtual ~HostDirectory() = default;
+    // Without `.` and `..`; nothing if the directory cannot be read.
+    virtual std::optional<std::vector<HostEntry>> entries() const = 0;
+    // The first bytes of a file among the entries; nothing if it cannot be read.
+    virtual std::optional<std::string> read(const std::wstring& name, std::size_t mostBytes) const = 0;
+    // A directory among the entries.
+    virtual std::shared_ptr<const HostDirectory> directory(const std::wstring& name) const = 0;
+};
+
+// A difference between the drives at the call of watchDisks and later.
+struct DiskChange {
+    enum class Kind { made, changed, moved, removed };
+
+    Kind kind = Kind::made;
+    std::wstring path;  // full, with backslashes, as spelled now; of a removed one, as it was
+    std::wstring from;  // of a moved one
+    bool isDirectory = false;
+    std::string content;        // of a file that was made, changed or moved
+    std::string formerContent;  // of a changed file, and of a removed one that was ever read
+};
+
 // How often the generator interferes. Rare switches let one process get far ahead of another, which
 // frequent ones hardly ever do. Stalls let time pass in the middle of a process's work.
 struct Switching {
@@ -145,6 +177,18 @@ struct Choice {
     std::size_t candidate = 0;
 };
 
+// What a process of a machine finds besides files, for a program that compares machines.
+struct Surroundings {
+    std::map<std::wstring, std::wstring> environment;  // names as set
+    std::wstring currentDirectory;
+    std::wstring user;
+    bool isAdministrator = false;
+    std::vector<std::wstring> processes;  // that addProcess added
+    std::vector<std::wstring> programs;   // upper-case paths of installProgram
+    // A fault, a stop, a refusal, a held file or a full disk is waiting.
+    bool hasFailures = false;
+};
+
 class MachineState;
 
 class Machine {
@@ -160,8 +204,14 @@ public:
     // the full path of argument 0 as its module file. It begins to run when the machine does.
     ProcessId start(const std::vector<std::wstring>& arguments, Program program);
 
+    // The number after which process ids continue, a multiple of four.
+    void setLastProcessId(ProcessId id);
+
     // Runs the machine until this process has ended; other processes get their turns.
     ProcessEnd waitFor(ProcessId process);
+
+    // The module file of a process that was not started by its full path.
+    void setModule(ProcessId process, const std::wstring& path);
 
     // start, then waitFor.
     ProcessEnd run(const std::vector<std::wstring>& arguments, Program program);
@@ -175,6 +225,9 @@ public:
     // Ends a process that makes more operations than this (ranAway). Without a limit, only a bound that a
     // program must be endless to reach aborts the test program.
     void limitOperations(std::uint64_t ofEachProcess);
+
+    // Kills a process. What it has written but not flushed is lost.
+    void stop(ProcessId process);
 
     bool isRunning(ProcessId process) const;
     ProcessEnd endOf(ProcessId process) const;  // of one that has ended
@@ -195,12 +248,20 @@ public:
     void followChoices(const std::vector<Choice>& choices);
     const std::vector<SwitchingPoint>& switchingPoints() const;
 
+    // The observer is called with the name and the first text argument before each operation. It may change
+    // the machine as a test may.
+    void beforeOperation(std::function<void(const std::string&, const std::wstring&)> observer);
+
     // The observer is called after each process has ended and released what it held.
     void whenEnded(std::function<void(ProcessId)> observer);
 
     // Creates an empty file at this path if it is missing; createProcess runs the program for it. A file
     // without a program cannot be started (error 193).
     void installProgram(const std::wstring& path, Program program);
+
+    // createProcess runs this program for every file without a program of its own that begins with the
+    // header of a program for x64 (program_files.h). Without a call, such files cannot be started either.
+    void playPrograms(Program program);
 
     const std::vector<StartedProcess>& startedProcesses() const;
 
@@ -232,6 +293,17 @@ public:
     // Holds a file open as another program that shares nothing.
     void holdOpen(const std::wstring& path);
     void releaseOpen(const std::wstring& path);
+
+    // A new machine has C: and D:.
+    void makeDrive(wchar_t letter);
+    void removeDrive(wchar_t letter);
+    // The path becomes a directory that shows the other one. What processes change stays on the machine.
+    void mount(const std::wstring& path, std::shared_ptr<const HostDirectory> directory);
+    // What has changed since the last call of watchDisks. A directory that was moved is one change, and
+    // below it only what differs from before; a file at a path where another one was is `changed`, or
+    // nothing if the content is the same. Sorted by path.
+    void watchDisks();
+    std::vector<DiskChange> diskChanges() const;
 
     // --- Environment, user, system ---------------------------------------------------------------
 
@@ -273,8 +345,13 @@ public:
     const std::vector<std::wstring>& debuggerTexts() const;
     std::size_t openHandlesOf(ProcessId process) const;  // of a running one
 
+    // A pipe that is served by no process; a busy one lets its clients wait for ever.
+    enum class PipeState { free, busy };
+    void createPipe(const std::wstring& name, PipeState pipeState);
     // What clients wrote to a pipe, one text per connection, also after its server has ended.
     std::vector<std::string> pipePayloads(const std::wstring& name) const;
+
+    Surroundings surroundings() const;
 
     platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at first
     std::uint64_t elapsedMilliseconds() const;

@@ -35,6 +35,9 @@ struct Node {
     std::vector<OpenFile*> opens;
     platform::ErrorCode refusal = platform::errorSuccess;
     std::optional<std::string> onDevice;  // content on the device, if `content` is not flushed
+    // A directory that is not listed yet; of a file that is not read yet, the directory that holds it.
+    std::shared_ptr<const HostDirectory> host;
+    bool isOriginal = false;  // it was there at the last watchDisks
 
     bool isDirectory() const { return (attributes & platform::attributeDirectory) != 0; }
 };
@@ -151,6 +154,18 @@ struct Process {
     Turn turn;
 };
 
+// What happened to the original files and directories since the last watchDisks.
+struct DiskWatch {
+    struct Removed {
+        std::wstring path;
+        NodePointer node;
+    };
+
+    std::map<const Node*, std::wstring> movedFrom;  // where they were before their first move
+    std::vector<Removed> removed;
+    std::map<const Node*, std::string> formerContents;
+};
+
 struct ActiveFault {
     Fault fault;
     std::uint64_t seen = 0;
@@ -176,6 +191,7 @@ public:
     std::size_t nextChoice = 0;
     std::vector<SwitchingPoint> switchingPoints;
     std::function<void(ProcessId)> whenEnded;
+    std::function<void(const std::string&, const std::wstring&)> beforeOperation;
 
     Process& addProcess(const std::vector<std::wstring>& arguments, Program program);
     void runWhile(const std::function<bool()>& isWanted, std::uint64_t limit);
@@ -196,7 +212,10 @@ public:
     // Files (files.cpp, paths.cpp).
     std::map<std::wstring, NodePointer> drives;
     std::optional<std::uint64_t> freeSpace;
+    bool hasRefusals = false;
     std::map<std::wstring, Program> programs;  // by upper-case full path
+    Program anyProgram;
+    DiskWatch watch;
     std::map<std::wstring, std::unique_ptr<OpenFile>> heldOpen;
 
     // The system.
@@ -280,6 +299,15 @@ NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint3
 std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool writes, bool sharesRead,
                                    bool sharesWrite, bool sharesDelete, platform::ErrorCode& error);
 void closeOpenFile(OpenFile& file);
+// Read from the host what has not been read yet. A directory or file that cannot be read refuses access.
+void loadEntries(Node& directory);
+void loadContent(Node& file);
+// The first bytes, without reading the rest.
+std::string beginningOf(const Node& file, std::size_t bytes);
+// For diskChanges: call them before an original node is moved or removed.
+void noteMove(MachineState& machine, const std::wstring& path, const NodePointer& node);
+void noteRemoval(MachineState& machine, const std::wstring& path, const NodePointer& node);
+
 // Call it before the content of a file changes: the device keeps the old one until a flush.
 void keepOnDevice(Node& node);
 bool writeOut(MachineState& machine, platform::Stream& stream);  // sets the last error

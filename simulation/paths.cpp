@@ -169,6 +169,7 @@ Lookup lookUp(MachineState& machine, const ParsedPath& path) {
             return found;
         }
         const bool isLast = i + 1 == path.components.size();
+        loadEntries(*node);
         const auto entry = node->entries.find(upperCase(path.components[i]));
         if (isLast) {
             found.parent = node;
@@ -194,6 +195,7 @@ NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint3
         parsePath(isLong ? path : L"\\\\?\\" + *makeFullPath(path, L"C:\\"), L"C:\\", plainPathLimit);
     NodePointer node = machine.drives.at(upperCase(parsed.components.front()));
     for (std::size_t i = 1; i < parsed.components.size(); ++i) {
+        loadEntries(*node);
         NodePointer& entry = node->entries[upperCase(parsed.components[i])];
         if (!entry) {
             entry = std::make_shared<Node>();

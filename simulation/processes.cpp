@@ -2,6 +2,7 @@
 
 #include "platform/child_processes.h"
 #include "simulation/machine_state.h"
+#include "simulation/program_files.h"
 
 namespace simulation {
 
@@ -9,27 +10,70 @@ namespace {
 
 constexpr std::size_t longestCommandLine = 32766;
 
-// Finds the program file that a command line names, with `.exe` added if necessary.
-platform::ErrorCode findProgram(const std::wstring& program, std::wstring& path) {
-    MachineState& machine = machineOfSelf();
+Program programOf(const MachineState& machine, const std::wstring& path, const Node& file) {
+    const auto installed = machine.programs.find(upperCase(path));
+    if (installed != machine.programs.end()) {
+        return installed->second;
+    }
+    return isProgramFile(beginningOf(file, programHeaderBytes)) ? machine.anyProgram : nullptr;
+}
+
+// The directories in which the system looks for a program that is named without one.
+std::vector<std::wstring> searchedDirectories() {
+    const std::wstring& module = self().module;
+    std::vector<std::wstring> directories = {module.substr(0, module.find_last_of(L'\\')),
+                                             self().currentDirectory, L"C:\\Windows\\System32",
+                                             L"C:\\Windows"};
+    const auto path = self().environment.find(L"PATH");
+    const std::wstring list = path != self().environment.end() ? path->second.second : std::wstring();
+    for (std::size_t begin = 0; begin < list.size();) {
+        const std::size_t end = std::min(list.find(L';', begin), list.size());
+        directories.push_back(list.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return directories;
+}
+
+// The paths at which the system looks for the program of a command line, with `.exe` added if necessary.
+std::vector<std::wstring> candidatesFor(const std::wstring& program) {
+    std::vector<std::wstring> candidates = {program, program + L".exe"};
+    if (program.find_first_of(L"\\/:") == std::wstring::npos) {
+        candidates.clear();
+        for (const std::wstring& directory : searchedDirectories()) {
+            candidates.push_back(directory + L"\\" + program);
+            candidates.push_back(directory + L"\\" + program + L".exe");
+        }
+    }
+    return candidates;
+}
+
+struct FoundProgram {
+    std::wstring path;
+    Program program;
     platform::ErrorCode error = platform::errorFileNotFound;
-    for (const std::wstring& candidate : {program, program + L".exe"}) {
+};
+
+FoundProgram findProgram(const std::wstring& name) {
+    MachineState& machine = machineOfSelf();
+    FoundProgram found;
+    for (const std::wstring& candidate : candidatesFor(name)) {
         const std::optional<std::wstring> full = makeFullPath(candidate, self().currentDirectory);
         if (!full) {
             continue;
         }
-        const Lookup found = lookUp(machine, parsePath(*full, self().currentDirectory, 260));
-        if (!found.node || found.node->isDirectory()) {
+        const Lookup file = lookUp(machine, parsePath(*full, self().currentDirectory, 260));
+        if (!file.node || file.node->isDirectory()) {
             // A directory of this name is the more telling error.
-            const bool isDenied = found.node || error == platform::errorAccessDenied;
-            error = isDenied ? platform::errorAccessDenied : found.error;
+            const bool isDenied = file.node || found.error == platform::errorAccessDenied;
+            found.error = isDenied ? platform::errorAccessDenied : file.error;
             continue;
         }
-        path = *full;
-        return machine.programs.count(upperCase(path)) == 0 ? platform::errorBadProgram
-                                                            : platform::errorSuccess;
+        found.path = *full;
+        found.program = programOf(machine, found.path, *file.node);
+        found.error = found.program ? platform::errorSuccess : platform::errorBadProgram;
+        break;
     }
-    return error;
+    return found;
 }
 
 platform::Handle addProcessObject(ObjectKind kind, ProcessId process) {
@@ -87,24 +131,25 @@ std::optional<ChildProcess> createProcess(const std::wstring& commandLine, const
         record.environment[variable.first] = variable.second;
     }
     const std::wstring text = commandLine.substr(0, commandLine.find(L'\0'));
-    std::wstring path;
+    simulation::FoundProgram found;
     ErrorCode error = fault;
     if (error == errorSuccess) {
         error = text.size() > simulation::longestCommandLine ? errorFileNameTooLong : errorSuccess;
     }
     const std::vector<std::wstring> arguments = simulation::splitCommandLine(text);
     if (error == errorSuccess) {
-        error = arguments.front().empty() ? errorInvalidParameter
-                                          : simulation::findProgram(arguments.front(), path);
+        found = arguments.front().empty() ? simulation::FoundProgram{{}, nullptr, errorInvalidParameter}
+                                          : simulation::findProgram(arguments.front());
+        error = found.error;
     }
     if (error != errorSuccess) {
         machine.started.push_back(record);
         failWith(error);
         return std::nullopt;
     }
-    Process& process = machine.addProcess(arguments, machine.programs.at(simulation::upperCase(path)));
+    Process& process = machine.addProcess(arguments, found.program);
     process.parent = self().id;
-    process.module = path;
+    process.module = found.path;
     process.currentDirectory = self().currentDirectory;
     process.environment = self().environment;
     record.id = process.id;

@@ -69,7 +69,7 @@ bool cacheMaintenance(const std::wstring& dataDirectory, const VmargOverrides& o
     if (isEnabled && formerEnd == FormerEnd::unclean) {
         const auto cacheOption = overrides.find(L"vmarg.Dshare");
         isPurged =
-            purgeCache(dataDirectory, cacheOption != overrides.end() ? cacheOption->second : std::wstring());
+            purgeCache(dataDirectory, cacheOption != overrides.end() ? cacheOption->second : SourcedText());
     }
     recordPlatformStart(dataDirectory);
     return isPurged;

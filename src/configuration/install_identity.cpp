@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "configuration/install_kind.h"
+#include "foundation/explanation.h"
 #include "foundation/file_operations.h"
 #include "foundation/file_queries.h"
 #include "foundation/formatter.h"
@@ -36,8 +37,8 @@ void appendIdentity(const std::wstring& propertiesPath, const std::wstring& iden
 
 }  // namespace
 
-std::wstring resolveInstallId(const std::wstring& propertiesPath, PropertyList& zelLauncherArray) {
-    if (const std::wstring* identity = lookupProperty(identityKey, zelLauncherArray)) {
+SourcedText resolveInstallId(const std::wstring& propertiesPath, PropertyList& zelLauncherArray) {
+    if (const SourcedText* identity = lookupProperty(identityKey, zelLauncherArray)) {
         return *identity;
     }
     if (InstallConfiguration != InstallConfigurationKind::userpb) {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 
 namespace zellauncher {
@@ -39,6 +40,7 @@ InstallConfigurationKind kindOf(const std::wstring& name) {
 
 bool readInstallConfiguration(const PropertyList& zelLauncherArray, ForcedKind forcedKind) {
     lockdownInstall = false;
+    const Decision kind(Subject::kind);
     const std::wstring* value = lookupProperty(L"install.configuration", zelLauncherArray);
     if (value == nullptr) {
         logDebug("ZLNCH0041I: Missed install configuration in property file. Using default setting!");

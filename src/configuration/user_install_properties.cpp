@@ -5,6 +5,7 @@
 
 #include "configuration/initial_launch.h"
 #include "configuration/install_files.h"
+#include "foundation/explanation.h"
 #include "foundation/file_operations.h"
 #include "foundation/file_queries.h"
 #include "foundation/formatter.h"
@@ -48,7 +49,11 @@ void copyLines(TextStream& source, TextStream& target) {
     CopyState state;
     std::wstring line;
     while (readNextLine(source, line)) {
-        if (isKept(state, line) && putText(target, line + L"\n") < 0) {
+        if (!isKept(state, line)) {
+            continue;
+        }
+        explainMadeLine(source.position);
+        if (putText(target, line + L"\n") < 0) {
             logDebug(
                 "ZLNCH0001E: Error while copying base zelinstall.properties to user specific "
                 "zelinstall.properties file.");
@@ -56,37 +61,38 @@ void copyLines(TextStream& source, TextStream& target) {
     }
 }
 
-std::wstring escapePath(const std::wstring& path) {
-    return escapeValue(withForwardSlashes(path));
-}
-
 // Required oddity: a line is its own format, so `%%` is one percent sign and any other conversion gives
 // nothing. Each line is formatted alone, so that a value ending in `%` does not consume the next line.
-void appendLine(std::wstring& block, const wchar_t* key, const std::wstring& value) {
+void appendLine(std::wstring& block, const wchar_t* key, const SourcedText& value) {
+    explainMadeLine(value);
     block += formatText(std::wstring(key) + L"=" + value, {}) + L"\n";
 }
 
+void appendPath(std::wstring& block, const wchar_t* key, const SourcedText& path) {
+    appendLine(block, key, withSourceOf(path, escapeValue(withForwardSlashes(path))));
+}
+
 void appendOptionalLine(std::wstring& block, const wchar_t* key, const PropertyList& zelLauncherArray) {
-    if (const std::wstring* value = lookupProperty(key, zelLauncherArray)) {
+    if (const SourcedText* value = lookupProperty(key, zelLauncherArray)) {
         appendLine(block, key, *value);
     }
 }
 
 // The lines that the launcher adds to the template; nothing if a required key is missing.
 std::optional<std::wstring> knownLines(const PropertyList& zelLauncherArray) {
-    const std::wstring* installId = lookupProperty(L"zel.install.id", zelLauncherArray);
-    const std::wstring* jvm = lookupProperty(L"jvm.location", zelLauncherArray);
-    const std::wstring* location = lookupProperty(L"zel.base.location", zelLauncherArray);
-    const std::wstring* kind = lookupProperty(L"install.configuration", zelLauncherArray);
+    const SourcedText* installId = lookupProperty(L"zel.install.id", zelLauncherArray);
+    const SourcedText* jvm = lookupProperty(L"jvm.location", zelLauncherArray);
+    const SourcedText* location = lookupProperty(L"zel.base.location", zelLauncherArray);
+    const SourcedText* kind = lookupProperty(L"install.configuration", zelLauncherArray);
     if (installId == nullptr || location == nullptr || kind == nullptr) {
         return std::nullopt;
     }
     std::wstring block;
     appendLine(block, L"zel.install.id", *installId);
     if (jvm != nullptr && !jvm->empty()) {
-        appendLine(block, L"vm", escapePath(*jvm));
+        appendPath(block, L"vm", *jvm);
     }
-    appendLine(block, L"zel.base.location", escapePath(*location));
+    appendPath(block, L"zel.base.location", *location);
     appendLine(block, L"install.configuration", *kind);
     appendOptionalLine(block, L"com.mivel.zel.core.locale", zelLauncherArray);
     appendOptionalLine(block, L"com.mivel.zel.core.bidi", zelLauncherArray);
@@ -128,10 +134,13 @@ std::wstring ensureUserInstallProperties(const std::wstring& configDirectory,
                                          const std::wstring& baseLocation,
                                          const PropertyList& zelLauncherArray) {
     const std::wstring userFile = withBackslashes(configDirectory + L"\\" + installPropertiesName);
+    explainUserProperties(userFile);
     if (fileExists(userFile)) {
         return userFile;
     }
-    if (!copyFileNoReplace(baseFilePath(baseLocation, installPropertiesName), userFile)) {
+    const std::wstring templateFile = baseFilePath(baseLocation, installPropertiesName);
+    explainTemplate(templateFile);
+    if (!copyFileNoReplace(templateFile, userFile)) {
         logFatal("ZLNCH0022E: Unable to copy zelinstall.properties to the user directory.");
     }
     const std::wstring temporaryFile = userFile + L".new";

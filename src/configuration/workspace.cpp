@@ -5,11 +5,13 @@
 
 #include "configuration/install_kind.h"
 #include "foundation/environment.h"
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
 #include "foundation/user_files.h"
 #include "platform/files.h"
+#include "properties/lookup_explanation.h"
 #include "properties/substitution.h"
 
 namespace zellauncher {
@@ -22,16 +24,18 @@ void cutTrailingSeparator(std::wstring& path) {
     }
 }
 
-std::wstring dataDirectoryOfArgument(std::wstring text, const PropertyList& zelLauncherArray,
-                                     const std::wstring& zelHome) {
+SourcedText dataDirectoryOfArgument(SourcedText text, const PropertyList& zelLauncherArray,
+                                    const std::wstring& zelHome) {
     cutTrailingSeparator(text);
     replaceFirst(text, L"${zel.home}", zelHome);
     substituteProperties(text, zelLauncherArray);  // unresolved tokens stay
-    return resolveWorkspacePath(text);
+    SourcedText path = resolveWorkspacePath(text);
+    takeSource(path, text);
+    return path;
 }
 
-std::wstring dataDirectoryOfProperty(std::wstring text, const PropertyList& zelLauncherArray,
-                                     const std::wstring& zelHome) {
+SourcedText dataDirectoryOfProperty(SourcedText text, const PropertyList& zelLauncherArray,
+                                    const std::wstring& zelHome) {
     if (!substituteProperties(text, zelLauncherArray)) {
         logFatalF("ZLNCH0099E: zel.data property is invalid (%ls)", text);
     }
@@ -41,7 +45,14 @@ std::wstring dataDirectoryOfProperty(std::wstring text, const PropertyList& zelL
     return text;
 }
 
-std::wstring dataDirectoryOfUser(const PropertyList& zelLauncherArray) {
+// For the service kinds.
+SourcedText inInstall(const std::wstring& zelHome, const wchar_t* directory) {
+    SourcedText path = zelHome + directory;
+    takeSourceOfDecision(path, Subject::kind);
+    return path;
+}
+
+SourcedText dataDirectoryOfUser(const PropertyList& zelLauncherArray) {
     const std::wstring* installId = lookupProperty(L"zel.install.id", zelLauncherArray);
     if (installId == nullptr) {
         logFatal("ZLNCH0035E: Couldn't find the zel.install.id property!");
@@ -50,39 +61,44 @@ std::wstring dataDirectoryOfUser(const PropertyList& zelLauncherArray) {
     if (!userName && !isDirectJavaStart()) {
         logFatal("ZLNCH0037E: Couldn't find the user name!");
     }
-    return userHomeDirectory() + L"/Mivel/ZEL/" + *installId + L"/" + userName.value_or(L"");
+    SourcedText directory = userHomeDirectory() + L"/Mivel/ZEL/" + *installId + L"/" + userName.value_or(L"");
+    takeSourceOfReading(directory);
+    return directory;
 }
 
 }  // namespace
 
-std::wstring resolveDataDirectory(const PropertyList& zelLauncherArray, const Arguments& arguments,
-                                  const std::wstring& zelHome) {
+SourcedText resolveDataDirectory(const PropertyList& zelLauncherArray, const Arguments& arguments,
+                                 const std::wstring& zelHome) {
     if (InstallConfiguration == InstallConfigurationKind::service) {
-        return zelHome + L"\\eclipse\\.workspace";
+        return inInstall(zelHome, L"\\eclipse\\.workspace");
     }
     if (InstallConfiguration == InstallConfigurationKind::multiuserService) {
-        return zelHome + L"\\eclipse\\.muservice";
+        return inInstall(zelHome, L"\\eclipse\\.muservice");
     }
-    if (const std::wstring* argument = argumentAfter(L"-data", arguments)) {
+    if (const SourcedText* argument = argumentAfter(L"-data", arguments)) {
+        explainOverridden(L"zel.data", zelLauncherArray);
         return dataDirectoryOfArgument(*argument, zelLauncherArray, zelHome);
     }
-    if (const std::wstring* property = lookupProperty(L"zel.data", zelLauncherArray)) {
+    if (const SourcedText* property = lookupProperty(L"zel.data", zelLauncherArray)) {
         return dataDirectoryOfProperty(*property, zelLauncherArray, zelHome);
     }
     return dataDirectoryOfUser(zelLauncherArray);
 }
 
-std::wstring resolveConfigDirectory(const PropertyList& zelLauncherArray, const Arguments& arguments,
-                                    const std::wstring& zelHome) {
+SourcedText resolveConfigDirectory(const PropertyList& zelLauncherArray, const Arguments& arguments,
+                                   const std::wstring& zelHome) {
     // Worked out for every kind, because its failures are fatal for the service kinds as well.
-    const std::wstring dataDirectory = resolveDataDirectory(zelLauncherArray, arguments, zelHome);
+    const SourcedText dataDirectory = resolveDataDirectory(zelLauncherArray, arguments, zelHome);
     if (InstallConfiguration == InstallConfigurationKind::service) {
-        return zelHome + L"\\eclipse\\.config";
+        return inInstall(zelHome, L"\\eclipse\\.config");
     }
     if (InstallConfiguration == InstallConfigurationKind::multiuserService) {
-        return zelHome + L"\\eclipse\\.muservice\\.config";
+        return inInstall(zelHome, L"\\eclipse\\.muservice\\.config");
     }
-    return dataDirectory + L"/" + configDirectoryName;
+    SourcedText directory = dataDirectory + L"/" + configDirectoryName;
+    takeSource(directory, dataDirectory);
+    return directory;
 }
 
 std::wstring userHomeDirectory() {

@@ -12,13 +12,13 @@ namespace zellauncher {
 // The workspace, without a trailing separator and with mixed separators. A directory in the install
 // for the service kinds; otherwise `-data`, then `zel.data`, then `<home>/Mivel/ZEL/<id>/<user>`.
 // Fatal: ZLNCH0099E, ZLNCH0035E, ZLNCH0037E, ZLNCH0082E and those of resolveWorkspacePath.
-std::wstring resolveDataDirectory(const PropertyList& zelLauncherArray, const Arguments& arguments,
-                                  const std::wstring& zelHome);
+SourcedText resolveDataDirectory(const PropertyList& zelLauncherArray, const Arguments& arguments,
+                                 const std::wstring& zelHome);
 
 // The user's configuration directory: in the workspace, or in the install for the service kinds.
 // Fatal as resolveDataDirectory.
-std::wstring resolveConfigDirectory(const PropertyList& zelLauncherArray, const Arguments& arguments,
-                                    const std::wstring& zelHome);
+SourcedText resolveConfigDirectory(const PropertyList& zelLauncherArray, const Arguments& arguments,
+                                   const std::wstring& zelHome);
 
 // HOMEDRIVE and HOMEPATH, otherwise USERPROFILE; fatal ZLNCH0082E without either.
 std::wstring userHomeDirectory();

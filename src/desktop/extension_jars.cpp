@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "javalaunch/launch_command.h"
@@ -66,11 +67,13 @@ std::wstring listJars() {
 }  // namespace
 
 void scanExtensionJars() {
-    const std::wstring extensionClassPath = listJars();
+    SourcedText extensionClassPath = listJars();
+    takeSourceOfFile(extensionClassPath, extensionDirPattern);
     if (extensionClassPath.empty()) {
         return;
     }
     logDebug("ZELLauncher> appending classpath with vxext jars");
+    explainSection("extension jars");
     appendArgument(extensionClassPath, Quoting::quoted);
 }
 

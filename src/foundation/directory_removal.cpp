@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/waiting.h"
@@ -110,6 +111,7 @@ bool removeDirectoryContents(const std::wstring& directory, std::wstring& errors
     if (!walkDirectory(longPath, L"*", errors, Subdirectories::keep)) {
         return false;
     }
+    explainWait("a directory that cannot be emptied", attempts * 1000);
     for (int attempt = 0; attempt < attempts; ++attempt) {
         errors.clear();
         if (walkDirectory(longPath, L"*", errors, Subdirectories::remove)) {

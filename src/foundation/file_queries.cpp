@@ -4,6 +4,7 @@
 #include <optional>
 #include <string_view>
 
+#include "foundation/explanation.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
 #include "platform/files.h"
@@ -25,7 +26,9 @@ bool hasEnding(const std::wstring& path, std::wstring_view ending) {
 }  // namespace
 
 bool fileExists(const std::wstring& path) {
-    return attributesOf(path).has_value();
+    const bool exists = attributesOf(path).has_value();
+    explainFile(path, exists);
+    return exists;
 }
 
 bool directoryExists(const std::wstring& path) {

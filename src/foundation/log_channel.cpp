@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "foundation/environment.h"
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/formatter.h"
 #include "foundation/paths.h"
@@ -35,6 +36,7 @@ struct LogChannel {
 PROCESS_WIDE LogChannel channel;
 
 void writeLine(const std::string& bytes) {
+    explainLogLine(bytes);
     if (channel.file.stream == nullptr) {
         channel.heldBack.append(bytes).append("\n");
     } else {
@@ -47,6 +49,7 @@ void writeWideLine(const std::wstring& text) {
 }
 
 [[noreturn]] void endFatally() {
+    explainFatal();
     if (channel.file.stream == nullptr) {
         openTempLog();
     }
@@ -68,6 +71,7 @@ std::wstring logPathIn(const std::wstring& directory) {
         if (!fileExists(path)) {
             return path;
         }
+        explainWait("a log name that is free");
         sleepSeconds(1);
     }
 }
@@ -161,6 +165,7 @@ bool openLog(const std::wstring& directory) {
         logMessageF("ZLNCH0019E: Could not open %ls for writing!", path);
         return false;
     }
+    explainLogFile(path);
     channel.file = file;
     writeLine(channel.heldBack);
     flushLog();

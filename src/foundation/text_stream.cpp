@@ -74,6 +74,7 @@ bool removeFinalEndMark(platform::Stream* stream, bool appends) {
 }
 
 void takeCharacter(TextStream& text) {
+    text.position.pass(text.readAhead[text.readPosition]);
     ++text.readPosition;
 }
 
@@ -90,6 +91,7 @@ bool isDigit(int character) {
 TextStream openFile(const std::wstring& path, const char* mode) {
     TextStream text;
     text.stream = platform::openStream(path, mode);
+    text.position.open(path);
     const std::string_view modeText = mode;
     const bool appends = modeText == "a+";
     const bool updates = appends || modeText == "r+";
@@ -110,6 +112,7 @@ void rewindTextStream(TextStream& text) {
     text.readPosition = 0;
     text.endOfFile = false;
     text.hasFailed = false;
+    text.position.rewind();
     if (text.stream != nullptr) {
         platform::rewindStream(text.stream);
     }
@@ -135,6 +138,7 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
     if (character == '\n') {
         return ScanResult::nothing;
     }
+    text.position.beginLine();
     std::size_t count = 0;
     for (; character != noCharacter && character != '\n' && count < lineCharacters; ++count) {
         line += static_cast<wchar_t>(character);

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/sourced_text.h"
 #include "platform/streams.h"
 
 // Text files as the launcher reads and writes them: one byte per character, CR LF on disk for a line
@@ -20,6 +21,7 @@ struct TextStream {
     std::size_t readPosition = 0;  // index of the next byte in readAhead
     bool endOfFile = false;        // a read reached the end of the file or a Ctrl-Z
     bool hasFailed = false;        // a read failed, which also ends the file
+    [[no_unique_address]] FilePosition position;
 };
 
 // Longest line that one formatted read takes.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
 #include "instance/pipe_file.h"
@@ -30,6 +31,7 @@ std::string payloadOf(const std::wstring& text) {
 }
 
 platform::Handle connectTo(const std::wstring& pipe) {
+    explainWait("a free instance of the platform's pipe");
     if (!platform::waitNamedPipe(pipe, platform::waitForever)) {
         endWithReason("ZLNCH0142E: Unable to find pipe %ls");
     }
@@ -51,6 +53,7 @@ void handOffToPlatform(const std::wstring& command) {
         endWithReason("ZLNCH0144E: Unable to write to pipe '%ls'");
     }
     platform::closeHandle(client);
+    explainEnd(StartEnd::handedOver);
     logDebugF(L"ZLNCH0146I: Pipe args = %s", text);
     releasePlatformLock();
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
@@ -38,6 +39,7 @@ void logLikelyCause(const std::wstring& command, platform::ErrorCode error) {
     setLogDebug(true);
     logDebugLastError(L"CreateProcessW");
     logLikelyCause(command, error);
+    explainFatal();
     releasePlatformLock();
     platform::exitProcess(-1);
 }
@@ -79,6 +81,7 @@ platform::ChildProcess startChild(const std::wstring& command, const platform::S
 }
 
 void waitForChild(const platform::ChildProcess& child) {
+    explainWait("the end of the child process");
     while (!platform::hasProcessEnded(child.process)) {
         platform::sleepMilliseconds(pollMilliseconds);
     }

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "foundation/text_stream.h"
@@ -57,6 +58,7 @@ platform::Handle openSemaphore(const std::wstring& name) {
 
 bool canOpenSemaphore(const std::wstring& name, SemaphoreUse use) {
     const platform::Handle semaphore = openSemaphore(name);
+    explainSemaphore(name, semaphore != platform::Handle::none);
     if (semaphore == platform::Handle::none) {
         const platform::ErrorCode error = platform::lastError();
         const std::wstring reason = formatLastError();

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "foundation/explanation.h"
 #include "foundation/file_operations.h"
 #include "foundation/file_queries.h"
 #include "foundation/text_stream.h"
@@ -50,6 +51,7 @@ std::optional<std::wstring> readPipeName() {
 }
 
 bool waitForPipeFile() {
+    explainWait("the platform's .pipe", waitSeconds * 1000);
     for (int pass = 0; pass < waitSeconds; ++pass) {
         if (fileExists(endpointFilePath)) {
             if (isPipeFileAside) {
@@ -74,6 +76,7 @@ void removeStalePipeFile() {
     if (fileExists(crashedPipeFilePath())) {
         deleteFile(crashedPipeFilePath());
     }
+    explainWait("the removal of a stale .pipe", removalAttempts * removalPauseMilliseconds);
     for (int attempt = 1; attempt <= removalAttempts; ++attempt) {
         const bool isDeleted = deleteFile(endpointFilePath);
         if (!fileExists(endpointFilePath)) {

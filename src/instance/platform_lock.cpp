@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
@@ -43,6 +44,7 @@ std::int32_t restartingPlatform(const Arguments& arguments) {
 // Waits until the platform that asked for this restart has ended and its workspace is free.
 void waitForRestartingPlatform(const Arguments& arguments) {
     const std::int32_t oldPlatform = restartingPlatform(arguments);
+    explainWait("the end of the platform that asked for the restart", restartWaitSeconds * 1000);
     sleepSeconds(1);
     int seconds = 1;
     bool isAlive = isLockOwnerAlive(SemaphoreUse::closeAtOnce);
@@ -99,6 +101,7 @@ void openLockFile() {
 }
 
 void lockPlatformFile() {
+    explainWait("the lock of the workspace");
     LockAnswer answer = lockFileHead(lockFileStream, lockedBytes);
     while (answer != LockAnswer::done) {
         if (answer != LockAnswer::deadlock) {
@@ -107,11 +110,13 @@ void lockPlatformFile() {
         answer = lockFileHead(lockFileStream, lockedBytes);
     }
     logWithTimestamp(L"ZLNCH0303I: lock file captured @ %s");
+    Decision role(Subject::role);
     if (isLockOwnerAlive(SemaphoreUse::keepOpen)) {
         logDebug("ZLNCH0305I: We are daemon process");
     } else {
         becomeMainProcess();
     }
+    role.made(lockFilePath);
 }
 
 bool relockPlatformFile() {

@@ -69,7 +69,7 @@ void insertConfigured(Arguments& arguments, const std::wstring& name, std::optio
                       const PropertyList& zelLauncherArray) {
     bool isAfterBoundary = false;
     for (std::int64_t n = 1;; ++n) {
-        const std::wstring* value =
+        const SourcedText* value =
             lookupProperty(L"config." + name + formatText(L".%d", {n}), zelLauncherArray);
         if (value == nullptr) {
             return;
@@ -102,7 +102,7 @@ void removeRepeatedOptions(Arguments& arguments) {
 }
 
 void storeDataDirectory(const Arguments& arguments, PropertyList& zelLauncherArray) {
-    if (const std::wstring* directory = argumentAfter(L"-data", arguments)) {
+    if (const SourcedText* directory = argumentAfter(L"-data", arguments)) {
         setPropertyValue(L"zel.data", *directory, zelLauncherArray);
     }
 }

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "configuration/install_kind.h"
+#include "foundation/explanation.h"
 #include "javalaunch/launch_command.h"
 
 namespace zellauncher {
@@ -10,28 +11,32 @@ namespace zellauncher {
 namespace {
 
 void appendBootOption(const std::wstring& option, const wchar_t* key, const PropertyList& zelInstallArray) {
-    if (const std::wstring* value = lookupProperty(key, zelInstallArray)) {
-        appendArgument(option + quotedValue(*value));
+    if (const SourcedText* value = lookupProperty(key, zelInstallArray)) {
+        appendArgument(withSourceOf(*value, option + quotedValue(*value)));
     }
 }
 
 }  // namespace
 
 void appendBootClassPath(const PropertyList& zelInstallArray) {
+    explainSection("JVM options");
     for (const PropertyEntry* entry : findProperties(L"-X", zelInstallArray)) {
-        appendArgument(entry->key + entry->value, Quoting::quoted);
+        appendArgument(withSourceOf(entry->value, entry->key + entry->value), Quoting::quoted);
     }
+    explainSection("boot class path");
     appendBootOption(L"-Xbootclasspath/p:", L"Xbootclasspath.prepend", zelInstallArray);
     appendBootOption(L"-Xbootclasspath/a:", L"Xbootclasspath.append", zelInstallArray);
 }
 
 void appendClassPath(const PropertyList& zelInstallArray) {
+    explainSection("class path");
     if (InstallConfiguration == InstallConfigurationKind::multiuserService) {
-        const std::wstring* location = lookupProperty(L"zel.base.location", zelInstallArray);
-        appendArgument(L"-cp");
-        appendArgument((location != nullptr ? *location : std::wstring()) + L"/startup.jar", Quoting::quoted);
-    } else if (const std::wstring* classPath = lookupProperty(L"cp", zelInstallArray)) {
-        appendArgument(L"-cp");
+        const SourcedText* location = lookupProperty(L"zel.base.location", zelInstallArray);
+        const SourcedText base = location != nullptr ? *location : SourcedText();
+        appendArgument(withSourceOf(base, L"-cp"));
+        appendArgument(withSourceOf(base, base + L"/startup.jar"), Quoting::quoted);
+    } else if (const SourcedText* classPath = lookupProperty(L"cp", zelInstallArray)) {
+        appendArgument(withSourceOf(*classPath, L"-cp"));
         appendArgument(*classPath, Quoting::quoted);
     }
 }

@@ -4,6 +4,7 @@
 
 #include "cache/shared_class_cache.h"
 #include "configuration/install_kind.h"
+#include "foundation/explanation.h"
 #include "foundation/formatter.h"
 #include "instance/lock_owner.h"
 #include "instance/platform_lock.h"
@@ -24,14 +25,18 @@ void appendDaemonPair() {
     if (isMainProcess) {
         return;
     }
-    appendArgument(L"-useDaemon");
-    appendArgument(formatText(L"%d", {std::int64_t{lockOwnerPid}}));
+    explainSection("running platform");
+    SourcedText owner = formatText(L"%d", {std::int64_t{lockOwnerPid}});
+    takeSourceOfFile(owner, lockFilePath);
+    appendArgument(withSourceOf(owner, L"-useDaemon"));
+    appendArgument(owner);
 }
 
 // Without a provisioning application, the platform's own application runs.
 void appendProvisioningApplication(const PropertyList& zelLauncherArray, CommandPurpose purpose) {
-    if (const std::wstring* application = lookupProperty(L"provisioning.application", zelLauncherArray)) {
-        appendArgument(L"-application");
+    explainSection("provisioning");
+    if (const SourcedText* application = lookupProperty(L"provisioning.application", zelLauncherArray)) {
+        appendArgument(withSourceOf(*application, L"-application"));
         appendArgument(*application);
     }
     if (purpose == CommandPurpose::userProvisioning) {
@@ -74,6 +79,7 @@ void assembleDirectJavaStart(const CommandInput& input) {
     const bool vmIsLibrary =
         appendVmSelection(input.zelInstallArray, input.zelLauncherArray, input.arguments);
     appendJvmSide(input, vmIsLibrary);
+    explainSection("main class");
     appendArgument(L"org.eclipse.core.launcher.Main", Quoting::quoted);
     appendPlatformArguments(input.zelInstallArray, input.zelLauncherArray, input.arguments, input.zelHome);
     applyEnvironment(input.zelInstallArray);

@@ -11,7 +11,7 @@ namespace zellauncher {
 // What a command is made of. References into the caller's record of the start.
 struct CommandInput {
     const std::wstring& dataDirectory;
-    const std::wstring& zelHome;
+    const SourcedText& zelHome;
     Arguments& arguments;  // the effective ones
     PropertyList& zelInstallArray;
     const PropertyList& zelLauncherArray;

@@ -3,9 +3,11 @@
 #include <cstddef>
 
 #include "configuration/install_kind.h"
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "javalaunch/launch_command.h"
+#include "properties/lookup_explanation.h"
 
 namespace zellauncher {
 
@@ -22,14 +24,15 @@ constexpr NamePair vmNames[] = {
     {L"javaw.exe", L"java.exe"}, {L"k7w.exe", L"k7.exe"}, {L"navarinw.exe", L"navarin.exe"}};
 
 // Path of the JVM, or null. Points into the arguments or the list.
-const std::wstring* selectedVm(const PropertyList& zelInstallArray, const Arguments& arguments) {
+const SourcedText* selectedVm(const PropertyList& zelInstallArray, const Arguments& arguments) {
     if (!hasArgument(L"-vm", arguments)) {
         return lookupProperty(L"vm", zelInstallArray);
     }
-    const std::wstring* argument = argumentAfter(L"-vm", arguments);
+    const SourcedText* argument = argumentAfter(L"-vm", arguments);
     if (argument == nullptr || argument->empty()) {
         logFatal("ZLNCH0002E: vm must be specified with -vm argument!");
     }
+    explainOverridden(L"vm", zelInstallArray);
     return argument;
 }
 
@@ -78,11 +81,11 @@ std::wstring withReplacedEnding(const std::wstring& vm, const std::wstring& name
     return vm.substr(0, vm.size() - name.size()) + replacement;
 }
 
-void writeVm(const std::wstring& vm) {
+void writeVm(const SourcedText& vm) {
     if (isDirectJavaStart()) {
         setCommandProgram(vm);
     } else {
-        appendArgument(L"-vm");
+        appendArgument(withSourceOf(vm, L"-vm"));
         appendArgument(vm, Quoting::quoted);
     }
 }
@@ -94,11 +97,13 @@ bool appendVmSelection(const PropertyList& zelInstallArray, const PropertyList& 
     if (hasArgument(L"-zelLauncherWait", arguments)) {
         waitForPlatform = true;
     }
-    const std::wstring* selected = selectedVm(zelInstallArray, arguments);
+    explainSection("JVM");
+    Decision executable(Subject::jvmExecutable);
+    const SourcedText* selected = selectedVm(zelInstallArray, arguments);
     if (selected == nullptr) {
         return false;
     }
-    std::wstring vm = *selected;
+    SourcedText vm = *selected;
     const bool vmIsLibrary = isLibrary(vm);
     if (!vmIsLibrary) {
         if (isConsoleWanted(arguments)) {
@@ -106,6 +111,7 @@ bool appendVmSelection(const PropertyList& zelInstallArray, const PropertyList& 
         }
         useCustomNames(vm, zelLauncherArray);
     }
+    executable.made(vm);
     writeVm(vm);
     return vmIsLibrary;
 }

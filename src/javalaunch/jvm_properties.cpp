@@ -19,23 +19,23 @@ std::wstring directoryOf(const std::wstring& jvmPropertiesPath) {
 
 void addJavaHome(PropertyList& zelInstallArray, const JvmRoot& root, const std::wstring& zelHome) {
     if (!root.externalJvm) {
-        std::wstring home = directoryOf(root.jvmPropertiesPath);
+        SourcedText home = directoryOf(root.jvmPropertiesPath);
         addProperty(zelInstallArray, L"java.home", home);
         return;
     }
     if (lookupProperty(L"java.home", zelInstallArray) != nullptr) {
         return;
     }
-    std::wstring home = deriveJavaHome(withForwardSlashes(root.vmPath), withForwardSlashes(zelHome));
+    SourcedText home = deriveJavaHome(withForwardSlashes(root.vmPath), withForwardSlashes(zelHome));
     addProperty(zelInstallArray, L"java.home", home);
 }
 
 void rewriteLibraryPath(PropertyList& zelInstallArray) {
-    const std::wstring* libraryPath = lookupProperty(L"jvm.library.path", zelInstallArray);
+    const SourcedText* libraryPath = lookupProperty(L"jvm.library.path", zelInstallArray);
     if (libraryPath == nullptr || libraryPath->empty()) {
         return;
     }
-    std::wstring entries = *libraryPath;
+    SourcedText entries = *libraryPath;
     prefixJavaHomeEntries(entries);
     setPropertyValue(L"jvm.library.path", entries, zelInstallArray);
 }

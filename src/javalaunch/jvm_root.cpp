@@ -3,11 +3,13 @@
 #include <cstddef>
 #include <string_view>
 
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
 #include "foundation/user_files.h"
+#include "properties/lookup_explanation.h"
 
 namespace zellauncher {
 
@@ -28,6 +30,7 @@ std::wstring namedVm(const PropertyList& zelInstallArray, const Arguments& argum
     if (argument == nullptr || argument->empty()) {
         logFatal("ZLNCH0079E: -vm on command line must be followed by a valid jvm path.");
     }
+    explainOverridden(L"vm", zelInstallArray);
     return *argument;
 }
 
@@ -56,11 +59,13 @@ std::wstring findJvmRoot(const PropertyList& zelInstallArray, const std::wstring
 
 std::optional<JvmRoot> resolveJvmRoot(PropertyList& zelInstallArray, const Arguments& arguments,
                                       const std::wstring& zelHome) {
+    Decision decision(Subject::jvmRoot);
     JvmRoot root;
     root.vmPath = namedVm(zelInstallArray, arguments);
     replaceFirst(root.vmPath, L"${zel.home}", zelHome);
     toForwardSlashes(root.vmPath);
-    std::wstring directory = findJvmRoot(zelInstallArray, zelHome, root);
+    SourcedText directory = findJvmRoot(zelInstallArray, zelHome, root);
+    decision.made(directory);
     addProperty(zelInstallArray, L"jvm.root", directory);
     root.jvmPropertiesPath = directory + jvmPropertiesName;
     return root;

@@ -1,16 +1,18 @@
 #include "javalaunch/launch_command.h"
 
+#include "foundation/explanation.h"
 #include "instance/platform_lock.h"
 
 namespace zellauncher {
 
 PROCESS_WIDE std::wstring launchCommand;
 
-void setCommandProgram(const std::wstring& path) {
-    launchCommand = isMainProcess ? L"\"" + path + L"\"" : path;
+void setCommandProgram(const SourcedText& path) {
+    launchCommand = isMainProcess ? L"\"" + path + L"\"" : std::wstring(path);
+    explainProgram(path, launchCommand);
 }
 
-void appendArgument(const std::wstring& text, Quoting quoting) {
+void appendArgument(const SourcedText& text, Quoting quoting) {
     if (!isMainProcess) {
         launchCommand += L'\n' + text;
     } else if (quoting == Quoting::quoted) {
@@ -18,6 +20,7 @@ void appendArgument(const std::wstring& text, Quoting quoting) {
     } else {
         launchCommand += L' ' + text;
     }
+    explainElement(text, launchCommand);
 }
 
 std::wstring quotedValue(const std::wstring& value) {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "foundation/sourced_text.h"
 #include "platform/process_wide.h"
 
 namespace zellauncher {
@@ -15,10 +16,10 @@ extern PROCESS_WIDE std::wstring launchCommand;
 enum class Quoting { none, quoted };
 
 // Replaces the command by its executable, in double quotes on a main process.
-void setCommandProgram(const std::wstring& path);
+void setCommandProgram(const SourcedText& path);
 
 // Appends one element. `quoting` has no effect on a daemon.
-void appendArgument(const std::wstring& text, Quoting quoting = Quoting::none);
+void appendArgument(const SourcedText& text, Quoting quoting = Quoting::none);
 
 // The value part of an element such as `-Dname="value"`: in double quotes on a main process only.
 std::wstring quotedValue(const std::wstring& value);

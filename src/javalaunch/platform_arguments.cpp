@@ -5,6 +5,7 @@
 #include "configuration/install_files.h"
 #include "configuration/install_kind.h"
 #include "configuration/workspace.h"
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
@@ -48,8 +49,8 @@ void requireInstallId(const PropertyList& zelInstallArray) {
     }
 }
 
-void appendOption(const wchar_t* name, const std::wstring& value) {
-    appendArgument(name);
+void appendOption(const wchar_t* name, const SourcedText& value) {
+    appendArgument(withSourceOf(value, name));
     appendArgument(value, Quoting::quoted);
 }
 
@@ -60,7 +61,7 @@ void appendDirectories(const PropertyList& zelLauncherArray, const Arguments& ar
 }
 
 // An option that the user did not give comes from the property.
-void appendDefault(const wchar_t* option, const std::wstring* value, const Arguments& arguments) {
+void appendDefault(const wchar_t* option, const SourcedText* value, const Arguments& arguments) {
     if (value != nullptr && !hasArgument(option, arguments)) {
         appendOption(option, *value);
     }
@@ -70,10 +71,10 @@ void appendPluginCustomization(const PropertyList& zelInstallArray, const Argume
     if (hasArgument(L"-plugincustomization", arguments)) {
         return;
     }
-    const std::wstring* value = lookupProperty(L"plugincustomization", zelInstallArray);
+    const SourcedText* value = lookupProperty(L"plugincustomization", zelInstallArray);
     if (value == nullptr || !fileExists(withBackslashes(*value))) {
         logFatalF("ZLNCH0050E:  plugin_customization.ini is missing from %ls",
-                  value != nullptr ? *value : std::wstring());
+                  value != nullptr ? *value : SourcedText());
     }
     appendOption(L"-plugincustomization", *value);
 }
@@ -98,7 +99,7 @@ void appendNoConsoleFix(const std::wstring& dataDirectory, const PropertyList& z
     if (fixes.empty()) {
         return;
     }
-    std::wstring fix = fixes.front()->value;
+    SourcedText fix = fixes.front()->value;
     replaceFirst(fix, L"${workspace.location}", dataDirectory);
     toBackslashes(fix);
     appendArgument(fix, Quoting::quoted);
@@ -107,7 +108,8 @@ void appendNoConsoleFix(const std::wstring& dataDirectory, const PropertyList& z
 }  // namespace
 
 void appendLauncherProgram(const PropertyList& zelInstallArray, const PropertyList& zelLauncherArray) {
-    const std::wstring* location = lookupProperty(L"zel.base.location", zelInstallArray);
+    explainSection("program");
+    const SourcedText* location = lookupProperty(L"zel.base.location", zelInstallArray);
     if (location == nullptr) {
         logFatal(
             "ZLNCH0011E: Unable to determine ZEL Base Plugin location. If the problem persists, reinstall.");
@@ -116,11 +118,12 @@ void appendLauncherProgram(const PropertyList& zelInstallArray, const PropertyLi
     if (!isExecutableFile(program)) {
         logFatalF("ZLNCH0007E: %ls is not executable or does not exist.", program);
     }
-    setCommandProgram(program);
+    setCommandProgram(withSourceOf(*location, program));
 }
 
 void appendPlatformArguments(const PropertyList& zelInstallArray, const PropertyList& zelLauncherArray,
                              const Arguments& arguments, const std::wstring& zelHome) {
+    explainSection("platform arguments");
     if (isDirectJavaStart()) {
         appendArgument(L"-nosplash");
     }
@@ -132,24 +135,28 @@ void appendPlatformArguments(const PropertyList& zelInstallArray, const Property
     appendDirectories(zelLauncherArray, arguments, zelHome);
     appendDefault(L"-application", lookupProperty(L"application", zelInstallArray), arguments);
     appendPluginCustomization(zelInstallArray, arguments);
-    const std::wstring* product = lookupProperty(L"product", zelLauncherArray);
+    const SourcedText* product = lookupProperty(L"product", zelLauncherArray);
     appendDefault(L"-product", product != nullptr ? product : lookupProperty(L"product", zelInstallArray),
                   arguments);
     appendDefault(L"-personality", lookupProperty(L"personality", zelInstallArray), arguments);
 }
 
 void appendStartupArgument(const PropertyList& zelInstallArray, const Arguments& arguments) {
+    explainSection("startup");
     appendArgument(L"-startup");
-    if (const std::wstring* jar = argumentAfter(L"-perfJar", arguments)) {
+    if (const SourcedText* jar = argumentAfter(L"-perfJar", arguments)) {
         appendArgument(*jar, Quoting::quoted);
         return;
     }
-    const std::wstring* location = lookupProperty(L"zel.base.location", zelInstallArray);
-    appendArgument((location != nullptr ? *location : std::wstring()) + L"/launcher.jar", Quoting::quoted);
+    const SourcedText* location = lookupProperty(L"zel.base.location", zelInstallArray);
+    SourcedText jar = (location != nullptr ? *location : SourcedText()) + L"/launcher.jar";
+    takeSourceOfReading(jar);
+    appendArgument(jar, Quoting::quoted);
 }
 
 void appendVmArguments(const std::wstring& dataDirectory, const PropertyList& zelInstallArray,
                        const Arguments& arguments, bool vmIsLibrary, const VmargOverrides& overrides) {
+    explainSection("JVM arguments");
     if (!isDirectJavaStart()) {
         appendArgument(L"-vmargs");
     }

@@ -43,12 +43,13 @@ void applyLibraryPath(PropertyList& zelInstallArray) {
     if (prepend != nullptr || append != nullptr) {
         setEnvironmentValue(L"PATH", path, ExistingValue::isReplaced);
     }
-    const std::wstring* jvmPath = lookupProperty(L"jvm.library.path", zelInstallArray);
+    const SourcedText* jvmPath = lookupProperty(L"jvm.library.path", zelInstallArray);
     if (jvmPath == nullptr || jvmPath->empty()) {
         return;
     }
-    std::wstring libraryPath = withForwardSlashes(*jvmPath + L";" + path);
-    std::erase(libraryPath, L'"');
+    SourcedText libraryPath = withForwardSlashes(*jvmPath + L";" + path);
+    takeSource(libraryPath, *jvmPath);
+    std::erase<wchar_t>(libraryPath, L'"');
     addProperty(zelInstallArray, L"-Djava.library.path", libraryPath);
 }
 

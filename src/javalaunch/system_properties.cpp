@@ -2,6 +2,7 @@
 
 #include "configuration/install_kind.h"
 #include "configuration/workspace.h"
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "instance/platform_lock.h"
@@ -11,8 +12,8 @@ namespace zellauncher {
 
 namespace {
 
-void appendSystemProperty(const std::wstring& name, const std::wstring& value) {
-    appendArgument(formatSystemProperty(name, value));
+void appendSystemProperty(const std::wstring& name, const SourcedText& value) {
+    appendArgument(withSourceOf(value, formatSystemProperty(name, value)));
 }
 
 std::wstring installConfigurationWord() {
@@ -37,7 +38,7 @@ std::wstring installConfigurationWord() {
 }
 
 void appendInstallId(const PropertyList& zelInstallArray) {
-    const std::wstring* installId = lookupProperty(L"zel.install.id", zelInstallArray);
+    const SourcedText* installId = lookupProperty(L"zel.install.id", zelInstallArray);
     if (installId == nullptr) {
         logFatal("ZLNCH0036E: Couldn't find the zel.install.id property!");
     }
@@ -47,7 +48,7 @@ void appendInstallId(const PropertyList& zelInstallArray) {
 void appendFileProperties(const PropertyList& zelInstallArray) {
     for (const PropertyEntry* entry : findProperties(L"-D", zelInstallArray)) {
         const std::wstring element = formatSystemProperty(entry->key, entry->value);
-        appendArgument(element);
+        appendArgument(withSourceOf(entry->value, element));
         logDebugF(L"ZLNCH0075I: commandArg  = \"%s\"", element);
     }
 }
@@ -59,16 +60,20 @@ std::wstring formatSystemProperty(const std::wstring& name, const std::wstring& 
 }
 
 void appendSystemProperties(const PropertyList& zelInstallArray, const PropertyList& zelLauncherArray,
-                            const Arguments& arguments, const std::wstring& zelHome) {
+                            const Arguments& arguments, const SourcedText& zelHome) {
+    explainSection("system properties");
     appendSystemProperty(L"-Dzel.home", zelHome);
     appendSystemProperty(L"-Dzel.data", resolveDataDirectory(zelLauncherArray, arguments, zelHome));
-    if (const std::wstring* splashPath = lookupProperty(L"osgi.splashPath", zelLauncherArray)) {
+    if (const SourcedText* splashPath = lookupProperty(L"osgi.splashPath", zelLauncherArray)) {
         appendSystemProperty(L"-Dosgi.splashPath", *splashPath);
     }
     appendInstallId(zelInstallArray);
-    appendSystemProperty(L"-Dzel.install.config", installConfigurationWord());
+    SourcedText kind = installConfigurationWord();
+    takeSourceOfDecision(kind, Subject::kind);
+    appendSystemProperty(L"-Dzel.install.config", kind);
     appendFileProperties(zelInstallArray);
-    appendSystemProperty(L"-Dzel.osgi.install.area", withBackslashes(zelHome + L"/zel/eclipse"));
+    appendSystemProperty(L"-Dzel.osgi.install.area",
+                         withSourceOf(zelHome, withBackslashes(zelHome + L"/zel/eclipse")));
 }
 
 }  // namespace zellauncher

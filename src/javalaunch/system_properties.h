@@ -14,6 +14,6 @@ std::wstring formatSystemProperty(const std::wstring& name, const std::wstring& 
 // Appends the launcher's own system properties and every `-D` key of zelInstallArray. Fatal: ZLNCH0036E,
 // ZLNCH0025E.
 void appendSystemProperties(const PropertyList& zelInstallArray, const PropertyList& zelLauncherArray,
-                            const Arguments& arguments, const std::wstring& zelHome);
+                            const Arguments& arguments, const SourcedText& zelHome);
 
 }  // namespace zellauncher

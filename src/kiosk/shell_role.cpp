@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "foundation/explanation.h"
 #include "foundation/formatter.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
@@ -137,6 +138,7 @@ bool isKioskShellActive() {
 }
 
 void runKioskShellRole() {
+    explainEnd(StartEnd::shellRole);
     setShellToAdmin();
     clearDesktopPolicies();
     const std::optional<platform::ChildProcess> desktop = platform::createProcess(L"Explorer.exe", {});

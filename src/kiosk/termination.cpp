@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
 #include "kiosk/exit_data.h"
@@ -84,6 +85,7 @@ void HandleTermination(std::uint32_t exitCode) {
 }
 
 void monitorPlatformProcess() {
+    explainWait("the platform that restarts itself");
     platform::sleepMilliseconds(appearanceMilliseconds);
     const platform::Handle snapshot = platform::processSnapshot();
     if (snapshot == platform::Handle::none) {

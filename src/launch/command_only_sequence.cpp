@@ -1,7 +1,7 @@
 #include "launch/command_only_sequence.h"
 
 #include "configuration/install_files.h"
-#include "configuration/workspace.h"
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/user_files.h"
@@ -28,6 +28,7 @@ void findRunningPlatform(LaunchContext& context) {
 // Nothing is seeded: a user with a running platform has properties.
 void loadUserProperties(LaunchContext& context) {
     context.userPropsPath = withBackslashes(context.configDirectory + L"\\" + installPropertiesName);
+    explainUserProperties(context.userPropsPath);
     loadPropertyFile(context.userPropsPath, context.zelInstallArray);
     collectVmProperties(context.vmargOverrides, context.zelInstallArray);
 }
@@ -41,14 +42,12 @@ void commandOnlySequence(const Arguments& arguments) {
     context.zelHome = locateInstallDir(context.rawArguments);
     setLogFileName(commandOnlyLogName);
     readInstall(context);
-    context.dataDirectory =
-        resolveDataDirectory(context.zelLauncherArray, context.effectiveArgs, context.zelHome);
+    resolveWorkspace(context);
     openRunLog(logsDirectoryOf(context));
     screenArguments(context.rawArguments);
     findRunningPlatform(context);
     checkProvManifest(context.effectiveArgs);
-    context.configDirectory =
-        resolveConfigDirectory(context.zelLauncherArray, context.effectiveArgs, context.zelHome);
+    resolveConfiguration(context);
     loadUserProperties(context);
     resolveJvm(context);
     assembleCommand(commandInput(context), CommandPurpose::platform);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "foundation/explanation.h"
 #include "foundation/formatter.h"
 #include "platform/clock.h"
 #include "platform/own_process.h"
@@ -21,6 +22,7 @@ platform::Window findConsoleWindow() {
         formatText(L"%d/%d", {std::int64_t{static_cast<std::int32_t>(platform::tickCount())},
                               std::int64_t{static_cast<std::int32_t>(platform::currentProcessId())}});
     platform::setConsoleTitle(ownTitle);
+    explainWait("the console window's title", titleDelayMilliseconds);
     platform::sleepMilliseconds(titleDelayMilliseconds);
     const platform::Window window = platform::findWindow(ownTitle);
     platform::setConsoleTitle(title);

@@ -5,6 +5,7 @@
 
 #include "desktop/application_identity.h"
 #include "desktop/extension_jars.h"
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "javalaunch/launch_command.h"
@@ -50,6 +51,7 @@ void prepareCommand(const Arguments& arguments) {
         const ForcedLog forced;
         logDebugF(L"ZELLauncher> no framework directory in the install path \"%s\"", installDirectory);
     }
+    explainFatal();
     flushLog();
     platform::endWithAccessViolation();
 }
@@ -87,6 +89,7 @@ int wmain() {
         applyProcessAppId();
     }
     if (isPreparationOnly(arguments)) {
+        explainEnd(StartEnd::prepared);
         return 0;
     }
     takeShellRoleIfDue();

@@ -14,7 +14,7 @@ namespace {
 
 // `-config initial` and the first occurrence of each option that is kept on a first run.
 Arguments initialCommandLine(const Arguments& rawArguments) {
-    Arguments kept = {rawArguments.empty() ? std::wstring() : rawArguments[0], L"-config", L"initial"};
+    Arguments kept = {rawArguments.empty() ? SourcedText() : rawArguments[0], L"-config", L"initial"};
     std::set<const LauncherOption*> taken;
     for (std::size_t i = 1; i < rawArguments.size(); ++i) {
         const LauncherOption* option = keptOnFirstRun(rawArguments[i]);

@@ -1,6 +1,7 @@
 #include "launch/install_directory.h"
 
 #include "configuration/own_program.h"
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 
@@ -9,7 +10,7 @@ namespace zellauncher {
 namespace {
 
 std::wstring locateOwnProgram(const Arguments& arguments) {
-    const OwnProgram program = findOwnProgram(arguments.empty() ? std::wstring() : arguments[0]);
+    const OwnProgram program = findOwnProgram(arguments.empty() ? SourcedText() : arguments[0]);
     if (!program.isFound) {
         logFatalF("ZLNCH0129E: Unable to locate %ls", program.path);
     }
@@ -32,11 +33,13 @@ bool isInstallDirectory(const std::wstring& directory) {
 
 }  // namespace
 
-std::wstring locateInstallDir(const Arguments& arguments) {
-    const std::wstring launcherDirectory = directoryContaining(locateOwnProgram(arguments));
+SourcedText locateInstallDir(const Arguments& arguments) {
+    const std::wstring program = locateOwnProgram(arguments);
+    const std::wstring launcherDirectory = directoryContaining(program);
     const std::size_t separator = launcherDirectory.rfind(L'\\');
     if (separator != std::wstring::npos && launcherDirectory.substr(separator + 1) == L"zel") {
-        const std::wstring directory = launcherDirectory.substr(0, separator);
+        SourcedText directory = launcherDirectory.substr(0, separator);
+        takeSourceOfFile(directory, program);
         if (isInstallDirectory(directory)) {
             return directory;
         }

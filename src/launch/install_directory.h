@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "foundation/sourced_text.h"
 #include "properties/arguments.h"
 
 namespace zellauncher {
@@ -9,6 +10,6 @@ namespace zellauncher {
 // The install directory: the launcher is in the directory `zel` directly below it. With backslashes,
 // without a trailing one; a drive root is `C:`. Found through argument 0, otherwise through the running
 // module. Fatal: ZLNCH0129E, ZLNCH0048E, ZLNCH0049E.
-std::wstring locateInstallDir(const Arguments& arguments);
+SourcedText locateInstallDir(const Arguments& arguments);
 
 }  // namespace zellauncher

@@ -13,13 +13,13 @@ namespace zellauncher {
 struct LaunchContext {
     Arguments rawArguments;         // the command line as given
     Arguments effectiveArgs;        // after the argument expansion
-    std::wstring zelHome;           // the install directory, with backslashes
+    SourcedText zelHome;            // the install directory, with backslashes
     PropertyList zelLauncherArray;  // zellauncher.properties
     VmargOverrides vmargOverrides;
-    std::wstring installId;
-    std::wstring baseLocation;     // separators as in the property
-    std::wstring dataDirectory;    // the workspace; forward slashes once the run's properties are loaded
-    std::wstring configDirectory;  // mixed separators
+    SourcedText installId;
+    SourcedText baseLocation;      // separators as in the property
+    SourcedText dataDirectory;     // the workspace; forward slashes once the run's properties are loaded
+    SourcedText configDirectory;   // mixed separators
     std::wstring userPropsPath;    // the user's zelinstall.properties
     PropertyList zelInstallArray;  // the properties of the run
     JvmRoot jvmRoot;

@@ -1,7 +1,7 @@
 #include "launch/launch_sequence.h"
 
-#include "configuration/workspace.h"
 #include "desktop/application_identity.h"
+#include "foundation/explanation.h"
 #include "foundation/file_queries.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
@@ -28,8 +28,7 @@ namespace {
 // The order matters: arguments are screened before the lock is taken, and the lock is taken before the
 // user's configuration changes. The log can only open once the workspace exists.
 void takeWorkspace(LaunchContext& context) {
-    context.dataDirectory =
-        resolveDataDirectory(context.zelLauncherArray, context.effectiveArgs, context.zelHome);
+    resolveWorkspace(context);
     ensureUserDirectory(context.dataDirectory, "ZLNCH0083E: Unable to create %ls directory.");
     screenArguments(context.rawArguments);
     acquirePlatformLock(context.effectiveArgs, context.dataDirectory);
@@ -40,14 +39,14 @@ void takeWorkspace(LaunchContext& context) {
 
 // Holds the start while the marker file exists, for an engineer who debugs provisioning.
 void waitForDebugMarker() {
+    explainWait("the removal of the debug marker file");
     while (provDebugHold && fileExists(provDebugFile)) {
         sleepSeconds(1);
     }
 }
 
 void takeConfigDirectory(LaunchContext& context) {
-    context.configDirectory =
-        resolveConfigDirectory(context.zelLauncherArray, context.effectiveArgs, context.zelHome);
+    resolveConfiguration(context);
     ensureUserDirectory(context.configDirectory, "ZLNCH0093E: Unable to create %ls directory.");
 }
 

@@ -5,6 +5,7 @@
 
 #include "configuration/install_kind.h"
 #include "desktop/application_identity.h"
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
 #include "instance/argument_hand_off.h"
@@ -46,6 +47,7 @@ void logCommand(const std::wstring& command) {
 
 platform::ChildProcess startPlatform(const std::wstring& command, const platform::StartInformation& start) {
     const platform::ChildProcess child = startChild(command, start);
+    explainEnd(StartEnd::started);
     releasePlatformLock();
     return child;
 }
@@ -68,6 +70,7 @@ std::uint32_t superviseCommand(const std::wstring& command, const platform::Star
     const platform::ChildProcess child = startPlatform(command, start);
     platform::hideWindow(findConsoleWindow());
     std::uint32_t exitCode = readExitCode(child.process);
+    explainWait("the end of the supervised platform");
     while (exitCode == platform::exitCodeStillActive) {
         platform::sleepMilliseconds(supervisionPollMilliseconds);
         exitCode = readExitCode(child.process);

@@ -4,6 +4,8 @@
 
 #include "configuration/install_identity.h"
 #include "configuration/install_kind.h"
+#include "configuration/workspace.h"
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/paths.h"
 #include "foundation/temp_log.h"
@@ -20,13 +22,21 @@ namespace zellauncher {
 
 namespace {
 
+void resolveIdentity(LaunchContext& context, const std::wstring& propertiesPath) {
+    Decision decision(Subject::identity);
+    context.installId = resolveInstallId(propertiesPath, context.zelLauncherArray);
+    decision.made(context.installId);
+}
+
 void readBaseLocation(LaunchContext& context, const std::wstring& propertiesPath) {
-    const std::wstring* location = lookupProperty(L"zel.base.location", context.zelLauncherArray);
+    Decision decision(Subject::baseLocation);
+    const SourcedText* location = lookupProperty(L"zel.base.location", context.zelLauncherArray);
     if (location == nullptr) {
         logFatalF("ZLNCH0050E: zel.base.location property is missing from %ls", propertiesPath);
     }
     context.baseLocation = *location;
     replaceFirst(context.baseLocation, L"${zel.home}", context.zelHome);
+    decision.made(context.baseLocation);
 }
 
 }  // namespace
@@ -38,7 +48,7 @@ void readInstall(LaunchContext& context) {
                                                       context.vmargOverrides, context.zelHome);
     setLogDebug(hasArgument(L"-debug", context.effectiveArgs));
     readInstallConfiguration(context.zelLauncherArray);
-    context.installId = resolveInstallId(propertiesPath, context.zelLauncherArray);
+    resolveIdentity(context, propertiesPath);
     readBaseLocation(context, propertiesPath);
 }
 
@@ -48,12 +58,27 @@ void screenArguments(const Arguments& rawArguments) {
     checkForbiddenArgs(rawArguments);
 }
 
+void resolveWorkspace(LaunchContext& context) {
+    Decision decision(Subject::workspace);
+    context.dataDirectory =
+        resolveDataDirectory(context.zelLauncherArray, context.effectiveArgs, context.zelHome);
+    decision.made(context.dataDirectory);
+}
+
+void resolveConfiguration(LaunchContext& context) {
+    Decision decision(Subject::configurationDirectory);
+    context.configDirectory =
+        resolveConfigDirectory(context.zelLauncherArray, context.effectiveArgs, context.zelHome);
+    decision.made(context.configDirectory);
+}
+
 std::wstring logsDirectoryOf(const LaunchContext& context) {
     return withBackslashes(context.dataDirectory + L"\\" + logsDirectoryName);
 }
 
 void openRunLog(const std::wstring& logsDirectory) {
     if (!openLog(logsDirectory)) {
+        explainFatal();
         openTempLog();
         platform::exitProcess(-1);
     }

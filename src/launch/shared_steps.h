@@ -17,6 +17,10 @@ void readInstall(LaunchContext& context);
 // The checks of the raw command line.
 void screenArguments(const Arguments& rawArguments);
 
+// Set dataDirectory and configDirectory (configuration/workspace.h). Nothing is created.
+void resolveWorkspace(LaunchContext& context);
+void resolveConfiguration(LaunchContext& context);
+
 // `<dataDirectory>\logs` with backslashes.
 std::wstring logsDirectoryOf(const LaunchContext& context);
 

@@ -4,7 +4,19 @@
 #include <cstddef>
 #include <iterator>
 
+#include "foundation/explanation.h"
+
 namespace zellauncher {
+
+#ifdef ZELLAUNCHER_SIMULATION
+Arguments::Arguments(const std::vector<std::wstring>& commandLine) {
+    for (const std::wstring& text : commandLine) {
+        SourcedText argument = text;
+        argument.source = std::make_shared<const Source>(Source{Source::Kind::argument, {}, size(), text});
+        push_back(argument);
+    }
+}
+#endif
 
 int findArgumentIndex(const std::wstring& text, const Arguments& arguments) {
     if (arguments.size() < 2) {
@@ -18,10 +30,12 @@ bool hasArgument(const std::wstring& text, const Arguments& arguments) {
     return findArgumentIndex(text, arguments) >= 0;
 }
 
-const std::wstring* argumentAfter(const std::wstring& option, const Arguments& arguments) {
+const SourcedText* argumentAfter(const std::wstring& option, const Arguments& arguments) {
     const int index = findArgumentIndex(option, arguments);
     const std::size_t next = static_cast<std::size_t>(index) + 1;
-    return index >= 0 && next < arguments.size() ? &arguments[next] : nullptr;
+    const SourcedText* value = index >= 0 && next < arguments.size() ? &arguments[next] : nullptr;
+    explainArgument(option, value);
+    return value;
 }
 
 void removeSecondOccurrence(Arguments& arguments, const std::wstring& text) {

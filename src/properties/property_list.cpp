@@ -9,6 +9,7 @@
 #include "foundation/log_channel.h"
 #include "foundation/memory.h"
 #include "foundation/text.h"
+#include "properties/lookup_explanation.h"
 
 namespace zellauncher {
 
@@ -34,12 +35,14 @@ std::wstring copyOf(const std::wstring& text) {
 
 }  // namespace
 
-void appendEntry(PropertyList& list, const std::wstring& key, const std::wstring& value) {
+void appendEntry(PropertyList& list, const std::wstring& key, const SourcedText& value) {
     list.push_back({copyOf(key), copyOf(value)});
+    takeSource(list.back().value, value);
 }
 
-void addProperty(PropertyList& list, const std::wstring& key, std::wstring& value) {
+void addProperty(PropertyList& list, const std::wstring& key, SourcedText& value) {
     PropertyEntry entry{copyOf(key), copyOf(value)};
+    takeSource(entry.value, value);
     trimSpaces(entry.key);
     logDebugF(L"ZLNCH0126I:   key = \"%s\"", entry.key);
     unescapeValue(entry.value);
@@ -51,10 +54,11 @@ void addProperty(PropertyList& list, const std::wstring& key, std::wstring& valu
 std::optional<std::size_t> findProperty(const std::wstring& key, const PropertyList& list) {
     const auto found =
         std::find_if(list.begin(), list.end(), [&](const PropertyEntry& entry) { return entry.key == key; });
+    explainLookup(key, list, found == list.end() ? nullptr : &*found);
     return found == list.end() ? std::nullopt : std::optional<std::size_t>(found - list.begin());
 }
 
-const std::wstring* lookupProperty(const std::wstring& name, const PropertyList& list) {
+const SourcedText* lookupProperty(const std::wstring& name, const PropertyList& list) {
     const std::optional<std::size_t> position = findProperty(name, list);
     return position ? &list[*position].value : nullptr;
 }
@@ -73,10 +77,11 @@ std::vector<const PropertyEntry*> findProperties(const std::wstring& prefix, con
     return found;
 }
 
-void setPropertyValue(const std::wstring& key, const std::wstring& value, PropertyList& list) {
+void setPropertyValue(const std::wstring& key, const SourcedText& value, PropertyList& list) {
     for (PropertyEntry& entry : list) {
         if (entry.key == key) {
             entry.value = copyOf(value);
+            takeSource(entry.value, value);
             return;
         }
     }

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "foundation/log_channel.h"
+#include "foundation/sourced_text.h"
 #include "foundation/text_stream.h"
 
 namespace zellauncher {
@@ -19,6 +20,7 @@ struct LogicalLine {
     bool continued = false;      // the next physical line continues this one
     bool jvmOptionLine = false;  // a line such as -Xoption:value keeps its separator
     bool isBegun = false;
+    [[no_unique_address]] FilePosition begin;
 };
 
 bool isSeparator(wchar_t unit) {
@@ -88,7 +90,7 @@ void finishLine(PropertyList& list, LogicalLine& logical) {
     if (logical.key == L"arg20") {
         logical.value.clear();
     }
-    appendEntry(list, logical.key, logical.value);
+    appendEntry(list, logical.key, atLine(logical.begin, logical.key, logical.value));
     logDebugF(L"ZLNCH0024I:   value  = \"%s\"", logical.value);
     const bool jvmOptionLine = logical.jvmOptionLine;
     logical = LogicalLine{};
@@ -120,6 +122,9 @@ void loadPropertyFile(const std::wstring& path, PropertyList& list) {
         }
         if (line.starts_with(L"#")) {
             continue;
+        }
+        if (!logical.isBegun) {
+            logical.begin = file.position;
         }
         appendLine(logical, line);
         if (!logical.continued) {

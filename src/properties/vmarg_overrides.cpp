@@ -13,18 +13,18 @@ bool isOverride(const std::wstring& text) {
 }
 
 // The first option of a name wins.
-void insertOverride(VmargOverrides& overrides, const std::wstring& argument, const char* message) {
+void insertOverride(VmargOverrides& overrides, const SourcedText& argument, const char* message) {
     const std::size_t separator = argument.find(L'=');
     if (separator == std::wstring::npos) {
         logFatal(message);
     }
-    overrides.emplace(argument.substr(0, separator), argument.substr(separator + 1));
+    overrides.emplace(argument.substr(0, separator), withSourceOf(argument, argument.substr(separator + 1)));
 }
 
 // Moves the overrides among the arguments into the map and returns the other arguments, in order.
 Arguments takeOverrides(VmargOverrides& overrides, const Arguments& arguments, const char* message) {
     Arguments others;
-    for (const std::wstring& argument : arguments) {
+    for (const SourcedText& argument : arguments) {
         if (isOverride(argument)) {
             insertOverride(overrides, argument, message);
         } else {

@@ -3,6 +3,7 @@
 #include <map>
 #include <string>
 
+#include "foundation/sourced_text.h"
 #include "properties/arguments.h"
 #include "properties/property_list.h"
 
@@ -11,7 +12,7 @@
 namespace zellauncher {
 
 // From the key, prefix included, to a complete JVM option, which may be empty.
-using VmargOverrides = std::map<std::wstring, std::wstring>;
+using VmargOverrides = std::map<std::wstring, SourcedText>;
 
 // Moves the overrides among the arguments into the map and returns the other arguments, in order. An
 // override without `=` is fatal (ZLNCH0033E).

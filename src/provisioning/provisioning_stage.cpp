@@ -4,6 +4,7 @@
 
 #include "configuration/initial_launch.h"
 #include "configuration/install_kind.h"
+#include "foundation/explanation.h"
 #include "foundation/log_channel.h"
 #include "foundation/text.h"
 #include "instance/child_start.h"
@@ -89,6 +90,7 @@ void runProvisioningCommand() {
         logDebugF(L"ZLNCH0073I: Provisioning Command = '%s'", command);
     }
     waitForChild(startChild(command, {}));
+    explainEnd(StartEnd::provisioned);
 }
 
 }  // namespace zellauncher

@@ -184,7 +184,7 @@ void runInput(const std::string& bytes) {
     const bool hasMarker = sections.count("marker") != 0;
 
     Arguments effective;
-    Overrides overrides;
+    zellauncher::VmargOverrides overrides;
     const PeakMemory memory;
     LauncherRunner runner;
     if (hasMarker) {

@@ -16,11 +16,18 @@ namespace scenarios {
 
 namespace {
 
-// The platform's program: holds its semaphore, serves its pipe and writes the pipe file into the workspace
-// after `-data`. It ends after its time, or as soon as the workspace has a file `platform.stop`.
-int runPlatform(const PlatformBehaviour behaviour) {
+::testing::AssertionResult resultFor(bool isSuccess, std::string_view text) {
+    return (isSuccess ? ::testing::AssertionSuccess() : ::testing::AssertionFailure()) << "\nthe text is:\n"
+                                                                                       << text;
+}
+
+}  // namespace
+
+StartRunner startRunner;
+
+int runPlatform(PlatformBehaviour behaviour) {
     constexpr std::uint32_t step = 100;
-    const std::vector<std::wstring> arguments = platform::commandLineArguments();
+    const zellauncher::Arguments arguments = platform::commandLineArguments();
     const std::wstring* data = zellauncher::argumentAfter(L"-data", arguments);
     const std::wstring directory = data != nullptr ? *data : std::wstring();
     platform::sleepMilliseconds(behaviour.publishAfterMilliseconds);
@@ -52,13 +59,6 @@ int runPlatform(const PlatformBehaviour behaviour) {
     }
     return behaviour.exitCode;
 }
-
-::testing::AssertionResult resultFor(bool isSuccess, std::string_view text) {
-    return (isSuccess ? ::testing::AssertionSuccess() : ::testing::AssertionFailure()) << "\nthe text is:\n"
-                                                                                       << text;
-}
-
-}  // namespace
 
 void PropertyFile::set(const std::string& key, const std::string& value) {
     const std::string text = key + "=" + value;
@@ -137,11 +137,22 @@ simulation::ProcessId Story::beginProgram(const std::wstring& program,
 
 simulation::ProcessEnd Story::launchFrom(const std::wstring& program,
                                          const std::vector<std::wstring>& arguments) {
-    return machine.waitFor(beginProgram(program, arguments));
+    return runProgram(program, arguments);
 }
 
 simulation::ProcessEnd Story::launch(const std::vector<std::wstring>& arguments) {
-    return machine.waitFor(begin(arguments));
+    if (!isLaidOut) {
+        layOut();
+    }
+    return runProgram(launcher, arguments);
+}
+
+simulation::ProcessEnd Story::runProgram(const std::wstring& program,
+                                         const std::vector<std::wstring>& arguments) {
+    const auto begins = [&] { return beginProgram(program, arguments); };
+    std::vector<std::wstring> commandLine = {program};
+    commandLine.insert(commandLine.end(), arguments.begin(), arguments.end());
+    return startRunner ? startRunner(machine, platform, commandLine, begins) : machine.waitFor(begins());
 }
 
 void Story::closePlatform() {

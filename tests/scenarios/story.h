@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -42,6 +43,17 @@ private:
     };
     std::vector<Line> lines;
 };
+
+// Plays the platform: holds its semaphore, serves its pipe and writes the pipe file into the workspace after
+// `-data`. It ends after its time, or as soon as the workspace has a file `platform.stop`.
+int runPlatform(PlatformBehaviour behaviour);
+
+// How a story runs a start to its end, for a program that watches it: with the platform that the start
+// creates, the command line, and what begins the launcher. Without one, the machine just runs.
+using StartRunner = std::function<simulation::ProcessEnd(simulation::Machine&, const PlatformBehaviour&,
+                                                         const std::vector<std::wstring>&,
+                                                         const std::function<simulation::ProcessId()>&)>;
+extern StartRunner startRunner;
 
 class Story : public ::testing::Test {
 protected:
@@ -103,6 +115,8 @@ protected:
     std::optional<std::wstring> valueIn(const std::wstring& path, const std::wstring& key);
 
 private:
+    simulation::ProcessEnd runProgram(const std::wstring& program,
+                                      const std::vector<std::wstring>& arguments);
     simulation::ProcessId beginProgram(const std::wstring& program,
                                        const std::vector<std::wstring>& arguments);
 

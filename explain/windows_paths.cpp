@@ -1,0 +1,74 @@
+#include "explain/windows_paths.h"
+
+#include <algorithm>
+
+#include "explain/encoding.h"
+#include "explain/host_files.h"
+#include "foundation/paths.h"
+#include "foundation/text.h"
+
+namespace explain {
+
+namespace {
+
+std::wstring plainForm(std::wstring path) {
+    if (path.starts_with(zellauncher::longPathPrefix)) {
+        path.erase(0, zellauncher::longPathPrefix.size());
+    }
+    zellauncher::toBackslashes(path);
+    // Two separators count as one.
+    path.erase(std::unique(path.begin(), path.end(),
+                           [](wchar_t left, wchar_t right) { return left == L'\\' && right == L'\\'; }),
+               path.end());
+    if (path.size() > 3 && path.ends_with(L'\\')) {
+        path.pop_back();
+    }
+    return path;
+}
+
+bool isLetter(wchar_t unit) {
+    return (unit >= L'a' && unit <= L'z') || (unit >= L'A' && unit <= L'Z');
+}
+
+}  // namespace
+
+std::optional<std::wstring> fullDrivePath(std::wstring path) {
+    path = plainForm(std::move(path));
+    const bool hasDrive = path.size() >= 3 && isLetter(path[0]) && path[1] == L':' && path[2] == L'\\';
+    const std::wstring bounded = path + L"\\";
+    if (!hasDrive || bounded.find(L"\\.\\") != std::wstring::npos ||
+        bounded.find(L"\\..\\") != std::wstring::npos ||
+        path.find_first_of(L"<>\"|?*:", 2) != std::wstring::npos) {
+        return std::nullopt;
+    }
+    return path;
+}
+
+bool isSamePath(const std::wstring& left, const std::wstring& right) {
+    return zellauncher::equalIgnoringCase(plainForm(left), plainForm(right));
+}
+
+bool isWithin(const std::wstring& path, const std::wstring& directory) {
+    const std::wstring plain = plainForm(path);
+    std::wstring beginning = plainForm(directory);
+    if (!beginning.ends_with(L'\\')) {
+        if (zellauncher::equalIgnoringCase(plain, beginning)) {
+            return true;
+        }
+        beginning += L'\\';
+    }
+    return plain.size() >= beginning.size() &&
+           zellauncher::equalIgnoringCase(plain.substr(0, beginning.size()), beginning);
+}
+
+std::wstring relativeTo(const std::wstring& path, const std::wstring& directory) {
+    const std::wstring plain = plainForm(path);
+    const std::size_t length = plainForm(directory).size();
+    return plain.size() > length ? plain.substr(length + 1) : std::wstring();
+}
+
+std::wstring ownPath(const std::string& directory) {
+    return plainForm(fromUtf8(canonicalPath(directory)));
+}
+
+}  // namespace explain

@@ -1,0 +1,49 @@
+#include "properties/lookup_explanation.h"
+
+#include "foundation/recording.h"
+
+// Only on the simulated machine.
+namespace zellauncher {
+
+namespace {
+
+Source placeOf(const PropertyEntry& entry) {
+    const bool isOfFile = entry.value.source && entry.value.source->kind == Source::Kind::file;
+    return isOfFile ? *entry.value.source : Source{Source::Kind::file, {}, 0, entry.key};
+}
+
+void addReading(Reading::Result result, const PropertyEntry& entry) {
+    recording->readings.push_back({result, placeOf(entry), entry.value});
+}
+
+}  // namespace
+
+void explainLookup(const std::wstring& key, const PropertyList& list, const PropertyEntry* found) {
+    if (recording == nullptr) {
+        return;
+    }
+    if (found == nullptr) {
+        const std::wstring file = list.empty() ? std::wstring() : placeOf(list.front()).path;
+        recording->readings.push_back({Reading::Result::missing, {Source::Kind::file, file, 0, key}, {}});
+        return;
+    }
+    for (const PropertyEntry& entry : list) {
+        if (entry.key == key && &entry != found) {
+            addReading(Reading::Result::overridden, entry);
+        }
+    }
+    addReading(Reading::Result::present, *found);
+}
+
+void explainOverridden(const wchar_t* key, const PropertyList& list) {
+    if (recording == nullptr) {
+        return;
+    }
+    for (const PropertyEntry& entry : list) {
+        if (entry.key == key) {
+            addReading(Reading::Result::overridden, entry);
+        }
+    }
+}
+
+}  // namespace zellauncher
