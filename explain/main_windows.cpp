@@ -18,5 +18,9 @@ extern "C" int wmain(int count, wchar_t** arguments) {
     for (int i = 1; i < count; ++i) {
         texts.push_back(explain::toUtf8(arguments[i]));
     }
-    return explain::runProgram(texts);
+    const int status = explain::runProgram(texts);
+    // Without the destructors of this thread's variables (simulation/thread_end.h).
+    std::fflush(nullptr);
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
+    return status;
 }

@@ -190,11 +190,15 @@ void Machine::removeDrive(wchar_t letter) {
     state->drives.erase(upperCase({letter, L':'}));
 }
 
-// Tests give full paths, without a limit of length.
+// Tests give full paths, without a limit of length. At a path that has no full form there is nothing.
 static Lookup find(MachineState& machine, const std::wstring& path) {
     const bool hasPrefixOrShare = path.starts_with(L"\\\\");
-    const std::wstring full = *makeFullPath(path, L"C:\\");
-    return lookUp(machine, parsePath(hasPrefixOrShare ? full : L"\\\\?\\" + full, L"C:\\", full.size() + 5));
+    const std::optional<std::wstring> full = makeFullPath(path, L"C:\\");
+    if (!full) {
+        return {};
+    }
+    return lookUp(machine,
+                  parsePath(hasPrefixOrShare ? *full : L"\\\\?\\" + *full, L"C:\\", full->size() + 5));
 }
 
 void Machine::makeDirectory(const std::wstring& path) {

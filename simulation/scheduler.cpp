@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "simulation/machine_state.h"
+#include "simulation/thread_end.h"
 
 namespace simulation {
 
@@ -63,7 +64,10 @@ Process& MachineState::addProcess(const std::vector<std::wstring>& arguments, Pr
 
 void MachineState::giveTurn(Process& next) {
     if (!next.thread.joinable()) {
-        next.thread = std::thread([this, &next] { runProcess(*this, next); });
+        next.thread = std::thread([this, &next] {
+            runProcess(*this, next);
+            endThread();
+        });
     }
     next.turn.give();
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <regex>
 #include <set>
@@ -13,7 +14,10 @@
 #include "explain/environment.h"
 #include "explain/json_writer.h"
 #include "explain/names.h"
+#include "explain/page_writer.h"
+#include "explain/redaction.h"
 #include "explain/start.h"
+#include "explain/text_writer.h"
 #include "explain/windows_paths.h"
 #include "foundation/text.h"
 #include "platform/files.h"
@@ -57,6 +61,20 @@ public:
     }
     Copy(const Copy&) = delete;
     Copy& operator=(const Copy&) = delete;
+
+    // Types, times and contents by path.
+    std::map<std::string, std::string> state() const {
+        std::map<std::string, std::string> all;
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
+            std::string& text = all[entry.path().string()];
+            text = std::to_string(entry.last_write_time().time_since_epoch().count());
+            if (entry.is_regular_file()) {
+                std::ifstream file(entry.path(), std::ios::binary);
+                text.append(std::istreambuf_iterator<char>(file), {});
+            }
+        }
+        return all;
+    }
 
     fs::path at(const std::wstring& path) const {
         std::string name = toUtf8(path);
@@ -521,6 +539,22 @@ ComparedStart compareStart(simulation::Machine& machine, const StartToCompare& s
     compareParts(differences, explained.back(), real.side);
     result.differences = differences.all;
     return result;
+}
+
+std::string explainOn(const simulation::Machine& machine, const StartToCompare& start) {
+    const Copy copy(machine);
+    const std::map<std::string, std::string> before = copy.state();
+    std::vector<Explanation> explained = explain::explainStarts(optionsFor(machine, start, copy));
+    std::string everything = explain::writeText(explained, explain::Diffs::shown) +
+                             explain::writeJson(explained) + explain::writePage(explained);
+    for (Explanation& explanation : explained) {
+        explain::redact(explanation);
+    }
+    everything += explain::writePage(explained);
+    if (!explain::isUtf8(everything)) {
+        return "the explanation is not UTF-8";
+    }
+    return copy.state() == before ? "" : "the tool has changed what it looked at";
 }
 
 }  // namespace explaintest

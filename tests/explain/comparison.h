@@ -28,4 +28,8 @@ struct StartToCompare {
 // directories and log. Process ids and times are masked.
 ComparedStart compareStart(simulation::Machine& machine, const StartToCompare& start);
 
+// Lets zelexplain explain the start on a copy of the machine's files, as text, JSON, page and redacted page.
+// Returns what is wrong with that; empty if nothing is.
+std::string explainOn(const simulation::Machine& machine, const StartToCompare& start);
+
 }  // namespace explaintest

@@ -28,7 +28,7 @@ VARIANTS = (
 def explained(program, install, variant):
     separator = variant.index("--") if "--" in variant else len(variant)
     command = [*program, "start", install, "--json", "--at", PLACE, *variant[:separator], *variant[separator:]]
-    done = subprocess.run(command, capture_output=True, check=False)
+    done = subprocess.run(command, capture_output=True, check=False, env={**os.environ, "LC_ALL": "C.UTF-8"})
     return done.returncode, done.stdout
 
 

@@ -2,6 +2,7 @@
 #include <optional>
 #include <set>
 
+#include "explain/comparison.h"
 #include "fuzz/allowed_paths.h"
 #include "fuzz/input_sections.h"
 #include "fuzz/peak_memory.h"
@@ -14,7 +15,7 @@
 // The input is a command line, an environment, and files of the install and of the user, each of which
 // replaces the ordinary one or is appended to it. Three launchers start one after the other: the first
 // start of a user, one while its platform runs, and one after that has ended. Each must end, and the
-// platform must get the arguments that the launcher got.
+// platform must get the arguments that the launcher got. Before that, zelexplain explains the first of them.
 namespace fuzz {
 
 namespace {
@@ -394,6 +395,16 @@ void expectArguments(const std::wstring& command, const Traits& traits) {
     expect(position < seen.size() && seen[position] == L"-data", "-data follows the arguments");
 }
 
+// zelexplain explains the first start, whatever the input, and changes nothing.
+void expectExplanation(const Sections& sections, const Traits& traits) {
+    const ThreeStarts starts(sections);
+    explaintest::StartToCompare start;
+    start.arguments = {std::wstring(home) + L"\\zel\\zellauncher.exe"};
+    start.arguments.insert(start.arguments.end(), traits.arguments.begin(), traits.arguments.end());
+    const std::string problem = explaintest::explainOn(starts.theMachine(), start);
+    expect(problem.empty(), problem);
+}
+
 bool hasTokens(const std::string& bytes) {
     return contains(bytes, "${");
 }
@@ -403,6 +414,7 @@ bool hasTokens(const std::string& bytes) {
 void runInput(const std::string& bytes) {
     const Sections sections = readSections(bytes);
     const Traits traits = traitsOf(sections);
+    expectExplanation(sections, traits);
     const PeakMemory memory;
     {
         ThreeStarts starts(sections);
