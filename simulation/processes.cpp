@@ -18,7 +18,7 @@ platform::ErrorCode findProgram(const std::wstring& program, std::wstring& path)
         if (!full) {
             continue;
         }
-        const Lookup found = lookUp(machine, parsePath(*full, self().currentDirectory, 260));
+        const Lookup found = lookUpForSelf(*full);
         if (!found.node || found.node->isDirectory()) {
             // A directory of this name is the more telling error.
             const bool isDenied = found.node || error == platform::errorAccessDenied;
@@ -111,7 +111,7 @@ std::optional<ChildProcess> createProcess(const std::wstring& commandLine, const
     record.started = true;
     machine.started.push_back(record);
     return ChildProcess{addProcessObject(ObjectKind::process, process.id),
-                        addProcessObject(ObjectKind::thread, process.id), process.id};
+                        addProcessObject(ObjectKind::thread, process.id), process.systemId};
 }
 
 bool hasProcessEnded(Handle process) {
@@ -143,11 +143,12 @@ Handle openProcess(std::uint32_t processId) {
         failWith(fault);
         return Handle::none;
     }
-    if (machineOfSelf().processes.count(processId) == 0) {
+    const Process* process = machineOfSelf().findBySystemId(processId);
+    if (process == nullptr) {
         failWith(errorInvalidParameter);
         return Handle::none;
     }
-    return addProcessObject(ObjectKind::process, processId);
+    return addProcessObject(ObjectKind::process, process->id);
 }
 
 Handle processSnapshot() {
@@ -163,7 +164,7 @@ Handle processSnapshot() {
     }
     for (const auto& [id, process] : machine.processes) {
         if (process->state != simulation::ProcessState::ended) {
-            object->snapshotEntries.push_back({simulation::fileNameOf(process->module), id});
+            object->snapshotEntries.push_back({simulation::fileNameOf(process->module), process->systemId});
         }
     }
     return static_cast<Handle>(addObject(std::move(object)));
