@@ -55,8 +55,13 @@ platform::ErrorCode beginOperation(const char* name, const std::wstring& argumen
         machine.beforeOperation(name, argument);
     }
     machine.yield(process, name, argument);
-    machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1, writes});
-    Operation& operation = machine.operations.back();
+    Operation& operation = machine.operations.emplace_back();
+    operation.name = name;
+    operation.argument = argument;
+    operation.process = process.id;
+    operation.index = machine.operations.size();
+    operation.writes = writes;
+    operation.time = machine.elapsed;
     ++process.operationCount;
     if (machine.operationLimit != 0 && process.operationCount > machine.operationLimit) {
         throw ProcessEnded{{EndKind::ranAway, 0}, UnflushedData::lost};
@@ -73,6 +78,17 @@ platform::ErrorCode beginOperation(const char* name, const std::wstring& argumen
     }
     operation.fault = faultOf(machine, operation);
     return operation.fault;
+}
+
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, const std::wstring& target,
+                                   bool writes) {
+    const platform::ErrorCode fault = beginOperation(name, argument, writes);
+    machineOfSelf().operations.back().target = target;
+    return fault;
+}
+
+platform::ErrorCode beginOperation(const char* name, const platform::Stream& stream, bool writes) {
+    return beginOperation(name, stream.file->node->name, stream.path, writes);
 }
 
 bool MachineState::isStopDue(const Operation& operation) {

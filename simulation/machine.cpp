@@ -35,14 +35,6 @@ void collectTree(Node& directory, const std::wstring& path, std::vector<std::wst
     }
 }
 
-void forgetCache(Node& node) {
-    node.content = node.onDevice.value_or(node.content);
-    node.onDevice.reset();
-    for (const auto& [name, entry] : node.entries) {
-        forgetCache(*entry);
-    }
-}
-
 NodePointer copyTree(const Node& node) {
     auto copy = std::make_shared<Node>();
     copy->name = node.name;
@@ -116,6 +108,14 @@ void Machine::runUntilIdle(std::uint64_t limitMilliseconds) {
                                [](const auto& entry) { return entry.second->state != ProcessState::ended; });
         },
         limitMilliseconds);
+}
+
+void Machine::reuseProcessIds() {
+    state->reusesProcessIds = true;
+}
+
+std::uint32_t Machine::systemIdOf(ProcessId process) const {
+    return state->processes.at(process)->systemId;
 }
 
 void Machine::stop(ProcessId process) {
@@ -209,6 +209,7 @@ void Machine::writeFile(const std::wstring& path, const std::string& content) {
     Node& file = *makeNode(*state, path, 0);
     file.host.reset();
     file.content = content;
+    file.onDevice.reset();
 }
 
 std::optional<std::string> Machine::readFile(const std::wstring& path) const {
@@ -245,6 +246,9 @@ void Machine::remove(const std::wstring& path) {
     const Lookup found = find(*state, path);
     if (found.node && found.parent) {
         found.parent->entries.erase(upperCase(found.leaf));
+        if (found.parent->entriesOnDevice) {
+            found.parent->entriesOnDevice->erase(upperCase(found.leaf));
+        }
     }
 }
 
@@ -279,12 +283,6 @@ void Machine::loadDisks(const DiskImage& image) {
     }
 }
 
-void Machine::losePower() {
-    for (const auto& [drive, root] : state->drives) {
-        forgetCache(*root);
-    }
-}
-
 void Machine::refuse(const std::wstring& path, platform::ErrorCode error) {
     const Lookup found = find(*state, path);
     if (found.node) {
@@ -297,7 +295,7 @@ void Machine::setFreeSpace(std::optional<std::uint64_t> bytes) {
     state->freeSpace = bytes;
 }
 
-void Machine::holdOpen(const std::wstring& path) {
+void Machine::holdOpen(const std::wstring& path, HeldSharing sharing) {
     const Lookup found = find(*state, path);
     if (!found.node) {
         return;
@@ -305,8 +303,9 @@ void Machine::holdOpen(const std::wstring& path) {
     auto file = std::make_unique<OpenFile>();
     file->node = found.node;
     file->canRead = true;
-    file->sharesRead = false;
-    file->sharesWrite = false;
+    file->sharesRead = sharing == HeldSharing::everything;
+    file->sharesWrite = file->sharesRead;
+    file->sharesDelete = file->sharesRead;
     found.node->opens.push_back(file.get());
     state->heldOpen[upperCase(path)] = std::move(file);
 }
@@ -314,7 +313,7 @@ void Machine::holdOpen(const std::wstring& path) {
 void Machine::releaseOpen(const std::wstring& path) {
     const auto held = state->heldOpen.find(upperCase(path));
     if (held != state->heldOpen.end()) {
-        closeOpenFile(*held->second);
+        closeOpenFile(*state, *held->second);
         state->heldOpen.erase(held);
     }
 }
@@ -385,6 +384,11 @@ void Machine::createPipe(const std::wstring& name, PipeState pipeState) {
 std::vector<std::string> Machine::pipePayloads(const std::wstring& name) const {
     const auto found = state->pipes.find(upperCase(name));
     return found == state->pipes.end() ? std::vector<std::string>() : found->second.payloads;
+}
+
+bool Machine::hasPipeClient(const std::wstring& name) const {
+    const auto found = state->pipes.find(upperCase(name));
+    return found != state->pipes.end() && found->second.isConnected;
 }
 
 platform::LocalTime Machine::now() const {

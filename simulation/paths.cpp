@@ -6,7 +6,6 @@ namespace simulation {
 
 namespace {
 
-constexpr std::size_t plainPathLimit = 260;
 constexpr std::size_t longestName = 255;
 
 wchar_t upperUnit(wchar_t unit) {
@@ -189,6 +188,15 @@ Lookup lookUp(MachineState& machine, const ParsedPath& path) {
     return found;
 }
 
+Lookup lookUpForSelf(const std::wstring& path, std::size_t limit) {
+    Lookup found = lookUp(machineOfSelf(), parsePath(path, self().currentDirectory, limit));
+    if (found.node && found.node->isBeingDeleted()) {
+        found.node = nullptr;
+        found.error = platform::errorAccessDenied;
+    }
+    return found;
+}
+
 NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes) {
     const bool isLong = path.starts_with(L"\\\\?\\");
     const ParsedPath parsed =
@@ -201,6 +209,9 @@ NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint3
             entry = std::make_shared<Node>();
             entry->name = parsed.components[i];
             entry->attributes = i + 1 == parsed.components.size() ? attributes : platform::attributeDirectory;
+            if (node->entriesOnDevice) {
+                (*node->entriesOnDevice)[upperCase(entry->name)] = {entry, entry->name};
+            }
         }
         node = entry;
     }

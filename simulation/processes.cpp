@@ -61,7 +61,7 @@ FoundProgram findProgram(const std::wstring& name) {
         if (!full) {
             continue;
         }
-        const Lookup file = lookUp(machine, parsePath(*full, self().currentDirectory, 260));
+        const Lookup file = lookUpForSelf(*full);
         if (!file.node || file.node->isDirectory()) {
             // A directory of this name is the more telling error.
             const bool isDenied = file.node || found.error == platform::errorAccessDenied;
@@ -156,7 +156,7 @@ std::optional<ChildProcess> createProcess(const std::wstring& commandLine, const
     record.started = true;
     machine.started.push_back(record);
     return ChildProcess{addProcessObject(ObjectKind::process, process.id),
-                        addProcessObject(ObjectKind::thread, process.id), process.id};
+                        addProcessObject(ObjectKind::thread, process.id), process.systemId};
 }
 
 bool hasProcessEnded(Handle process) {
@@ -188,11 +188,12 @@ Handle openProcess(std::uint32_t processId) {
         failWith(fault);
         return Handle::none;
     }
-    if (machineOfSelf().processes.count(processId) == 0) {
+    const Process* process = machineOfSelf().findBySystemId(processId);
+    if (process == nullptr) {
         failWith(errorInvalidParameter);
         return Handle::none;
     }
-    return addProcessObject(ObjectKind::process, processId);
+    return addProcessObject(ObjectKind::process, process->id);
 }
 
 Handle processSnapshot() {
@@ -208,7 +209,7 @@ Handle processSnapshot() {
     }
     for (const auto& [id, process] : machine.processes) {
         if (process->state != simulation::ProcessState::ended) {
-            object->snapshotEntries.push_back({simulation::fileNameOf(process->module), id});
+            object->snapshotEntries.push_back({simulation::fileNameOf(process->module), process->systemId});
         }
     }
     return static_cast<Handle>(addObject(std::move(object)));

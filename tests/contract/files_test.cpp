@@ -106,6 +106,31 @@ TEST_F(Files, MoveNeverReplacesTheTarget) {
     });
 }
 
+TEST_F(Files, MoveReplacesAFileIfAsked) {
+    onMachine([&] {
+        write(in(L"a"), "x");
+        write(in(L"b"), "y");
+        EXPECT_TRUE(moveFile(in(L"a"), in(L"b"), moveReplaceExisting | moveWriteThrough)) << lastError();
+        EXPECT_EQ(read(in(L"b")), "x");
+        EXPECT_EQ(read(in(L"a")), "(absent)");
+        EXPECT_TRUE(createDirectory(in(L"d")));
+        EXPECT_FAILS(moveFile(in(L"b"), in(L"d"), moveReplaceExisting), errorAccessDenied);
+        EXPECT_EQ(read(in(L"b")), "x");
+    });
+}
+
+TEST_F(Files, DirectoryNeverReplacesAFile) {
+    onMachine([&] {
+        if (isWine()) {
+            GTEST_SKIP() << "Wine lets a directory replace a file";
+        }
+        EXPECT_TRUE(createDirectory(in(L"d")));
+        write(in(L"b"), "x");
+        EXPECT_FAILS(moveFile(in(L"d"), in(L"b"), moveReplaceExisting), errorAccessDenied);
+        EXPECT_EQ(read(in(L"b")), "x");
+    });
+}
+
 TEST_F(Files, DirectoryMoveNeverReplacesTheTarget) {
     onMachine([&] {
         EXPECT_TRUE(createDirectory(in(L"d")));

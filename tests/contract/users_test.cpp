@@ -51,6 +51,18 @@ TEST_F(Users, LocalGroupsOfTheUserAreListed) {
     });
 }
 
+TEST_F(Users, ListThatDoesNotFitIsMoreData) {
+    onMachine([&] {
+        const std::optional<std::wstring> user = currentUserName(longestUserName);
+        ASSERT_TRUE(user);
+        const LocalGroups groups = localGroupsOfUser(*user, 1);
+        EXPECT_FALSE(groups.hasSucceeded);
+        EXPECT_EQ(lastError(), errorMoreData);
+        EXPECT_LT(groups.entriesRead, groups.totalEntries);
+        EXPECT_TRUE(groups.names.empty());
+    });
+}
+
 TEST_F(Users, UnknownUserHasNoGroups) {
     onMachine([&] {
         if (isWine()) {
@@ -58,6 +70,7 @@ TEST_F(Users, UnknownUserHasNoGroups) {
         }
         const LocalGroups groups = localGroupsOfUser(L"zl-contract-nobody", 64000);
         EXPECT_FALSE(groups.hasSucceeded);
+        EXPECT_EQ(groups.entriesRead, groups.totalEntries);  // not "more data"
         EXPECT_TRUE(groups.names.empty());
     });
 }

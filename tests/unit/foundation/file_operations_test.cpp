@@ -260,6 +260,27 @@ TEST_F(FileOperations, FileInUseStaysIntact) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
 }
 
+TEST_F(FileOperations, FileHeldByAScannerIsGoneAtOnce) {
+    machine.writeFile(L"C:\\a\\file.txt", "text");
+    machine.holdOpen(L"C:\\a\\file.txt", simulation::HeldSharing::everything);
+    EXPECT_TRUE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
+    EXPECT_EQ(machine.tree(L"C:\\a"), std::vector<std::wstring>{L"C:\\a\\file.txt.deleteme"});
+    machine.releaseOpen(L"C:\\a\\file.txt");
+    EXPECT_TRUE(machine.tree(L"C:\\a").empty());
+}
+
+TEST_F(FileOperations, TemporaryNameHeldByAScannerBlocksTheNextDeletion) {
+    machine.writeFile(L"C:\\a\\file.txt", "text");
+    machine.holdOpen(L"C:\\a\\file.txt", simulation::HeldSharing::everything);
+    EXPECT_TRUE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
+    machine.writeFile(L"C:\\a\\file.txt", "new");
+    EXPECT_FALSE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
+    EXPECT_EQ(contentOf(L"C:\\a\\file.txt"), "new");
+    machine.releaseOpen(L"C:\\a\\file.txt");
+    EXPECT_TRUE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
+    EXPECT_TRUE(machine.tree(L"C:\\a").empty());
+}
+
 TEST_F(FileOperations, ReadOnlyFileKeepsTheTemporaryName) {
     machine.writeFile(L"C:\\a\\file.txt", "text");
     machine.setAttributes(L"C:\\a\\file.txt", platform::attributeReadOnly);

@@ -50,9 +50,10 @@ TEST_F(LockOwner, BlankLockFileHasNoOwner) {
 
 // What a power failure can leave: the length of the file without its content. The blanks are of a restart
 // that wrote over the beginning of such a file.
-TEST_F(LockOwner, LockFileOfNulsHasNoOwner) {
-    for (const std::string& content : {std::string(1, '\0'), std::string(14, '\0'), std::string(9000, '\0'),
-                                       std::string(14, ' ') + std::string(6, '\0')}) {
+TEST_F(LockOwner, ZeroFilledLockFileHasNoOwner) {
+    for (const std::string& content :
+         {std::string(1, '\0'), std::string(14, '\0'), std::string(9000, '\0'),
+          std::string(4, ' ') + std::string(10, '\0'), std::string(14, ' ') + std::string(6, '\0')}) {
         machine.writeFile(lockFile, content);
         EXPECT_FALSE(isAlive());
         EXPECT_EQ(outcome.lastLine(), "ZLNCH0091E: No data in the platform lock file.");

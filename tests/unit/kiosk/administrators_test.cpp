@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
 
@@ -18,6 +20,12 @@ protected:
         bool answer = false;
         outcome = run([&] { answer = zellauncher::isUserInAdminGroup(user); });
         return answer;
+    }
+    std::size_t groupQueries() const {
+        const auto& operations = machine.operations();
+        return static_cast<std::size_t>(std::count_if(
+            operations.begin(), operations.end(),
+            [](const simulation::Operation& operation) { return operation.name == "localGroupsOfUser"; }));
     }
 };
 
@@ -67,6 +75,52 @@ TEST_F(Administrators, UnreadableGroupsOfTheUserMeanNo) {
     machine.setUser(L"ann", {L"Administrators"});
     machine.inject(failingFrom("localGroupsOfUser", platform::errorAccessDenied));
     EXPECT_FALSE(isAdministrator(L"ann"));
+    EXPECT_EQ(groupQueries(), 1U);
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(Administrators, UnknownUserIsAskedForOnce) {
+    EXPECT_FALSE(isAdministrator(L"bob"));
+    EXPECT_EQ(groupQueries(), 1U);
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(Administrators, IncompleteListIsAskedForAgain) {
+    machine.setUser(L"ann", {L"Users", L"Administrators"});
+    machine.inject(failing("localGroupsOfUser", platform::errorMoreData));
+    EXPECT_TRUE(isAdministrator(L"ann"));
+    EXPECT_EQ(groupQueries(), 2U);
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(Administrators, DenialAfterAnIncompleteListEndsTheQuery) {
+    machine.setUser(L"ann", {L"Administrators"});
+    machine.inject(failing("localGroupsOfUser", platform::errorMoreData));
+    machine.inject(failing("localGroupsOfUser", platform::errorAccessDenied, L"", 2));
+    EXPECT_FALSE(isAdministrator(L"ann"));
+    EXPECT_EQ(groupQueries(), 2U);
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(Administrators, ListIsAskedForTenTimes) {
+    machine.setUser(L"ann", {L"Administrators"});
+    machine.inject(failingFrom("localGroupsOfUser", platform::errorMoreData));
+    EXPECT_FALSE(isAdministrator(L"ann"));
+    EXPECT_EQ(groupQueries(), 10U);
+    EXPECT_EQ(outcome.log, "ZELLauncher> the local groups of ann can not be read\n");
+}
+
+// 64,000 bytes hold 2,000 groups of eleven characters, no more.
+TEST_F(Administrators, ListMayHave64000Bytes) {
+    std::vector<std::wstring> groups(1999, L"group names");
+    groups.emplace_back(L"Administrators");
+    groups.front().resize(8);  // makes room for three characters more at the end
+    machine.setUser(L"ann", groups);
+    EXPECT_TRUE(isAdministrator(L"ann"));
+    groups.front() += L'x';
+    machine.setUser(L"ann", groups);
+    EXPECT_FALSE(isAdministrator(L"ann"));
+    EXPECT_EQ(groupQueries(), 11U);
 }
 
 }  // namespace

@@ -166,10 +166,18 @@ TEST_F(Termination, MonitorHandlesTheEndOfAPlatform) {
 }
 
 TEST_F(Termination, MonitorHandlesEveryPlatform) {
-    startPlatform(L"C:\\p\\eclipse.exe", 20000, 7);
-    startPlatform(L"C:\\q\\ECLIPSE.EXE", 10000, 8);
+    startPlatform(L"C:\\p\\eclipse.exe", 10000, 7);
+    startPlatform(L"C:\\q\\ECLIPSE.EXE", 20000, 8);
     EXPECT_EQ(launchertest::countOccurrences(monitor().log, unknownCode), 2U);
     EXPECT_EQ(reruns, 2);
+}
+
+// Without a handle of it, the system no longer knows a process that has ended.
+TEST_F(Termination, MonitorSkipsAPlatformThatEndsBesideAnother) {
+    startPlatform(L"C:\\p\\eclipse.exe", 20000, 7);
+    startPlatform(L"C:\\q\\ECLIPSE.EXE", 10000, 8);
+    EXPECT_EQ(launchertest::countOccurrences(monitor().log, unknownCode), 1U);
+    EXPECT_EQ(reruns, 1);
 }
 
 TEST_F(Termination, MonitorSkipsAnUnopenableProcess) {

@@ -44,6 +44,17 @@ struct Life {
     std::uint32_t milliseconds = 1000;
 };
 
+// What a program that lists processes does after five seconds, for a minute.
+int openEveryProcess() {
+    platform::sleepMilliseconds(5000);
+    const platform::Handle snapshot = platform::processSnapshot();
+    for (auto entry = platform::firstProcess(snapshot); entry; entry = platform::nextProcess(snapshot)) {
+        platform::openProcess(entry->processId);
+    }
+    platform::sleepMilliseconds(60000);
+    return 0;
+}
+
 // On a lockdown install, a launcher supervises a platform that has these lives, one after the other.
 // The platform after the last one ends with 23 and does not restart itself, which ends the supervision.
 class Supervision : public launchertest::OnMachine {
@@ -283,8 +294,10 @@ TEST_F(Supervision, ReadOnlyFileHasNoKnownWord) {
     EXPECT_TRUE(supervise().logHas(unknownWord));
 }
 
-// The process list is a snapshot, so the end of a process that has ended meanwhile is handled too.
+// The process list is a snapshot. As long as another program has a process open that has ended meanwhile, its
+// end is handled too.
 TEST_F(Supervision, TwoPlatformsAreWatchedOneAfterTheOther) {
+    machine.start({L"C:\\Windows\\taskmgr.exe"}, openEveryProcess);
     machine.installProgram(L"C:\\other\\ECLIPSE.EXE", [] { return 0; });
     machine.start({L"C:\\other\\ECLIPSE.EXE"}, [] {
         platform::sleepMilliseconds(30000);
