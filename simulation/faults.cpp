@@ -45,14 +45,16 @@ platform::ErrorCode faultOf(MachineState& machine, const Operation& operation) {
 
 }  // namespace
 
-platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, bool writes) {
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, bool writes,
+                                   const Numbers& numbers) {
     Process& process = self();
     MachineState& machine = machineOfSelf();
     if (process.isStopped || process.isCutShort) {
         throw ProcessEnded{{EndKind::stoppedDead, 0}, UnflushedData::partlyWritten};
     }
     machine.yield(process, name, argument);
-    machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1, writes});
+    machine.operations.push_back(
+        {name, argument, process.id, machine.operations.size() + 1, writes, platform::errorSuccess, numbers});
     Operation& operation = machine.operations.back();
     ++process.operationCount;
     if (machine.operationLimit != 0 && process.operationCount > machine.operationLimit) {

@@ -190,8 +190,8 @@ bool flushFile(const std::wstring& path) {
     return true;
 }
 
-bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t /*flags*/) {
-    if (const ErrorCode fault = beginOperation("moveFile", source)) {
+bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t flags) {
+    if (const ErrorCode fault = beginOperation("moveFile", source, false, {flags})) {
         return failWith(fault);
     }
     const Lookup from = find(source);
@@ -381,7 +381,8 @@ std::optional<std::wstring> moduleFileName(std::size_t capacity) {
 
 Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t sharing,
                   std::uint32_t disposition, std::uint32_t attributes) {
-    if (const ErrorCode fault = beginOperation("createFile", path, disposition == openFileAlways)) {
+    if (const ErrorCode fault = beginOperation("createFile", path, disposition == openFileAlways,
+                                               {access, sharing, disposition, attributes})) {
         failWith(fault);
         return Handle::none;
     }

@@ -347,7 +347,11 @@ std::vector<std::string> Machine::pipePayloads(const std::wstring& name) const {
 }
 
 platform::LocalTime Machine::now() const {
-    return timeAfter(state->elapsed);
+    return timeOf(*state);
+}
+
+void Machine::passDays(std::uint32_t days) {
+    state->daysPassed += days;
 }
 
 std::uint64_t Machine::elapsedMilliseconds() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -54,6 +55,8 @@ struct StartedProcess {
     bool started = false;
 };
 
+using Numbers = std::array<std::uint32_t, 4>;
+
 // One call of the system interface, for assertions about access patterns.
 struct Operation {
     std::string name;       // of the function, e.g. "createDirectory"
@@ -62,6 +65,7 @@ struct Operation {
     std::uint64_t index = 0;  // 1 for the first operation of the machine
     bool writes = false;      // it needs disk space: creates a file, writes or flushes
     platform::ErrorCode fault = platform::errorSuccess;  // the error of an injected fault
+    Numbers numbers{};  // access rights, flags, lengths and milliseconds, in the order of the arguments
 };
 
 // A registry value: a text or a 32-bit number.
@@ -273,7 +277,8 @@ public:
     // What clients wrote to a pipe, one text per connection, also after its server has ended.
     std::vector<std::string> pipePayloads(const std::wstring& name) const;
 
-    platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at first
+    platform::LocalTime now() const;    // 2026-01-31 23:59:00.000, a Saturday, at first
+    void passDays(std::uint32_t days);  // changes the date only
     std::uint64_t elapsedMilliseconds() const;
     void setTickCount(std::uint32_t milliseconds);
 

@@ -26,7 +26,7 @@ platform::ErrorCode findProgram(const std::wstring& program, std::wstring& path)
             error = isDenied ? platform::errorAccessDenied : found.error;
             continue;
         }
-        path = *full;
+        path = full->starts_with(L"\\\\?\\") ? full->substr(4) : *full;
         return machine.programs.count(upperCase(path)) == 0 ? errorBadProgram : platform::errorSuccess;
     }
     return error;
@@ -134,8 +134,8 @@ std::optional<std::uint32_t> processExitCode(Handle process) {
     return child.state == simulation::ProcessState::ended ? child.end.status : exitCodeStillActive;
 }
 
-void waitForInputIdle(Handle /*process*/, std::uint32_t /*milliseconds*/) {
-    beginOperation("waitForInputIdle");
+void waitForInputIdle(Handle /*process*/, std::uint32_t milliseconds) {
+    beginOperation("waitForInputIdle", {}, false, {milliseconds});
 }
 
 Handle openProcess(std::uint32_t processId) {

@@ -51,20 +51,22 @@ std::optional<std::wstring> accountName(SecurityId id, std::size_t capacity) {
     return nameWithin(machineOfSelf().administratorsName, capacity, error);
 }
 
-LocalGroups localGroupsOfUser(const std::wstring& userName, std::uint32_t /*preferredSize*/) {
+LocalGroups localGroupsOfUser(const std::wstring& userName, std::uint32_t preferredSize) {
     constexpr ErrorCode statusUserNotFound = 2221;
     LocalGroups groups;
-    ErrorCode error = beginOperation("localGroupsOfUser", userName);
+    ErrorCode error = beginOperation("localGroupsOfUser", userName, false, {preferredSize});
     const MachineState& machine = machineOfSelf();
     if (error == errorSuccess && upperCase(userName) != upperCase(machine.userName)) {
         error = statusUserNotFound;
+    }
+    if (error == errorSuccess || error == errorMoreData) {
+        groups.totalEntries = static_cast<std::uint32_t>(machine.userGroups.size());
     }
     if (error != errorSuccess) {
         failWith(error);
         return groups;
     }
     groups.hasSucceeded = true;
-    groups.totalEntries = static_cast<std::uint32_t>(machine.userGroups.size());
     groups.entriesRead = groups.totalEntries;
     groups.names = machine.userGroups;
     return groups;
