@@ -17,9 +17,16 @@
 // simulated machine and against Windows, so that both implementations keep the same promises.
 namespace contract {
 
-// True under Wine, which differs from Windows in a few places. A test that meets a difference names it
-// and expects the behaviour of Windows only elsewhere.
+// True under Wine, which differs from Windows in a few places.
 bool isWine();
+
+// Skips the rest of a test, whose assertion does not hold under Wine. The reason says what Wine does instead.
+#define SKIP_UNDER_WINE(reason)             \
+    do {                                    \
+        if (contract::isWine()) {           \
+            GTEST_SKIP() << "Wine " reason; \
+        }                                   \
+    } while (false)
 
 // The test program as the first argument of a command line, quoted.
 std::wstring childProgram();
