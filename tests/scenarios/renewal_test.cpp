@@ -199,6 +199,23 @@ TEST_F(Provisioning, NewManifestRunsItAgain) {
     EXPECT_TRUE(contains(command(), L"com.example.prov"));
 }
 
+// The administrator rolls a new manifest out while the user works.
+TEST_F(Provisioning, NewManifestIsLeftAloneWhileThePlatformRuns) {
+    EXPECT_STARTED(launch());
+    recordManifest();
+    EXPECT_STARTED(launch());
+    launcherProperties.set("provisioning.manifest.version", "8");
+    layOut();
+    EXPECT_STARTED(launch({L"hello"}));
+    EXPECT_EQ(machine.startedProcesses().size(), 2U);
+    ASSERT_EQ(payloads().size(), 1U);
+    EXPECT_TRUE(contains(payloads()[0], L"\nhello\n"));
+    EXPECT_FALSE(contains(payloads()[0], L"com.example.prov"));
+    closePlatform();
+    EXPECT_STARTED(launch());
+    EXPECT_TRUE(contains(command(), L"com.example.prov"));
+}
+
 TEST_F(Provisioning, PreparationOmitsUserProvLaunch) {
     EXPECT_STARTED(launch({L"-zelLauncherWait", L"-provManifest"}));
     EXPECT_TRUE(contains(command(), L"-application com.example.prov -vm "));

@@ -6,6 +6,7 @@
 
 #include "platform/files.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 #include "support/text.h"
 
 namespace {
@@ -102,10 +103,10 @@ TEST_F(CacheMaintenance, OptionNameMatchesInsideOtherText) {
 }
 
 TEST_F(CacheMaintenance, ValueWithoutAnEqualsSignIsTheWholeText) {
-    fill(L"C:\\ws\\cache");
-    machine.writeFile(L"C:\\ws\\cache\\C_name", "");
-    maintain(L"C:\\ws\\cache\\name_controlDir");
-    EXPECT_FALSE(isAppFileDeleted(L"C:\\ws\\cache"));
+    maintain(L"C:\\ws\\name_controlDir,more");
+    EXPECT_FALSE(isPurged);
+    EXPECT_EQ(launchertest::callsOf(machine, "findFirst").at(0).argument,
+              L"\\\\?\\C:\\ws\\name_controlDir\\*C:\\ws\\name_controlDir*");
 }
 
 TEST_F(CacheMaintenance, DirectoryOutsideTheWorkspaceIsLeft) {

@@ -4,9 +4,11 @@
 
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
+using launchertest::callsOf;
 using launchertest::failing;
 using launchertest::failingFrom;
 
@@ -19,12 +21,16 @@ protected:
         outcome = run([&] { answer = zellauncher::isUserInAdminGroup(user); });
         return answer;
     }
+    std::size_t queries() const { return callsOf(machine, "localGroupsOfUser").size(); }
+    std::size_t freedIds() const { return callsOf(machine, "freeSecurityId").size(); }
 };
 
 TEST_F(Administrators, MemberOfTheLocalGroupIsAdministrator) {
     machine.setUser(L"ann", {L"Users", L"Administrators"});
     EXPECT_TRUE(isAdministrator(L"ann"));
     EXPECT_EQ(outcome.log, "");
+    EXPECT_EQ(queries(), 1U);
+    EXPECT_EQ(freedIds(), 1U);
 }
 
 TEST_F(Administrators, MemberOfOtherGroupsIsNot) {
@@ -47,6 +53,8 @@ TEST_F(Administrators, MissingGroupIdIsLogged) {
     machine.inject(failing("administratorsGroupId", platform::errorAccessDenied));
     EXPECT_FALSE(isAdministrator(L"ann"));
     EXPECT_EQ(outcome.log, "ZLNCH0055E: AllocateAndInitializeSid Error for Admin group\n");
+    EXPECT_EQ(queries(), 0U);
+    EXPECT_EQ(freedIds(), 0U);
 }
 
 TEST_F(Administrators, MissingGroupNameMeansNo) {
@@ -54,19 +62,53 @@ TEST_F(Administrators, MissingGroupNameMeansNo) {
     machine.inject(failing("accountName", platform::errorAccessDenied));
     EXPECT_FALSE(isAdministrator(L"ann"));
     EXPECT_EQ(outcome.log, "");
+    EXPECT_EQ(queries(), 0U);
+    EXPECT_EQ(freedIds(), 0U);
 }
 
-TEST_F(Administrators, GroupNameOf100CharactersDoesNotFit) {
-    const std::wstring longName(100, L'g');
-    machine.setAdministratorsGroupName(longName);
-    machine.setUser(L"ann", {longName});
-    EXPECT_FALSE(isAdministrator(L"ann"));
+TEST_F(Administrators, GroupNameMayHave99Characters) {
+    for (const std::size_t length : {99U, 100U}) {
+        const std::wstring name(length, L'g');
+        machine.setAdministratorsGroupName(name);
+        machine.setUser(L"ann", {name});
+        EXPECT_EQ(isAdministrator(L"ann"), length == 99U) << length;
+    }
 }
 
 TEST_F(Administrators, UnreadableGroupsOfTheUserMeanNo) {
     machine.setUser(L"ann", {L"Administrators"});
     machine.inject(failingFrom("localGroupsOfUser", platform::errorAccessDenied));
     EXPECT_FALSE(isAdministrator(L"ann"));
+    EXPECT_EQ(outcome.log, "");
+    EXPECT_EQ(queries(), 1U);
+    EXPECT_EQ(freedIds(), 1U);
+}
+
+TEST_F(Administrators, UnreadableListOfNoGroupsMeansNo) {
+    machine.setUser(L"ann", {});
+    machine.inject(failingFrom("localGroupsOfUser", platform::errorMoreData));
+    EXPECT_FALSE(isAdministrator(L"ann"));
+    EXPECT_EQ(queries(), 1U);
+}
+
+TEST_F(Administrators, IncompleteGroupListIsReadAgain) {
+    machine.setUser(L"ann", {L"Administrators"});
+    for (std::uint64_t nth = 1; nth <= 9; ++nth) {
+        machine.inject(failing("localGroupsOfUser", platform::errorMoreData, {}, nth));
+    }
+    EXPECT_TRUE(isAdministrator(L"ann"));
+    EXPECT_EQ(outcome.log, "");
+    EXPECT_EQ(queries(), 10U);
+}
+
+TEST_F(Administrators, GroupListIsReadAtMostTenTimes) {
+    machine.setUser(L"ann", {L"Administrators"});
+    machine.inject(failingFrom("localGroupsOfUser", platform::errorMoreData));
+    EXPECT_FALSE(isAdministrator(L"ann"));
+    EXPECT_EQ(outcome.log, "ZELLauncher> the local groups of ann can not be read\n");
+    EXPECT_EQ(queries(), 10U);
+    EXPECT_EQ(callsOf(machine, "localGroupsOfUser").at(0).numbers[0], 64000U);
+    EXPECT_EQ(freedIds(), 1U);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "kiosk/shell_role.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -71,6 +72,7 @@ TEST_F(ShellRoleDesktop, ShellIsTheAdministratorsForAMoment) {
     EXPECT_EQ(machine.startedProcesses()[0].commandLine, L"Explorer.exe");
     EXPECT_EQ(machine.startedProcesses()[0].start.flags, 0U);
     EXPECT_FALSE(machine.startedProcesses()[0].start.title);
+    EXPECT_EQ(launchertest::callsOf(machine, "waitForInputIdle").at(0).numbers[0], 5000U);
     for (const wchar_t* name : {L"NoClose", L"NoLogoff"}) {
         EXPECT_EQ(policy(explorerPolicies, name), 0);
     }
@@ -91,6 +93,29 @@ TEST_F(ShellRoleDesktop, WritesAreInOrder) {
     EXPECT_EQ(writes, (std::vector<std::wstring>{L"Shell", L"NoClose", L"NoLogoff", L"DisableChangePassword",
                                                  L"DisableLockworkstation", L"DisableTaskMgr",
                                                  L"Explorer.exe", L"", L"Shell"}));
+}
+
+// The two keys that are opened for writing the shell stay open.
+TEST_F(ShellRoleDesktop, KeysAreOpenedWithTheRightsForTheirUseAndClosed) {
+    takeRole();
+    const std::string logon = "Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
+    const std::string policies = "Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\";
+    EXPECT_EQ(launchertest::traceOf(machine, {"openRegistryKey", "queryRegistryText", "setRegistryText",
+                                              "setRegistryNumber", "closeRegistryKey"}),
+              (std::vector<std::string>{
+                  "openRegistryKey " + logon, "openRegistryKey " + logon + "\\KSDShells",
+                  "queryRegistryText ADMIN_SHELL", "closeRegistryKey", "setRegistryText Shell",
+                  "openRegistryKey " + policies + "Explorer", "setRegistryNumber NoClose",
+                  "setRegistryNumber NoLogoff", "closeRegistryKey", "openRegistryKey " + policies + "System",
+                  "setRegistryNumber DisableChangePassword", "setRegistryNumber DisableLockworkstation",
+                  "setRegistryNumber DisableTaskMgr", "closeRegistryKey", "openRegistryKey " + logon,
+                  "openRegistryKey " + logon + "\\KSDShells", "queryRegistryText KSD_SHELL",
+                  "closeRegistryKey", "setRegistryText Shell"}));
+    std::vector<std::uint32_t> rights;
+    for (const simulation::Operation& opening : launchertest::callsOf(machine, "openRegistryKey")) {
+        rights.push_back(opening.numbers[0]);
+    }
+    EXPECT_EQ(rights, (std::vector<std::uint32_t>{3, 1, 0xF003F, 0xF003F, 3, 1}));
 }
 
 TEST_F(ShellRoleDesktop, MissingAdministratorsShellIsEmptyForAMoment) {
@@ -135,6 +160,15 @@ TEST_F(ShellRoleDesktop, FailedWriteIsLoggedForAdministratorsOnly) {
     failOnce("setRegistryText", L"Shell");
     EXPECT_EQ(run([] { EXPECT_FALSE(zellauncher::setShellToKiosk()); }).log, "");
     EXPECT_EQ(shell(), L"kiosk.exe");
+}
+
+TEST_F(ShellRoleDesktop, SuccessfulWritesAreReported) {
+    run([this] {
+        EXPECT_TRUE(zellauncher::setShellToAdmin());
+        EXPECT_EQ(shell(), L"explorer.exe");
+        EXPECT_TRUE(zellauncher::setShellToKiosk());
+        EXPECT_EQ(shell(), L"kiosk.exe");
+    });
 }
 
 TEST_F(ShellRoleDesktop, MissingExplorerStillRestoresTheShell) {

@@ -3,13 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "kiosk/exit_data.h"
 #include "platform/clock.h"
+#include "platform/own_process.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 #include "support/text.h"
 
 namespace {
@@ -97,6 +100,28 @@ TEST_F(Termination, ZeroExitIsDecidedByTheFile) {
     }
 }
 
+// What each word makes the launcher do. The file is opened for the test of its existence and stays open; for
+// each comparison it is opened again and closed. The removal looks for it below itself.
+TEST_F(Termination, FileIsReadForEachWordAndRemovedBeforeTheSessionEnds) {
+    const std::string file = "\\Users\\ann\\.exitData";
+    const std::vector<std::string> comparison = {"openStream " + file, "closeStream .exitData"};
+    const std::vector<std::string> end = {"openStream " + file + "\\.exitData", "endSession"};
+    for (const auto& [word, comparisons] : std::map<std::string, int>{{"LOGOFF", 1}, {"SHUTDOWN", 2}}) {
+        machine.writeFile(exitData, word);
+        const std::size_t before = machine.operations().size();
+        handle(0);
+        std::vector<std::string> expected = {"openStream " + file};
+        for (int i = 0; i < comparisons; ++i) {
+            expected.insert(expected.end(), comparison.begin(), comparison.end());
+        }
+        expected.insert(expected.end(), end.begin(), end.end());
+        std::vector<std::string> trace =
+            launchertest::traceOf(machine, {"openStream", "closeStream", "deleteFile", "endSession"}, before);
+        trace.erase(trace.begin());  // the log
+        EXPECT_EQ(trace, expected) << word;
+    }
+}
+
 TEST_F(Termination, ZeroExitWithoutTheFileRerunsTheCommand) {
     EXPECT_EQ(handle(0).log, missingFile + "\n");
     EXPECT_EQ(reruns, 1);
@@ -160,9 +185,17 @@ TEST_F(Termination, MonitorHandlesTheEndOfAPlatform) {
     const simulation::ProcessId platformId = startPlatform(L"C:\\p\\Eclipse.exe", 20000, 7);
     EXPECT_EQ(monitor().log, unknownCode + "\n");
     EXPECT_FALSE(machine.isRunning(platformId));
-    EXPECT_GE(machine.elapsedMilliseconds(), 20000U);
-    EXPECT_LE(machine.elapsedMilliseconds(), 23500U);
+    EXPECT_EQ(machine.elapsedMilliseconds(), 3000U + 5 * 3500U);
     EXPECT_EQ(reruns, 1);
+}
+
+TEST_F(Termination, MonitorClosesItsProcessList) {
+    std::size_t handles = 0;
+    run([&] {
+        zellauncher::monitorPlatformProcess();
+        handles = machine.openHandlesOf(platform::currentProcessId());
+    });
+    EXPECT_EQ(handles, 0U);
 }
 
 TEST_F(Termination, MonitorHandlesEveryPlatform) {
