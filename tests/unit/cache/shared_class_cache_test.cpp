@@ -102,6 +102,12 @@ TEST_F(CacheMaintenance, OptionNameMatchesInsideOtherText) {
     EXPECT_TRUE(machine.exists(L"C:\\ws\\username\\c\\x"));
 }
 
+TEST_F(CacheMaintenance, FirstOccurrenceOfAnOptionIsUsed) {
+    fill(L"C:\\ws\\cache");
+    maintain(L"name=app,controlDir=C:\\ws\\cache,name=x,controlDir=C:\\ws\\other");
+    EXPECT_TRUE(isAppFileDeleted(L"C:\\ws\\cache"));
+}
+
 TEST_F(CacheMaintenance, ValueWithoutAnEqualsSignIsTheWholeText) {
     maintain(L"C:\\ws\\name_controlDir,more");
     EXPECT_FALSE(isPurged);

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "kiosk/shell_role.h"
+#include "platform/clock.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
 #include "support/operations.h"
@@ -265,6 +266,70 @@ TEST_F(ShellRoleDesktop, CrashBetweenTheWritesLeavesTheAdministratorsShell) {
     EXPECT_GT(restored - first, 10);
     EXPECT_NE(restored, shellsLeft.end());
     EXPECT_EQ(std::find(restored, shellsLeft.end(), L"explorer.exe"), shellsLeft.end());
+}
+
+// Whether the role is due.
+class ShellRoleDecision : public ShellRoleDesktop {
+protected:
+    launchertest::Outcome outcome;
+
+    ShellRoleDecision() { machine.setUser(L"ann", {L"Administrators"}); }
+
+    // True if the launcher took the role, which ends its process.
+    bool isTaken() {
+        bool hasReturned = false;
+        outcome = run([&] {
+            zellauncher::takeShellRoleIfDue();
+            hasReturned = true;
+        });
+        EXPECT_EQ(outcome.processEnd().status, 0U);
+        return !hasReturned;
+    }
+    void startProgram(const wchar_t* path) {
+        machine.start({path}, [] {
+            platform::sleepMilliseconds(60000);
+            return 0;
+        });
+        machine.runUntilIdle(1);
+    }
+};
+
+TEST_F(ShellRoleDecision, AdministratorWithoutADesktopTakesIt) {
+    startProgram(L"C:\\Windows\\Explorer2.exe");
+    EXPECT_TRUE(isTaken());
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(ShellRoleDecision, NeedsAKiosk) {
+    machine.setRegistryText(winLogon, L"Shell", L"explorer.exe");
+    EXPECT_FALSE(isTaken());
+}
+
+TEST_F(ShellRoleDecision, NeedsAnAdministrator) {
+    machine.setUser(L"ann", {L"Users"});
+    EXPECT_FALSE(isTaken());
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(ShellRoleDecision, DesktopInAnyCaseKeepsItAway) {
+    startProgram(L"C:\\Windows\\other.exe");
+    startProgram(L"C:\\Windows\\eXPLORER.EXE");
+    startProgram(L"C:\\Windows\\last.exe");
+    EXPECT_FALSE(isTaken());
+}
+
+TEST_F(ShellRoleDecision, UnreadableProcessListMeansNoDesktop) {
+    startProgram(L"C:\\Windows\\Explorer.exe");
+    machine.inject(launchertest::failing("processSnapshot", platform::errorAccessDenied));
+    EXPECT_TRUE(isTaken());
+}
+
+TEST_F(ShellRoleDecision, UserNameMayHave32766Characters) {
+    for (const std::size_t length : {32766U, 32767U}) {
+        machine.setUser(std::wstring(length, L'u'), {L"Administrators"});
+        EXPECT_EQ(isTaken(), length == 32766U);
+        EXPECT_EQ(outcome.log, length == 32766U ? "" : "ZLNCH0130E: ERROR calling GetUserName\n");
+    }
 }
 
 }  // namespace

@@ -264,6 +264,18 @@ TEST_F(PlatformExecution, UnreadableUserNameIsADebugLine) {
     EXPECT_TRUE(outcome.logHas("ZLNCH0056E: ERROR calling GetUserName"));
 }
 
+TEST_F(PlatformExecution, UserNameMayHave32766Characters) {
+    for (const std::size_t length : {32766U, 32767U}) {
+        machine.setUser(std::wstring(length, L'u'), {L"Administrators"});
+        const Outcome outcome = run([&] {
+            zellauncher::acquirePlatformLock({L"prog"}, workspace);
+            zellauncher::handOffOrExecute(platformCommand);
+        });
+        EXPECT_EQ(outcome.linesBeginningWith("ZLNCH0056E"), length == 32766U ? 0U : 1U);
+        machine.runUntilIdle(120000);
+    }
+}
+
 // The command is logged in every run, what follows only with the debug flag.
 TEST_F(PlatformExecution, LoggingTheCommandLeavesTheDebugFlagAlone) {
     machine.inject(failing("currentUserName", platform::errorAccessDenied));
