@@ -7,6 +7,7 @@
 #include "platform/clock.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -154,6 +155,7 @@ TEST_F(ShutdownLog, WithoutANewFileIsNotTrimmed) {
     machine.writeFile(path, numbered(1, 300));
     machine.makeDirectory(newPath);
     record();
+    EXPECT_EQ(launchertest::callsOf(machine, "closeStream", L"shutdown.log").size(), 2U);
     EXPECT_EQ(outcome.log,
               "ZLNCH0105E: Unable to open file for writing.\"C:\\ws\\logs\\shutdown.log.new\"\n");
     EXPECT_EQ(machine.readFile(path), numbered(1, 300) + started);
