@@ -45,6 +45,14 @@ protected:
     }
 };
 
+TEST_F(ApplicationIdentity, UnresolvedIsNotUsed) {
+    run([] {
+        EXPECT_EQ(zellauncher::appUserModelId, L"");
+        EXPECT_FALSE(zellauncher::useAppUserModelId);
+        EXPECT_FALSE(zellauncher::preventPinning);
+    });
+}
+
 TEST_F(ApplicationIdentity, DefaultIsNamedAfterThePlatformWithoutPinning) {
     resolve({L"prog"});
     EXPECT_EQ(identity, L"mivel.tarsin.client.eclipse.exe");

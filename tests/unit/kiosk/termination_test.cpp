@@ -102,21 +102,25 @@ TEST_F(Termination, ZeroExitIsDecidedByTheFile) {
 
 // What each word makes the launcher do. The file is opened for the test of its existence and stays open; for
 // each comparison it is opened again and closed. The removal looks for it below itself.
-TEST_F(Termination, FileIsReadForEachWordAndRemovedBeforeTheSessionEnds) {
+TEST_F(Termination, FileIsReadForEachWordAndRemovedFirst) {
     const std::string file = "\\Users\\ann\\.exitData";
-    const std::vector<std::string> comparison = {"openStream " + file, "closeStream .exitData"};
-    const std::vector<std::string> end = {"openStream " + file + "\\.exitData", "endSession"};
-    for (const auto& [word, comparisons] : std::map<std::string, int>{{"LOGOFF", 1}, {"SHUTDOWN", 2}}) {
+    const struct {
+        const char* word;
+        int comparisons;
+        const char* effect;
+    } cases[] = {
+        {"LOGOFF", 1, "endSession"}, {"SHUTDOWN", 2, "endSession"}, {"RESTART", 3, "processSnapshot"}};
+    for (const auto& [word, comparisons, effect] : cases) {
         machine.writeFile(exitData, word);
         const std::size_t before = machine.operations().size();
         handle(0);
         std::vector<std::string> expected = {"openStream " + file};
         for (int i = 0; i < comparisons; ++i) {
-            expected.insert(expected.end(), comparison.begin(), comparison.end());
+            expected.insert(expected.end(), {"openStream " + file, "closeStream .exitData"});
         }
-        expected.insert(expected.end(), end.begin(), end.end());
-        std::vector<std::string> trace =
-            launchertest::traceOf(machine, {"openStream", "closeStream", "deleteFile", "endSession"}, before);
+        expected.insert(expected.end(), {"openStream " + file + "\\.exitData", effect});
+        std::vector<std::string> trace = launchertest::traceOf(
+            machine, {"openStream", "closeStream", "deleteFile", "endSession", "processSnapshot"}, before);
         trace.erase(trace.begin());  // the log
         EXPECT_EQ(trace, expected) << word;
     }
