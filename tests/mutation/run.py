@@ -36,8 +36,6 @@ WHOLE_STARTS = ("scenarios", "faults", "stops")
 MEMORY_LIMIT = 4 << 30
 STACK_LIMIT = 1 << 20
 REQUIRED = 95  # per cent of each subsystem
-# Processor time for a test that took too long in its program. The slowest takes a few seconds.
-ALONE_SECONDS = 60
 # An index out of bounds ends the program.
 CHECKS = ["-w", "-D_GLIBCXX_ASSERTIONS"]
 
@@ -48,8 +46,12 @@ class Program:
     link: list  # the command that links it
     seconds: float = 0  # of processor time, without a mutant
 
-    def limits(self):
+    def limit(self):
         return int(self.seconds * 5) + 2
+
+    def limit_of_one_test(self):
+        """For a test that is run alone because the whole program took too long: far more than all of it takes."""
+        return int(self.seconds * 20) + 10
 
 
 def run(command, **options):
@@ -252,15 +254,15 @@ class Laboratory:
 
     def run_mutant(self, executable, program, first_test):
         if first_test:
-            end = run_tests(executable, ALONE_SECONDS, self.directory(), first_test)
+            end = run_tests(executable, program.limit_of_one_test(), self.directory(), first_test)
             if end.how and end.test:
                 return end
-        end = run_tests(executable, program.limits(), self.directory())
+        end = run_tests(executable, program.limit(), self.directory())
         if end.how != "does not end":
             return end
         # The whole program may only be slower. The test at which it was ended decides.
-        alone = run_tests(executable, ALONE_SECONDS, self.directory(), end.test or "*")
-        return alone if alone.how else run_tests(executable, 10 * program.limits(), self.directory())
+        alone = run_tests(executable, program.limit_of_one_test(), self.directory(), end.test or "*")
+        return alone if alone.how else run_tests(executable, 10 * program.limit(), self.directory())
 
 
 def tests_digest(units_only):
