@@ -142,6 +142,13 @@ TEST_F(ShutdownLog, FailedAppendIsFatal) {
     outcome.expectFatal("ZLNCH0098E: Could not open C:\\ws\\logs\\shutdown.log for writing!");
 }
 
+TEST_F(ShutdownLog, ShortLogIsOnlyReadAndClosed) {
+    machine.writeFile(path, numbered(1, 198));
+    record();
+    EXPECT_EQ(machine.readFile(path), numbered(1, 198) + started);
+    EXPECT_EQ(launchertest::callsOf(machine, "closeStream", L"shutdown.log").size(), 2U);
+}
+
 TEST_F(ShutdownLog, UnreadableLogIsNotTrimmed) {
     machine.writeFile(path, numbered(1, 300));
     machine.inject(failing("openStream", platform::errorAccessDenied, L"shutdown.log", 2));

@@ -62,7 +62,7 @@ TEST_F(ExtensionJars, FirstHundredAreListed) {
     for (const wchar_t* name : {L"C:\\v\\200.jar", L"C:\\v\\201.jar"}) {
         machine.writeFile(name, "");
         EXPECT_EQ(scan(L"C:\\v\\*"), expected + L"\"");
-        EXPECT_EQ(outcome.linesBeginningWith(message), 1U);
+        EXPECT_TRUE(outcome.logHas(message));
     }
 }
 

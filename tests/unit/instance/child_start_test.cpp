@@ -19,6 +19,7 @@ constexpr std::size_t longestCommand = 32766;
 class ChildStart : public instancetest::Workspace {
 protected:
     const std::wstring program = L"C:\\p\\child.exe";
+    platform::ChildProcess started;
 
     ChildStart() {
         machine.installProgram(program, [] {
@@ -30,7 +31,7 @@ protected:
         outcome = runQuietly([&] {
             zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws");
             platform::closeStream(platform::openStream(pipeFile, "w"));
-            zellauncher::startChild(command, information);
+            started = zellauncher::startChild(command, information);
         });
     }
     // The lines after those of the lock are these, and one with the time of its release.
@@ -62,8 +63,25 @@ TEST_F(ChildStart, ProcessIdIsRecorded) {
     const simulation::StartedProcess& child = machine.startedProcesses()[0];
     EXPECT_EQ(child.commandLine, program + L" -x");
     EXPECT_EQ(child.start.title, L"title");
+    EXPECT_EQ(started.processId, child.id);
+    EXPECT_NE(started.process, platform::Handle::none);
     EXPECT_EQ(machine.readFile(lockFile), std::to_string(child.id) + std::string(10, ' '));
     EXPECT_EQ(machine.readFile(mainRecord), std::to_string(child.id) + std::string(5, ' '));
+}
+
+TEST_F(ChildStart, RecordOfADeadOwnerIsReplaced) {
+    machine.writeFile(lockFile, "4711");
+    start(program);
+    EXPECT_EQ(machine.readFile(lockFile), std::to_string(started.processId) + std::string(10, ' '));
+}
+
+TEST_F(ChildStart, OnlyTheFirstLikelyCauseIsLogged) {
+    for (const std::wstring& command : {commandOfLength(longestCommand + 1), std::wstring()}) {
+        machine.inject(launchertest::failing("createProcess", platform::errorFileNotFound));
+        start(command);
+        EXPECT_TRUE(outcome.isFatal());
+        EXPECT_EQ(outcome.linesBeginningWith("ZELLauncher> "), 1U);
+    }
 }
 
 TEST_F(ChildStart, MissingProgramIsTheLikelyCause) {

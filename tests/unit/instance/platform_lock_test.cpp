@@ -357,8 +357,11 @@ TEST_F(Restart, MissingProcessIdEndsTheWaitAtOnce) {
     startPlatform(3600000);
     EXPECT_EQ(timeAcquire({L"prog", L"-restart"}), 1000U);
     EXPECT_FALSE(isMain);
-    acquire({L"prog", L"-restart", L"-zel_old_pid"});
-    EXPECT_FALSE(isMain);
+    for (const char* record : {"1          ", "-1          "}) {
+        machine.writeFile(lockFile, record);
+        EXPECT_EQ(timeAcquire({L"prog", L"-restart", L"-zel_old_pid"}), 1000U);
+        EXPECT_FALSE(isMain);
+    }
 }
 
 TEST_F(Restart, LauncherWithoutTheOptionDoesNotWait) {

@@ -52,7 +52,7 @@ protected:
     }
     // Runs the shell role, which ends its process with 0.
     launchertest::Outcome takeRole(const std::function<void()>& before = [] {}) {
-        const launchertest::Outcome outcome = run([&] {
+        launchertest::Outcome outcome = run([&] {
             before();
             zellauncher::runKioskShellRole();
         });
@@ -182,6 +182,7 @@ TEST_F(ShellRoleDesktop, UnknownKindOfShellIsLogged) {
     const launchertest::Outcome outcome =
         run([] { EXPECT_EQ(zellauncher::readKioskShellValue(static_cast<KioskShell>(3)), std::nullopt); });
     EXPECT_EQ(outcome.log, "ZLNCH0059E: Error Invalid value type of 3\n");
+    EXPECT_EQ(launchertest::callsOf(machine, "closeRegistryKey").size(), 1U);
 }
 
 TEST_F(ShellRoleDesktop, ShellBeyondThousandBytesIsNotRead) {
@@ -202,6 +203,17 @@ TEST_F(ShellRoleDesktop, UnopenableShellsKeyIsLogged) {
     EXPECT_EQ(outcome.log,
               "ZLNCH0132E: Error opening HKLM\\Software\\Microsoft\\Windows "
               "NT\\CurrentVersion\\WinLogon\\KSDShells key: rc = 5\n");
+}
+
+TEST_F(ShellRoleDesktop, UnopenableLogonKeyIsNoFurtherFailure) {
+    for (const auto& set : {zellauncher::setShellToAdmin, zellauncher::setShellToKiosk}) {
+        const std::size_t before = machine.operations().size();
+        failOnce("openRegistryKey", L"WinLogon");
+        EXPECT_EQ(run([&] { EXPECT_FALSE(set()); }).log, "");
+        EXPECT_EQ(launchertest::traceOf(machine, {"openRegistryKey", "setRegistryText"}, before),
+                  std::vector<std::string>{
+                      "openRegistryKey Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon"});
+    }
 }
 
 TEST_F(ShellRoleDesktop, UnopenablePolicyKeysAreLoggedAndSkipped) {

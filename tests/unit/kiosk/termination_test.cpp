@@ -92,6 +92,7 @@ TEST_F(Termination, ZeroExitIsDecidedByTheFile) {
         std::vector<std::uint32_t> ends;
         for (std::size_t i = endsBefore; i < machine.sessionEnds().size(); ++i) {
             ends.push_back(machine.sessionEnds()[i].how);
+            EXPECT_EQ(machine.sessionEnds()[i].reason, ends.back() == 5 ? 0x40000U : 0U);
         }
         EXPECT_EQ(outcome.log, each.log) << each.word;
         EXPECT_EQ(ends, each.sessionEnds) << each.word;
