@@ -63,6 +63,7 @@ TEST_F(ExtensionJars, FirstHundredAreListed) {
         machine.writeFile(name, "");
         EXPECT_EQ(scan(L"C:\\v\\*"), expected + L"\"");
         EXPECT_TRUE(outcome.logHas(message));
+        EXPECT_EQ(outcome.linesBeginningWith(message), 1U);
     }
 }
 
