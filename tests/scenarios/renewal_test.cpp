@@ -2,6 +2,7 @@
 
 #include "scenarios/story.h"
 #include "support/faults.h"
+#include "support/text.h"
 
 namespace {
 
@@ -177,7 +178,7 @@ TEST_F(Provisioning, RunsItsApplicationInsteadOfThePlatform) {
     EXPECT_TRUE(contains(command(), L"-application com.example.prov -userProvLaunch -vm "));
     EXPECT_TRUE(hasElement(L"\"-Xshareclasses=none\""));
     EXPECT_FALSE(contains(command(), L"name=x"));
-    EXPECT_TRUE(contains(log(), "ZLNCH0073I: Provisioning Command = '\""));
+    EXPECT_TRUE(logHas("ZLNCH0073I: Provisioning Command = '" + launchertest::toUtf8(command()) + "'"));
     EXPECT_FALSE(contains(log(), "ZLNCH0072I"));
     EXPECT_EQ(machine.startedProcesses()[0].start.flags, 0U);
 }
