@@ -1,9 +1,11 @@
 #!/bin/sh
 # Runs a Windows program in the project's own Wine prefix, build/wine, and creates the prefix at the first
-# call. Of several calls at the same time one creates it, and the others wait.
+# call. Of several calls at the same time one creates it, and the others wait. ZELLAUNCHER_WINE_PREFIX names
+# another prefix below build.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
-export WINEPREFIX="$root/build/wine" WINEARCH=win64 WINEDEBUG=-all
+name=${ZELLAUNCHER_WINE_PREFIX:-wine}
+export WINEPREFIX="$root/build/$name" WINEARCH=win64 WINEDEBUG=-all
 wine=/usr/lib/wine/wine64
 ready="$WINEPREFIX/.ready"
 
@@ -24,6 +26,6 @@ if [ ! -f "$ready" ]; then
     (
         flock 9
         [ -f "$ready" ] || make_prefix
-    ) 9>"$root/build/.wine.lock"
+    ) 9>"$root/build/.$name.lock"
 fi
 exec "$wine" "$@"

@@ -225,7 +225,7 @@ bool flushFile(const std::wstring& path) {
 }
 
 bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t flags) {
-    if (const ErrorCode fault = beginOperation("moveFile", source, target, false)) {
+    if (const ErrorCode fault = beginOperation("moveFile", source, target, false, {flags})) {
         return failWith(fault);
     }
     if ((flags & ~(moveReplaceExisting | moveWriteThrough)) != 0) {
@@ -421,7 +421,8 @@ std::optional<std::wstring> moduleFileName(std::size_t capacity) {
 
 Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t sharing,
                   std::uint32_t disposition, std::uint32_t attributes) {
-    if (const ErrorCode fault = beginOperation("createFile", path, disposition == openFileAlways)) {
+    if (const ErrorCode fault = beginOperation("createFile", path, disposition == openFileAlways,
+                                               {access, sharing, disposition, attributes})) {
         failWith(fault);
         return Handle::none;
     }

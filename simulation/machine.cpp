@@ -392,7 +392,11 @@ bool Machine::hasPipeClient(const std::wstring& name) const {
 }
 
 platform::LocalTime Machine::now() const {
-    return timeAfter(state->elapsed);
+    return timeOf(*state);
+}
+
+void Machine::passDays(std::uint32_t days) {
+    state->daysPassed += days;
 }
 
 std::uint64_t Machine::elapsedMilliseconds() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -56,6 +57,8 @@ struct StartedProcess {
     bool started = false;
 };
 
+using Numbers = std::array<std::uint32_t, 4>;
+
 // One call of the system interface, for assertions about access patterns.
 struct Operation {
     std::string name;       // of the function, e.g. "createDirectory"
@@ -68,6 +71,7 @@ struct Operation {
     // The second path of copyFile and moveFile; of a stream, the path that it was opened with.
     std::wstring target;
     std::uint64_t time = 0;  // in elapsed milliseconds
+    Numbers numbers{};       // access rights, flags, lengths and milliseconds, in the order of the arguments
 };
 
 // A registry value: a text or a 32-bit number.
@@ -385,7 +389,8 @@ public:
 
     Surroundings surroundings() const;
 
-    platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at first
+    platform::LocalTime now() const;    // 2026-01-31 23:59:00.000, a Saturday, at first
+    void passDays(std::uint32_t days);  // changes the date only
     std::uint64_t elapsedMilliseconds() const;
     void setTickCount(std::uint32_t milliseconds);
 

@@ -261,6 +261,7 @@ public:
     std::map<std::wstring, Semaphore> semaphores;
     std::map<std::wstring, Pipe> pipes;  // by upper-case name
     std::uint32_t tickStart = 0;
+    std::uint64_t daysPassed = 0;  // besides the elapsed time
     bool hasConsole = false;
     std::wstring consoleTitle;
     bool isConsoleHidden = false;
@@ -283,7 +284,7 @@ struct ProcessEnded {
     UnflushedData data = UnflushedData::lost;
 };
 
-platform::LocalTime timeAfter(std::uint64_t elapsed);
+platform::LocalTime timeOf(const MachineState& machine);
 
 // Ends the whole test program with this reason.
 [[noreturn]] void giveUp(const char* reason);
@@ -295,10 +296,12 @@ MachineState& machineOfSelf();
 
 // Begins an operation of the system interface: lets other processes run, records the operation, stops the
 // process if that is due. Returns the error of an injected fault, which the caller reports as its own.
-platform::ErrorCode beginOperation(const char* name, const std::wstring& argument = {}, bool writes = false);
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument = {}, bool writes = false,
+                                   const Numbers& numbers = {});
 platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, const std::wstring& target,
-                                   bool writes);
-platform::ErrorCode beginOperation(const char* name, const platform::Stream& stream, bool writes = false);
+                                   bool writes, const Numbers& numbers = {});
+platform::ErrorCode beginOperation(const char* name, const platform::Stream& stream, bool writes = false,
+                                   const Numbers& numbers = {});
 
 // Sets the last error of the process and returns false.
 bool failWith(platform::ErrorCode error);

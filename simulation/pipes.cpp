@@ -94,7 +94,7 @@ std::unique_ptr<Object> openPipe(MachineState& machine, const std::wstring& name
 namespace platform {
 
 bool waitNamedPipe(const std::wstring& name, std::uint32_t milliseconds) {
-    if (const ErrorCode fault = simulation::beginOperation("waitNamedPipe", name)) {
+    if (const ErrorCode fault = simulation::beginOperation("waitNamedPipe", name, false, {milliseconds})) {
         return simulation::failWith(fault);
     }
     simulation::MachineState& machine = simulation::machineOfSelf();

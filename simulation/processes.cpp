@@ -68,7 +68,7 @@ FoundProgram findProgram(const std::wstring& name) {
             found.error = isDenied ? platform::errorAccessDenied : file.error;
             continue;
         }
-        found.path = *full;
+        found.path = full->starts_with(L"\\\\?\\") ? full->substr(4) : *full;
         found.program = programOf(machine, found.path, *file.node);
         found.error = found.program ? platform::errorSuccess : platform::errorBadProgram;
         break;
@@ -179,8 +179,8 @@ std::optional<std::uint32_t> processExitCode(Handle process) {
     return child.state == simulation::ProcessState::ended ? child.end.status : exitCodeStillActive;
 }
 
-void waitForInputIdle(Handle /*process*/, std::uint32_t /*milliseconds*/) {
-    beginOperation("waitForInputIdle");
+void waitForInputIdle(Handle /*process*/, std::uint32_t milliseconds) {
+    beginOperation("waitForInputIdle", std::wstring(), false, {milliseconds});
 }
 
 Handle openProcess(std::uint32_t processId) {

@@ -179,7 +179,7 @@ bool closeStream(Stream* stream) {
 }
 
 bool lockStream(Stream* stream, std::uint32_t length) {
-    if (const ErrorCode fault = beginOperation("lockStream", *stream)) {
+    if (const ErrorCode fault = beginOperation("lockStream", *stream, false, {length})) {
         return failWith(fault);
     }
     const bool isHeld = std::any_of(stream->file->node->opens.begin(), stream->file->node->opens.end(),
@@ -192,7 +192,7 @@ bool lockStream(Stream* stream, std::uint32_t length) {
 }
 
 bool unlockStream(Stream* stream, std::uint32_t length) {
-    if (const ErrorCode fault = beginOperation("unlockStream", *stream)) {
+    if (const ErrorCode fault = beginOperation("unlockStream", *stream, false, {length})) {
         return failWith(fault);
     }
     if (stream->file->lockLength != length) {

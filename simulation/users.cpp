@@ -68,7 +68,7 @@ std::optional<std::wstring> accountName(SecurityId id, std::size_t capacity) {
 
 LocalGroups localGroupsOfUser(const std::wstring& userName, std::uint32_t preferredSize) {
     LocalGroups groups;
-    ErrorCode error = beginOperation("localGroupsOfUser", userName);
+    ErrorCode error = beginOperation("localGroupsOfUser", userName, false, {preferredSize});
     const MachineState& machine = machineOfSelf();
     if (error == errorSuccess && upperCase(userName) != upperCase(machine.userName)) {
         error = statusUserNotFound;

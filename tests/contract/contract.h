@@ -21,6 +21,14 @@ namespace contract {
 // is skipped there (GTEST_SKIP), or expects the behaviour of Windows only elsewhere.
 bool isWine();
 
+// Skips the rest of a test, whose assertion does not hold under Wine. The reason says what Wine does instead.
+#define SKIP_UNDER_WINE(reason)             \
+    do {                                    \
+        if (contract::isWine()) {           \
+            GTEST_SKIP() << "Wine " reason; \
+        }                                   \
+    } while (false)
+
 // The test program as the first argument of a command line, quoted.
 std::wstring childProgram();
 

@@ -14,8 +14,9 @@ namespace endtoend {
 
 namespace {
 
-constexpr DWORD launcherMilliseconds = 60000;
-constexpr DWORD platformMilliseconds = 15000;
+// Bounds of waits for events; a busy machine may need most of them.
+constexpr DWORD launcherMilliseconds = 120000;
+constexpr DWORD platformMilliseconds = 60000;
 constexpr DWORD pauseMilliseconds = 50;
 
 std::wstring environmentText(const wchar_t* name) {
@@ -196,7 +197,8 @@ void EndToEnd::layOut() {
     fs::create_directories(root / L"temp");
     placeProgram(launcherName, launcherPath());
     placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");
-    write(base / L"win32" / L"x86_64" / L"standin.script", joined(scriptLines));
+    // Platforms live until their test ends them, unless the script says otherwise.
+    write(base / L"win32" / L"x86_64" / L"standin.script", "live 120000\r\n" + joined(scriptLines));
     write(install / L"zel" / L"zellauncher.properties", joined(launcherLines));
     write(base / L"zelinstall.properties", joined(baseLines));
     write(base / L"config.ini", "seeded=base\r\n");
@@ -260,6 +262,10 @@ Running EndToEnd::beginCommand(std::wstring command) {
     }
     CloseHandle(process.hThread);
     return {process.hProcess, process.dwProcessId};
+}
+
+bool EndToEnd::hasEnded(const Running& running) {
+    return WaitForSingleObject(running.process, 0) == WAIT_OBJECT_0;
 }
 
 Status EndToEnd::waitFor(const Running& running) {
@@ -399,11 +405,15 @@ bool EndToEnd::isPlatformRunning(const fs::path& directory) const {
     return isRunning;
 }
 
+void EndToEnd::askPlatform(const std::string& request, const fs::path& directory) {
+    write(directory / ("standin." + request), "");
+}
+
 void EndToEnd::stopPlatform(const fs::path& directory) {
     std::error_code ignored;
     HANDLE process = openRecordedProcess(directory, SYNCHRONIZE);
     if (process != nullptr) {
-        write(directory / L"standin.stop", "");
+        askPlatform("stop", directory);
         WaitForSingleObject(process, platformMilliseconds);
         CloseHandle(process);
     }

@@ -94,6 +94,7 @@ protected:
     Running beginFrom(const fs::path& program, const Arguments& arguments);
     static Status waitFor(const Running& running);
     fs::path launcherPath() const { return install / L"zel" / launcherName; }
+    static bool hasEnded(const Running& running);
 
     fs::path workspace() const;              // the user's default one
     std::wstring workspaceArgument() const;  // as the launcher spells it on the command line
@@ -135,6 +136,9 @@ protected:
     // The pipe's name as the pipe file has it.
     std::wstring pipeName() const { return pipeName(workspace()); }
     static std::wstring pipeName(const fs::path& directory);
+    // Requests `stop` or `publish` from the platform without waiting for it.
+    void askPlatform(const std::string& request) const { askPlatform(request, workspace()); }
+    static void askPlatform(const std::string& request, const fs::path& directory);
     // Asks the platform to end, waits for that and deletes its records.
     void stopPlatform() { stopPlatform(workspace()); }
     void stopPlatform(const fs::path& directory);
@@ -146,7 +150,7 @@ protected:
 
     // True if the condition becomes true within this time.
     template <typename Condition>
-    static bool eventually(Condition condition, int seconds = 10) {
+    static bool eventually(Condition condition, int seconds = 60) {
         constexpr int looksPerSecond = 20;
         for (int i = 0; i < seconds * looksPerSecond; ++i) {
             if (condition()) {

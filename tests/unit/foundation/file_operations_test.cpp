@@ -4,6 +4,7 @@
 #include "support/failing_allocation.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -197,6 +198,13 @@ TEST_F(FileOperations, MoveRenamesFilesAndDirectories) {
     EXPECT_EQ(contentOf(L"C:\\a\\c\\target.txt"), "text");
     EXPECT_EQ(argumentsOf("moveFile"),
               (std::vector<std::wstring>{L"\\\\?\\C:\\a\\source.txt", L"\\\\?\\C:\\b"}));
+}
+
+// Neither MOVEFILE_REPLACE_EXISTING nor MOVEFILE_COPY_ALLOWED.
+TEST_F(FileOperations, MoveWaitsForTheDeviceAndAsksForNothingElse) {
+    machine.writeFile(L"C:\\a\\source.txt", "text");
+    EXPECT_TRUE(does([] { return moveFile(L"C:\\a\\source.txt", L"C:\\a\\target.txt"); }));
+    EXPECT_EQ(launchertest::callsOf(machine, "moveFile").at(0).numbers[0], 8U);
 }
 
 TEST_F(FileOperations, MoveReplacesNothingAndIsTriedOnce) {

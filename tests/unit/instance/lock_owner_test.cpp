@@ -1,5 +1,7 @@
 #include "instance/lock_owner.h"
 
+#include "platform/own_process.h"
+#include "support/operations.h"
 #include "unit/instance/workspace_fixture.h"
 
 namespace {
@@ -111,6 +113,7 @@ TEST_F(LockOwner, OnlyTheSemaphoreProvesLife) {
     EXPECT_FALSE(isAlive());
     machine.createSemaphore(L"Global\\abcsem", SemaphoreAccess::granted);
     EXPECT_TRUE(isAlive());
+    EXPECT_EQ(launchertest::callsOf(machine, "openSemaphore").back().numbers[0], 0x20002U);
 }
 
 TEST_F(LockOwner, PipeNameWithoutBackslashHasNoOwner) {

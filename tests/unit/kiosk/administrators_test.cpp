@@ -6,9 +6,11 @@
 
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
+using launchertest::callsOf;
 using launchertest::failing;
 using launchertest::failingFrom;
 
@@ -21,18 +23,16 @@ protected:
         outcome = run([&] { answer = zellauncher::isUserInAdminGroup(user); });
         return answer;
     }
-    std::size_t groupQueries() const {
-        const auto& operations = machine.operations();
-        return static_cast<std::size_t>(std::count_if(
-            operations.begin(), operations.end(),
-            [](const simulation::Operation& operation) { return operation.name == "localGroupsOfUser"; }));
-    }
+    std::size_t groupQueries() const { return callsOf(machine, "localGroupsOfUser").size(); }
+    std::size_t freedIds() const { return callsOf(machine, "freeSecurityId").size(); }
 };
 
 TEST_F(Administrators, MemberOfTheLocalGroupIsAdministrator) {
     machine.setUser(L"ann", {L"Users", L"Administrators"});
     EXPECT_TRUE(isAdministrator(L"ann"));
     EXPECT_EQ(outcome.log, "");
+    EXPECT_EQ(groupQueries(), 1U);
+    EXPECT_EQ(freedIds(), 1U);
 }
 
 TEST_F(Administrators, MemberOfOtherGroupsIsNot) {
@@ -55,6 +55,8 @@ TEST_F(Administrators, MissingGroupIdIsLogged) {
     machine.inject(failing("administratorsGroupId", platform::errorAccessDenied));
     EXPECT_FALSE(isAdministrator(L"ann"));
     EXPECT_EQ(outcome.log, "ZLNCH0055E: AllocateAndInitializeSid Error for Admin group\n");
+    EXPECT_EQ(groupQueries(), 0U);
+    EXPECT_EQ(freedIds(), 0U);
 }
 
 TEST_F(Administrators, MissingGroupNameMeansNo) {
@@ -62,13 +64,17 @@ TEST_F(Administrators, MissingGroupNameMeansNo) {
     machine.inject(failing("accountName", platform::errorAccessDenied));
     EXPECT_FALSE(isAdministrator(L"ann"));
     EXPECT_EQ(outcome.log, "");
+    EXPECT_EQ(groupQueries(), 0U);
+    EXPECT_EQ(freedIds(), 0U);
 }
 
-TEST_F(Administrators, GroupNameOf100CharactersDoesNotFit) {
-    const std::wstring longName(100, L'g');
-    machine.setAdministratorsGroupName(longName);
-    machine.setUser(L"ann", {longName});
-    EXPECT_FALSE(isAdministrator(L"ann"));
+TEST_F(Administrators, GroupNameMayHave99Characters) {
+    for (const std::size_t length : {99U, 100U}) {
+        const std::wstring name(length, L'g');
+        machine.setAdministratorsGroupName(name);
+        machine.setUser(L"ann", {name});
+        EXPECT_EQ(isAdministrator(L"ann"), length == 99U) << length;
+    }
 }
 
 TEST_F(Administrators, UnreadableGroupsOfTheUserMeanNo) {
@@ -108,6 +114,8 @@ TEST_F(Administrators, ListIsAskedForTenTimes) {
     EXPECT_FALSE(isAdministrator(L"ann"));
     EXPECT_EQ(groupQueries(), 10U);
     EXPECT_EQ(outcome.log, "ZELLauncher> the local groups of ann can not be read\n");
+    EXPECT_EQ(callsOf(machine, "localGroupsOfUser").at(0).numbers[0], 64000U);
+    EXPECT_EQ(freedIds(), 1U);
 }
 
 // 64,000 bytes hold 2,000 groups of eleven characters, no more.

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -127,7 +128,7 @@ TEST_F(Supervision, LogoffInAnyCaseLogsTheUserOff) {
 TEST_F(Supervision, ShutdownEnablesThePrivilegeFirst) {
     for (const char* word : {"SHUTDOWN", "shutdown\r\n"}) {
         lives = {{.word = word}};
-        supervise();
+        EXPECT_EQ(countOccurrences(supervise().log, "ZLNCH006"), 0U);
         EXPECT_EQ(machine.sessionEnds().back().how, 5U);
         EXPECT_EQ(machine.sessionEnds().back().reason, 0x40000U);
         EXPECT_TRUE(machine.sessionEnds().back().wasPrivileged);
@@ -200,6 +201,16 @@ TEST_F(Supervision, AnyOtherExitCodeRerunsTheCommand) {
         EXPECT_EQ(starts(), before + 2);
     }
     EXPECT_TRUE(machine.sessionEnds().empty());
+}
+
+TEST_F(Supervision, PlatformIsPolledTwiceASecond) {
+    for (const auto& [milliseconds, noticed] :
+         std::map<std::uint32_t, std::uint64_t>{{10039, 10040}, {10041, 10540}}) {
+        lives = {{.exitCode = 23, .milliseconds = milliseconds}};
+        const std::uint64_t before = machine.elapsedMilliseconds();
+        supervise();
+        EXPECT_EQ(machine.elapsedMilliseconds() - before, noticed + 3000U) << milliseconds;
+    }
 }
 
 TEST_F(Supervision, RestartThatDoesNotHappenEndsTheSupervision) {
