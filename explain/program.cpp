@@ -5,6 +5,7 @@
 #include <string>
 #include <variant>
 
+#include "explain/catalogue_reference.h"
 #include "explain/command_line.h"
 #include "explain/json_writer.h"
 #include "explain/machine_setup.h"
@@ -28,6 +29,10 @@ void explainStart(const StartOptions& options) {
 }  // namespace
 
 int runProgram(const std::vector<std::string>& arguments) {
+    if (arguments == std::vector<std::string>{"reference"}) {
+        print(stdout, writeReference());
+        return explained;
+    }
     const std::variant<StartOptions, Answer> request = readCommandLine(arguments);
     if (const Answer* answer = std::get_if<Answer>(&request)) {
         print(answer->status == explained ? stdout : stderr, answer->text);
