@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "explain/catalogue_reference.h"
+#include "explain/check/check_command.h"
 #include "explain/command_line.h"
 #include "explain/json_writer.h"
 #include "explain/machine_setup.h"
@@ -29,6 +30,9 @@ void explainStart(const StartOptions& options) {
 }  // namespace
 
 int runProgram(const std::vector<std::string>& arguments) {
+    if (!arguments.empty() && arguments.front() == "check") {
+        return runCheck({arguments.begin() + 1, arguments.end()});
+    }
     if (arguments == std::vector<std::string>{"reference"}) {
         print(stdout, writeReference());
         return explained;

@@ -183,6 +183,10 @@ Explanation explainOne(World& world, const StartOptions& options) {
 
 }  // namespace
 
+Explanation explainNextStart(World& world, const StartOptions& options) {
+    return explainOne(world, options);
+}
+
 std::vector<Explanation> explainStarts(const StartOptions& options) {
     World world = buildWorld(options);
     world.machine->playPrograms([behaviour = options.platform] { return runSimulatedPlatform(behaviour); });
