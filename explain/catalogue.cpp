@@ -138,8 +138,13 @@ bool isKeyOf(std::string_view entry, std::string_view key) {
     if (!key.starts_with(entry.substr(0, open))) {
         return false;
     }
-    const std::string_view rest = entry.substr(entry.find('>', open) + 1);
+    const std::size_t close = entry.find('>', open);
+    const std::string_view rest = entry.substr(close + 1);
     const std::string_view chosen = key.substr(open);
+    if (entry.substr(open, close + 1 - open) == "<n>") {
+        return rest.empty() && !chosen.empty() &&
+               chosen.find_first_not_of("0123456789") == std::string_view::npos;
+    }
     if (rest.empty()) {
         return !chosen.empty();
     }

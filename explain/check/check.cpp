@@ -26,10 +26,19 @@ void checkTexts(const InstallReading& reading, const StartOptions& options, Find
     check(reading.jvmProperties, false);
 }
 
+// Nothing else can be said about such files.
+bool hasUtf16(const InstallReading& reading) {
+    return isUtf16(reading.launcherProperties.bytes) || isUtf16(reading.userTemplate.bytes) ||
+           isUtf16(reading.jvmProperties.bytes);
+}
+
 void checkFiles(const InstallReading& reading, const StartOptions& options, Findings& findings) {
     const World world = buildWorld(options);
-    checkTemplates(reading, options, world, findings);
     checkTexts(reading, options, findings);
+    if (hasUtf16(reading)) {
+        return;
+    }
+    checkTemplates(reading, options, world, findings);
     checkKeys(reading, options, findings);
     checkValues(reading, options, findings);
 }
@@ -72,7 +81,7 @@ CheckResult checkInstall(const StartOptions& options, const std::optional<std::s
         checkVariables(complete, findings);
         const InstallReading reading = readInstall(complete);
         checkFiles(reading, complete, findings);
-        if (reading.launcherProperties.exists) {
+        if (reading.launcherProperties.exists && !hasUtf16(reading)) {
             result.commandLength = checkStarts(reading, complete, findings);
         }
         if (previous) {

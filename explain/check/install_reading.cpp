@@ -42,7 +42,8 @@ void runAsLauncher(World& world, const StartOptions& options, const std::functio
 InstallFile fileAt(const World& world, const std::wstring& path) {
     InstallFile file;
     file.path = path;
-    file.exists = world.machine->exists(path) && !world.machine->isDirectory(path);
+    file.exists =
+        path.size() <= longestPath && world.machine->exists(path) && !world.machine->isDirectory(path);
     if (file.exists) {
         file.bytes = world.machine->readFile(path).value_or("");
     }
@@ -98,6 +99,9 @@ private:
         zellauncher::readInstallConfiguration(completed);
         reading.kind = zellauncher::InstallConfiguration;
         reading.isDirectJavaStart = zellauncher::isDirectJavaStart();
+        if (reading.kind == zellauncher::InstallConfigurationKind::unknown) {
+            completed.insert(completed.begin(), {L"install.configuration", std::wstring(L"user")});
+        }
     }
 
     void readWorkspace() {

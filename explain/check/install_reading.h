@@ -13,6 +13,9 @@
 // An install as the launcher reads it. The launcher's own code reads it, on the simulated machine.
 namespace explain {
 
+// The longest path that Windows programs can use. The launcher finds no template at a longer one.
+inline constexpr std::size_t longestPath = 259;
+
 // A file of the install.
 struct InstallFile {
     std::wstring path;  // on the machine

@@ -192,7 +192,8 @@ private:
 
     void checkFile(const InstallFile& file, const char* kind) {
         for (const PropertyEntry& entry : file.entries) {
-            if (!isRepeatable(entry.key) && lineOf(entry) != 0) {
+            const bool isOption = entry.key.starts_with(L"-X");
+            if ((isOption || !isRepeatable(entry.key)) && lineOf(entry) != 0) {
                 checkEntry(file, entry, kind);
             }
         }
@@ -270,7 +271,7 @@ private:
             add(rules::wrongFile, Severity::warning, placeIn(file, entry),
                 key + ": options of the JVM are not read from this file", "The line has no effect.",
                 "Move the line to jvm.properties or zelinstall.properties.");
-        } else if (!entry.key.starts_with(L"-D")) {
+        } else if (!entry.key.starts_with(L"-D") && !entry.key.starts_with(L"-X")) {
             add(rules::ignoredOption, Severity::warning, placeIn(file, entry),
                 key + " begins with neither -D nor -X", "The option does not reach the JVM.",
                 "Write vmarg.<name>=<option>, which passes any option on.");

@@ -5,6 +5,7 @@
 
 #include "explain/check/executable_file.h"
 #include "explain/check/rules.h"
+#include "explain/check/start_checks.h"
 #include "explain/encoding.h"
 #include "explain/host_files.h"
 #include "explain/windows_paths.h"
@@ -18,8 +19,6 @@ namespace explain {
 namespace {
 
 using zellauncher::InstallConfigurationKind;
-
-constexpr std::size_t longestPath = 259;  // of most Windows programs
 
 struct NamedPath {
     std::wstring path;
@@ -487,7 +486,7 @@ void checkTemplates(const InstallReading& reading, const StartOptions& options, 
         layout.add(rules::debugMarker, Severity::error,
                    options.install.path + L"\\zel\\prov.debug\\debug.txt", 0,
                    "the debug marker file is shipped", "Every start waits until somebody deletes it.",
-                   "Do not ship the file.");
+                   "Do not ship the file.", {waitsWithoutLimit});
     }
     if (!reading.baseLocation) {
         return;
@@ -506,8 +505,17 @@ void checkTemplates(const InstallReading& reading, const StartOptions& options, 
         layout.addMissing({base, source}, "the base location", "A start ends with ZLNCH0009E.", copied);
         return;
     }
+    const std::size_t longestName = std::max(
+        {reading.userTemplate.path.size(), reading.configIni.path.size(), reading.platformXml.path.size()});
+    if (longestName > longestPath) {
+        layout.add(
+            rules::longPath, Severity::error, base, 0,
+            "a template in the base location has a path of " + std::to_string(longestName) + " characters",
+            "The launcher finds files by paths of at most 259 characters.",
+            "Shorten the directories of the install.", {"ZLNCH"});
+        return;
+    }
     const auto checkTemplate = [&](const InstallFile& file, const std::string& what, bool isNeeded) {
-        layout.checkLength(file.path, what);
         if (!file.exists && isNeeded) {
             layout.addMissing({file.path, {}}, what, "A user's first start fails.", copied);
         } else if (!file.exists) {

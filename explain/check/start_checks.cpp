@@ -7,7 +7,6 @@
 #include "explain/check/jvm_options.h"
 #include "explain/check/layout_checks.h"
 #include "explain/check/rules.h"
-#include "explain/check/text_checks.h"
 #include "explain/encoding.h"
 #include "explain/environment.h"
 #include "explain/simulated_platform.h"
@@ -44,7 +43,7 @@ public:
 
     std::optional<std::size_t> run() {
         collectRepairs();
-        if (!reading.userTemplate.exists || isUtf16(reading.launcherProperties.bytes)) {
+        if (!reading.userTemplate.exists) {
             return std::nullopt;
         }
         std::optional<Explanation> first = firstStart();
@@ -173,7 +172,7 @@ private:
     }
 
     void addFailure(const Explanation& start, const std::string& which) {
-        const std::string message = start.message.value_or("the launcher waits without limit");
+        const std::string message = start.message.value_or(waitsWithoutLimit);
         if (isKnown(message)) {
             return;
         }
@@ -217,6 +216,19 @@ private:
         }
         const std::wstring ending = program->substr(std::min(program->rfind(L'.'), program->size()));
         if (ending != L".exe" && ending != L".com" && ending != L".bat" && ending != L".cmd") {
+            return false;
+        }
+        if (program->size() > longestPath) {
+            findings.push_back(
+                {rules::longPath,
+                 Severity::error,
+                 toUtf8(installName(options, *program)),
+                 0,
+                 "the path of the native platform launcher has " + std::to_string(program->size()) +
+                     " characters",
+                 "The launcher finds files by paths of at most 259: a start ends with ZLNCH0007E.",
+                 "Shorten the directories of the install.",
+                 {"ZLNCH0007E"}});
             return false;
         }
         findings.push_back({rules::missingFile,
@@ -271,6 +283,7 @@ private:
                 return start;
             }
             if (!repairProgram(start) && !repairNoProgram(world, start)) {
+                checkCommandLength(start);
                 addFailure(start, "a first start");
                 return std::nullopt;
             }
@@ -432,32 +445,41 @@ private:
             return;
         }
         const Explanation start = explainNextStart(world, user);
-        if (start.outcome == Outcome::refused) {
+        if (!reportReset(start) && start.outcome == Outcome::refused) {
             addFailure(start, "a start beside a running platform");
         }
     }
 
     void checkSecond(World& world, const StartOptions& user) {
         const Explanation start = explainNextStart(world, user);
-        if (start.outcome == Outcome::refused) {
+        if (!reportReset(start) && start.outcome == Outcome::refused) {
             addFailure(start, "a second start");
-            return;
         }
+    }
+
+    // A later start must not renew anything. True if it does.
+    bool reportReset(const Explanation& start) {
         const bool isReset = std::any_of(start.files.begin(), start.files.end(), [](const FileChange& file) {
             return file.kind == FileChange::Kind::moved && file.path.ends_with(L".configbak");
         });
-        const bool isExplained = std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
-            return finding.severity == Severity::error &&
-                   (finding.rule == rules::identity || finding.rule == rules::overriddenKey ||
-                    finding.text.starts_with("jvm.location is missing") ||
-                    finding.rule == rules::readOnlyFile || finding.rule == rules::continuation);
-        });
-        if (isReset && !isExplained) {
+        if (isReset && !isResetKnown()) {
             add(rules::resetsUser, Severity::error, {installName(options, reading.userTemplate.path), 0, L""},
                 "a second start moves the user's configuration away and makes it anew",
                 "Every start after the first resets the user's configuration.",
                 "Run zelexplain start --starts 2 to see why.");
         }
+        return isReset;
+    }
+
+    bool isResetKnown() const {
+        constexpr const char* causes[] = {rules::identity, rules::overriddenKey, rules::readOnlyFile,
+                                          rules::continuation, rules::resetsUser};
+        return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
+            const bool isCause =
+                std::find(std::begin(causes), std::end(causes), finding.rule) != std::end(causes);
+            return finding.severity == Severity::error &&
+                   (isCause || finding.text.starts_with("jvm.location is missing"));
+        });
     }
 
     // The next release of the install, for a user of this one.

@@ -13,6 +13,9 @@ namespace explain {
 std::optional<std::size_t> checkStarts(const InstallReading& reading, const StartOptions& options,
                                        Findings& findings);
 
+// Instead of the message of a start that never ends.
+inline constexpr const char* waitsWithoutLimit = "the launcher waits without limit";
+
 // The longest command that the system can start.
 inline constexpr std::size_t longestCommand = 32766;
 

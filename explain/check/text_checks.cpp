@@ -256,7 +256,8 @@ private:
         }
     }
 
-    // A line alone is one entry to the launcher, a skipped one none, and a split one several.
+    // A line alone is one entry to the launcher, with the key of its beginning. A skipped one is none, and of
+    // a split one other entries remain.
     void checkLongLines() {
         std::vector<std::size_t> numbers;
         std::vector<std::string> texts;
@@ -267,26 +268,29 @@ private:
                     text.pop_back();
                 }
                 numbers.push_back(number);
+                texts.push_back(text.substr(0, suspectLength));
                 texts.push_back(std::move(text));
             }
         }
         const std::vector<PropertyList> read = readAsPropertyFiles(texts);
         for (std::size_t i = 0; i < numbers.size(); ++i) {
-            addIfTooLong(numbers[i], read[i].size());
+            addIfTooLong(numbers[i], read[2 * i], read[2 * i + 1]);
         }
     }
 
-    void addIfTooLong(std::size_t number, std::size_t entries) {
+    void addIfTooLong(std::size_t number, const PropertyList& beginning, const PropertyList& whole) {
         const Line& checked = line(number);
+        const bool isWhole =
+            whole.size() == 1 && beginning.size() == 1 && whole[0].key.starts_with(beginning[0].key);
         const bool isHash = trimmed(checked.text).starts_with('#');
         const std::string length = std::to_string(checked.text.size()) + " characters";
-        if (isHash && entries > 0) {
+        if (isHash && !whole.empty()) {
             add(rules::longLine, Severity::warning, number, "the remark has " + length,
                 "The launcher reads what follows the first 2024 as a line of its own.",
                 "Divide the remark into shorter lines.");
-        } else if (!isHash && entries != 1 && checked.text.find('\0') == std::string_view::npos) {
+        } else if (!isHash && !isWhole && checked.text.find('\0') == std::string_view::npos) {
             add(rules::longLine, Severity::error, checked.first, "a line has " + length,
-                entries == 0
+                whole.empty()
                     ? "The launcher skips a line of more than 1000 characters, and says so only with "
                       "-debug."
                     : "The launcher skips the first 2024 characters and reads the rest as lines of "
@@ -342,7 +346,7 @@ private:
                   "of it."
                 : "The launcher waits for another line and drops the whole entry.",
             "Remove the backslash.");
-        findings.back().messages = {"ZLNCH0016E", "ZLNCH0050E", "ZLNCH0008E"};
+        findings.back().messages = {"ZLNCH0016E", "ZLNCH0050E", "ZLNCH0008E", "ZLNCH0005E"};
     }
 
     // Doubles the backslashes that look like separators of a path; empty if there is none.

@@ -108,7 +108,12 @@ private:
                 "configuration.",
                 "Leave the character out.");
         }
-        if (id.find_first_of(L"\\<>:\"|?*/") != std::wstring::npos) {
+        if (id.find(L'\\') != std::wstring::npos) {
+            add(rules::identity, Severity::error, placeOfEntry(*entry), "zel.install.id contains a backslash",
+                "The copy in a user's properties loses it, so every start after the first renews the user's "
+                "configuration.",
+                "Leave the character out.");
+        } else if (id.find_first_of(L"<>:\"|?*/") != std::wstring::npos) {
             const bool isSeparator = id.find_first_of(L"<>:\"|?*") == std::wstring::npos;
             add(rules::identity, isDirectory && !isSeparator ? Severity::error : Severity::warning,
                 placeOfEntry(*entry),
