@@ -9,6 +9,7 @@
 #include "explain/check/check_command.h"
 #include "explain/command_line.h"
 #include "explain/json_writer.h"
+#include "explain/log/log_command.h"
 #include "explain/machine_setup.h"
 #include "explain/start.h"
 #include "explain/text_writer.h"
@@ -32,6 +33,9 @@ void explainStart(const StartOptions& options) {
 int runProgram(const std::vector<std::string>& arguments) {
     if (!arguments.empty() && arguments.front() == "check") {
         return runCheck({arguments.begin() + 1, arguments.end()});
+    }
+    if (!arguments.empty() && arguments.front() == "log") {
+        return runLog({arguments.begin() + 1, arguments.end()});
     }
     if (arguments == std::vector<std::string>{"reference"}) {
         print(stdout, writeReference());

@@ -40,11 +40,15 @@ const char* nameOf(Severity severity) {
     return "note";
 }
 
+std::string findingText(const Finding& finding) {
+    return placeText(finding) + ": " + nameOf(finding.severity) + ": " + finding.text + " [" + finding.rule +
+           "]";
+}
+
 std::string writeFindings(const CheckResult& result) {
     std::string text;
     for (const Finding& finding : result.findings) {
-        text += placeText(finding) + ": " + nameOf(finding.severity) + ": " + finding.text + " [" +
-                finding.rule + "]\n";
+        text += findingText(finding) + "\n";
         if (!finding.consequence.empty()) {
             text += "    " + finding.consequence + "\n";
         }

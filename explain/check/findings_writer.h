@@ -12,6 +12,9 @@ std::string writeFindings(const CheckResult& result);
 // {"findings": [...]}
 std::string writeFindingsJson(const Findings& findings);
 
+// One line: place, severity, text and rule.
+std::string findingText(const Finding& finding);
+
 // --rules
 std::string writeRules();
 

@@ -468,7 +468,7 @@ private:
 
 }  // namespace
 
-bool isUtf16(const std::string& bytes) {
+bool isUtf16(std::string_view bytes) {
     if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
         return true;
     }

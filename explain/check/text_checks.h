@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "explain/check/finding.h"
 #include "explain/check/install_reading.h"
@@ -12,6 +13,6 @@ namespace explain {
 void checkPropertyText(const std::string& name, const InstallFile& file, bool isTemplate, Findings& findings);
 
 // True if the bytes are UTF-16, so that nothing else can be said about them.
-bool isUtf16(const std::string& bytes);
+bool isUtf16(std::string_view bytes);
 
 }  // namespace explain

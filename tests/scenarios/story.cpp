@@ -20,7 +20,7 @@ namespace {
 // after `-data`. It ends after its time, or as soon as the workspace has a file `platform.stop`.
 int runPlatform(const PlatformBehaviour behaviour) {
     constexpr std::uint32_t step = 100;
-    const std::vector<std::wstring> arguments = platform::commandLineArguments();
+    const zellauncher::Arguments arguments = platform::commandLineArguments();
     const std::wstring* data = zellauncher::argumentAfter(L"-data", arguments);
     const std::wstring directory = data != nullptr ? *data : std::wstring();
     platform::sleepMilliseconds(behaviour.publishAfterMilliseconds);
