@@ -165,16 +165,20 @@ private:
             zellauncher::VmargOverrides overrides;
             zellauncher::loadJvmProperties(runProperties, overrides, *root, zelHome);
         }
-        for (const PropertyEntry& entry : runProperties) {
+        for (PropertyEntry& entry : runProperties) {
             addValue(entry);
         }
     }
 
-    void addValue(const PropertyEntry& entry) {
+    // The launcher replaces the values one after the other, and a later one gets what an earlier one became.
+    void addValue(PropertyEntry& entry) {
         ExpandedValue value{entry.key, entry.value, entry.value, true, entry.value.source};
         zellauncher::replaceLocationTokens(scratchWorkspace, zellauncher::withForwardSlashes(zelHome),
                                            value.text);
         value.isResolved = zellauncher::substituteProperties(value.text, runProperties);
+        if (value.isResolved) {
+            entry.value = zellauncher::withSourceOf(entry.value, value.text);
+        }
         reading.values.push_back(std::move(value));
     }
 };
