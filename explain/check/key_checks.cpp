@@ -148,7 +148,9 @@ private:
     }
 
     void checkRequiredOfTemplate() {
-        if (find(L"vm", reading.made) == nullptr) {
+        const PropertyEntry* location = find(L"jvm.location", reading.launcherProperties.entries);
+        const bool isLocationMissing = location == nullptr || location->value.empty();
+        if (isLocationMissing && find(L"vm", reading.made) == nullptr) {
             requireKey(reading.launcherProperties, "jvm.location", Severity::error,
                        requirementOf("jvm.location") + " The launcher names no JVM to the platform either.",
                        {"ZELLauncher> the command names no program"});

@@ -108,6 +108,16 @@ private:
                 "configuration.",
                 "Leave the character out.");
         }
+        const bool isStorable =
+            std::all_of(id.begin(), id.end(), [](wchar_t unit) { return unit >= 0x20 && unit <= 0xFF; });
+        if (!isStorable) {
+            add(rules::identity, Severity::error, placeOfEntry(*entry),
+                "zel.install.id has a character that a user's properties cannot hold",
+                "They end before it: a start fails, or resets the user's configuration.",
+                "Use letters, digits, dots, hyphens and underscores.")
+                .messages = {"ZLNCH0011E", "ZLNCH0005E", "ZLNCH0083E", "ZLNCH0117E", "ZLNCH0020E"};
+            return;
+        }
         if (id.find(L'\\') != std::wstring::npos) {
             add(rules::identity, Severity::error, placeOfEntry(*entry), "zel.install.id contains a backslash",
                 "The copy in a user's properties loses it, so every start after the first renews the user's "
