@@ -482,6 +482,12 @@ void checkTemplates(const InstallReading& reading, const StartOptions& options, 
                           {"ZLNCH0096E"});
         return;
     }
+    if (std::any_of(world.assumptions.begin(), world.assumptions.end(), [](const std::string& assumption) {
+            return assumption.starts_with("zel/zellauncher.exe");
+        })) {
+        layout.add(rules::missingFile, Severity::note, launcherPath(options), 0, "zellauncher.exe is missing",
+                   "There is nothing to start.", "Ship the launcher.");
+    }
     if (layout.exists(options.install.path + L"\\zel\\prov.debug\\debug.txt")) {
         layout.add(rules::debugMarker, Severity::error,
                    options.install.path + L"\\zel\\prov.debug\\debug.txt", 0,

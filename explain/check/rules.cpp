@@ -8,6 +8,7 @@ namespace explain {
 namespace {
 
 constexpr Rule allRules[] = {
+    {rules::booleanValue, "a value that must be true or false is something else"},
     {rules::bundleMissing, "config.ini starts a bundle that no file of the plug-in directories provides"},
     {rules::byteOrderMark, "a byte-order mark becomes part of the first key"},
     {rules::commandLength, "the command is longer than the system can start, or nearly so"},

@@ -17,6 +17,7 @@ bool isRule(const std::string& name);
 // The names, so that the compiler finds a misspelt one.
 namespace rules {
 
+inline constexpr const char* booleanValue = "boolean-value";
 inline constexpr const char* bundleMissing = "bundle-missing";
 inline constexpr const char* byteOrderMark = "byte-order-mark";
 inline constexpr const char* commandLength = "command-length";

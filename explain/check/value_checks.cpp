@@ -56,6 +56,7 @@ public:
         checkRunTokens();
         checkLibraryPath();
         checkQuotes();
+        checkBooleans();
     }
 
 private:
@@ -295,13 +296,13 @@ private:
             }
             if (unknown) {
                 add(rules::unknownToken, Severity::error, place,
-                    tokenText(*unknown) + " in " + toUtf8(value.key) + " is replaced by nothing",
+                    tokenText(*unknown) + " in " + toUtf8(place.name) + " is replaced by nothing",
                     "A start ends with ZLNCH0088E.", remedyFor(*unknown))
                     .messages = {"ZLNCH0088E"};
             } else {
                 add(rules::endlessToken, Severity::error, place,
-                    "the value of " + toUtf8(value.key) + " contains itself", "A start ends with ZLNCH0088E.",
-                    "Break the circle of ${prop.key} tokens.")
+                    "the value of " + toUtf8(place.name) + " contains itself",
+                    "A start ends with ZLNCH0088E.", "Break the circle of ${prop.key} tokens.")
                     .messages = {"ZLNCH0088E"};
             }
         }
@@ -364,6 +365,17 @@ private:
         }
     }
 
+    void checkBooleans() {
+        for (const wchar_t* key : {L"provisioning", L"update.policy.managed"}) {
+            const PropertyEntry* entry = find(key, launcherList());
+            if (entry != nullptr && entry->value != L"true" && entry->value != L"false") {
+                add(rules::booleanValue, Severity::warning, placeOfEntry(*entry),
+                    toUtf8(entry->key) + " is neither true nor false: \"" + toUtf8(entry->value) + "\"",
+                    "The launcher uses the default.", "Write true or false, in lower case.");
+            }
+        }
+    }
+
     void checkQuotes() {
         for (const ExpandedValue& value : reading.values) {
             const bool isErased = value.key == L"jvm.library.path" || value.key.starts_with(L"env.") ||
@@ -384,8 +396,9 @@ private:
                    finding.line == place.line;
         });
         if (hasQuote && !isHarmless && !place.file.empty() && !isReported) {
-            add(rules::quoteInValue, Severity::warning, place,
-                "a double quote is in the value of " + toUtf8(key),
+            const bool isPath = key == L"vm" || key == L"jvm.location" || key == L"zel.base.location";
+            add(rules::quoteInValue, isPath ? Severity::error : Severity::warning, place,
+                "a double quote is in the value of " + toUtf8(place.name),
                 "The launcher quotes values itself, so the platform gets other arguments than meant.",
                 "Leave the quotes out.");
         }
