@@ -442,6 +442,177 @@ private:
     }
 };
 
+// --- What a user's files are made from -----------------------------------------------------------------
+
+class TemplateCheck {
+public:
+    TemplateCheck(const InstallReading& theReading, const StartOptions& startOptions, const World& theWorld,
+                  Findings& all)
+        : reading(theReading), options(startOptions), world(theWorld), layout(startOptions, theWorld, all) {}
+
+    void run() {
+        if (!launcher().exists) {
+            layout.addMissing({launcher().path, {}}, "zellauncher.properties",
+                              "A start ends with ZLNCH0096E.", {"ZLNCH0096E"});
+            return;
+        }
+        checkProgram();
+        checkDebugMarker();
+        if (!reading.baseLocation || !checkBaseLocation()) {
+            return;
+        }
+        checkCopiedTemplate(
+            reading.userTemplate, "the template zelinstall.properties",
+            "Every user gets a read-only zelinstall.properties.deleteme that no start can delete.");
+        checkCopiedTemplate(reading.configIni, "the template config.ini",
+                            "Every user gets a read-only copy, which the platform cannot change.");
+        checkPlatformXml();
+        checkExtensionMarker();
+        checkPluginCustomization();
+        checkJvmProperties();
+        checkAppendedIdentity();
+    }
+
+private:
+    const InstallReading& reading;
+    const StartOptions& options;
+    const World& world;
+    LayoutCheck layout;
+    const std::vector<std::string> copyMessages = {"ZLNCH0009E", "ZLNCH0022E", "ZLNCH0106E"};
+
+    const InstallFile& launcher() const { return reading.launcherProperties; }
+
+    const zellauncher::PropertyEntry* launcherEntry(const wchar_t* key) const {
+        const auto found = std::find_if(launcher().entries.begin(), launcher().entries.end(),
+                                        [&](const auto& entry) { return entry.key == key; });
+        return found != launcher().entries.end() ? &*found : nullptr;
+    }
+
+    // The property that leads to a path, as the path's source.
+    ValueSource sourceOf(const wchar_t* key, const std::shared_ptr<const zellauncher::Source>& source) const {
+        const Place place = placeOf(reading, options, source);
+        ValueSource named;
+        named.file = place.file;
+        named.line = place.line;
+        named.name = key;
+        return named;
+    }
+
+    void checkProgram() {
+        const bool isAssumed = std::any_of(
+            world.assumptions.begin(), world.assumptions.end(),
+            [](const std::string& assumption) { return assumption.starts_with("zel/zellauncher.exe"); });
+        if (isAssumed) {
+            layout.add(rules::missingFile, Severity::note, launcherPath(options), 0,
+                       "zellauncher.exe is missing", "There is nothing to start.", "Ship the launcher.");
+        }
+    }
+
+    void checkDebugMarker() {
+        const std::wstring marker = options.install.path + L"\\zel\\prov.debug\\debug.txt";
+        if (layout.exists(marker)) {
+            layout.add(rules::debugMarker, Severity::error, marker, 0, "the debug marker file is shipped",
+                       "Every start waits until somebody deletes it.", "Do not ship the file.",
+                       {waitsWithoutLimit});
+        }
+    }
+
+    // False if there are no templates to look at.
+    bool checkBaseLocation() {
+        const std::wstring base = fullDrivePath(*reading.baseLocation).value_or(*reading.baseLocation);
+        if (!layout.exists(base)) {
+            const zellauncher::PropertyEntry* entry = launcherEntry(L"zel.base.location");
+            const ValueSource source =
+                entry != nullptr ? sourceOf(L"zel.base.location", entry->value.source) : ValueSource();
+            layout.addMissing({base, source}, "the base location", "A start ends with ZLNCH0009E.",
+                              copyMessages);
+            return false;
+        }
+        const std::size_t longestName =
+            std::max({reading.userTemplate.path.size(), reading.configIni.path.size(),
+                      reading.platformXml.path.size()});
+        if (longestName > longestPath) {
+            layout.add(rules::longPath, Severity::error, base, 0,
+                       "a template in the base location has a path of " + std::to_string(longestName) +
+                           " characters",
+                       "The launcher finds files by paths of at most 259 characters.",
+                       "Shorten the directories of the install.", {"ZLNCH"});
+        }
+        return longestName <= longestPath;
+    }
+
+    void checkCopiedTemplate(const InstallFile& file, const std::string& what,
+                             const std::string& ifReadOnly) {
+        if (!file.exists) {
+            layout.addMissing({file.path, {}}, what, "A user's first start fails.", copyMessages);
+        } else if (layout.isReadOnly(file.path)) {
+            layout.add(rules::readOnlyFile, Severity::warning, file.path, 0, what + " is read-only",
+                       ifReadOnly, "Ship the file with write permission.");
+        }
+    }
+
+    void checkPlatformXml() {
+        const zellauncher::PropertyEntry* managed = launcherEntry(L"update.policy.managed");
+        const bool isMade = reading.kind != InstallConfigurationKind::userpb &&
+                            (managed == nullptr || managed->value != L"false");
+        if (isMade && !reading.platformXml.exists) {
+            layout.add(rules::missingFile, Severity::warning, reading.platformXml.path, 0,
+                       "the template platform.xml is missing",
+                       "Users get none; nothing says so without -debug.",
+                       "Ship the file, or set update.policy.managed=false.");
+        }
+    }
+
+    void checkExtensionMarker() {
+        const std::wstring marker = options.install.path + L"\\shared\\eclipse\\.eclipseextension";
+        if (layout.isFile(marker) && layout.isReadOnly(marker)) {
+            layout.add(rules::readOnlyFile, Severity::warning, marker, 0, ".eclipseextension is read-only",
+                       "Every user gets a read-only copy.", "Ship the file with write permission.");
+        }
+    }
+
+    void checkPluginCustomization() {
+        const ExpandedValue* value = reading.value(L"plugincustomization");
+        if (value == nullptr || !value->isResolved) {
+            return;
+        }
+        const std::wstring path = zellauncher::withBackslashes(value->text);
+        if (!layout.exists(path)) {
+            layout.addMissing(
+                {path, sourceOf(L"plugincustomization", value->source)}, "the file of plugincustomization",
+                "A start ends with ZLNCH0050E, after it has prepared the user.", {"ZLNCH0050E:  plugin"});
+        }
+    }
+
+    void checkJvmProperties() {
+        if (!reading.jvmProperties.exists && !reading.jvmProperties.path.empty()) {
+            layout.addMissing({reading.jvmProperties.path, {}}, "jvm.properties",
+                              "A start ends with ZLNCH0096E.", {"ZLNCH0096E"});
+        }
+    }
+
+    // The kind userpb without an identity appends one to zellauncher.properties.
+    void checkAppendedIdentity() {
+        if (reading.kind != InstallConfigurationKind::userpb || launcherEntry(L"zel.install.id") != nullptr) {
+            return;
+        }
+        if (layout.isReadOnly(launcher().path)) {
+            layout.add(rules::readOnlyFile, Severity::error, launcher().path, 0,
+                       "zellauncher.properties is read-only, but the launcher appends zel.install.id to it",
+                       "A start ends with ZLNCH0017E.",
+                       "Ship zel.install.id, or give users write permission.", {"ZLNCH0017E"});
+        }
+        const std::string& bytes = launcher().bytes;
+        if (!bytes.empty() && !bytes.ends_with('\n')) {
+            layout.add(rules::noFinalNewline, Severity::error, launcher().path,
+                       static_cast<std::size_t>(1 + std::count(bytes.begin(), bytes.end(), '\n')),
+                       "the last line does not end, and the launcher appends zel.install.id to it",
+                       "The identity becomes part of the last value, and every start makes another one.",
+                       "End the last line.");
+        }
+    }
+};
+
 }  // namespace
 
 bool checkLayout(const StartOptions& options, Findings& findings) {
@@ -475,115 +646,7 @@ bool checkLayout(const StartOptions& options, Findings& findings) {
 
 void checkTemplates(const InstallReading& reading, const StartOptions& options, const World& world,
                     Findings& findings) {
-    LayoutCheck layout(options, world, findings);
-    const InstallFile& launcher = reading.launcherProperties;
-    if (!launcher.exists) {
-        layout.addMissing({launcher.path, {}}, "zellauncher.properties", "A start ends with ZLNCH0096E.",
-                          {"ZLNCH0096E"});
-        return;
-    }
-    if (std::any_of(world.assumptions.begin(), world.assumptions.end(), [](const std::string& assumption) {
-            return assumption.starts_with("zel/zellauncher.exe");
-        })) {
-        layout.add(rules::missingFile, Severity::note, launcherPath(options), 0, "zellauncher.exe is missing",
-                   "There is nothing to start.", "Ship the launcher.");
-    }
-    if (layout.exists(options.install.path + L"\\zel\\prov.debug\\debug.txt")) {
-        layout.add(rules::debugMarker, Severity::error,
-                   options.install.path + L"\\zel\\prov.debug\\debug.txt", 0,
-                   "the debug marker file is shipped", "Every start waits until somebody deletes it.",
-                   "Do not ship the file.", {waitsWithoutLimit});
-    }
-    if (!reading.baseLocation) {
-        return;
-    }
-    const std::vector<std::string> copied = {"ZLNCH0009E", "ZLNCH0022E", "ZLNCH0106E"};
-    const auto entry = std::find_if(launcher.entries.begin(), launcher.entries.end(),
-                                    [](const auto& each) { return each.key == L"zel.base.location"; });
-    const Place place =
-        entry != launcher.entries.end() ? placeOf(reading, options, entry->value.source) : Place{};
-    const std::wstring base = fullDrivePath(*reading.baseLocation).value_or(*reading.baseLocation);
-    if (!layout.exists(base)) {
-        ValueSource source;
-        source.file = place.file;
-        source.line = place.line;
-        source.name = L"zel.base.location";
-        layout.addMissing({base, source}, "the base location", "A start ends with ZLNCH0009E.", copied);
-        return;
-    }
-    const std::size_t longestName = std::max(
-        {reading.userTemplate.path.size(), reading.configIni.path.size(), reading.platformXml.path.size()});
-    if (longestName > longestPath) {
-        layout.add(
-            rules::longPath, Severity::error, base, 0,
-            "a template in the base location has a path of " + std::to_string(longestName) + " characters",
-            "The launcher finds files by paths of at most 259 characters.",
-            "Shorten the directories of the install.", {"ZLNCH"});
-        return;
-    }
-    const auto checkTemplate = [&](const InstallFile& file, const std::string& what, bool isNeeded) {
-        if (!file.exists && isNeeded) {
-            layout.addMissing({file.path, {}}, what, "A user's first start fails.", copied);
-        } else if (!file.exists) {
-            layout.add(rules::missingFile, Severity::warning, file.path, 0, what + " is missing",
-                       "Users get none; nothing says so without -debug.",
-                       "Ship the file, or set update.policy.managed=false.");
-        } else if (isNeeded && layout.isReadOnly(file.path)) {
-            layout.add(rules::readOnlyFile, Severity::error, file.path, 0, what + " is read-only",
-                       "Every user gets a read-only copy, which neither the launcher nor the platform can "
-                       "change or replace.",
-                       "Ship the file with write permission.", copied);
-        }
-    };
-    checkTemplate(reading.userTemplate, "the template zelinstall.properties", true);
-    checkTemplate(reading.configIni, "the template config.ini", true);
-    const auto managed = std::find_if(launcher.entries.begin(), launcher.entries.end(),
-                                      [](const auto& each) { return each.key == L"update.policy.managed"; });
-    const bool hasPlatformXml = reading.kind != InstallConfigurationKind::userpb &&
-                                (managed == launcher.entries.end() || managed->value != L"false");
-    if (hasPlatformXml) {
-        checkTemplate(reading.platformXml, "the template platform.xml", false);
-    }
-    const std::wstring marker = options.install.path + L"\\shared\\eclipse\\.eclipseextension";
-    if (layout.isFile(marker) && layout.isReadOnly(marker)) {
-        layout.add(rules::readOnlyFile, Severity::warning, marker, 0, ".eclipseextension is read-only",
-                   "Every user gets a read-only copy.", "Ship the file with write permission.");
-    }
-    if (const ExpandedValue* value = reading.value(L"plugincustomization")) {
-        const std::wstring path = zellauncher::withBackslashes(value->text);
-        if (value->isResolved && !layout.exists(path)) {
-            ValueSource source;
-            const Place named = placeOf(reading, options, value->source);
-            source.file = named.file;
-            source.line = named.line;
-            source.name = value->key;
-            layout.addMissing({path, source}, "the file of plugincustomization",
-                              "A start ends with ZLNCH0050E, after it has prepared the user.",
-                              {"ZLNCH0050E:  plugin"});
-        }
-    }
-    if (!reading.jvmProperties.exists && !reading.jvmProperties.path.empty()) {
-        layout.addMissing({reading.jvmProperties.path, {}}, "jvm.properties", "A start ends with ZLNCH0096E.",
-                          {"ZLNCH0096E"});
-    }
-    const bool hasIdentity = std::any_of(launcher.entries.begin(), launcher.entries.end(),
-                                         [](const auto& each) { return each.key == L"zel.install.id"; });
-    if (reading.kind == InstallConfigurationKind::userpb && !hasIdentity) {
-        if (layout.isReadOnly(launcher.path)) {
-            layout.add(rules::readOnlyFile, Severity::error, launcher.path, 0,
-                       "zellauncher.properties is read-only, but the launcher appends zel.install.id to it",
-                       "A start ends with ZLNCH0017E.",
-                       "Ship zel.install.id, or give users write permission.", {"ZLNCH0017E"});
-        }
-        if (!launcher.bytes.empty() && !launcher.bytes.ends_with('\n')) {
-            layout.add(
-                rules::noFinalNewline, Severity::error, launcher.path,
-                static_cast<std::size_t>(1 + std::count(launcher.bytes.begin(), launcher.bytes.end(), '\n')),
-                "the last line does not end, and the launcher appends zel.install.id to it",
-                "The identity becomes part of the last value, and every start makes another one.",
-                "End the last line.");
-        }
-    }
+    TemplateCheck(reading, options, world, findings).run();
 }
 
 void checkCommandFiles(const InstallReading& reading, const StartOptions& options, const World& world,

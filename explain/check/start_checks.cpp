@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 
 #include "explain/check/jvm_options.h"
 #include "explain/check/layout_checks.h"
@@ -321,7 +320,6 @@ private:
     }
 
     void checkJvmOptions(const Explanation& start) {
-        std::set<std::string> hints;
         for (const Element& element : start.elements) {
             std::wstring option = element.text;
             std::erase(option, L'"');
@@ -472,8 +470,8 @@ private:
     }
 
     bool isResetKnown() const {
-        constexpr const char* causes[] = {rules::identity, rules::overriddenKey, rules::readOnlyFile,
-                                          rules::continuation, rules::resetsUser};
+        constexpr const char* causes[] = {rules::identity, rules::overriddenKey, rules::continuation,
+                                          rules::resetsUser};
         return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
             const bool isCause =
                 std::find(std::begin(causes), std::end(causes), finding.rule) != std::end(causes);
