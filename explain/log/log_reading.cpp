@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <functional>
+#include <set>
 
 #include "explain/check/text_checks.h"
 #include "explain/encoding.h"
@@ -42,9 +44,23 @@ std::vector<std::string_view> linesOf(std::string_view bytes) {
     return lines;
 }
 
-// Most lines of a log are no message of the launcher with -debug; the first letters say so.
 bool mayBeMessage(std::string_view line) {
     return line.starts_with("ZLNCH") || line.starts_with("ZELL") || line.starts_with("CreateProcessW");
+}
+
+// The first letters of the messages that end a start. A log with -debug has thousands of other lines.
+bool mayEndAStart(std::string_view line) {
+    constexpr std::size_t length = 10;
+    static const std::set<std::string, std::less<>> beginnings = [] {
+        std::set<std::string, std::less<>> all;
+        for (const MessageEntry& entry : messageEntries()) {
+            if (entry.kind == MessageEntry::Kind::fatal) {
+                all.insert(entry.text.substr(0, length));
+            }
+        }
+        return all;
+    }();
+    return beginnings.find(line.substr(0, length)) != beginnings.end();
 }
 
 bool hasMessage(const std::vector<std::string_view>& lines) {
@@ -144,7 +160,7 @@ private:
         } else if (line.starts_with(provisioningLine)) {
             isProvisioning = true;
             readCommand(line.substr(provisioningLine.size()));
-        } else if (mayBeMessage(line)) {
+        } else if (mayEndAStart(line)) {
             readMessage(line);
         }
     }

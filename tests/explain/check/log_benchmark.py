@@ -12,7 +12,7 @@ import sys
 import tempfile
 import time
 
-RUNS = 5
+RUNS = 3
 LOGS = 10_000
 BOUND_SECONDS = 5.0
 
