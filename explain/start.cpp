@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "explain/check/check.h"
 #include "explain/encoding.h"
 #include "explain/environment.h"
 #include "explain/failure.h"
@@ -185,6 +186,10 @@ Explanation explainOne(World& world, const StartOptions& options) {
 
 }  // namespace
 
+Explanation explainNextStart(World& world, const StartOptions& options) {
+    return explainOne(world, options);
+}
+
 std::vector<Explanation> explainStarts(const StartOptions& options) {
     World world = buildWorld(options);
     world.machine->playPrograms(
@@ -196,9 +201,11 @@ std::vector<Explanation> explainStarts(const StartOptions& options) {
             options.beforeOperation();
         });
     }
+    const Findings findings = findingsFor(options);
     std::vector<Explanation> explanations;
     for (int start = 0; start < options.starts; ++start) {
         explanations.push_back(explainOne(world, options));
+        explanations.back().findings = findings;
         if (options.platform != Platform::running) {
             world.machine->runUntilIdle(platformsEndWithin);  // the user closes the platform
         }

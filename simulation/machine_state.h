@@ -17,6 +17,7 @@
 #include "platform/handles.h"
 #include "platform/streams.h"
 #include "platform/system_version.h"
+#include "simulation/command_line.h"
 #include "simulation/machine.h"
 
 // Inside the machine: its records, shared by the files that implement the system interface.
@@ -366,8 +367,5 @@ void releasePipeEnd(MachineState& machine, const Object& object);
 
 // Opens the client's end of a pipe. Null with the last error set.
 std::unique_ptr<Object> openPipe(MachineState& machine, const std::wstring& name);
-
-// Splits a command line by the system's rules.
-std::vector<std::wstring> splitCommandLine(const std::wstring& commandLine);
 
 }  // namespace simulation
