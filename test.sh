@@ -145,7 +145,7 @@ lint() {
     mkdir -p build
     cmake --preset native-asan >build/lint.configure.log 2>&1
     say "clang-tidy over the sources of the native build"
-    run-clang-tidy -quiet -p build/native-asan "$PWD/(src|simulation|tests)/.*" 2>/dev/null
+    run-clang-tidy -quiet -p build/native-asan "$PWD/(src|simulation|explain|tests)/.*" 2>/dev/null
 }
 
 # Runs a command whose status says if the measurement passed.

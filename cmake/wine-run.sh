@@ -7,12 +7,14 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 name=${ZELLAUNCHER_WINE_PREFIX:-wine}
 export WINEPREFIX="$root/build/$name" WINEARCH=win64 WINEDEBUG=-all
 wine=/usr/lib/wine/wine64
-ready="$WINEPREFIX/.ready"
+ready="$WINEPREFIX/.prepared"
 
 make_prefix() {
     "$wine" wineboot -i >/dev/null 2>&1
     # The launcher reads the logon shell, which Wine does not set.
     "$wine" reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\Winlogon' /v Shell /d explorer.exe /f >/dev/null 2>&1
+    # Windows hides no file because of its name.
+    "$wine" reg add 'HKCU\Software\Wine' /v ShowDotFiles /d Y /f >/dev/null 2>&1
     # Windows shares each drive with administrators; Wine only what is linked here.
     mkdir -p "$WINEPREFIX/dosdevices/unc/localhost"
     ln -sfn ../../../drive_c "$WINEPREFIX/dosdevices/unc/localhost/C\$"

@@ -221,6 +221,18 @@ std::optional<std::string> Machine::readFile(const std::wstring& path) const {
     return found.node->content;
 }
 
+std::wstring Machine::fullPath(const std::wstring& path) const {
+    const ParsedPath parsed = parsePath(path, state->currentDirectory, plainPathLimit);
+    if (parsed.error != platform::errorSuccess) {
+        return path;
+    }
+    std::wstring full = parsed.components.front() + (parsed.components.size() == 1 ? L"\\" : L"");
+    for (std::size_t i = 1; i < parsed.components.size(); ++i) {
+        full += L"\\" + parsed.components[i];
+    }
+    return full;
+}
+
 bool Machine::exists(const std::wstring& path) const {
     return find(*state, path).node != nullptr;
 }
@@ -442,9 +454,7 @@ Surroundings Machine::surroundings() const {
     found.isAdministrator = std::find(state->userGroups.begin(), state->userGroups.end(),
                                       state->administratorsName) != state->userGroups.end();
     found.processes = state->otherProcesses;
-    for (const auto& [path, program] : state->programs) {
-        found.programs.push_back(path);
-    }
+    found.programs = state->programs;
     found.hasFailures = !state->faults.empty() || state->stop || state->freeSpace ||
                         !state->heldOpen.empty() || state->hasRefusals;
     return found;

@@ -192,8 +192,8 @@ struct Surroundings {
     std::wstring currentDirectory;
     std::wstring user;
     bool isAdministrator = false;
-    std::vector<std::wstring> processes;  // that addProcess added
-    std::vector<std::wstring> programs;   // upper-case paths of installProgram
+    std::vector<std::wstring> processes;       // that addProcess added
+    std::map<std::wstring, Program> programs;  // of installProgram, by upper-case path
     // A fault, a stop, a refusal, a held file or a full disk is waiting.
     bool hasFailures = false;
 };
@@ -301,6 +301,8 @@ public:
     void makeDirectory(const std::wstring& path);                          // all levels
     void writeFile(const std::wstring& path, const std::string& content);  // and its directories
     std::optional<std::string> readFile(const std::wstring& path) const;   // what is on the disk
+    // The full path on its drive, as a process in the machine's current directory means it.
+    std::wstring fullPath(const std::wstring& path) const;
     bool exists(const std::wstring& path) const;
     bool isDirectory(const std::wstring& path) const;
     std::uint32_t attributes(const std::wstring& path) const;  // 0 if it does not exist

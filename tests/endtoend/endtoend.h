@@ -84,7 +84,8 @@ protected:
     // Lays out examples/install instead.
     void layOutExample();
 
-    // Starts the launcher with these arguments and waits for its end.
+    // Starts the launcher with these arguments and waits for its end. With the variable ZELLAUNCHER_EXPLAIN,
+    // zelexplain explains the start before, and a difference between both fails the test.
     Status launch(const Arguments& arguments = {});
     Status launchFrom(const fs::path& program, const Arguments& arguments = {});
     // Starts it with this text after the program on the command line.
@@ -166,6 +167,13 @@ private:
     static std::vector<std::string> stampedLogs(const fs::path& directory);
     static void awaitRecords(const fs::path& directory);
     Running beginCommand(std::wstring command);
+    // With the launcher's environment and current directory, and this output unless it is null.
+    Running beginProcess(std::wstring command, void* output) const;
+    Variables launcherVariables() const;
+    // What zelexplain prints for a start, as JSON.
+    std::string explain(const Arguments& arguments) const;
+    // launch, compared with what zelexplain says before. A difference fails the test.
+    Status launchExplained(const Arguments& arguments);
 
     bool isLaidOut = false;
     std::vector<fs::path> workspaces;  // in which a platform may run
