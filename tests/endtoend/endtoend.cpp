@@ -356,7 +356,8 @@ std::string EndToEnd::explain(const Arguments& arguments) const {
     HANDLE output = CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS,
                                 FILE_ATTRIBUTE_NORMAL, nullptr);
     std::wstring command = quoted((builtPrograms() / L"zelexplain.exe").wstring()) + L" start " +
-                           quoted(install.wstring()) + L" --json --administrator " +
+                           quoted(install.wstring()) + L" --json --program " +
+                           quoted(launcherPath().wstring()) + L" --administrator " +
                            (isUserAdministrator() ? L"yes" : L"no") + L" --platform " +
                            (isPlatformRunning() ? L"running" : L"none") + L" --";
     for (const std::wstring& argument : arguments) {

@@ -33,7 +33,6 @@ using explain::Explanation;
 using explain::FileChange;
 using explain::toUtf8;
 
-constexpr std::uint64_t longestRun = std::uint64_t{10} * 60 * 1000;
 constexpr const wchar_t* winLogon = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
 constexpr const char* explanations = "explained";  // in the working directory
 constexpr const char* provisioningApplication = "com.example.prov";

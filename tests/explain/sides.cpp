@@ -82,12 +82,12 @@ void Differences::compare(const std::string& what, Lines said, Lines real, Order
     }
     for (const std::string& line : said) {
         if (std::find(real.begin(), real.end(), line) == real.end()) {
-            all.push_back(what + ": only zelexplain has [" + line + "]");
+            all.push_back(std::string(what).append(": only zelexplain has [").append(line).append("]"));
         }
     }
     for (const std::string& line : real) {
         if (std::find(said.begin(), said.end(), line) == said.end()) {
-            all.push_back(what + ": only the start has [" + line + "]");
+            all.push_back(std::string(what).append(": only the start has [").append(line).append("]"));
         }
     }
     all.push_back(what + " differ");
