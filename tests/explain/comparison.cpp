@@ -371,13 +371,15 @@ Side sideOf(const Explanation& explanation) {
 }
 
 // The elements, with what separates them, are the command.
-// Each line between two line ends.
-std::string joined(const std::vector<std::string>& lines) {
-    std::string text = "\n";
-    for (const std::string& line : lines) {
-        text += line + "\n";
-    }
-    return text;
+// Whether the lines of the text are in the log, one after the other, except empty ones.
+bool hasLines(std::vector<std::string> log, const std::string& text) {
+    std::vector<std::string> lines = launchertest::splitLines(text);
+    const auto isEmpty = [](const std::string& line) {
+        return line.find_first_not_of("\r") == std::string::npos;
+    };
+    std::erase_if(lines, isEmpty);
+    std::erase_if(log, isEmpty);
+    return std::search(log.begin(), log.end(), lines.begin(), lines.end()) != log.end();
 }
 
 std::string joinedElements(const Explanation& explanation) {
@@ -410,8 +412,7 @@ void compareParts(Differences& differences, const Explanation& explanation, cons
     differences.compare("log", explanation.logPath ? said.log : Lines(), real.log,
                         Differences::Order::matters);
     // A message may have several lines.
-    if (hasMessage && explanation.logPath &&
-        joined(real.log).find("\n" + *explanation.message + "\n") == std::string::npos) {
+    if (hasMessage && explanation.logPath && !hasLines(real.log, *explanation.message)) {
         differences.all.push_back("message: the log has no line [" + *explanation.message + "]");
     }
 }
