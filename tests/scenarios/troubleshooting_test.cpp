@@ -13,7 +13,6 @@ using scenarios::contains;
 using scenarios::endsWith;
 using scenarios::Story;
 
-
 class Troubleshooting : public Story {
 protected:
     // Starts the platform and ends it.
