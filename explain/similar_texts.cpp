@@ -27,7 +27,7 @@ std::size_t distance(std::wstring_view left, std::wstring_view right) {
             row[k] = std::min({replaced, row[k] + 1, row[k - 1] + 1});
         }
     }
-    return row.back();
+    return row[right.size()];
 }
 
 }  // namespace
