@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "explain/catalogue.h"
+#include "explain/check/findings_writer.h"
 #include "explain/encoding.h"
 #include "explain/file_tree.h"
 #include "explain/html.h"
@@ -43,8 +44,8 @@ public:
     explicit PageWriter(const Explanation& toWrite) : explanation(toWrite) {}
 
     std::string write() const {
-        return banner() + failure() + road() + assumptions() + decisions() + command() + environment() +
-               part("Files", writeFileTree(explanation)) + waits() + log() + machine();
+        return banner() + failure() + findings() + road() + assumptions() + decisions() + command() +
+               environment() + part("Files", writeFileTree(explanation)) + waits() + log() + machine();
     }
 
 private:
@@ -54,6 +55,8 @@ private:
         std::string style = "banner";
         if (explanation.outcome == Outcome::refused) {
             style += explanation.status ? " refused" : " waiting";
+        } else if (errorCount() > 0) {
+            style += " waiting";
         }
         std::string content = element("h1", "", escaped(outcomeSentence(explanation)));
         if (explanation.message) {
@@ -64,7 +67,18 @@ private:
             line += (line.empty() ? L"" : L" ") + argument;
         }
         content += element("p", "class=\"mono\"", escaped(line));
+        if (errorCount() > 0) {
+            content += element("p", "",
+                               "The install has " + std::to_string(errorCount()) +
+                                   (errorCount() == 1 ? " error" : " errors") + ", listed below.");
+        }
         return element("div", "class=\"" + style + "\"", content);
+    }
+
+    std::size_t errorCount() const {
+        return static_cast<std::size_t>(
+            std::count_if(explanation.findings.begin(), explanation.findings.end(),
+                          [](const Finding& finding) { return finding.severity == Severity::error; }));
     }
 
     std::string failure() const {
@@ -88,6 +102,19 @@ private:
         }
         return element("section", "class=\"why\"",
                        element("h2", "", "Why it failed") + element("dl", "", list));
+    }
+
+    std::string findings() const {
+        std::string rows;
+        for (const Finding& finding : explanation.findings) {
+            const std::string severity = nameOf(finding.severity);
+            std::string right = element("span", "class=\"severity " + severity + "\"", severity) +
+                                escaped(finding.text) + place(finding.consequence) + place(finding.remedy);
+            rows += row(code(fromUtf8(findingPlace(finding))), right);
+        }
+        return rows.empty()
+                   ? ""
+                   : part("Mistakes in the install", element("div", "class=\"rows findings\"", rows));
     }
 
     std::string road() const {

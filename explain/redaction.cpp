@@ -205,6 +205,13 @@ void redact(Failure::Cause& cause, const Redactor& redactor) {
     }
 }
 
+void redact(Finding& finding, const Redactor& redactor) {
+    redact(finding.file, redactor);
+    redact(finding.text, redactor);
+    redact(finding.consequence, redactor);
+    redact(finding.remedy, redactor);
+}
+
 void redactValues(std::map<std::wstring, std::wstring>& variables) {
     for (auto& [name, value] : variables) {
         value = L"<" + name + L">";
@@ -219,6 +226,7 @@ void redact(Explanation& explanation) {
     if (explanation.failure) {
         redact(explanation.failure->causes, redactor);
     }
+    redact(explanation.findings, redactor);
     redact(explanation.decisions, redactor);
     redact(explanation.command, redactor);
     redact(explanation.elements, redactor);

@@ -211,11 +211,10 @@ std::vector<Explanation> explainStarts(const StartOptions& options) {
             options.beforeOperation();
         });
     }
-    const Findings findings = findingsFor(options);
     std::vector<Explanation> explanations;
     for (int start = 0; start < options.starts; ++start) {
         explanations.push_back(explainOne(world, options));
-        explanations.back().findings = findings;
+        explanations.back().findings = findingsFor(options, world, explanations.back());
         if (options.platform != Platform::running) {
             world.machine->runUntilIdle(platformsEndWithin);  // the user closes the platform
         }

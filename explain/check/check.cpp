@@ -92,12 +92,16 @@ CheckResult checkInstall(const StartOptions& options, const std::optional<std::s
     return result;
 }
 
-Findings findingsFor(const StartOptions& options) {
+Findings findingsFor(const StartOptions& options, const World& world, const Explanation& start) {
     Findings findings;
     if (checkLayout(options, findings)) {
         StartOptions complete = options;
         checkVariables(complete, findings);
-        checkFiles(readInstall(complete), complete, findings);
+        const InstallReading reading = readInstall(complete);
+        checkFiles(reading, complete, findings);
+        if (start.role == Role::mainProcess && !start.elements.empty()) {
+            checkCommand(reading, complete, world, start, findings);
+        }
     }
     std::erase_if(findings, [](const Finding& finding) { return finding.severity == Severity::note; });
     sortFindings(findings);

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "explain/check/finding.h"
+#include "explain/explanation.h"
+#include "explain/machine_setup.h"
 #include "explain/options.h"
 
 namespace explain {
@@ -18,7 +20,8 @@ struct CheckResult {
 // CannotExplain.
 CheckResult checkInstall(const StartOptions& options, const std::optional<std::string>& previous);
 
-// The findings that bear on the start that the options describe, without simulated ones.
-Findings findingsFor(const StartOptions& options);
+// The mistakes that bear on this start, which was made with the options: those in the files that it reads and
+// those in its command. Without notes; sorted by file and line. `world` is the machine after the start.
+Findings findingsFor(const StartOptions& options, const World& world, const Explanation& start);
 
 }  // namespace explain

@@ -21,11 +21,6 @@ std::string countText(const Findings& findings, Severity severity) {
     return std::to_string(count) + " " + nameOf(severity) + (count == 1 ? "" : "s");
 }
 
-std::string placeText(const Finding& finding) {
-    const std::string file = finding.file.empty() ? "install" : finding.file;
-    return finding.line == 0 ? file : file + ":" + std::to_string(finding.line);
-}
-
 }  // namespace
 
 const char* nameOf(Severity severity) {
@@ -40,9 +35,14 @@ const char* nameOf(Severity severity) {
     return "note";
 }
 
+std::string findingPlace(const Finding& finding) {
+    const std::string file = finding.file.empty() ? "install" : finding.file;
+    return finding.line == 0 ? file : file + ":" + std::to_string(finding.line);
+}
+
 std::string findingText(const Finding& finding) {
-    return placeText(finding) + ": " + nameOf(finding.severity) + ": " + finding.text + " [" + finding.rule +
-           "]";
+    return findingPlace(finding) + ": " + nameOf(finding.severity) + ": " + finding.text + " [" +
+           finding.rule + "]";
 }
 
 std::string writeFindings(const CheckResult& result) {

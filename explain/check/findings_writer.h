@@ -12,6 +12,9 @@ std::string writeFindings(const CheckResult& result);
 // {"findings": [...]}
 std::string writeFindingsJson(const Findings& findings);
 
+// File and line, or `install` if no file is concerned.
+std::string findingPlace(const Finding& finding);
+
 // One line: place, severity, text and rule.
 std::string findingText(const Finding& finding);
 

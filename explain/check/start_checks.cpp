@@ -55,9 +55,15 @@ public:
         if (!first) {
             return std::nullopt;
         }
-        checkCommand(*first);
+        checkTexts(*first);
         checkLaterStarts(first->outcome == Outcome::provisioned);
         return first->command ? std::optional(first->command->size()) : std::nullopt;
+    }
+
+    // The command of a start on a machine without repairs.
+    void checkCommand(const World& world, const Explanation& start) {
+        checkCommandFiles(reading, options, world, start, findings);
+        checkTexts(start);
     }
 
 private:
@@ -298,7 +304,7 @@ private:
 
     // --- The command ---------------------------------------------------------------------------------
 
-    void checkCommand(const Explanation& start) {
+    void checkTexts(const Explanation& start) {
         checkCommandLength(start);
         checkJvmOptions(start);
         checkPath(start);
@@ -407,7 +413,7 @@ private:
                 }
                 return;
             }
-            checkCommand(second);
+            checkTexts(second);
         }
         checkHandOff(world, user);
         world.machine->runUntilIdle(platformsEndWithin);
@@ -501,6 +507,11 @@ private:
 std::optional<std::size_t> checkStarts(const InstallReading& reading, const StartOptions& options,
                                        Findings& findings) {
     return StartCheck(reading, options, findings).run();
+}
+
+void checkCommand(const InstallReading& reading, const StartOptions& options, const World& world,
+                  const Explanation& start, Findings& findings) {
+    StartCheck(reading, options, findings).checkCommand(world, start);
 }
 
 }  // namespace explain

@@ -13,6 +13,11 @@ namespace explain {
 std::optional<std::size_t> checkStarts(const InstallReading& reading, const StartOptions& options,
                                        Findings& findings);
 
+// The command of one start: the files that it names, its length, JVM options and PATH. `world` is the machine
+// that it was made on.
+void checkCommand(const InstallReading& reading, const StartOptions& options, const World& world,
+                  const Explanation& start, Findings& findings);
+
 // Instead of the message of a start that never ends.
 inline constexpr const char* waitsWithoutLimit = "the launcher waits without limit";
 

@@ -12,7 +12,7 @@ import sys
 import tempfile
 
 from browser import Browser
-from example_install import lay_out
+from example_install import lay_out, make_mistakes
 
 WIDTHS = (1280, 400)
 SMALLEST_LETTERS = 10  # pixels between the lines of a text
@@ -63,6 +63,9 @@ class Check:
         text = self.value("document.body.textContent")
         for line in explanation["log"]:
             self.expect(line.strip() in text, "the log line is on the page: " + line)
+        for finding in explanation["findings"]:
+            for part in ("text", "consequence", "remedy"):
+                self.expect(finding[part] in text, "the mistake is on the page: " + finding[part])
         for file in explanation["files"]:
             self.expect(file["path"].rsplit("\\", 1)[1] in text, "the file is on the page: " + file["path"])
 
@@ -115,6 +118,7 @@ def check(zelexplain, picture):
         install = lay_out(os.path.join(directory, "install"))
         arguments = ["hello <world> & \"you\"", "vmarg.Xss=-Xss256k"]
         path, explanation = test.page("started", install, arguments=["plain", "a <b> & c"])
+        test.expect(not explanation["findings"], "a good install has no mistakes")
         test.renders(path, explanation)
         test.folds()
         test.searches("plugincustomization", "no such text")
@@ -132,8 +136,18 @@ def check(zelexplain, picture):
         test.renders(*test.page("twice", install, ["--starts", "2"]))
         test.renders(*test.page("handed-over", install, ["--platform", "running"]))
 
-        path, _ = test.page("redacted", install, ["--redact", "--user", "Ann-Lee", "--env", "SECRET=swordfish",
-                                                  "--env", "TEMP=C:\\Users\\Ann-Lee\\T"],
+        mistaken = lay_out(os.path.join(directory, "mistaken"))
+        make_mistakes(mistaken)
+        path, explanation = test.page("mistaken", mistaken)
+        test.expect({"missing-file", "similar-key"} <= {finding["rule"] for finding in explanation["findings"]},
+                    "the mistakes are found")
+        test.renders(path, explanation)
+        test.expect("errors, listed below" in test.value("document.querySelector('.banner').textContent"),
+                    "the banner says that there are errors")
+
+        path, _ = test.page("redacted", mistaken, ["--redact", "--user", "Ann-Lee", "--env", "SECRET=swordfish",
+                                                  "--env", "TEMP=C:\\Users\\Ann-Lee\\T",
+                                                  "--at", "C:\\framework\\Ann-Lee"],
                             ["-Dcode=swordfish", "C:/Users/ann-lee/notes.txt"])
         with open(path, encoding="utf-8") as page:
             text = page.read().lower()
