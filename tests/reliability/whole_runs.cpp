@@ -17,9 +17,9 @@ namespace {
 #define RELIABILITY_SANITIZED
 #endif
 #ifdef RELIABILITY_SANITIZED
-constexpr std::uint64_t oneRunIn = 65;
+constexpr std::uint64_t oneRunIn = 145;
 #else
-constexpr std::uint64_t oneRunIn = 13;
+constexpr std::uint64_t oneRunIn = 29;
 #endif
 
 constexpr std::size_t longestLogLine = 300;

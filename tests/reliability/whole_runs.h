@@ -50,7 +50,7 @@ protected:
     Performance untouched;  // the scenario without a disturbance; set by the program
 
     // Calls performRun for each disturbance in this test's share: for all of them in a long run,
-    // otherwise for every 13th, and under the sanitizers for every 65th. `describe` is its text in
+    // otherwise for every 29th, and under the sanitizers for every 145th. `describe` is its text in
     // findings.
     template <typename Disturbance>
     void performShare(const std::vector<Disturbance>& disturbances,
