@@ -41,7 +41,7 @@ class ChangeFinder {
 public:
     explicit ChangeFinder(const MachineState& machine) : state(machine) {
         for (const DiskWatch::Removed& removed : state.watch.removed) {
-            gone[upperCase(removed.path)] = removed.node;
+            gone[upperCase(removed.path)] = {removed.node, false};
         }
         for (const auto& [name, root] : state.drives) {
             collectMoved(root);
@@ -63,13 +63,17 @@ public:
 
 private:
     const MachineState& state;
-    std::map<std::wstring, NodePointer> gone;  // by upper-case original path: removed, or moved away
+    struct Gone {
+        NodePointer node;
+        bool isMoved = false;
+    };
+    std::map<std::wstring, Gone> gone;  // by upper-case original path: removed, or moved away
     std::vector<DiskChange> changes;
 
     void collectMoved(const NodePointer& node) {
         const auto moved = state.watch.movedFrom.find(node.get());
         if (moved != state.watch.movedFrom.end()) {
-            gone[upperCase(moved->second)] = node;
+            gone[upperCase(moved->second)] = {node, true};
         }
         for (const auto& [name, entry] : node->entries) {
             collectMoved(entry);
@@ -85,25 +89,25 @@ private:
         return file.content;
     }
 
-    // The original node at this path if it is not there any more, or null.
-    NodePointer originalAt(const std::wstring& path) const {
+    // The original node at this path if it is not there any more; without a node if there was none.
+    Gone originalAt(const std::wstring& path) const {
         const auto found = gone.find(upperCase(path));
         if (found != gone.end()) {
             return found->second;
         }
         const std::size_t separator = path.rfind(L'\\');
         if (separator == std::wstring::npos) {
-            return nullptr;
+            return {};
         }
-        const NodePointer parent = originalAt(path.substr(0, separator));
-        if (!parent) {
-            return nullptr;
+        const Gone parent = originalAt(path.substr(0, separator));
+        if (!parent.node) {
+            return {};
         }
-        loadEntries(*parent);
-        const auto entry = parent->entries.find(upperCase(path.substr(separator + 1)));
-        const bool isHere = entry != parent->entries.end() && entry->second->isOriginal &&
+        loadEntries(*parent.node);
+        const auto entry = parent.node->entries.find(upperCase(path.substr(separator + 1)));
+        const bool isHere = entry != parent.node->entries.end() && entry->second->isOriginal &&
                             state.watch.movedFrom.count(entry->second.get()) == 0;
-        return isHere ? entry->second : nullptr;
+        return isHere ? Gone{entry->second, parent.isMoved} : Gone{};
     }
 
     bool isOccupied(const std::wstring& path) const {
@@ -140,23 +144,25 @@ private:
         }
     }
 
+    // What was at the same path before may have been moved. A file is then made even if it has the same
+    // content, because the entry of the moved one says that nothing is left at its old path.
     void addMade(Node& node, const std::wstring& path) {
-        const NodePointer former = originalAt(path);
-        const bool replaces = former && former->isDirectory() == node.isDirectory();
+        const Gone former = originalAt(path);
+        const bool replaces = former.node && former.node->isDirectory() == node.isDirectory();
         if (node.isDirectory()) {
             if (!replaces) {
                 changes.push_back({Kind::made, path, {}, true, {}, {}});
             }
             walk(node, path, {});
-        } else if (replaces) {
-            addIfChanged(node, path, formerContent(*former));
+        } else if (replaces && !former.isMoved) {
+            addIfChanged(node, path, formerContent(*former.node));
         } else {
             changes.push_back({Kind::made, path, {}, false, node.content, {}});
         }
     }
 
     void addMoved(Node& node, const std::wstring& path, const std::wstring& from) {
-        const NodePointer former = node.isDirectory() ? nullptr : originalAt(path);
+        const NodePointer former = node.isDirectory() ? nullptr : originalAt(path).node;
         if (former && !former->isDirectory()) {
             loadContent(node);
             addIfChanged(node, path, formerContent(*former));

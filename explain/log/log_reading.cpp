@@ -35,7 +35,7 @@ std::vector<std::string_view> linesOf(std::string_view bytes) {
     for (std::size_t begin = 0; begin < bytes.size();) {
         const std::size_t end = std::min(bytes.find('\n', begin), bytes.size());
         std::string_view line = bytes.substr(begin, end - begin);
-        if (line.ends_with('\r')) {
+        while (line.ends_with('\r')) {  // the system's text for an error brings one of its own
             line.remove_suffix(1);
         }
         lines.push_back(line);
@@ -125,8 +125,8 @@ public:
     explicit LogReader(const std::vector<std::string_view>& allLines) : lines(allLines) {}
 
     LogReading run() {
-        for (const std::string_view line : lines) {
-            read(line);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            read(lines[i], i + 1 < lines.size() ? lines[i + 1] : std::string_view());
         }
         settleOutcome();
         addHints();
@@ -141,7 +141,7 @@ private:
     bool isProvisioning = false;
     bool isReleased = false;  // after the command, or the last step before it
 
-    void read(std::string_view line) {
+    void read(std::string_view line, std::string_view next) {
         if (line.starts_with(argumentsLine)) {
             readArguments(line);
         } else if (line.starts_with(capturedLine)) {
@@ -161,7 +161,7 @@ private:
             isProvisioning = true;
             readCommand(line.substr(provisioningLine.size()));
         } else if (mayEndAStart(line)) {
-            readMessage(line);
+            readMessage(line, next);
         }
     }
 
@@ -186,15 +186,21 @@ private:
         }
     }
 
-    void readMessage(std::string_view line) {
+    // The system's text for an error ends its line, so a message that has words after it goes on in the next.
+    void readMessage(std::string_view line, std::string_view next) {
         const bool isEndOfList =
             line.starts_with(listEnd) && reading.message && reading.message->starts_with(listBegin);
         if (isEndOfList) {
             return;
         }
-        std::optional<MessageEntry> entry = lookUpMessage(std::string(line));
+        std::string text = logLineToUtf8(line);
+        std::optional<MessageEntry> entry = lookUpMessage(text);
+        if (!entry) {
+            text += "\n" + logLineToUtf8(next);
+            entry = lookUpMessage(text);
+        }
         if (entry && entry->kind == MessageEntry::Kind::fatal) {
-            reading.message = logLineToUtf8(line);
+            reading.message = std::move(text);
             reading.entry = std::move(entry);
         }
     }

@@ -25,6 +25,9 @@ TEST_P(ExplainedScenario, IsWhatTheStartDoes) {
     start.begin = [&] { return stage->begin(rehearsal.scenario.arguments); };
     const explaintest::ComparedStart compared = explaintest::compareStart(stage->machine, start);
     EXPECT_TRUE(compared.isCompared);
+    for (const std::string& difference : compared.logDifferences) {
+        ADD_FAILURE() << difference;
+    }
     // No option of zelexplain says that the running platform ends while the start waits for it.
     if (GetParam() == "restart_of_ending_platform") {
         EXPECT_FALSE(compared.differences.empty());

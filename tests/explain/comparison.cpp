@@ -12,6 +12,7 @@
 #include "explain/encoding.h"
 #include "explain/environment.h"
 #include "explain/json_writer.h"
+#include "explain/log/log_reading.h"
 #include "explain/names.h"
 #include "explain/page_writer.h"
 #include "explain/redaction.h"
@@ -284,9 +285,32 @@ public:
         return end;
     }
 
+    // Between what the log says and what has happened. A launcher in the shell role logs nothing about it.
+    Lines logDifferences(const simulation::ProcessEnd& end) const {
+        if (!log) {
+            return {};
+        }
+        const explain::LogResult result = explain::readLog(*log);
+        if (result.fault != explain::LogFault::none) {
+            return {std::string("the log is ") + explain::describe(result.fault)};
+        }
+        const bool isFinished = end.kind != simulation::EndKind::stoppedDead &&
+                                end.kind != simulation::EndKind::ranAway && side.outcome != "shellRole";
+        const std::string said = explain::nameOf(result.reading.outcome);
+        Lines all;
+        if (said != (isFinished ? side.outcome : "unfinished")) {
+            all.push_back("the log says " + said + ", the outcome is " + side.outcome);
+        }
+        if (isFinished && result.reading.status != side.status) {
+            all.push_back("the log has another status than " + std::to_string(side.status));
+        }
+        return all;
+    }
+
     Side side;
 
 private:
+    std::optional<std::string> log;
     simulation::Machine& machine;
     const StartToCompare& start;
 
@@ -343,7 +367,8 @@ private:
                 path = operation.argument;
             }
         }
-        side.log = logLines(path.empty() ? "" : machine.readFile(path).value_or(""));
+        log = path.empty() ? std::nullopt : machine.readFile(path);
+        side.log = logLines(log.value_or(""));
     }
 };
 
@@ -431,12 +456,14 @@ ComparedStart compareStart(simulation::Machine& machine, const StartToCompare& s
     RealStart real(machine, start);
     if (machine.surroundings().hasFailures) {
         result.end = real.perform();
+        result.logDifferences = real.logDifferences(result.end);
         return result;
     }
     const Copy copy(machine);
     const std::vector<Explanation> explained = explain::explainStarts(optionsFor(machine, start, copy));
     keepJson(start.name, explained.back());
     result.end = real.perform();
+    result.logDifferences = real.logDifferences(result.end);
     result.isCompared = true;
     Differences differences(processIds());
     compareParts(differences, explained.back(), real.side);

@@ -13,6 +13,8 @@ struct ComparedStart {
     simulation::ProcessEnd end;
     bool isCompared = false;               // false if the machine has failures that no directory can show
     std::vector<std::string> differences;  // none if the tool is right
+    // What `zelexplain log` reads in the start's log differently; nothing without a log.
+    std::vector<std::string> logDifferences;
 };
 
 struct StartToCompare {
@@ -24,7 +26,8 @@ struct StartToCompare {
 
 // Copies the machine's files to real directories, lets zelexplain explain the start there, performs it on
 // the machine, and compares both: outcome, status, message, command with each element, environment, files,
-// directories and log. Process ids and times are masked.
+// directories and log. Process ids and times are masked. The log of the real start is read back, also if the
+// machine has failures.
 ComparedStart compareStart(simulation::Machine& machine, const StartToCompare& start);
 
 // Lets zelexplain explain the start on a copy of the machine's files, as text, JSON, page and redacted page.

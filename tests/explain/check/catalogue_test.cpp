@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -285,6 +287,50 @@ TEST(Catalogue, HasTheFilesOfTheSources) {
     Texts sources = allLiterals();
     sources.insert("zel\\");
     EXPECT_THAT(without(known, sources), testing::IsEmpty());
+}
+
+// --- Exit statuses ---------------------------------------------------------------------------------
+
+std::string textOf(const std::filesystem::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+// A status as it is in the sources: a number, or the name of a constant of the same file.
+std::int32_t statusOf(const std::string& status, const std::string& source) {
+    const std::regex declaration("constexpr \\w+ " + status + " = (-?\\w+);");
+    std::smatch constant;
+    const std::string number = std::regex_search(source, constant, declaration) ? constant[1].str() : status;
+    return static_cast<std::int32_t>(std::stoll(number, nullptr, 0));
+}
+
+// With what the process ends: calls that end it, and what its entry returns.
+std::set<std::int32_t> sourceStatuses() {
+    namespace fs = std::filesystem;
+    const std::regex call(R"((?:exitProcess|TerminateProcess)\((?:GetCurrentProcess\(\), )?(-?\w+)\);)");
+    const std::regex result(R"(return (-?\w+);)");
+    std::set<std::int32_t> statuses;
+    const auto add = [&](const std::string& source, const std::regex& pattern) {
+        for (std::sregex_iterator found(source.begin(), source.end(), pattern), end; found != end; ++found) {
+            statuses.insert(statusOf((*found)[1], source));
+        }
+    };
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(LAUNCHER_SOURCES)) {
+        if (entry.path().extension() == ".cpp") {
+            add(textOf(entry.path()), call);
+        }
+    }
+    const std::string entry = textOf(fs::path(LAUNCHER_SOURCES) / "launch" / "entry.cpp");
+    add(entry.substr(entry.find("int wmain()")), result);
+    return statuses;
+}
+
+TEST(Catalogue, HasTheExitStatusesOfTheSources) {
+    std::set<std::int32_t> known;
+    for (const nlohmann::json& entry : catalogueFile("statuses.json")) {
+        known.insert(std::stoi(entry["status"].get<std::string>()));
+    }
+    EXPECT_EQ(sourceStatuses(), known);
 }
 
 // --- The reference ---------------------------------------------------------------------------------

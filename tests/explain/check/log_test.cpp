@@ -117,6 +117,18 @@ TEST(LogReading, KnowsTheMessagesWithSeveralLines) {
     EXPECT_EQ(explain::readLog(framework).reading.status, -1073741819);
 }
 
+// The system's text for an error ends the line within the message.
+TEST(LogReading, KnowsAMessageThatGoesOnAfterTheSystemsText) {
+    const LogResult result = explain::readLog(
+        std::string(beginning) +
+        "ZLNCH0143E: Unable to connect to pipe ' Failed with error 5: Access is denied.\r\r\n'\r\n");
+    EXPECT_EQ(result.reading.outcome, LogOutcome::refused);
+    EXPECT_EQ(result.reading.message,
+              "ZLNCH0143E: Unable to connect to pipe ' Failed with error 5: Access is denied.\n'");
+    ASSERT_TRUE(result.reading.entry);
+    EXPECT_EQ(result.reading.entry->text, "ZLNCH0143E: Unable to connect to pipe '%ls'");
+}
+
 TEST(LogReading, OfALauncherThatStillWaitsIsUnfinished) {
     const std::string text = std::string(beginning) +
                              "ZLNCH0303I: lock file captured @ 20260131_235900_000\r\n"
