@@ -13,6 +13,12 @@ TOKENS = re.compile(
     r"//[^\n]*|/\*.*?\*/|^[ \t]*#[^\n]*|\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])*'", re.MULTILINE | re.DOTALL
 )
 
+# Calls of foundation/explanation.h and properties/lookup_explanation.h. The product has none of them, so they are
+# not mutated; tests/explain tests what they record.
+RECORDER_CALLS = re.compile(
+    r"\b(?:explain[A-Z]\w*|takeSourceOf\w+|\w+\.made)\([^;]*;|\b(?:const )?Decision \w+\([^;]*;"
+)
+
 
 @dataclasses.dataclass(frozen=True)
 class Operator:
@@ -52,15 +58,19 @@ def read_operators(path):
 
 
 def masked(text):
-    """The text at the same length, with blanks for comments and preprocessor lines, and marks in literals."""
+    """The text at the same length, with blanks for comments, preprocessor lines and the recorder, and marks in
+    literals."""
 
     def mask(match):
         token = match.group(0)
         if token[0] in "\"'":
             return token[0] + LITERAL_MARK * (len(token) - 2) + token[-1]
-        return re.sub(r"[^\n]", " ", token)
+        return blanked(match)
 
-    return TOKENS.sub(mask, text)
+    def blanked(match):
+        return re.sub(r"[^\n]", " ", match.group(0))
+
+    return RECORDER_CALLS.sub(blanked, TOKENS.sub(mask, text))
 
 
 def expand(operator, match, text):
