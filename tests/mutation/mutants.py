@@ -13,8 +13,9 @@ TOKENS = re.compile(
     r"//[^\n]*|/\*.*?\*/|^[ \t]*#[^\n]*|\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])*'", re.MULTILINE | re.DOTALL
 )
 
-# Calls of foundation/explanation.h and properties/lookup_explanation.h. The product has none of them, so they are
-# not mutated; tests/explain tests what they record.
+# What records a start on the simulated machine: code for that machine only, and calls of foundation/explanation.h
+# and properties/lookup_explanation.h. The product has none of it, so it is not mutated; tests/explain tests it.
+SIMULATION_ONLY = re.compile(r"^#ifdef ZELLAUNCHER_SIMULATION\n(.*?)^#endif", re.MULTILINE | re.DOTALL)
 RECORDER_CALLS = re.compile(
     r"\b(?:explain[A-Z]\w*|takeSourceOf\w+|\w+\.made)\([^;]*;|\b(?:const )?Decision \w+\([^;]*;"
 )
@@ -70,7 +71,7 @@ def masked(text):
     def blanked(match):
         return re.sub(r"[^\n]", " ", match.group(0))
 
-    return RECORDER_CALLS.sub(blanked, TOKENS.sub(mask, text))
+    return RECORDER_CALLS.sub(blanked, TOKENS.sub(mask, SIMULATION_ONLY.sub(blanked, text)))
 
 
 def expand(operator, match, text):
