@@ -13,6 +13,13 @@ TOKENS = re.compile(
     r"//[^\n]*|/\*.*?\*/|^[ \t]*#[^\n]*|\"(?:\\.|[^\"\\\n])*\"|'(?:\\.|[^'\\\n])*'", re.MULTILINE | re.DOTALL
 )
 
+# What records a start on the simulated machine: code for that machine only, and calls of foundation/explanation.h
+# and properties/lookup_explanation.h. The product has none of it, so it is not mutated; tests/explain tests it.
+SIMULATION_ONLY = re.compile(r"^#ifdef ZELLAUNCHER_SIMULATION\n(.*?)^#endif", re.MULTILINE | re.DOTALL)
+RECORDER_CALLS = re.compile(
+    r"\b(?:explain[A-Z]\w*|takeSourceOf\w+|\w+\.made)\([^;]*;|\b(?:const )?Decision \w+\([^;]*;"
+)
+
 
 @dataclasses.dataclass(frozen=True)
 class Operator:
@@ -52,15 +59,19 @@ def read_operators(path):
 
 
 def masked(text):
-    """The text at the same length, with blanks for comments and preprocessor lines, and marks in literals."""
+    """The text at the same length, with blanks for comments, preprocessor lines and the recorder, and marks in
+    literals."""
 
     def mask(match):
         token = match.group(0)
         if token[0] in "\"'":
             return token[0] + LITERAL_MARK * (len(token) - 2) + token[-1]
-        return re.sub(r"[^\n]", " ", token)
+        return blanked(match)
 
-    return TOKENS.sub(mask, text)
+    def blanked(match):
+        return re.sub(r"[^\n]", " ", match.group(0))
+
+    return RECORDER_CALLS.sub(blanked, TOKENS.sub(mask, SIMULATION_ONLY.sub(blanked, text)))
 
 
 def expand(operator, match, text):

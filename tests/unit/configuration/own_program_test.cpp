@@ -60,6 +60,15 @@ TEST_F(OwnProgram, LastCandidateIsReportedIfNoneIsFound) {
     EXPECT_EQ(program.path, L"C:\\gone.exe");
 }
 
+// The current directory is the root of C:.
+TEST_F(OwnProgram, FullPathMayHave259Characters) {
+    const std::wstring name(256, L'x');
+    for (const auto& [argument, reported] : {std::pair(name, L"C:\\" + name), {name + L"x", name + L"x"}}) {
+        machine.inject(launchertest::failing("moduleFileName", platform::errorAccessDenied));
+        EXPECT_EQ(findWithoutModule(argument).path, reported) << argument.size();
+    }
+}
+
 TEST_F(OwnProgram, LocatedProgramIsTheModuleOrTheArgument) {
     EXPECT_EQ(locate(L"zel\\zellauncher.exe"), module);  // below C:\, the argument names no file
     machine.writeFile(L"C:\\other.exe", "");

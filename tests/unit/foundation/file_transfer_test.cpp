@@ -119,6 +119,17 @@ TEST_F(FileTransfer, LowestFreeNumberIsUsed) {
     EXPECT_TRUE(machine.exists(L"C:\\t\\ddeleteme0002\\held"));
 }
 
+TEST_F(FileTransfer, FifthNumberIsTheLast) {
+    machine.writeFile(L"C:\\s\\d\\new", "");
+    makeUndeletable(L"C:\\t\\d");
+    for (const wchar_t* taken : {L"1", L"2", L"3", L"4"}) {
+        makeUndeletable(std::wstring(L"C:\\t\\ddeleteme000") + taken);
+    }
+    transfer(Transfer::move, L"d");
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_TRUE(machine.exists(L"C:\\t\\ddeleteme0005\\held"));
+}
+
 TEST_F(FileTransfer, FiveTakenNumbersAreFatal) {
     machine.writeFile(L"C:\\s\\d\\new", "");
     machine.writeFile(L"C:\\t\\d\\old", "");

@@ -145,6 +145,11 @@ TEST(Formatter, IncompleteConversionAtTheEndWritesNothing) {
     }
 }
 
+TEST(Formatter, WidthAndPrecisionMayHaveSeveralDigits) {
+    EXPECT_EQ(ofText(L"%12s", L"x"), std::wstring(11, L' ') + L"x");
+    EXPECT_EQ(ofSigned(L"%.12d", 1), std::wstring(11, L'0') + L"1");
+}
+
 TEST(Formatter, WidthAndPrecisionStopAt4096) {
     EXPECT_EQ(ofText(L"%4096s", L"x").size(), 4096U);
     EXPECT_EQ(ofText(L"%4097s", L"x").size(), 4096U);

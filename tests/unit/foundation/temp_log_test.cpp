@@ -3,6 +3,7 @@
 #include "foundation/log_channel.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 #include "support/text.h"
 
 namespace {
@@ -99,6 +100,18 @@ TEST_F(TempLog, TempMayBeAShare) {
     machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
     EXPECT_EQ(clean(L"zellauncher.log").processEnd().status, 0U);
     EXPECT_FALSE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+    EXPECT_TRUE(launchertest::callsOf(machine, "moveFile").empty());
+}
+
+// As every deletion of the launcher, except of a path that has no long form.
+TEST_F(TempLog, LeftoverOnADriveIsMovedAsideFirst) {
+    for (const wchar_t* temp : {L"C:\\Temp", L"\\\\?\\C:\\Temp"}) {
+        machine.setEnvironment(L"TEMP", temp);
+        machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
+        const std::size_t moved = launchertest::callsOf(machine, "moveFile").size();
+        clean(L"zellauncher.log");
+        EXPECT_EQ(launchertest::callsOf(machine, "moveFile").size(), moved + 1) << launchertest::toUtf8(temp);
+    }
 }
 
 TEST_F(TempLog, LeftoverWithoutAFullPathStays) {

@@ -101,6 +101,8 @@ TEST(Text, DecimalNumberIsClampedTo32Bits) {
 TEST(Text, HexNumberIsReadFromTheBeginning) {
     EXPECT_EQ(parseHexUnit(L"0142"), L'\u0142');
     EXPECT_EQ(parseHexUnit(L"aBcD"), L'\uABCD');
+    EXPECT_EQ(parseHexUnit(L"a0f9"), L'\uA0F9');
+    EXPECT_EQ(parseHexUnit(L"A0F9"), L'\uA0F9');
     EXPECT_EQ(parseHexUnit(L"  41"), L'A');
     EXPECT_EQ(parseHexUnit(L"+041"), L'A');
     EXPECT_EQ(parseHexUnit(L"0x41"), L'A');

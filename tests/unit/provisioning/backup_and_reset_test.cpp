@@ -88,6 +88,7 @@ TEST_F(BackupAndReset, ResetRemovesTheNamedDirectories) {
     EXPECT_FALSE(machine.exists(L"C:\\ws\\.metadata\\.plugins\\views"));
     EXPECT_TRUE(machine.exists(L"C:\\ws\\.metadata\\.plugins\\other\\x"));
     EXPECT_FALSE(machine.exists(L"C:\\ws\\platform.xml.old"));
+    EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\registry"), "r");
     EXPECT_EQ(machine.readFile(L"C:\\ws\\.config\\org.eclipse.update\\bookmarks.xml"), "b");
     failUpdateDirectory();
     reset();
@@ -129,10 +130,10 @@ TEST_F(BackupAndReset, UnremovableFilesAreAllListed) {
                                "Can't delete file \\\\?\\C:\\ws\\.metadata\\.plugins\\views\\held0  - "),
               std::string::npos);
     EXPECT_GT(outcome.log.size(), 10000U);
-    EXPECT_TRUE(
-        outcome.log.ends_with("ZLNCH0108E end: Unable to remove all files in the metadata plugin directory. "
-                              "Please correct the problems "
-                              "listed above\n"));
+    EXPECT_TRUE(outcome.log.ends_with(
+        "\nZLNCH0108E end: Unable to remove all files in the metadata plugin directory. "
+        "Please correct the problems "
+        "listed above\n"));
     // The configuration was not moved yet.
     EXPECT_TRUE(machine.exists(L"C:\\ws\\.config\\zelinstall.properties"));
 }

@@ -5,6 +5,7 @@
 #include "configuration/initial_launch.h"
 #include "configuration/install_kind.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -36,6 +37,12 @@ TEST_F(ConfigIni, TemplateIsCopiedOnce) {
     seed();
     EXPECT_EQ(machine.readFile(configIni), "mine");
     EXPECT_FALSE(isInitial);
+}
+
+TEST_F(ConfigIni, CopyIsFlushed) {
+    machine.writeFile(baseTemplate, "x");
+    seed();
+    EXPECT_EQ(launchertest::callsOf(machine, "flushFile", L"\\config.ini").size(), 1U);
 }
 
 TEST_F(ConfigIni, TemplateOfTheKindWins) {

@@ -9,6 +9,7 @@
 #include "configuration/install_kind.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -58,6 +59,12 @@ TEST_F(PlatformXml, FeatureOfTheJvmIsFilledIn) {
     EXPECT_EQ(seeded("<f id=\"${jvm.feature.id}\" version=\"${jvm.feature.version}\"/>${jvm.feature.id}\n"
                      "<p id=\"${jvm.parent.feature.id}\" v=\"${jvm.parent.feature.version}\"/>\n"),
               "<f id=\"JF\" version=\"1.0\"/>JF\r\n<p id=\"PF\" v=\"2.0\"/>\r\n");
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(PlatformXml, FileIsFlushed) {
+    seeded("<a>\n");
+    EXPECT_EQ(launchertest::callsOf(machine, "flushFile", L"\\platform.xml").size(), 1U);
 }
 
 TEST_F(PlatformXml, VersionNeedsItsIdOnTheSameLine) {
@@ -110,6 +117,14 @@ TEST_F(PlatformXml, PlaceholderWhoseValueGrowsWithoutEndStays) {
     line += ".id}";
     EXPECT_EQ(seeded(line + "\n"), line + "\r\n");
     EXPECT_LE(outcome.log.size(), 1000U);
+}
+
+// Each replacement completes the next placeholder and shortens the line.
+TEST_F(PlatformXml, ThousandReplacementsInALineAreTheMost) {
+    launcher[0].value = L"{jvm.feature.id}";
+    EXPECT_EQ(seeded(std::string(1000, '$') + "{jvm.feature.id}\n"), "{jvm.feature.id}\r\n");
+    const std::string longer = std::string(1001, '$') + "{jvm.feature.id}";
+    EXPECT_EQ(seeded(longer + "\n"), longer + "\r\n");
 }
 
 TEST_F(PlatformXml, LinesAfterTheFirstLoseIndentationAndBlankLines) {
@@ -169,6 +184,8 @@ TEST_F(PlatformXml, UnopenableFilesAreLogged) {
     EXPECT_FALSE(isInitial);
     EXPECT_TRUE(outcome.logHas(
         "ZLNCH0139E: Unable to open platform.xml for writing.\"C:\\c\\org.eclipse.update\\platform.xml\""));
+    // The template, which could be opened.
+    EXPECT_EQ(launchertest::callsOf(machine, "closeStream", L"platform.xml").size(), 1U);
 }
 
 TEST_F(PlatformXml, MissingValueStopsTheCopy) {

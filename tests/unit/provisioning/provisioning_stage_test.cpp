@@ -6,7 +6,12 @@
 
 #include "configuration/initial_launch.h"
 #include "configuration/install_kind.h"
+#include "instance/platform_lock.h"
+#include "platform/clock.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
+#include "support/text.h"
+#include "support/worked_example.h"
 
 namespace {
 
@@ -126,6 +131,68 @@ TEST_F(ProvisioningStage, MissingSharedClassesOptionIsNotAdded) {
         outcome.logHas("ZLNCH0121I: \"vmarg.Dshare\" shared classes property was not detected. No special "
                        "action needed while "
                        "provisioning"));
+}
+
+// The worked example, whose provisioning works for 30 seconds.
+class ProvisioningRun : public launchertest::OnMachine {
+protected:
+    zellauncher::PropertyList install = launchertest::exampleInstallProperties();
+    zellauncher::PropertyList launcher = launchertest::exampleLauncherProperties();
+    Arguments arguments = {L"prog"};
+    zellauncher::VmargOverrides overrides = launchertest::exampleOverrides();
+    const std::wstring workspace = launchertest::exampleWorkspace;
+    const std::wstring home = launchertest::exampleHome;
+    bool hasChildEnded = false;
+    bool hasReturned = false;
+    launchertest::Outcome outcome;
+
+    ProvisioningRun() {
+        launchertest::layOutExample(machine);
+        machine.installProgram(
+            L"C:\\Apps\\Client\\zel\\eclipse\\plugins\\base_1.0\\win32\\x86_64\\eclipse.exe", [this] {
+                platform::sleepMilliseconds(30000);
+                hasChildEnded = true;
+                return 0;
+            });
+        launcher.push_back({L"provisioning", L"true"});
+        launcher.push_back({L"provisioning.manifest.version", L"7"});
+        launcher.push_back({L"provisioning.application", L"com.example.prov"});
+    }
+    // The command of the provisioning that the stage runs.
+    std::wstring provision() {
+        outcome = runQuietly([this] {
+            zellauncher::InstallConfiguration = InstallConfigurationKind::user;
+            zellauncher::acquirePlatformLock(arguments, workspace);
+            zellauncher::runProvisioningStage({workspace, home, arguments, install, launcher, overrides});
+            hasReturned = true;
+        });
+        EXPECT_EQ(outcome.processEnd().status, 0U);
+        EXPECT_EQ(machine.startedProcesses().size(), 1U);
+        return machine.startedProcesses().empty() ? std::wstring()
+                                                  : machine.startedProcesses()[0].commandLine;
+    }
+};
+
+TEST_F(ProvisioningRun, EndsTheStartOnceItsChildHasEnded) {
+    provision();
+    EXPECT_FALSE(hasReturned);
+    EXPECT_TRUE(hasChildEnded);
+}
+
+TEST_F(ProvisioningRun, LogsItsCommandAndReleasesTheLock) {
+    const std::wstring command = provision();
+    EXPECT_EQ(outcome.linesBeginningWith("ZLNCH0073I"), 1U);
+    EXPECT_TRUE(outcome.logHas("ZLNCH0073I: Provisioning Command = '" + launchertest::toUtf8(command) + "'"));
+    EXPECT_EQ(launchertest::callsOf(machine, "unlockStream").size(), 1U);
+}
+
+TEST_F(ProvisioningRun, OfAUserSaysSo) {
+    EXPECT_NE(provision().find(L" -application com.example.prov -userProvLaunch -vm "), std::wstring::npos);
+}
+
+TEST_F(ProvisioningRun, OfAPreparationHasNoUser) {
+    arguments = {L"prog", L"-zelLauncherWait", L"-provManifest"};
+    EXPECT_NE(provision().find(L" -application com.example.prov -vm "), std::wstring::npos);
 }
 
 }  // namespace
