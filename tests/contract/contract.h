@@ -70,6 +70,9 @@ std::string read(const std::wstring& path);
 // Reads once, up to `count` bytes.
 std::string readUpTo(platform::Stream* stream, std::size_t count);
 
+// Two bytes for each 16-bit unit, the lower one first: a text that a file can hold whatever its letters.
+std::string unitBytes(const std::wstring& text);
+
 void makeFileWith(const std::wstring& path, std::uint32_t attributes);
 // False also if nothing has this path.
 bool hasAttribute(const std::wstring& path, std::uint32_t attribute);

@@ -8,6 +8,7 @@
 
 #include "contract/children.h"
 #include "contract/contract.h"
+#include "support/summary.h"
 
 namespace contract {
 
@@ -165,5 +166,6 @@ extern "C" int wmain(int count, wchar_t** arguments) {
         return contract::runAsChild();
     }
     testing::InitGoogleTest(&count, arguments);
+    launchertest::writeSummaryAtEnd();
     return RUN_ALL_TESTS();
 }

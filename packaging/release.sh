@@ -1,0 +1,19 @@
+# shellcheck shell=bash
+# What the scripts that make and check a release have in common.
+
+version=$(sed -n 's/^project(zellauncher VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
+
+# Every time in a package is the date of the release, so that it does not depend on when or where it was made.
+release_date=$(sed -n "s/^## ${version//./\\.} (\([0-9-]*\))\$/\1/p" CHANGELOG.md)
+SOURCE_DATE_EPOCH=$(date -u -d "${release_date:-1980-01-01}" +%s)
+export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
+
+# Ends the script unless the newest entry of CHANGELOG.md is the version of this checkout.
+check_changelog() {
+    local newest
+    newest=$(sed -n 's/^## \([0-9.]*\) .*/\1/p' CHANGELOG.md | head -n 1)
+    if [ -z "$release_date" ] || [ "$newest" != "$version" ]; then
+        echo "CHANGELOG.md does not begin with this release: it needs \"## $version (<year>-<month>-<day>)\"." >&2
+        exit 1
+    fi
+}
