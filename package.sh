@@ -9,14 +9,15 @@
 #   ./package.sh [-D<name>=<value>...]
 #
 # The options are cache values of CMake, such as -DZELLAUNCHER_COMPANY="Example Ltd" (cmake/resources.cmake).
-# If ZELLAUNCHER_SIGN_PKCS12 names a key, the programs for Windows are signed (packaging/sign.sh).
+# If ZELLAUNCHER_SIGN_PKCS12 names a key, the programs for Windows are signed (packaging/sign.sh). Unsigned packages
+# are the same bytes at each build.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 source cmake/setup.sh
 source packaging/release.sh
 
 for option in "$@"; do
-    [[ "$option" == -D* ]] || { sed -n '2,14s/^# \{0,1\}//p' "$0"; exit 2; }
+    [[ "$option" == -D* ]] || { sed -n '2,15s/^# \{0,1\}//p' "$0"; exit 2; }
 done
 
 say() { printf '\n== %s\n' "$*"; }
@@ -45,6 +46,10 @@ pack() {
     echo "dist/$name.$format"
 }
 
+# CPack works in a directory of its own.
+for name in ZELLAUNCHER_SIGN_PKCS12 ZELLAUNCHER_SIGN_PASSWORD_FILE; do
+    [ -z "${!name:-}" ] || export "$name=$(realpath "${!name}")"
+done
 values=("$@")
 check_changelog
 ensure_packages g++ g++-mingw-w64-x86-64-posix cmake ninja-build googletest libcli11-dev nlohmann-json3-dev wine64 \

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""check_resources.py DIRECTORY VERSION: checks version, texts, icon and manifest of the programs in a directory."""
+"""check_resources.py DIRECTORY VERSION [NAME=TEXT...]: checks version, texts, icon and manifest of the programs."""
 import pathlib
 import struct
 import subprocess
@@ -26,12 +26,15 @@ def texts_of(version_resource):
     return texts
 
 
-def problems_of(program, version):
+def problems_of(program, version, expected):
     data = resource(program, 16)
     texts = texts_of(data)
     for name in TEXTS:
         if not texts.get(name):
             yield f"{name} is empty"
+    for name, text in expected:
+        if texts.get(name) != text:
+            yield f"{name} is {texts.get(name)!r}"
     if texts.get("FileVersion") != version:
         yield f"FileVersion is {texts.get('FileVersion')}"
     high, low = struct.unpack_from("<II", data, data.index(struct.pack("<I", 0xFEEF04BD)) + 8)
@@ -46,9 +49,10 @@ def problems_of(program, version):
         yield "the manifest does not keep the caller's rights"
 
 
-def main(directory, version):
+def main(directory, version, *texts):
+    expected = [text.split("=", 1) for text in texts]
     programs = sorted(pathlib.Path(directory).glob("zel*.exe"))
-    problems = [f"{program.name}: {problem}" for program in programs for problem in problems_of(program, version)]
+    problems = [f"{program.name}: {problem}" for program in programs for problem in problems_of(program, version, expected)]
     print("\n".join(problems))
     return programs and not problems
 

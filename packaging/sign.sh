@@ -16,9 +16,6 @@ else
 fi
 if [ -n "${ZELLAUNCHER_SIGN_TIMESTAMP_URL:-}" ]; then
     options+=(-ts "$ZELLAUNCHER_SIGN_TIMESTAMP_URL")
-else
-    # Otherwise the signature would hold the time of this call.
-    options+=(-time "${SOURCE_DATE_EPOCH:-$(date +%s)}")
 fi
 rm -f "$program.signed"
 osslsigncode sign "${options[@]}" -in "$program" -out "$program.signed" >"$program.signing" || {

@@ -159,7 +159,8 @@ repairs() {
 
 upgrade_can_end_the_platform() {
     install_package "$work/client-1.0.0.msi" || return 1
-    start_from_shortcut || return 1
+    start_from_shortcut || return 1 # back on the former release
+    grep -q '^zel.install.id=2026.1' "$workspace/.config/zelinstall.properties" || return 1
     install_package "$work/client-1.1.0.msi" ENDPROGRAMS=1 || return 1
     no_program_runs && diff -r "$work/client-2" "$install" && has_settings
 }
@@ -212,7 +213,7 @@ check "the user's settings survive, the old configuration is in .configbak" sett
 check "the former release does not replace the newer one" does_not_go_back_by_itself
 check "a repair brings deleted files back" repairs
 check "removed while nothing runs, the users' files stay" is_removed "$work/client-1.1.0.msi"
-check "an upgrade ends the platform if it is told to" upgrade_can_end_the_platform
+check "back to the former release; an upgrade ends the platform if it is told to" upgrade_can_end_the_platform
 check "removed again" is_removed "$work/client-1.1.0.msi"
 check "removed while the platform runs" is_removed_while_running
 clean_up
