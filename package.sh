@@ -46,6 +46,8 @@ pack() {
     echo "dist/$name.$format"
 }
 
+# With a base directory, ccache would put other paths into the tests.
+unset CCACHE_BASEDIR
 # CPack works in a directory of its own.
 for name in ZELLAUNCHER_SIGN_PKCS12 ZELLAUNCHER_SIGN_PASSWORD_FILE; do
     [ -z "${!name:-}" ] || export "$name=$(realpath "${!name}")"

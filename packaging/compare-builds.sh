@@ -5,7 +5,12 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 copy=$(mktemp -d)/another-name-of-the-checkout
-trap 'rm -rf "$(dirname "$copy")"' EXIT
+clean_up() {
+    WINEPREFIX=$copy/build/wine /usr/lib/wine/wineserver -k 2>/dev/null || true
+    WINEPREFIX=$copy/build/wine /usr/lib/wine/wineserver -w 2>/dev/null || true
+    rm -rf "$(dirname "$copy")"
+}
+trap clean_up EXIT
 
 unset CMAKE_CXX_COMPILER_LAUNCHER CMAKE_C_COMPILER_LAUNCHER ZELLAUNCHER_SIGN_PKCS12
 mkdir -p "$copy/build"
