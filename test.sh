@@ -153,6 +153,13 @@ measure() {
     fi
 }
 
+# The contract suite for Windows, in programs that stop at undefined behaviour.
+run_trapping_contract() {
+    cmake --preset windows-ubsan >build/windows-ubsan.configure.log 2>&1 &&
+        cmake --build build/windows-ubsan --target contract >build/windows-ubsan.build.log 2>&1 &&
+        ./cmake/wine-run.sh build/windows-ubsan/tests/contract.exe --gtest_brief=1
+}
+
 run_long() {
     ensure_packages python3 lld llvm
     export ZELLAUNCHER_LONG=1
@@ -161,6 +168,7 @@ run_long() {
     measure build/native/tests/schedules/schedules --gtest_brief=1
     unset ZELLAUNCHER_LONG
     measure python3 tests/explain/benchmark.py build/native/zelexplain
+    measure run_trapping_contract
     measure tests/fuzz/run.sh 600
     measure tests/coverage.sh
     measure tests/mutation/run.sh --jobs 2

@@ -40,6 +40,10 @@ void holdSemaphore(const std::wstring& name);
 void servePipe(const std::wstring& name);
 // What the first `count` clients of this process's pipe wrote, once they have closed it.
 std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count);
+// The letter of a drive that the machine does not have.
+wchar_t missingDrive();
+// True if the user's account is on this machine, not in a domain, so that the machine knows its groups.
+bool isUserOfThisMachine();
 // Gives the process a console window of its own.
 void takeConsole();
 

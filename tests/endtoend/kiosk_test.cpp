@@ -2,7 +2,9 @@
 
 #include "endtoend.h"
 
-// Starts on a kiosk machine: each test changes the registry of this system and restores it.
+// Starts on a kiosk machine: each test changes the logon shell in the registry and restores it. On a real
+// machine, a test that was stopped halfway would leave it without a desktop, so these tests run only under
+// Wine.
 namespace {
 
 using endtoend::EndToEnd;
@@ -37,7 +39,11 @@ void setText(const wchar_t* key, const wchar_t* name, const std::wstring& text) 
 
 class Kiosk : public EndToEnd {
 protected:
-    Kiosk() : formerShell(textOf(HKEY_LOCAL_MACHINE, winLogon, L"Shell")) {
+    void SetUp() override {
+        if (!endtoend::isWine()) {
+            GTEST_SKIP() << "would change the logon shell of this machine";
+        }
+        formerShell = textOf(HKEY_LOCAL_MACHINE, winLogon, L"Shell");
         setText(winLogon, L"Shell", L"kiosk.exe");
         setText(shells, L"KSD_SHELL", L"KIOSK.EXE");
         setText(shells, L"ADMIN_SHELL", L"explorer.exe");
@@ -48,9 +54,11 @@ protected:
             setPolicy(L"\\System", name);
         }
     }
-    ~Kiosk() override {
-        RegDeleteKeyW(HKEY_LOCAL_MACHINE, shells);
-        setText(winLogon, L"Shell", formerShell);
+    void TearDown() override {
+        if (!formerShell.empty()) {
+            RegDeleteKeyW(HKEY_LOCAL_MACHINE, shells);
+            setText(winLogon, L"Shell", formerShell);
+        }
     }
     static void setPolicy(const std::wstring& key, const wchar_t* name) {
         const DWORD one = 1;
@@ -59,7 +67,7 @@ protected:
             ERROR_SUCCESS);
     }
 
-    std::wstring formerShell;
+    std::wstring formerShell;  // empty if nothing was changed
 };
 
 // Only the simulated machine can test an administrator without a desktop: Wine starts an explorer.exe as
