@@ -22,6 +22,12 @@ skipped=0
 
 say() { printf '\n== %s\n' "$*"; }
 
+# The skipped tests of a program with their reasons.
+list_skipped() {
+    sed -nE '/<testcase /{s/.*testcase name="([^"]*)".* classname="([^"]*)".*/\2.\1/;h}
+        /<skipped message=/{s/.*&#x0A;([^"]*)".*/\1/;H;x;s/^(.*)\n/    skipped: \1: /;p}' "$1"
+}
+
 # Adds the results of a preset's test programs. A program without results did not finish: one failure.
 count_results() {
     local preset=$1 program file
@@ -38,6 +44,7 @@ count_results() {
         disabled=$(sed -n 's/.*<testsuites .*disabled="\([0-9]*\)".*/\1/p' "$file" | head -n 1)
         omitted=$(grep -c '<skipped' "$file" || true)
         echo "$preset: $program: $tests tests, $failures failed, $((omitted + disabled)) skipped"
+        list_skipped "$file"
         passed=$((passed + tests - failures - omitted - disabled))
         failed=$((failed + failures))
         skipped=$((skipped + omitted + disabled))
@@ -140,7 +147,7 @@ lint() {
     mkdir -p build
     cmake --preset native-asan >build/lint.configure.log 2>&1
     say "clang-tidy over the sources of the native build"
-    run-clang-tidy -quiet -p build/native-asan "$PWD/(src|simulation|tests)/.*" 2>/dev/null
+    run-clang-tidy -quiet -p build/native-asan "$PWD/(src|simulation|explain|tests)/.*" 2>/dev/null
 }
 
 # Runs a command whose status says if the measurement passed.

@@ -141,6 +141,9 @@ std::variant<StartOptions, Answer> readCommandLine(const std::vector<std::string
     CLI::App app("Explains what a start of zellauncher does, without starting anything.", "zelexplain");
     app.require_subcommand(1);
     CLI::App& start = *app.add_subcommand("start", "See a start before it happens, with every reason");
+    app.add_subcommand("check", "Find the mistakes in an install before it ships");
+    app.add_subcommand("log", "Understand logs of the launcher");
+    app.add_subcommand("reference", "Print what is known of messages, keys, options and files");
     Texts texts;
     StartOptions options;
     start.add_option("INSTALL", texts.install, "The directory that holds zel/")->required();

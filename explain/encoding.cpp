@@ -75,13 +75,17 @@ std::uint32_t takePoint(std::string_view bytes, std::size_t& position, bool& isV
     return point;
 }
 
+std::uint32_t numberOf(wchar_t unit) {
+    return static_cast<std::uint32_t>(unit);
+}
+
 }  // namespace
 
 std::string toUtf8(std::wstring_view units) {
     std::string bytes;
     for (std::size_t i = 0; i < units.size(); ++i) {
-        const auto unit = static_cast<std::uint32_t>(units[i]);
-        const std::uint32_t next = i + 1 < units.size() ? static_cast<std::uint32_t>(units[i + 1]) : 0;
+        const std::uint32_t unit = numberOf(units[i]);
+        const std::uint32_t next = i + 1 < units.size() ? numberOf(units[i + 1]) : 0;
         if (isHighSurrogate(unit) && isLowSurrogate(next)) {
             appendUtf8(bytes, 0x10000 + ((unit - 0xD800) << 10U) + (next - 0xDC00));
             ++i;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "explain/check/finding.h"
+
 // What a start does, as plain data. The writers make text, JSON and a page of it. Texts are those of the
 // simulated machine, except where a comment says UTF-8.
 namespace explain {
@@ -102,6 +104,8 @@ struct Explanation {
     std::optional<std::wstring> logPath;
     std::vector<Wait> waits;
     std::vector<std::string> assumptions;  // what the machine has although no directory shows it, UTF-8
+
+    Findings findings;  // mistakes in the install that bear on the start
 
     // What was started, for the writers.
     std::wstring installPath;

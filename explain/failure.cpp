@@ -6,8 +6,8 @@
 #include "explain/catalogue.h"
 #include "explain/encoding.h"
 #include "explain/property_files.h"
+#include "explain/similar_texts.h"
 #include "explain/windows_paths.h"
-#include "foundation/text.h"
 
 namespace explain {
 
@@ -37,7 +37,7 @@ std::string errorText(platform::ErrorCode error) {
             return "exists already";
         case platform::errorDiskFull:
             return "does not fit on its disk";
-        case 193:
+        case platform::errorBadProgram:
             return "is no program for 64-bit Windows";
         default:
             return "cannot be used: error " + std::to_string(error);
@@ -57,24 +57,6 @@ std::set<std::string> wordsOf(const std::string& text) {
         begin = end + 1;
     }
     return words;
-}
-
-// How many letters must be changed, added or left out to make one text of the other.
-std::size_t distance(const std::wstring& left, const std::wstring& right) {
-    std::vector<std::size_t> row(right.size() + 1);
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        row[i] = i;
-    }
-    for (std::size_t i = 1; i <= left.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i;
-        for (std::size_t k = 1; k <= right.size(); ++k) {
-            const std::size_t replaced = diagonal + (left[i - 1] == right[k - 1] ? 0 : 1);
-            diagonal = row[k];
-            row[k] = std::min({replaced, row[k] + 1, row[k - 1] + 1});
-        }
-    }
-    return row.back();
 }
 
 class CauseFinder {
@@ -253,7 +235,6 @@ private:
 
     // What may have been meant by the key that is missing.
     void addSimilarKeys(const Source& missing) {
-        constexpr std::size_t mostMistakes = 2;
         const std::wstring byteOrderMark = L"\u00EF\u00BB\u00BF";
         for (const PropertyEntry& entry : file(missing.path)) {
             if (!entry.value.source) {
@@ -262,9 +243,7 @@ private:
             const Place place = placeOf(*entry.value.source).value_or(Place{});
             if (entry.key.starts_with(byteOrderMark) && entry.key.ends_with(missing.name)) {
                 add("the file begins with a byte-order mark, which becomes part of its first key", place);
-            } else if (zellauncher::equalIgnoringCase(entry.key, missing.name) ||
-                       (entry.key.size() > mostMistakes * 2 &&
-                        distance(entry.key, missing.name) <= mostMistakes)) {
+            } else if (areSimilar(entry.key, missing.name)) {
                 add("perhaps " + toUtf8(entry.key) + " is meant to be " + toUtf8(missing.name), place);
             }
         }

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "explain/check/findings_json.h"
 #include "explain/encoding.h"
 #include "explain/names.h"
 
@@ -163,6 +164,7 @@ Json explanationJson(const Explanation& explanation) {
     json["logPath"] = explanation.logPath ? Json(toUtf8(*explanation.logPath)) : Json(nullptr);
     json["waits"] = waitsJson(explanation);
     json["assumptions"] = explanation.assumptions;
+    json["findings"] = findingsJson(explanation.findings);
     return json;
 }
 

@@ -58,11 +58,17 @@ bool hasEntry(const simulation::HostDirectory& directory, const std::wstring& na
            });
 }
 
-void makeDirectoryFor(simulation::Machine& machine, const std::wstring& path) {
-    if (const auto full = fullDrivePath(path)) {
-        machine.makeDrive((*full)[0]);
-        machine.makeDirectory(*full);
+void makeDirectoryFor(World& world, const std::wstring& path) {
+    const auto full = fullDrivePath(path);
+    if (!full) {
+        return;
     }
+    const std::wstring drive = full->substr(0, 3);
+    if (!world.machine->exists(drive)) {
+        world.machine->makeDrive(drive[0]);
+        world.assumptions.push_back("the drive " + toUtf8(drive) + ", on which is " + toUtf8(*full));
+    }
+    world.machine->makeDirectory(*full);
 }
 
 void showDirectories(World& world, const StartOptions& options) {
@@ -104,18 +110,18 @@ void showDirectories(World& world, const StartOptions& options) {
 }
 
 // Directories that exist wherever somebody can log on.
-void makeSystemDirectories(simulation::Machine& machine, const System& system) {
+void makeSystemDirectories(World& world, const System& system) {
     const auto valueOf = [&](const wchar_t* name) {
         const std::wstring* value = findVariable(system.environment, name);
         return value != nullptr ? *value : std::wstring();
     };
     for (const wchar_t* name : {L"USERPROFILE", L"APPDATA", L"LOCALAPPDATA", L"TEMP", L"TMP", L"ProgramData",
                                 L"PUBLIC", L"ProgramFiles"}) {
-        makeDirectoryFor(machine, valueOf(name));
+        makeDirectoryFor(world, valueOf(name));
     }
-    makeDirectoryFor(machine, valueOf(L"HOMEDRIVE") + valueOf(L"HOMEPATH"));
-    makeDirectoryFor(machine, system.currentDirectory);
-    machine.makeDirectory(L"C:\\Windows\\System32");
+    makeDirectoryFor(world, valueOf(L"HOMEDRIVE") + valueOf(L"HOMEPATH"));
+    makeDirectoryFor(world, system.currentDirectory);
+    world.machine->makeDirectory(L"C:\\Windows\\System32");
 }
 
 void setRegistry(simulation::Machine& machine, const StartOptions& options) {
@@ -157,7 +163,7 @@ World buildWorld(const StartOptions& options) {
         showOwnDrives(world, options, system);
     } else {
         showDirectories(world, options);
-        makeSystemDirectories(machine, system);
+        makeSystemDirectories(world, system);
     }
     for (const wchar_t* name : {L"TEMP", L"HOMEDRIVE", L"HOMEPATH", L"USERNAME", L"USERPROFILE", L"PATH"}) {
         machine.unsetEnvironment(name);

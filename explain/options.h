@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -39,8 +40,9 @@ struct StartOptions {
     bool isKiosk = false;
     bool hasExplorer = true;
     int starts = 1;
-    // For tests: plays the platform instead of runSimulatedPlatform; is called before each operation.
-    std::function<int()> platformProgram;
+    // For tests: the programs of these existing files, instead of runSimulatedPlatform; and what is called
+    // before each operation.
+    std::map<std::wstring, std::function<int()>> programs;
     std::function<void()> beforeOperation;
 
     bool isJson = false;

@@ -6,9 +6,12 @@
 #include <string>
 #include <variant>
 
+#include "explain/catalogue_reference.h"
+#include "explain/check/check_command.h"
 #include "explain/command_line.h"
 #include "explain/host_files.h"
 #include "explain/json_writer.h"
+#include "explain/log/log_command.h"
 #include "explain/machine_setup.h"
 #include "explain/page_writer.h"
 #include "explain/redaction.h"
@@ -70,6 +73,16 @@ void explainStart(const StartOptions& options) {
 }  // namespace
 
 int runProgram(const std::vector<std::string>& arguments) {
+    if (!arguments.empty() && arguments.front() == "check") {
+        return runCheck({arguments.begin() + 1, arguments.end()});
+    }
+    if (!arguments.empty() && arguments.front() == "log") {
+        return runLog({arguments.begin() + 1, arguments.end()});
+    }
+    if (arguments == std::vector<std::string>{"reference"}) {
+        print(stdout, writeReference());
+        return explained;
+    }
     const std::variant<StartOptions, Answer> request = readCommandLine(arguments);
     if (const Answer* answer = std::get_if<Answer>(&request)) {
         print(answer->status == explained ? stdout : stderr, answer->text);

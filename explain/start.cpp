@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "explain/check/check.h"
 #include "explain/encoding.h"
 #include "explain/environment.h"
 #include "explain/failure.h"
@@ -94,8 +95,14 @@ void addEnvironment(Explanation& explanation, const World& world, const Launcher
     }
 }
 
-bool isListed(const simulation::DiskChange& change, const LauncherRun& run) {
-    const bool isLog = isSamePath(change.path, run.recording.logPath);
+// TEMP, and so the path that the launcher opened, may be relative or on a share. Empty without a log file.
+std::wstring logFileOf(const World& world, const LauncherRun& run) {
+    const std::wstring& path = run.recording.logPath;
+    return path.empty() ? path : world.machine->fullPath(path);
+}
+
+bool isListed(const simulation::DiskChange& change, const std::wstring& logFile, const LauncherRun& run) {
+    const bool isLog = isSamePath(change.path, logFile);
     const bool isPublished =
         isSamePath(change.path, run.state.pipeFile) && change.kind != simulation::DiskChange::Kind::removed;
     return !isLog && !isPublished;
@@ -116,9 +123,10 @@ FileChange::Kind kindOf(simulation::DiskChange::Kind kind) {
 }
 
 void addChanges(Explanation& explanation, const World& world, const LauncherRun& run) {
+    const std::wstring logFile = logFileOf(world, run);
     for (simulation::DiskChange& change : world.machine->diskChanges()) {
         const bool isMoved = change.kind == simulation::DiskChange::Kind::moved;
-        if (!isListed(change, run)) {
+        if (!isListed(change, logFile, run)) {
             continue;
         }
         if (!change.isDirectory || isMoved) {
@@ -144,8 +152,8 @@ std::vector<std::string> linesOf(const std::string& log) {
 
 // A launcher that still waits has not written its whole log yet.
 void addLog(Explanation& explanation, const World& world, const LauncherRun& run) {
-    const std::optional<std::string> file = world.machine->readFile(
-        run.recording.logPath.empty() ? std::wstring(L"C:\\") : run.recording.logPath);
+    const std::wstring logFile = logFileOf(world, run);
+    const std::optional<std::string> file = logFile.empty() ? std::nullopt : world.machine->readFile(logFile);
     if (run.end && file) {
         explanation.log = linesOf(*file);
     } else {
@@ -185,20 +193,29 @@ Explanation explainOne(World& world, const StartOptions& options) {
 
 }  // namespace
 
+Explanation explainNextStart(World& world, const StartOptions& options) {
+    return explainOne(world, options);
+}
+
 std::vector<Explanation> explainStarts(const StartOptions& options) {
     World world = buildWorld(options);
-    world.machine->playPrograms(
-        options.platformProgram ? options.platformProgram
-                                : [behaviour = options.platform] { return runSimulatedPlatform(behaviour); });
+    world.machine->playPrograms([behaviour = options.platform] { return runSimulatedPlatform(behaviour); });
+    for (const auto& [path, program] : options.programs) {
+        if (world.machine->exists(path)) {
+            world.machine->installProgram(path, program);
+        }
+    }
     prepareRunningPlatform(world, options);
     if (options.beforeOperation) {
         world.machine->beforeOperation([&](const std::string& /*name*/, const std::wstring& /*argument*/) {
             options.beforeOperation();
         });
     }
+    const Findings findings = findingsFor(options);
     std::vector<Explanation> explanations;
     for (int start = 0; start < options.starts; ++start) {
         explanations.push_back(explainOne(world, options));
+        explanations.back().findings = findings;
         if (options.platform != Platform::running) {
             world.machine->runUntilIdle(platformsEndWithin);  // the user closes the platform
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "explain/check/findings_writer.h"
 #include "explain/encoding.h"
 #include "explain/names.h"
 #include "explain/text_diff.h"
@@ -41,6 +42,7 @@ public:
     std::string write() {
         line(outcomeSentence(explanation));
         writeFailure();
+        writeFindings();
         writeAssumptions();
         writeDecisions();
         writeCommand();
@@ -91,6 +93,16 @@ private:
         }
         if (!explanation.failure->remedy.empty()) {
             line("Remedy:   " + explanation.failure->remedy);
+        }
+    }
+
+    void writeFindings() {
+        if (explanation.findings.empty()) {
+            return;
+        }
+        heading("Mistakes in the install (zelexplain check)");
+        for (const Finding& finding : explanation.findings) {
+            line("  " + findingText(finding));
         }
     }
 

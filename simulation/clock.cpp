@@ -20,7 +20,8 @@ int daysOfMonth(int year, int month) {
 }  // namespace
 
 // The clock begins on Saturday, 2026-01-31, at 23:59:00.000.
-platform::LocalTime timeAfter(std::uint64_t elapsed) {
+platform::LocalTime timeOf(const MachineState& machine) {
+    const std::uint64_t elapsed = machine.elapsed;
     platform::LocalTime time;
     time.year = 2026;
     time.month = 1;
@@ -32,7 +33,7 @@ platform::LocalTime timeAfter(std::uint64_t elapsed) {
     const std::uint64_t minutes = seconds / 60 + minutesOfDay - 1;
     time.minute = static_cast<int>(minutes % 60);
     time.hour = static_cast<int>(minutes / 60 % 24);
-    for (std::uint64_t days = minutes / minutesOfDay; days > 0; --days) {
+    for (std::uint64_t days = minutes / minutesOfDay + machine.daysPassed; days > 0; --days) {
         time.dayOfWeek = (time.dayOfWeek + 1) % 7;
         if (++time.day > daysOfMonth(time.year, time.month)) {
             time.day = 1;
@@ -53,7 +54,7 @@ using simulation::self;
 
 LocalTime localTime() {
     beginOperation("localTime");
-    return simulation::timeAfter(machineOfSelf().elapsed);
+    return simulation::timeOf(machineOfSelf());
 }
 
 std::uint32_t tickCount() {
@@ -62,7 +63,7 @@ std::uint32_t tickCount() {
 }
 
 void sleepMilliseconds(std::uint32_t milliseconds) {
-    beginOperation("sleepMilliseconds");
+    beginOperation("sleepMilliseconds", std::wstring(), false, {milliseconds});
     machineOfSelf().sleep(self(), milliseconds);
 }
 

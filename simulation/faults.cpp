@@ -45,7 +45,8 @@ platform::ErrorCode faultOf(MachineState& machine, const Operation& operation) {
 
 }  // namespace
 
-platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, bool writes) {
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, bool writes,
+                                   const Numbers& numbers) {
     Process& process = self();
     MachineState& machine = machineOfSelf();
     if (process.isStopped || process.isCutShort) {
@@ -55,8 +56,14 @@ platform::ErrorCode beginOperation(const char* name, const std::wstring& argumen
         machine.beforeOperation(name, argument);
     }
     machine.yield(process, name, argument);
-    machine.operations.push_back({name, argument, process.id, machine.operations.size() + 1, writes});
-    Operation& operation = machine.operations.back();
+    Operation& operation = machine.operations.emplace_back();
+    operation.name = name;
+    operation.argument = argument;
+    operation.process = process.id;
+    operation.index = machine.operations.size();
+    operation.writes = writes;
+    operation.time = machine.elapsed;
+    operation.numbers = numbers;
     ++process.operationCount;
     if (machine.operationLimit != 0 && process.operationCount > machine.operationLimit) {
         throw ProcessEnded{{EndKind::ranAway, 0}, UnflushedData::lost};
@@ -73,6 +80,18 @@ platform::ErrorCode beginOperation(const char* name, const std::wstring& argumen
     }
     operation.fault = faultOf(machine, operation);
     return operation.fault;
+}
+
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, const std::wstring& target,
+                                   bool writes, const Numbers& numbers) {
+    const platform::ErrorCode fault = beginOperation(name, argument, writes, numbers);
+    machineOfSelf().operations.back().target = target;
+    return fault;
+}
+
+platform::ErrorCode beginOperation(const char* name, const platform::Stream& stream, bool writes,
+                                   const Numbers& numbers) {
+    return beginOperation(name, stream.file->node->name, stream.path, writes, numbers);
 }
 
 bool MachineState::isStopDue(const Operation& operation) {

@@ -9,23 +9,20 @@ namespace platform {
 using simulation::beginOperation;
 using simulation::failWith;
 using simulation::Lookup;
-using simulation::lookUp;
 using simulation::machineOfSelf;
 using simulation::MachineState;
 using simulation::Node;
 using simulation::NodePointer;
-using simulation::parsePath;
 using simulation::self;
 using simulation::upperCase;
 
 namespace {
 
-constexpr std::size_t pathLimit = 260;
 constexpr std::size_t directoryLimit = 248;
 constexpr ErrorCode errorNotSameDevice = 17;
 
-Lookup find(const std::wstring& path, std::size_t limit = pathLimit) {
-    return lookUp(machineOfSelf(), parsePath(path, self().currentDirectory, limit));
+Lookup find(const std::wstring& path, std::size_t limit = simulation::plainPathLimit) {
+    return simulation::lookUpForSelf(path, limit);
 }
 
 bool isOpenWithoutDelete(const Node& node) {
@@ -60,6 +57,28 @@ ErrorCode whyNotRemovable(const Node& node) {
         return node.refusal;
     }
     return isOpenWithoutDelete(node) ? errorSharingViolation : errorSuccess;
+}
+
+// Why a move cannot give this name to a node.
+ErrorCode whyNotTarget(const Lookup& from, const Lookup& to, std::uint32_t flags) {
+    const bool isBeingDeleted = to.parent && to.error == errorAccessDenied;
+    if (isBeingDeleted || (to.node && to.node != from.node)) {
+        if ((flags & moveReplaceExisting) == 0) {
+            return errorAlreadyExists;
+        }
+        const bool isReplaceable = whyNotWritable(to) == errorSuccess && !from.node->isDirectory() &&
+                                   to.node->refusal == errorSuccess && to.node->opens.empty();
+        return isReplaceable ? errorSuccess : errorAccessDenied;
+    }
+    if (!to.node && (!to.parent || to.error != errorFileNotFound)) {
+        return to.error == errorFileNotFound ? errorPathNotFound : to.error;
+    }
+    const bool isFileWithSeparator = !to.node && to.isDirectoryName && !from.node->isDirectory();
+    return isFileWithSeparator ? errorInvalidName : errorSuccess;
+}
+
+std::wstring driveOf(const std::wstring& path) {
+    return upperCase(path.substr(path.starts_with(L"\\\\?\\") ? 4 : 0, 2));
 }
 
 // `*` and `?` as the system compares them.
@@ -123,14 +142,13 @@ bool createDirectory(const std::wstring& path) {
         return failWith(found.parent->refusal);
     }
     const auto directory = std::make_shared<Node>();
-    directory->name = found.leaf;
     directory->attributes = attributeDirectory;
-    found.parent->entries[upperCase(found.leaf)] = directory;
+    simulation::setEntry(*found.parent, found.leaf, directory);
     return true;
 }
 
 bool copyFile(const std::wstring& source, const std::wstring& target, ExistingTarget existingTarget) {
-    if (const ErrorCode fault = beginOperation("copyFile", source, true)) {
+    if (const ErrorCode fault = beginOperation("copyFile", source, target, true)) {
         return failWith(fault);
     }
     const bool isFailure = existingTarget == ExistingTarget::isFailure;
@@ -147,7 +165,7 @@ bool copyFile(const std::wstring& source, const std::wstring& target, ExistingTa
     if (!reading) {
         return failWith(error);
     }
-    simulation::closeOpenFile(*reading);
+    simulation::closeOpenFile(machineOfSelf(), *reading);
     const Lookup to = find(target);
     if (to.node == from.node) {
         return failWith(errorSharingViolation);
@@ -178,11 +196,10 @@ bool copyFile(const std::wstring& source, const std::wstring& target, ExistingTa
     }
     const NodePointer copy = to.node ? to.node : std::make_shared<Node>();
     if (!to.node) {
-        copy->name = to.leaf;
-        to.parent->entries[upperCase(to.leaf)] = copy;
+        simulation::setEntry(*to.parent, to.leaf, copy);
     }
     const std::size_t size = from.node->content.size();
-    simulation::keepOnDevice(*copy);
+    simulation::emptyFile(*copy);
     copy->content = from.node->content.substr(0, self().isCutShort ? size / 2 : size);
     copy->attributes = from.node->attributes;
     return true;
@@ -201,28 +218,26 @@ bool flushFile(const std::wstring& path) {
     if (!writing) {
         return failWith(error);
     }
-    simulation::closeOpenFile(*writing);
+    simulation::closeOpenFile(machineOfSelf(), *writing);
     found.node->onDevice.reset();
+    simulation::forceNames(machineOfSelf(), path);
     return true;
 }
 
-bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t /*flags*/) {
-    if (const ErrorCode fault = beginOperation("moveFile", source)) {
+bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t flags) {
+    if (const ErrorCode fault = beginOperation("moveFile", source, target, false, {flags})) {
         return failWith(fault);
+    }
+    if ((flags & ~(moveReplaceExisting | moveWriteThrough)) != 0) {
+        simulation::giveUp("moveFile got a flag that is not in its contract");
     }
     const Lookup from = find(source);
     if (!from.node || !from.parent) {
         return failWith(from.node ? errorAccessDenied : from.error);
     }
     const Lookup to = find(target);
-    if (to.node && to.node != from.node) {
-        return failWith(errorAlreadyExists);
-    }
-    if (!to.node && (!to.parent || to.error != errorFileNotFound)) {
-        return failWith(to.error == errorFileNotFound ? errorPathNotFound : to.error);
-    }
-    if (!to.node && to.isDirectoryName && !from.node->isDirectory()) {
-        return failWith(errorInvalidName);
+    if (const ErrorCode reason = whyNotTarget(from, to, flags)) {
+        return failWith(reason);
     }
     if (const ErrorCode reason = whyNotRemovable(*from.node)) {
         return failWith(reason);
@@ -236,18 +251,21 @@ bool moveFile(const std::wstring& source, const std::wstring& target, std::uint3
     if (to.parent->refusal != errorSuccess) {
         return failWith(to.parent->refusal);
     }
-    const auto driveOf = [](const std::wstring& path) {
-        const std::wstring plain = path.starts_with(L"\\\\?\\") ? path.substr(4) : path;
-        return upperCase(plain.substr(0, 2));
-    };
     if (driveOf(source) != driveOf(target)) {
         return failWith(errorNotSameDevice);
     }
+    if (to.node && to.node != from.node) {
+        simulation::noteRemoval(machineOfSelf(), target, to.node);
+        simulation::removeFile(machineOfSelf(), *to.parent, upperCase(to.leaf));
+    }
     simulation::loadContent(*from.node);  // the host knows it by its present name
     simulation::noteMove(machineOfSelf(), source, from.node);
-    from.parent->entries.erase(upperCase(from.leaf));
-    from.node->name = to.leaf;
-    to.parent->entries[upperCase(to.leaf)] = from.node;
+    simulation::eraseEntry(*from.parent, upperCase(from.leaf));
+    simulation::setEntry(*to.parent, to.leaf, from.node);
+    if ((flags & moveWriteThrough) != 0 && !machineOfSelf().ignoresWriteThrough) {
+        simulation::forceNames(machineOfSelf(), source);
+        simulation::forceNames(machineOfSelf(), target);
+    }
     return true;
 }
 
@@ -262,12 +280,12 @@ bool deleteFile(const std::wstring& path) {
     if (const ErrorCode reason = whyNotRemovable(*found.node)) {
         return failWith(reason);
     }
-    MachineState& machine = machineOfSelf();
-    if (machine.freeSpace) {
-        *machine.freeSpace += found.node->content.size();
+    simulation::noteRemoval(machineOfSelf(), path, found.node);
+    if (found.node->opens.empty()) {
+        simulation::removeFile(machineOfSelf(), *found.parent, upperCase(found.leaf));
+    } else {
+        found.node->deletedFrom = found.parent;
     }
-    simulation::noteRemoval(machine, path, found.node);
-    found.parent->entries.erase(upperCase(found.leaf));
     return true;
 }
 
@@ -296,7 +314,7 @@ bool removeDirectory(const std::wstring& path) {
         return failWith(errorAccessDenied);
     }
     simulation::noteRemoval(machineOfSelf(), path, found.node);
-    found.parent->entries.erase(upperCase(found.leaf));
+    simulation::eraseEntry(*found.parent, upperCase(found.leaf));
     return true;
 }
 
@@ -403,7 +421,8 @@ std::optional<std::wstring> moduleFileName(std::size_t capacity) {
 
 Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t sharing,
                   std::uint32_t disposition, std::uint32_t attributes) {
-    if (const ErrorCode fault = beginOperation("createFile", path, disposition == openFileAlways)) {
+    if (const ErrorCode fault = beginOperation("createFile", path, disposition == openFileAlways,
+                                               {access, sharing, disposition, attributes})) {
         failWith(fault);
         return Handle::none;
     }
@@ -430,12 +449,12 @@ Handle createFile(const std::wstring& path, std::uint32_t access, std::uint32_t 
             return Handle::none;
         }
         found.node = std::make_shared<Node>();
-        found.node->name = found.leaf;
-        found.parent->entries[upperCase(found.leaf)] = found.node;
+        simulation::setEntry(*found.parent, found.leaf, found.node);
     }
     ErrorCode error = errorSuccess;
     auto file = simulation::openNode(found.node, (access & accessRead) != 0, (access & accessWrite) != 0,
-                                     (sharing & shareRead) != 0, (sharing & shareWrite) != 0, false, error);
+                                     (sharing & shareRead) != 0, (sharing & shareWrite) != 0,
+                                     (sharing & shareDelete) != 0, error);
     if (!file) {
         failWith(error);
         return Handle::none;
@@ -483,18 +502,21 @@ std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool wri
     return file;
 }
 
-void keepOnDevice(Node& node) {
-    if (!node.onDevice) {
-        node.onDevice = node.content;
-    }
-    if (node.isOriginal) {
-        machineOfSelf().watch.formerContents.emplace(&node, node.content);
+void closeOpenFile(MachineState& machine, OpenFile& file) {
+    Node& node = *file.node;
+    std::erase(node.opens, &file);
+    file.lockLength = 0;
+    const NodePointer directory = node.deletedFrom.lock();
+    if (directory && node.opens.empty()) {
+        removeFile(machine, *directory, upperCase(node.name));
     }
 }
 
-void closeOpenFile(OpenFile& file) {
-    std::erase(file.node->opens, &file);
-    file.lockLength = 0;
+void removeFile(MachineState& machine, Node& directory, const std::wstring& name) {
+    if (machine.freeSpace) {
+        *machine.freeSpace += directory.entries.at(name)->content.size();
+    }
+    eraseEntry(directory, name);
 }
 
 }  // namespace simulation

@@ -17,7 +17,7 @@ Object* objectOf(std::uintptr_t handle, ObjectKind kind) {
 
 void releaseObject(MachineState& machine, Object& object) {
     if (object.file) {
-        closeOpenFile(*object.file);
+        closeOpenFile(machine, *object.file);
     }
     if (object.kind == ObjectKind::semaphore) {
         releaseSemaphore(machine, object.semaphore);

@@ -35,14 +35,6 @@ void collectTree(Node& directory, const std::wstring& path, std::vector<std::wst
     }
 }
 
-void forgetCache(Node& node) {
-    node.content = node.onDevice.value_or(node.content);
-    node.onDevice.reset();
-    for (const auto& [name, entry] : node.entries) {
-        forgetCache(*entry);
-    }
-}
-
 NodePointer copyTree(const Node& node) {
     auto copy = std::make_shared<Node>();
     copy->name = node.name;
@@ -116,6 +108,14 @@ void Machine::runUntilIdle(std::uint64_t limitMilliseconds) {
                                [](const auto& entry) { return entry.second->state != ProcessState::ended; });
         },
         limitMilliseconds);
+}
+
+void Machine::reuseProcessIds() {
+    state->reusesProcessIds = true;
+}
+
+std::uint32_t Machine::systemIdOf(ProcessId process) const {
+    return state->processes.at(process)->systemId;
 }
 
 void Machine::stop(ProcessId process) {
@@ -209,6 +209,7 @@ void Machine::writeFile(const std::wstring& path, const std::string& content) {
     Node& file = *makeNode(*state, path, 0);
     file.host.reset();
     file.content = content;
+    file.onDevice.reset();
 }
 
 std::optional<std::string> Machine::readFile(const std::wstring& path) const {
@@ -218,6 +219,18 @@ std::optional<std::string> Machine::readFile(const std::wstring& path) const {
     }
     loadContent(*found.node);
     return found.node->content;
+}
+
+std::wstring Machine::fullPath(const std::wstring& path) const {
+    const ParsedPath parsed = parsePath(path, state->currentDirectory, plainPathLimit);
+    if (parsed.error != platform::errorSuccess) {
+        return path;
+    }
+    std::wstring full = parsed.components.front() + (parsed.components.size() == 1 ? L"\\" : L"");
+    for (std::size_t i = 1; i < parsed.components.size(); ++i) {
+        full += L"\\" + parsed.components[i];
+    }
+    return full;
 }
 
 bool Machine::exists(const std::wstring& path) const {
@@ -245,6 +258,9 @@ void Machine::remove(const std::wstring& path) {
     const Lookup found = find(*state, path);
     if (found.node && found.parent) {
         found.parent->entries.erase(upperCase(found.leaf));
+        if (found.parent->entriesOnDevice) {
+            found.parent->entriesOnDevice->erase(upperCase(found.leaf));
+        }
     }
 }
 
@@ -279,12 +295,6 @@ void Machine::loadDisks(const DiskImage& image) {
     }
 }
 
-void Machine::losePower() {
-    for (const auto& [drive, root] : state->drives) {
-        forgetCache(*root);
-    }
-}
-
 void Machine::refuse(const std::wstring& path, platform::ErrorCode error) {
     const Lookup found = find(*state, path);
     if (found.node) {
@@ -297,7 +307,7 @@ void Machine::setFreeSpace(std::optional<std::uint64_t> bytes) {
     state->freeSpace = bytes;
 }
 
-void Machine::holdOpen(const std::wstring& path) {
+void Machine::holdOpen(const std::wstring& path, HeldSharing sharing) {
     const Lookup found = find(*state, path);
     if (!found.node) {
         return;
@@ -305,8 +315,9 @@ void Machine::holdOpen(const std::wstring& path) {
     auto file = std::make_unique<OpenFile>();
     file->node = found.node;
     file->canRead = true;
-    file->sharesRead = false;
-    file->sharesWrite = false;
+    file->sharesRead = sharing == HeldSharing::everything;
+    file->sharesWrite = file->sharesRead;
+    file->sharesDelete = file->sharesRead;
     found.node->opens.push_back(file.get());
     state->heldOpen[upperCase(path)] = std::move(file);
 }
@@ -314,7 +325,7 @@ void Machine::holdOpen(const std::wstring& path) {
 void Machine::releaseOpen(const std::wstring& path) {
     const auto held = state->heldOpen.find(upperCase(path));
     if (held != state->heldOpen.end()) {
-        closeOpenFile(*held->second);
+        closeOpenFile(*state, *held->second);
         state->heldOpen.erase(held);
     }
 }
@@ -387,8 +398,17 @@ std::vector<std::string> Machine::pipePayloads(const std::wstring& name) const {
     return found == state->pipes.end() ? std::vector<std::string>() : found->second.payloads;
 }
 
+bool Machine::hasPipeClient(const std::wstring& name) const {
+    const auto found = state->pipes.find(upperCase(name));
+    return found != state->pipes.end() && found->second.isConnected;
+}
+
 platform::LocalTime Machine::now() const {
-    return timeAfter(state->elapsed);
+    return timeOf(*state);
+}
+
+void Machine::passDays(std::uint32_t days) {
+    state->daysPassed += days;
 }
 
 std::uint64_t Machine::elapsedMilliseconds() const {
@@ -434,9 +454,7 @@ Surroundings Machine::surroundings() const {
     found.isAdministrator = std::find(state->userGroups.begin(), state->userGroups.end(),
                                       state->administratorsName) != state->userGroups.end();
     found.processes = state->otherProcesses;
-    for (const auto& [path, program] : state->programs) {
-        found.programs.push_back(path);
-    }
+    found.programs = state->programs;
     found.hasFailures = !state->faults.empty() || state->stop || state->freeSpace ||
                         !state->heldOpen.empty() || state->hasRefusals;
     return found;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -39,6 +40,8 @@ struct ProcessEnd {
     std::uint32_t status = 0;
 };
 
+// Names a process of the machine. It is also the process id that programs see, unless that has come again
+// (Machine::reuseProcessIds).
 using ProcessId = std::uint32_t;
 
 // Whether other processes may open a semaphore; denied gives them errorAccessDenied.
@@ -54,6 +57,8 @@ struct StartedProcess {
     bool started = false;
 };
 
+using Numbers = std::array<std::uint32_t, 4>;
+
 // One call of the system interface, for assertions about access patterns.
 struct Operation {
     std::string name;       // of the function, e.g. "createDirectory"
@@ -63,6 +68,10 @@ struct Operation {
     bool writes = false;      // it needs disk space: creates a file, writes or flushes
     platform::ErrorCode fault = platform::errorSuccess;  // the error of an injected fault
     platform::ErrorCode error = platform::errorSuccess;  // why it failed, for whatever reason
+    // The second path of copyFile and moveFile; of a stream, the path that it was opened with.
+    std::wstring target;
+    std::uint64_t time = 0;  // in elapsed milliseconds
+    Numbers numbers{};       // access rights, flags, lengths and milliseconds, in the order of the arguments
 };
 
 // A registry value: a text or a 32-bit number.
@@ -183,11 +192,27 @@ struct Surroundings {
     std::wstring currentDirectory;
     std::wstring user;
     bool isAdministrator = false;
-    std::vector<std::wstring> processes;  // that addProcess added
-    std::vector<std::wstring> programs;   // upper-case paths of installProgram
+    std::vector<std::wstring> processes;       // that addProcess added
+    std::map<std::wstring, Program> programs;  // of installProgram, by upper-case path
     // A fault, a stop, a refusal, a held file or a full disk is waiting.
     bool hasFailures = false;
 };
+
+// What a power loss leaves of what is not on the device.
+struct PowerLoss {
+    // With `old`, directories have the entries that they had, so that new files are missing, moved ones are
+    // back, and so are removed ones. With `kept`, the names are as by a journal.
+    enum class Names { kept, old };
+    // With `old`, files have the content that they had, and new ones are empty. With `zeroFilled`, they have
+    // their present size, and zeros instead of what was written.
+    enum class Contents { old, zeroFilled };
+
+    Names names = Names::kept;
+    Contents contents = Contents::old;
+};
+
+// What another program shares that holds a file open.
+enum class HeldSharing { nothing, everything };
 
 class MachineState;
 
@@ -228,6 +253,12 @@ public:
 
     // Kills a process. What it has written but not flushed is lost.
     void stop(ProcessId process);
+
+    // From now on a new process gets the process id of the one that ended last, as soon as no process has a
+    // handle of that any more. Otherwise every process has a new one.
+    void reuseProcessIds();
+    // The process id that programs see.
+    std::uint32_t systemIdOf(ProcessId process) const;
 
     bool isRunning(ProcessId process) const;
     ProcessEnd endOf(ProcessId process) const;  // of one that has ended
@@ -270,6 +301,8 @@ public:
     void makeDirectory(const std::wstring& path);                          // all levels
     void writeFile(const std::wstring& path, const std::string& content);  // and its directories
     std::optional<std::string> readFile(const std::wstring& path) const;   // what is on the disk
+    // The full path on its drive, as a process in the machine's current directory means it.
+    std::wstring fullPath(const std::wstring& path) const;
     bool exists(const std::wstring& path) const;
     bool isDirectory(const std::wstring& path) const;
     std::uint32_t attributes(const std::wstring& path) const;  // 0 if it does not exist
@@ -281,17 +314,21 @@ public:
     // restored; refusals are gone then, and programs stay installed.
     DiskImage saveDisks() const;
     void loadDisks(const DiskImage& image);
-    // A power loss while no process is running. Names and directories are kept, as by a journal. A file that
-    // was written but not flushed since the drives were created or restored has its old content; a new one
-    // is empty.
-    void losePower();
+    // A power loss: every process is stopped dead, and what is not on the device is lost. Tests write to the
+    // device; so do flushFile, and moveFile with moveWriteThrough.
+    void losePower(const PowerLoss& loss = {});
+    // Brings everything to the device, as the system does after a while.
+    void flushDisks();
+    // From now on moveWriteThrough has no effect, as on a device that reports success too early.
+    void ignoreWriteThrough();
     // Every attempt to open, change or remove this file or directory, but not its content, fails with this
     // error from now on; errorSuccess ends that. Reading its attributes still works.
     void refuse(const std::wstring& path, platform::ErrorCode error);
     // Bytes that can still be written before errorDiskFull; no value: no limit.
     void setFreeSpace(std::optional<std::uint64_t> bytes);
-    // Holds a file open as another program that shares nothing.
-    void holdOpen(const std::wstring& path);
+    // Holds a file open as another program would: one that shares nothing, or one that shares everything,
+    // as a virus scanner does.
+    void holdOpen(const std::wstring& path, HeldSharing sharing = HeldSharing::nothing);
     void releaseOpen(const std::wstring& path);
 
     // A new machine has C: and D:.
@@ -350,10 +387,12 @@ public:
     void createPipe(const std::wstring& name, PipeState pipeState);
     // What clients wrote to a pipe, one text per connection, also after its server has ended.
     std::vector<std::string> pipePayloads(const std::wstring& name) const;
+    bool hasPipeClient(const std::wstring& name) const;  // one is connected now
 
     Surroundings surroundings() const;
 
-    platform::LocalTime now() const;  // 2026-01-31 23:59:00.000, a Saturday, at first
+    platform::LocalTime now() const;    // 2026-01-31 23:59:00.000, a Saturday, at first
+    void passDays(std::uint32_t days);  // changes the date only
     std::uint64_t elapsedMilliseconds() const;
     void setTickCount(std::uint32_t milliseconds);
 
@@ -388,5 +427,10 @@ void servePipe(const std::wstring& name);
 
 // Creates a named pipe whose only instance stays busy, so that clients wait until this process ends.
 void servePipeToNobody(const std::wstring& name);
+
+// Creates a named pipe as a process that does not read it. One client can connect and write what fits into
+// the buffer. A write of more, and the next client, wait until this process ends or calls readPipe.
+void servePipeWithoutReading(const std::wstring& name, std::size_t bufferSize);
+void readPipe(const std::wstring& name);
 
 }  // namespace simulation

@@ -17,6 +17,7 @@
 #include "platform/handles.h"
 #include "platform/streams.h"
 #include "platform/system_version.h"
+#include "simulation/command_line.h"
 #include "simulation/machine.h"
 
 // Inside the machine: its records, shared by the files that implement the system interface.
@@ -25,24 +26,34 @@ namespace simulation {
 inline constexpr std::uint64_t never = UINT64_MAX;
 
 struct OpenFile;
+struct Node;
+
+using NodePointer = std::shared_ptr<Node>;
+
+struct DirectoryEntry {
+    NodePointer node;
+    std::wstring name;
+};
 
 // A file or a directory.
 struct Node {
     std::wstring name;
     std::uint32_t attributes = 0;
-    std::string content;                                    // of a file
-    std::map<std::wstring, std::shared_ptr<Node>> entries;  // of a directory, by upper-case name
+    std::string content;                          // of a file
+    std::map<std::wstring, NodePointer> entries;  // of a directory, by upper-case name
     std::vector<OpenFile*> opens;
     platform::ErrorCode refusal = platform::errorSuccess;
     std::optional<std::string> onDevice;  // content on the device, if `content` is not flushed
     // A directory that is not listed yet; of a file that is not read yet, the directory that holds it.
     std::shared_ptr<const HostDirectory> host;
-    bool isOriginal = false;  // it was there at the last watchDisks
+    bool isOriginal = false;         // it was there at the last watchDisks
+    std::size_t intactOnDevice = 0;  // bytes of it that the file has not given up since
+    std::optional<std::map<std::wstring, DirectoryEntry>> entriesOnDevice;  // if `entries` are not flushed
+    std::weak_ptr<Node> deletedFrom;  // of a deleted file that is still open: its directory
 
+    bool isBeingDeleted() const { return !deletedFrom.expired(); }
     bool isDirectory() const { return (attributes & platform::attributeDirectory) != 0; }
 };
-
-using NodePointer = std::shared_ptr<Node>;
 
 struct OpenFile {
     NodePointer node;
@@ -61,10 +72,16 @@ struct Semaphore {
 
 enum class ObjectKind { file, process, thread, semaphore, snapshot, pipe, registryKey, token };
 
-// A named pipe with one instance: a client waits while another is connected.
+// A named pipe with one instance: a client waits while another is connected, or until the server has read
+// what the last one wrote.
 struct Pipe {
+    std::uint64_t server = 0;  // counts the processes that have served it
     bool isBusy = false;
+    bool isConnected = false;
     bool isServed = true;
+    bool isRead = true;
+    std::size_t bufferSize = 0;         // of a pipe that is not read
+    std::size_t unread = 0;             // bytes in its buffer
     std::vector<std::string> payloads;  // one per connection
 };
 
@@ -76,6 +93,7 @@ struct Object {
     ProcessId processId = 0;
     std::wstring semaphore;
     std::wstring pipe;  // at the client's end
+    std::uint64_t pipeServer = 0;
     std::wstring servedPipe;
     std::vector<platform::ProcessEntry> snapshotEntries;
     std::size_t snapshotPosition = 0;
@@ -101,6 +119,7 @@ struct FindState {
 // A buffered stream of the runtime library.
 struct platform::Stream {
     std::unique_ptr<simulation::OpenFile> file;
+    std::wstring path;           // as it was opened
     std::uint64_t position = 0;  // of the next byte to read, or of the first byte in the buffer
     std::string buffer;          // written but not flushed
     bool appends = false;
@@ -131,6 +150,7 @@ private:
 
 struct Process {
     ProcessId id = 0;
+    std::uint32_t systemId = 0;  // that programs see
     ProcessId parent = 0;
     std::vector<std::wstring> arguments;
     std::wstring module;
@@ -181,6 +201,8 @@ public:
     std::mt19937_64 generator;
     std::uint64_t elapsed = 0;
     ProcessId lastProcessId = 1000;
+    bool reusesProcessIds = false;
+    std::vector<ProcessId> ended;  // whose process ids have not come again
     std::uint32_t switchOdds = 1;
     std::uint32_t stallOdds = 0;
     std::uint32_t longestStall = 1;
@@ -194,6 +216,10 @@ public:
     std::function<void(const std::string&, const std::wstring&)> beforeOperation;
 
     Process& addProcess(const std::vector<std::wstring>& arguments, Program program);
+    std::uint32_t nextSystemId(ProcessId process);
+    bool hasHandleOf(ProcessId process) const;
+    // A process that runs or of which a process has a handle; null if there is none with this process id.
+    const Process* findBySystemId(std::uint32_t systemId) const;
     void runWhile(const std::function<bool()>& isWanted, std::uint64_t limit);
     void stopProcess(Process& process);
     void giveTurn(Process& next);
@@ -213,6 +239,7 @@ public:
     std::map<std::wstring, NodePointer> drives;
     std::optional<std::uint64_t> freeSpace;
     bool hasRefusals = false;
+    bool ignoresWriteThrough = false;
     std::map<std::wstring, Program> programs;  // by upper-case full path
     Program anyProgram;
     DiskWatch watch;
@@ -235,6 +262,7 @@ public:
     std::map<std::wstring, Semaphore> semaphores;
     std::map<std::wstring, Pipe> pipes;  // by upper-case name
     std::uint32_t tickStart = 0;
+    std::uint64_t daysPassed = 0;  // besides the elapsed time
     bool hasConsole = false;
     std::wstring consoleTitle;
     bool isConsoleHidden = false;
@@ -257,7 +285,7 @@ struct ProcessEnded {
     UnflushedData data = UnflushedData::lost;
 };
 
-platform::LocalTime timeAfter(std::uint64_t elapsed);
+platform::LocalTime timeOf(const MachineState& machine);
 
 // Ends the whole test program with this reason.
 [[noreturn]] void giveUp(const char* reason);
@@ -269,7 +297,12 @@ MachineState& machineOfSelf();
 
 // Begins an operation of the system interface: lets other processes run, records the operation, stops the
 // process if that is due. Returns the error of an injected fault, which the caller reports as its own.
-platform::ErrorCode beginOperation(const char* name, const std::wstring& argument = {}, bool writes = false);
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument = {}, bool writes = false,
+                                   const Numbers& numbers = {});
+platform::ErrorCode beginOperation(const char* name, const std::wstring& argument, const std::wstring& target,
+                                   bool writes, const Numbers& numbers = {});
+platform::ErrorCode beginOperation(const char* name, const platform::Stream& stream, bool writes = false,
+                                   const Numbers& numbers = {});
 
 // Sets the last error of the process and returns false.
 bool failWith(platform::ErrorCode error);
@@ -293,12 +326,15 @@ struct Lookup {
     bool isDirectoryName = false;                        // the path ends in a separator
 };
 Lookup lookUp(MachineState& machine, const ParsedPath& path);
+// The same for the running process, which cannot use a file that is being deleted (errorAccessDenied).
+// Paths may have fewer characters than the limit.
+inline constexpr std::size_t plainPathLimit = 260;
+Lookup lookUpForSelf(const std::wstring& path, std::size_t limit = plainPathLimit);
 NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes);
 
 // Opens a node. Null with `error` on a refusal or a sharing violation.
 std::unique_ptr<OpenFile> openNode(const NodePointer& node, bool reads, bool writes, bool sharesRead,
                                    bool sharesWrite, bool sharesDelete, platform::ErrorCode& error);
-void closeOpenFile(OpenFile& file);
 // Read from the host what has not been read yet. A directory or file that cannot be read refuses access.
 void loadEntries(Node& directory);
 void loadContent(Node& file);
@@ -307,9 +343,18 @@ std::string beginningOf(const Node& file, std::size_t bytes);
 // For diskChanges: call them before an original node is moved or removed.
 void noteMove(MachineState& machine, const std::wstring& path, const NodePointer& node);
 void noteRemoval(MachineState& machine, const std::wstring& path, const NodePointer& node);
+void closeOpenFile(MachineState& machine, OpenFile& file);  // removes a deleted file after its last handle
+void removeFile(MachineState& machine, Node& directory, const std::wstring& upperCaseName);
 
-// Call it before the content of a file changes: the device keeps the old one until a flush.
-void keepOnDevice(Node& node);
+// Changes of names and contents. What the device has stays there until it is forced (device.cpp).
+void setEntry(Node& directory, const std::wstring& name, const NodePointer& node);
+void eraseEntry(Node& directory, const std::wstring& upperCaseName);
+void keepOnDevice(Node& file);  // call it before the content changes
+void emptyFile(Node& file);
+// Brings to the device what has the last name of this path, or that nothing has it, and the names of its
+// directories. The directories must exist.
+void forceNames(MachineState& machine, const std::wstring& path);
+
 bool writeOut(MachineState& machine, platform::Stream& stream);  // sets the last error
 void releaseSemaphore(MachineState& machine, const std::wstring& name);
 // Gives the object a handle of the running process, and finds it again (null for another kind).
@@ -322,8 +367,5 @@ void releasePipeEnd(MachineState& machine, const Object& object);
 
 // Opens the client's end of a pipe. Null with the last error set.
 std::unique_ptr<Object> openPipe(MachineState& machine, const std::wstring& name);
-
-// Splits a command line by the system's rules.
-std::vector<std::wstring> splitCommandLine(const std::wstring& commandLine);
 
 }  // namespace simulation

@@ -19,7 +19,7 @@ void removeCurrentDirectoryFromLibrarySearch() {
 
 std::uint32_t currentProcessId() {
     beginOperation("currentProcessId");
-    return self().id;
+    return self().systemId;
 }
 
 void exitProcess(int status) {

@@ -6,8 +6,8 @@ namespace simulation {
 
 namespace {
 
-constexpr std::size_t plainPathLimit = 260;
 constexpr std::size_t longestName = 255;
+constexpr std::wstring_view longForm = L"\\\\?\\";
 
 wchar_t upperUnit(wchar_t unit) {
     const bool isLatin = (unit >= L'a' && unit <= L'z') || (unit >= 0xE0 && unit <= 0xFE && unit != 0xF7);
@@ -67,10 +67,14 @@ std::optional<std::wstring> makeFullPath(const std::wstring& path, const std::ws
         return std::nullopt;
     }
     std::wstring text = path.substr(0, path.find(L'\0'));
-    if (text.starts_with(L"\\\\?\\")) {
+    if (text.starts_with(longForm)) {
         return text;
     }
     std::replace(text.begin(), text.end(), L'/', L'\\');
+    if (text.starts_with(longForm)) {  // with forward slashes it is normalised
+        const std::optional<std::wstring> full = makeFullPath(text.substr(longForm.size()), currentDirectory);
+        return full ? std::optional<std::wstring>(std::wstring(longForm) + *full) : std::nullopt;
+    }
     if (text.starts_with(L"\\\\.")) {
         return text;
     }
@@ -117,8 +121,8 @@ std::optional<std::wstring> makeFullPath(const std::wstring& path, const std::ws
 
 ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirectory, std::size_t limit) {
     ParsedPath parsed;
-    const bool isLong = path.starts_with(L"\\\\?\\");
     const std::optional<std::wstring> full = makeFullPath(path, currentDirectory);
+    const bool isLong = full && full->starts_with(longForm);
     if (!full) {
         parsed.error = platform::errorPathNotFound;
         return parsed;
@@ -127,7 +131,7 @@ ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirect
         parsed.error = limit < plainPathLimit ? platform::errorFileNameTooLong : platform::errorPathNotFound;
         return parsed;
     }
-    std::vector<std::wstring> parts = split(isLong ? full->substr(4) : withoutShare(*full));
+    std::vector<std::wstring> parts = split(isLong ? full->substr(longForm.size()) : withoutShare(*full));
     parsed.endsInSeparator = parts.size() > 1 && parts.back().empty();
     if (parsed.endsInSeparator) {
         parts.pop_back();
@@ -189,8 +193,17 @@ Lookup lookUp(MachineState& machine, const ParsedPath& path) {
     return found;
 }
 
+Lookup lookUpForSelf(const std::wstring& path, std::size_t limit) {
+    Lookup found = lookUp(machineOfSelf(), parsePath(path, self().currentDirectory, limit));
+    if (found.node && found.node->isBeingDeleted()) {
+        found.node = nullptr;
+        found.error = platform::errorAccessDenied;
+    }
+    return found;
+}
+
 NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes) {
-    const bool isLong = path.starts_with(L"\\\\?\\");
+    const bool isLong = path.starts_with(longForm);
     const ParsedPath parsed =
         parsePath(isLong ? path : L"\\\\?\\" + *makeFullPath(path, L"C:\\"), L"C:\\", plainPathLimit);
     NodePointer node = machine.drives.at(upperCase(parsed.components.front()));
@@ -201,6 +214,9 @@ NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint3
             entry = std::make_shared<Node>();
             entry->name = parsed.components[i];
             entry->attributes = i + 1 == parsed.components.size() ? attributes : platform::attributeDirectory;
+            if (node->entriesOnDevice) {
+                (*node->entriesOnDevice)[upperCase(entry->name)] = {entry, entry->name};
+            }
         }
         node = entry;
     }

@@ -61,14 +61,14 @@ FoundProgram findProgram(const std::wstring& name) {
         if (!full) {
             continue;
         }
-        const Lookup file = lookUp(machine, parsePath(*full, self().currentDirectory, 260));
+        const Lookup file = lookUpForSelf(*full);
         if (!file.node || file.node->isDirectory()) {
             // A directory of this name is the more telling error.
             const bool isDenied = file.node || found.error == platform::errorAccessDenied;
             found.error = isDenied ? platform::errorAccessDenied : file.error;
             continue;
         }
-        found.path = *full;
+        found.path = full->starts_with(L"\\\\?\\") ? full->substr(4) : *full;
         found.program = programOf(machine, found.path, *file.node);
         found.error = found.program ? platform::errorSuccess : platform::errorBadProgram;
         break;
@@ -156,7 +156,7 @@ std::optional<ChildProcess> createProcess(const std::wstring& commandLine, const
     record.started = true;
     machine.started.push_back(record);
     return ChildProcess{addProcessObject(ObjectKind::process, process.id),
-                        addProcessObject(ObjectKind::thread, process.id), process.id};
+                        addProcessObject(ObjectKind::thread, process.id), process.systemId};
 }
 
 bool hasProcessEnded(Handle process) {
@@ -179,8 +179,8 @@ std::optional<std::uint32_t> processExitCode(Handle process) {
     return child.state == simulation::ProcessState::ended ? child.end.status : exitCodeStillActive;
 }
 
-void waitForInputIdle(Handle /*process*/, std::uint32_t /*milliseconds*/) {
-    beginOperation("waitForInputIdle");
+void waitForInputIdle(Handle /*process*/, std::uint32_t milliseconds) {
+    beginOperation("waitForInputIdle", std::wstring(), false, {milliseconds});
 }
 
 Handle openProcess(std::uint32_t processId) {
@@ -188,11 +188,12 @@ Handle openProcess(std::uint32_t processId) {
         failWith(fault);
         return Handle::none;
     }
-    if (machineOfSelf().processes.count(processId) == 0) {
+    const Process* process = machineOfSelf().findBySystemId(processId);
+    if (process == nullptr) {
         failWith(errorInvalidParameter);
         return Handle::none;
     }
-    return addProcessObject(ObjectKind::process, processId);
+    return addProcessObject(ObjectKind::process, process->id);
 }
 
 Handle processSnapshot() {
@@ -208,7 +209,7 @@ Handle processSnapshot() {
     }
     for (const auto& [id, process] : machine.processes) {
         if (process->state != simulation::ProcessState::ended) {
-            object->snapshotEntries.push_back({simulation::fileNameOf(process->module), id});
+            object->snapshotEntries.push_back({simulation::fileNameOf(process->module), process->systemId});
         }
     }
     return static_cast<Handle>(addObject(std::move(object)));

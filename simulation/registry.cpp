@@ -135,7 +135,7 @@ std::optional<std::wstring> refuseText(ErrorCode error) {
 }  // namespace
 
 RegistryKey openRegistryKey(RegistryRoot root, const std::wstring& path, std::uint32_t access) {
-    if (const ErrorCode fault = beginOperation("openRegistryKey", path)) {
+    if (const ErrorCode fault = beginOperation("openRegistryKey", path, false, {access})) {
         return refuseKey(fault);
     }
     simulation::MachineState& machine = machineOfSelf();

@@ -55,11 +55,42 @@ Process& MachineState::addProcess(const std::vector<std::wstring>& arguments, Pr
     lastProcessId += 4;
     auto process = std::make_unique<Process>();
     process->id = lastProcessId;
+    process->systemId = nextSystemId(lastProcessId);
     process->arguments = arguments;
     process->program = std::move(program);
     Process& added = *process;
     processes[added.id] = std::move(process);
     return added;
+}
+
+// The process id of a new process.
+std::uint32_t MachineState::nextSystemId(ProcessId process) {
+    for (std::size_t i = reusesProcessIds ? ended.size() : 0; i > 0; --i) {
+        const ProcessId former = ended[i - 1];
+        if (!hasHandleOf(former)) {
+            ended.erase(ended.begin() + static_cast<std::ptrdiff_t>(i - 1));
+            return processes.at(former)->systemId;
+        }
+    }
+    return process;
+}
+
+bool MachineState::hasHandleOf(ProcessId process) const {
+    return std::any_of(processes.begin(), processes.end(), [&](const auto& entry) {
+        const auto& objects = entry.second->objects;
+        return std::any_of(objects.begin(), objects.end(),
+                           [&](const auto& object) { return object.second->processId == process; });
+    });
+}
+
+const Process* MachineState::findBySystemId(std::uint32_t systemId) const {
+    for (const auto& [id, process] : processes) {
+        const bool isKnown = process->state != ProcessState::ended || hasHandleOf(id);
+        if (process->systemId == systemId && isKnown) {
+            return process.get();
+        }
+    }
+    return nullptr;
 }
 
 void MachineState::giveTurn(Process& next) {
@@ -233,7 +264,7 @@ void MachineState::finish(MachineState& machine, Process& process, const Process
         if (data != UnflushedData::lost) {
             writeOut(machine, *stream);
         }
-        closeOpenFile(*stream->file);
+        closeOpenFile(machine, *stream->file);
     }
     process.streams.clear();
     for (const auto& [handle, object] : process.objects) {
@@ -243,6 +274,7 @@ void MachineState::finish(MachineState& machine, Process& process, const Process
     process.finds.clear();
     process.end = end;
     process.state = ProcessState::ended;
+    machine.ended.push_back(process.id);
     if (machine.whenEnded) {
         machine.whenEnded(process.id);
     }

@@ -35,8 +35,8 @@ using simulation::Object;
 using simulation::ObjectKind;
 using simulation::SemaphoreAccess;
 
-Handle openSemaphore(const std::wstring& name, std::uint32_t /*access*/) {
-    if (const ErrorCode fault = beginOperation("openSemaphore", name)) {
+Handle openSemaphore(const std::wstring& name, std::uint32_t access) {
+    if (const ErrorCode fault = beginOperation("openSemaphore", name, false, {access})) {
         failWith(fault);
         return Handle::none;
     }

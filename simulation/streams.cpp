@@ -44,7 +44,7 @@ Stream* openStream(const std::wstring& path, const char* mode) {
     const bool makes = modeText[0] != 'r';
     const bool empties = modeText[0] == 'w';
     const bool updates = modeText.size() > 1;
-    Lookup found = lookUp(machine, simulation::parsePath(path, self().currentDirectory, 260));
+    Lookup found = simulation::lookUpForSelf(path);
     if (!found.node) {
         if (!makes || !found.parent || found.error != errorFileNotFound) {
             failWith(found.error);
@@ -59,8 +59,7 @@ Stream* openStream(const std::wstring& path, const char* mode) {
             return nullptr;
         }
         found.node = std::make_shared<Node>();
-        found.node->name = found.leaf;
-        found.parent->entries[simulation::upperCase(found.leaf)] = found.node;
+        simulation::setEntry(*found.parent, found.leaf, found.node);
     } else if (empties && (found.node->attributes & attributeHidden) != 0) {
         failWith(errorAccessDenied);  // the system empties a hidden file only if asked for a hidden one
         return nullptr;
@@ -76,11 +75,11 @@ Stream* openStream(const std::wstring& path, const char* mode) {
         if (machine.freeSpace) {
             *machine.freeSpace += found.node->content.size();
         }
-        simulation::keepOnDevice(*found.node);
-        found.node->content.clear();
+        simulation::emptyFile(*found.node);
     }
     auto stream = std::make_unique<Stream>();
     stream->file = std::move(file);
+    stream->path = path;
     stream->appends = modeText[0] == 'a';
     Stream* opened = stream.get();
     self().streams.insert(std::move(stream));
@@ -89,7 +88,7 @@ Stream* openStream(const std::wstring& path, const char* mode) {
 
 ReadResult readStream(Stream* stream, char* buffer, std::size_t capacity) {
     constexpr ReadResult failure{0, true};
-    if (const ErrorCode fault = beginOperation("readStream", stream->file->node->name)) {
+    if (const ErrorCode fault = beginOperation("readStream", *stream)) {
         failWith(fault);
         return failure;
     }
@@ -110,7 +109,7 @@ ReadResult readStream(Stream* stream, char* buffer, std::size_t capacity) {
 }
 
 bool writeStream(Stream* stream, const std::string& bytes) {
-    if (const ErrorCode fault = beginOperation("writeStream", stream->file->node->name, true)) {
+    if (const ErrorCode fault = beginOperation("writeStream", *stream, true)) {
         return failWith(fault);
     }
     if (!stream->file->canWrite) {
@@ -121,16 +120,14 @@ bool writeStream(Stream* stream, const std::string& bytes) {
 }
 
 bool flushStream(Stream* stream) {
-    if (const ErrorCode fault =
-            beginOperation("flushStream", stream->file->node->name, !stream->buffer.empty())) {
+    if (const ErrorCode fault = beginOperation("flushStream", *stream, !stream->buffer.empty())) {
         return failWith(fault);
     }
     return writeOut(machineOfSelf(), *stream);
 }
 
 bool rewindStream(Stream* stream) {
-    if (const ErrorCode fault =
-            beginOperation("rewindStream", stream->file->node->name, !stream->buffer.empty())) {
+    if (const ErrorCode fault = beginOperation("rewindStream", *stream, !stream->buffer.empty())) {
         return failWith(fault);
     }
     const bool isWritten = writeOut(machineOfSelf(), *stream);
@@ -174,15 +171,15 @@ bool truncateStream(Stream* stream, std::uint64_t size) {
 }
 
 bool closeStream(Stream* stream) {
-    const ErrorCode fault = beginOperation("closeStream", stream->file->node->name, !stream->buffer.empty());
+    const ErrorCode fault = beginOperation("closeStream", *stream, !stream->buffer.empty());
     const bool isWritten = fault == errorSuccess && writeOut(machineOfSelf(), *stream);
-    simulation::closeOpenFile(*stream->file);
+    simulation::closeOpenFile(machineOfSelf(), *stream->file);
     std::erase_if(self().streams, [&](const auto& open) { return open.get() == stream; });
     return isWritten || failWith(fault != errorSuccess ? fault : self().lastError);
 }
 
 bool lockStream(Stream* stream, std::uint32_t length) {
-    if (const ErrorCode fault = beginOperation("lockStream", stream->file->node->name)) {
+    if (const ErrorCode fault = beginOperation("lockStream", *stream, false, {length})) {
         return failWith(fault);
     }
     const bool isHeld = std::any_of(stream->file->node->opens.begin(), stream->file->node->opens.end(),
@@ -195,7 +192,7 @@ bool lockStream(Stream* stream, std::uint32_t length) {
 }
 
 bool unlockStream(Stream* stream, std::uint32_t length) {
-    if (const ErrorCode fault = beginOperation("unlockStream", stream->file->node->name)) {
+    if (const ErrorCode fault = beginOperation("unlockStream", *stream, false, {length})) {
         return failWith(fault);
     }
     if (stream->file->lockLength != length) {

@@ -46,15 +46,18 @@ void publish(const std::wstring& workspace, const std::wstring& records, const s
     }
 }
 
-bool takeStopRequest(const std::wstring& workspace) {
-    return DeleteFileW((workspace + L"\\standin.stop").c_str()) != 0;
+// A request is a file that a test creates.
+bool takeRequest(const std::wstring& workspace, const wchar_t* name) {
+    return DeleteFileW((workspace + L"\\" + name).c_str()) != 0;
 }
 
 void live(const standin::Script& script, const std::wstring& workspace, const std::wstring& records) {
+    using Publishing = standin::Script::Publishing;
     const ULONGLONG begin = GetTickCount64();
-    bool isPublished = !script.publishes;
-    while (GetTickCount64() - begin < script.livesMilliseconds && !takeStopRequest(workspace)) {
-        if (!isPublished && GetTickCount64() - begin >= script.publishAfterMilliseconds) {
+    bool isPublished = script.publishing == Publishing::never;
+    while (GetTickCount64() - begin < script.livesMilliseconds && !takeRequest(workspace, L"standin.stop")) {
+        if (!isPublished &&
+            (script.publishing == Publishing::atOnce || takeRequest(workspace, L"standin.publish"))) {
             publish(workspace, records, script);
             isPublished = true;
         }

@@ -19,9 +19,9 @@ Script readScript(const std::wstring& path) {
     std::string command;
     while (file >> command) {
         if (command == "no-publish") {
-            script.publishes = false;
-        } else if (command == "publish-after") {
-            file >> script.publishAfterMilliseconds;
+            script.publishing = Script::Publishing::never;
+        } else if (command == "publish-on-request") {
+            script.publishing = Script::Publishing::onRequest;
         } else if (command == "no-pipe") {
             script.servesPipe = false;
         } else if (command == "blank-lines") {

@@ -10,8 +10,8 @@ enum class Semaphore { open, denied };
 
 // What the standin does; see README.md.
 struct Script {
-    std::uint32_t publishAfterMilliseconds = 0;
-    bool publishes = true;
+    enum class Publishing { atOnce, onRequest, never };
+    Publishing publishing = Publishing::atOnce;
     bool servesPipe = true;
     std::uint32_t blankLines = 0;  // before the name in `.pipe`
     Semaphore semaphore = Semaphore::open;

@@ -17,12 +17,14 @@ inline constexpr std::uint32_t attributeDirectory = 0x10;
 inline constexpr std::uint32_t attributeNormal = 0x80;
 inline constexpr std::uint32_t attributeNotContentIndexed = 0x2000;
 
+inline constexpr std::uint32_t moveReplaceExisting = 0x1;
 inline constexpr std::uint32_t moveWriteThrough = 0x8;
 
 inline constexpr std::uint32_t accessRead = 0x80000000;
 inline constexpr std::uint32_t accessWrite = 0x40000000;
 inline constexpr std::uint32_t shareRead = 0x1;
 inline constexpr std::uint32_t shareWrite = 0x2;
+inline constexpr std::uint32_t shareDelete = 0x4;
 inline constexpr std::uint32_t openExistingFile = 3;
 inline constexpr std::uint32_t openFileAlways = 4;
 
@@ -45,12 +47,15 @@ bool copyFile(const std::wstring& source, const std::wstring& target, ExistingTa
 // in a stream's buffer is not part of the file yet.
 bool flushFile(const std::wstring& path);
 
-// Renames a file or directory (MoveFileExW). `flags` is moveWriteThrough or 0; without a replace flag
-// an existing target is a failure.
+// Renames a file or directory (MoveFileExW with these two flags or none). An existing target is a failure,
+// unless both are files and moveReplaceExisting is given. With moveWriteThrough the names are on the
+// device when the call returns; without it, or without flushFile, a power loss can bring the old ones back.
 bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t flags);
 
 // Deletes a file (DeleteFileW). Fails for a read-only file, for a directory, and for a file that is
-// open without shared deletion.
+// open without shared deletion. A file that is open with shared deletion may keep its name until its last
+// handle is closed. Until then every operation on it fails with errorAccessDenied, no other file can take
+// its name, and its directory cannot be removed.
 bool deleteFile(const std::wstring& path);
 
 // Removes an empty directory (RemoveDirectoryW).

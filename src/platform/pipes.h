@@ -14,7 +14,8 @@ inline constexpr std::uint32_t waitForever = 0xFFFFFFFF;
 // no such pipe, or after `milliseconds`.
 bool waitNamedPipe(const std::wstring& name, std::uint32_t milliseconds);
 
-// Writes the bytes to an open pipe in one call (WriteFile). The byte count is not reported.
+// Writes the bytes to an open pipe in one call (WriteFile). Waits without a limit while they do not fit into
+// the pipe's buffer and the server reads nothing. The byte count is not reported.
 bool writePipe(Handle pipe, const std::string& bytes);
 
 }  // namespace platform

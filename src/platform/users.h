@@ -25,7 +25,9 @@ std::optional<std::wstring> accountName(SecurityId id, std::size_t capacity);
 
 struct LocalGroups {
     bool hasSucceeded = false;
-    std::uint32_t entriesRead = 0;  // as the system reports them, also on failure
+    // As the system reports them, also on failure: fewer are read than there are only if the list did not
+    // fit (errorMoreData).
+    std::uint32_t entriesRead = 0;
     std::uint32_t totalEntries = 0;
     std::vector<std::wstring> names;  // empty on failure
 };

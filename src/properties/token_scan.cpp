@@ -214,7 +214,8 @@ std::optional<std::wstring> TokenScan::textForLog() const {
 }
 
 std::wstring TokenScan::result() const {
-    return partOf(text, 0, isTooLong() ? keptOfOverlongText : lengthOf(text));
+    const std::size_t length = lengthOf(text);
+    return partOf(text, 0, isTooLong() ? std::min(length, keptOfOverlongText) : length);
 }
 
 }  // namespace

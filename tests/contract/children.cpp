@@ -8,6 +8,7 @@
 #include "platform/console.h"
 #include "platform/environment.h"
 #include "platform/own_process.h"
+#include "platform/pipes.h"
 
 namespace contract {
 
@@ -74,15 +75,39 @@ int holdNamedSemaphore(const Arguments& arguments) {
     return 0;
 }
 
-int serveNamedPipe(const Arguments& arguments) {
-    servePipe(arguments.at(0));
-    waitForRelease(arguments.at(1), arguments.at(2));
+// Writes what the clients of this process's pipe have sent.
+void writeServedTexts(const Arguments& arguments) {
     const auto count = static_cast<std::size_t>(std::stoi(arguments.at(3)));
     const std::vector<std::string> texts = servedTexts(arguments.at(0), count);
     for (std::size_t i = 0; i < texts.size(); ++i) {
         write(arguments.at(2) + L"." + std::to_wstring(i + 1), texts[i]);
     }
+}
+
+int serveNamedPipe(const Arguments& arguments) {
+    createPipe(arguments.at(0));
+    servePipe(arguments.at(0));
+    waitForRelease(arguments.at(1), arguments.at(2));
+    writeServedTexts(arguments);
     return 0;
+}
+
+int holdNamedPipe(const Arguments& arguments) {
+    createPipe(arguments.at(0));
+    waitForRelease(arguments.at(1), arguments.at(2));
+    if (arguments.at(3) != L"0") {
+        servePipe(arguments.at(0));
+        writeServedTexts(arguments);
+    }
+    return 0;
+}
+
+int sendToPipe(const Arguments& arguments) {
+    const platform::Handle client =
+        platform::createFile(arguments.at(0), platform::accessRead | platform::accessWrite, 0,
+                             platform::openExistingFile, platform::attributeNormal);
+    const bool isWritten = platform::writePipe(client, std::string(std::stoul(arguments.at(1)), 'x'));
+    return isWritten ? 0 : static_cast<int>(platform::lastError());
 }
 
 int useConsole(const Arguments& arguments) {
@@ -204,13 +229,11 @@ void release(const Holder& holder) {
 
 int runAsChild() {
     static const std::map<std::wstring, int (*)(const Arguments&)> kinds = {
-        {L"exit", exitLater},           {L"leave", leaveUnflushed},
-        {L"fault", faultUnflushed},     {L"lock", holdLock},
-        {L"pipe", serveNamedPipe},      {L"semaphore", holdNamedSemaphore},
-        {L"console", useConsole},       {L"id", writeProcessId},
-        {L"orphan", startOrphan},       {L"late", writeLate},
-        {L"variable", writeVariable},   {L"arguments", writeArguments},
-        {L"directory", writeDirectory},
+        {L"exit", exitLater},         {L"leave", leaveUnflushed},     {L"fault", faultUnflushed},
+        {L"lock", holdLock},          {L"pipe", serveNamedPipe},      {L"semaphore", holdNamedSemaphore},
+        {L"unread", holdNamedPipe},   {L"send", sendToPipe},          {L"console", useConsole},
+        {L"id", writeProcessId},      {L"orphan", startOrphan},       {L"late", writeLate},
+        {L"variable", writeVariable}, {L"arguments", writeArguments}, {L"directory", writeDirectory},
     };
     const Arguments all = platform::commandLineArguments();
     const auto kind = kinds.find(all.at(2));

@@ -18,6 +18,9 @@ namespace contract {
 //   semaphore NAME READY RELEASE    does the same with a semaphore
 //   pipe NAME READY RELEASE COUNT   does the same with a pipe, and then writes what COUNT clients sent to
 //                                   RELEASE.1, RELEASE.2, ...
+//   unread NAME READY RELEASE COUNT the same, but nothing is read before RELEASE exists, and never if COUNT
+//                                   is 0
+//   send NAME BYTES                 writes this many bytes to a pipe and ends with 0 or the error code
 //   console TITLE FILE              sets the title of a console of its own, finds its window, hides and finds
 //                                   it again, sets the title "another", and writes the results and titles to
 //                                   FILE
@@ -45,7 +48,7 @@ std::uint32_t runChild(const std::wstring& arguments);
 // Waits until the file exists, for at most 30 seconds.
 void waitForFile(const std::wstring& path);
 
-// A child `lock`, `semaphore` or `pipe`, until it is released.
+// A child `lock`, `semaphore`, `pipe` or `unread`, until it is released.
 struct Holder {
     platform::Handle process = platform::Handle::none;
     std::wstring releaseFile;

@@ -17,9 +17,17 @@
 // simulated machine and against Windows, so that both implementations keep the same promises.
 namespace contract {
 
-// True under Wine, which differs from Windows in a few places. A test that meets a difference names it
-// and expects the behaviour of Windows only elsewhere.
+// True under Wine, which differs from Windows in a few places. A test that meets a difference names it: it
+// is skipped there (GTEST_SKIP), or expects the behaviour of Windows only elsewhere.
 bool isWine();
+
+// Skips the rest of a test, whose assertion does not hold under Wine. The reason says what Wine does instead.
+#define SKIP_UNDER_WINE(reason)             \
+    do {                                    \
+        if (contract::isWine()) {           \
+            GTEST_SKIP() << "Wine " reason; \
+        }                                   \
+    } while (false)
 
 // The test program as the first argument of a command line, quoted.
 std::wstring childProgram();
@@ -36,7 +44,9 @@ void setScratchBytes(const std::wstring& valueName, const std::string& bytes);
 
 // For child processes: holds a semaphore that any process may open, until the process ends.
 void holdSemaphore(const std::wstring& name);
-// Serves a pipe, one client after the other, until the process ends.
+// Creates a pipe with a buffer of 64 KiB, which a client can connect to, but whose clients are not read yet.
+void createPipe(const std::wstring& name);
+// Reads the clients of this process's pipe, one after the other, until the process ends.
 void servePipe(const std::wstring& name);
 // What the first `count` clients of this process's pipe wrote, once they have closed it.
 std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count);

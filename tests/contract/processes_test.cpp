@@ -126,6 +126,46 @@ TEST_F(Processes, OpenedProcessHasAnExitCode) {
     });
 }
 
+TEST_F(Processes, EndedProcessCanBeOpenedWhileAHandleIsOpen) {
+    onMachine([&] {
+        const ChildProcess child = startChild(L"exit 5");
+        EXPECT_TRUE(waitForEnd(child.process));
+        const Handle process = openProcess(child.processId);
+        ASSERT_NE(process, Handle::none) << lastError();
+        EXPECT_EQ(processExitCode(process), 5U);
+        closeHandle(process);
+        closeHandle(child.process);
+    });
+}
+
+TEST_F(Processes, EndedProcessIsUnknownAfterItsLastHandle) {
+    onMachine([&] {
+        const ChildProcess child = startChild(L"exit 5");
+        EXPECT_EQ(waitForExitCode(child.process), 5U);
+        Handle process = openProcess(child.processId);
+        for (int i = 0; i < 200 && processExitCode(process) == 5U; ++i) {
+            closeHandle(process);
+            sleepMilliseconds(10);  // the system takes a moment to forget it
+            process = openProcess(child.processId);
+        }
+        EXPECT_NE(processExitCode(process), 5U);  // another process may have the process id by now
+        closeHandle(process);
+    });
+}
+
+TEST_F(Processes, ProcessIdDoesNotComeAgainWhileAHandleIsOpen) {
+    onMachine([&] {
+        const ChildProcess held = startChild(L"exit 5");
+        EXPECT_TRUE(waitForEnd(held.process));
+        for (int i = 0; i < 5; ++i) {
+            const ChildProcess other = startChild(L"exit 0");
+            EXPECT_NE(other.processId, held.processId);
+            EXPECT_EQ(waitForExitCode(other.process), 0U);
+        }
+        closeHandle(held.process);
+    });
+}
+
 TEST_F(Processes, UnusedProcessIdCannotBeOpened) {
     onMachine([&] {
         EXPECT_FAILS(openProcess(0x7FFFFFF0), errorInvalidParameter);

@@ -43,6 +43,19 @@ TEST_F(Starts, ProgramIsFoundWithoutItsExtension) {
     });
 }
 
+TEST_F(Starts, ProgramIsFoundByItsLongForm) {
+    onMachine([&] {
+        for (const wchar_t* prefix : {L"\\\\?\\", L"//?/"}) {
+            std::wstring command = childCommand(L"exit 6");
+            command.insert(1, prefix);
+            const std::optional<ChildProcess> child = createProcess(command, {});
+            ASSERT_TRUE(child) << lastError();
+            closeHandle(child->thread);
+            EXPECT_EQ(waitForExitCode(child->process), 6U);
+        }
+    });
+}
+
 TEST_F(Starts, MissingProgramDiffersFromInvalidProgram) {
     onMachine([&] {
         EXPECT_FAILS(createProcess(programIn(L"gone.exe") + L" x", {}), errorFileNotFound);

@@ -8,14 +8,16 @@
 #include <fstream>
 #include <sstream>
 
+#include "explained_start.h"
 #include "support/text.h"
 
 namespace endtoend {
 
 namespace {
 
-constexpr DWORD launcherMilliseconds = 60000;
-constexpr DWORD platformMilliseconds = 15000;
+// Bounds of waits for events; a busy machine may need most of them.
+constexpr DWORD launcherMilliseconds = 120000;
+constexpr DWORD platformMilliseconds = 60000;
 constexpr DWORD pauseMilliseconds = 50;
 
 std::wstring environmentText(const wchar_t* name) {
@@ -45,25 +47,65 @@ std::pair<Text, Text> splitAtEquals(const Text& line) {
     return {line.substr(0, separator), separator == Text::npos ? Text() : line.substr(separator + 1)};
 }
 
-// This process's environment with the test's own variables and without the missing ones, as one block.
-std::wstring environmentBlock(const Variables& own, const std::set<std::wstring>& missing) {
+// This process's environment.
+Variables ownVariables() {
     Variables variables;
     wchar_t* block = GetEnvironmentStringsW();
     for (const wchar_t* entry = block; *entry != L'\0'; entry += std::wstring(entry).size() + 1) {
         variables.insert(splitAtEquals(std::wstring(entry)));
     }
     FreeEnvironmentStringsW(block);
-    for (const auto& [name, value] : own) {
-        variables[name] = value;
-    }
-    for (const std::wstring& name : missing) {
-        variables.erase(name);
-    }
+    return variables;
+}
+
+std::wstring environmentBlock(const Variables& variables) {
     std::wstring text;
     for (const auto& [name, value] : variables) {
         text += name + L"=" + value + L'\0';
     }
     return text + L'\0';
+}
+
+Variables variablesIn(const std::string& lines) {
+    Variables variables;
+    for (const std::wstring& line : linesOf(launchertest::withLineFeeds(lines))) {
+        variables.insert(splitAtEquals(line));
+    }
+    return variables;
+}
+
+// What zelexplain's environment lists. It does not know the hidden variables, such as `=C:`.
+explaintest::Lines changesOf(const Variables& before, const Variables& after) {
+    std::map<std::wstring, std::wstring> set;
+    std::vector<std::wstring> unset;
+    for (const auto& [name, value] : after) {
+        const auto old = before.find(name);
+        if (!name.starts_with(L'=') && (old == before.end() || old->second != value)) {
+            set[name] = value;
+        }
+    }
+    for (const auto& [name, value] : before) {
+        if (!name.starts_with(L'=') && after.count(name) == 0) {
+            unset.push_back(name);
+        }
+    }
+    return explaintest::environmentLines(set, unset);
+}
+
+// Those of the simulated machine and of the platforms that have recorded theirs.
+std::set<std::string> processIdsOf(const Contents& records) {
+    std::set<std::string> ids = {"4096"};
+    constexpr int firstSimulated = 7000;
+    constexpr int lastSimulated = 8000;
+    for (int id = firstSimulated; id <= lastSimulated; id += 4) {
+        ids.insert(std::to_string(id));
+    }
+    for (const auto& [path, content] : records) {
+        if (path.ends_with(L"\\start.txt")) {
+            ids.insert(splitAtEquals(launchertest::splitLines(content).front()).second);
+        }
+    }
+    return ids;
 }
 
 // The process in .zel.main, or null.
@@ -196,7 +238,8 @@ void EndToEnd::layOut() {
     fs::create_directories(root / L"temp");
     placeProgram(launcherName, launcherPath());
     placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");
-    write(base / L"win32" / L"x86_64" / L"standin.script", joined(scriptLines));
+    // Platforms live until their test ends them, unless the script says otherwise.
+    write(base / L"win32" / L"x86_64" / L"standin.script", "live 120000\r\n" + joined(scriptLines));
     write(install / L"zel" / L"zellauncher.properties", joined(launcherLines));
     write(base / L"zelinstall.properties", joined(baseLines));
     write(base / L"config.ini", "seeded=base\r\n");
@@ -241,26 +284,49 @@ Running EndToEnd::beginCommand(std::wstring command) {
         layOut();
     }
     workspaces.push_back(workspace());
-    Variables variables = {{L"TEMP", (root / L"temp").wstring()},
-                           {L"HOMEDRIVE", userHome.root_name().wstring()},
-                           {L"HOMEPATH", userHome.wstring().substr(2)},
-                           {L"USERPROFILE", userHome.wstring()},
-                           {L"USERNAME", userName}};
+    return beginProcess(std::move(command), nullptr);
+}
+
+Variables EndToEnd::launcherVariables() const {
+    Variables variables = ownVariables();
+    variables[L"TEMP"] = (root / L"temp").wstring();
+    variables[L"HOMEDRIVE"] = userHome.root_name().wstring();
+    variables[L"HOMEPATH"] = userHome.wstring().substr(2);
+    variables[L"USERPROFILE"] = userHome.wstring();
+    variables[L"USERNAME"] = userName;
     for (const auto& [name, value] : environment) {
         variables[name] = value;
     }
-    std::wstring block = environmentBlock(variables, missingVariables);
+    for (const std::wstring& name : missingVariables) {
+        variables.erase(name);
+    }
+    return variables;
+}
+
+Running EndToEnd::beginProcess(std::wstring command, void* output) const {
+    std::wstring block = environmentBlock(launcherVariables());
     STARTUPINFOW start = {};
     start.cb = sizeof(start);
+    if (output != nullptr) {
+        start.dwFlags = STARTF_USESTDHANDLES;
+        start.hStdOutput = output;
+        start.hStdError = output;
+    }
     PROCESS_INFORMATION process = {};
-    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_UNICODE_ENVIRONMENT,
-                       block.data(), currentDirectory.empty() ? nullptr : currentDirectory.c_str(), &start,
+    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, output != nullptr ? TRUE : FALSE,
+                       CREATE_UNICODE_ENVIRONMENT, block.data(),
+                       currentDirectory.empty() ? nullptr : currentDirectory.c_str(), &start,
                        &process) == 0) {
-        ADD_FAILURE() << "CreateProcessW of the launcher failed with error " << GetLastError();
+        ADD_FAILURE() << "CreateProcessW failed with error " << GetLastError() << ": "
+                      << launchertest::toUtf8(command);
         return {};
     }
     CloseHandle(process.hThread);
     return {process.hProcess, process.dwProcessId};
+}
+
+bool EndToEnd::hasEnded(const Running& running) {
+    return WaitForSingleObject(running.process, 0) == WAIT_OBJECT_0;
 }
 
 Status EndToEnd::waitFor(const Running& running) {
@@ -281,7 +347,65 @@ Status EndToEnd::waitFor(const Running& running) {
 }
 
 Status EndToEnd::launch(const Arguments& arguments) {
-    return waitFor(begin(arguments));
+    return environmentText(L"ZELLAUNCHER_EXPLAIN").empty() ? waitFor(begin(arguments))
+                                                           : launchExplained(arguments);
+}
+
+std::string EndToEnd::explain(const Arguments& arguments) const {
+    const fs::path file = root.wstring() + L".json";
+    SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+    HANDLE output = CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS,
+                                FILE_ATTRIBUTE_NORMAL, nullptr);
+    std::wstring command = quoted((builtPrograms() / L"zelexplain.exe").wstring()) + L" start " +
+                           quoted(install.wstring()) + L" --json --program " +
+                           quoted(launcherPath().wstring()) + L" --administrator " +
+                           (isUserAdministrator() ? L"yes" : L"no") + L" --platform " +
+                           (isPlatformRunning() ? L"running" : L"none") + L" --";
+    for (const std::wstring& argument : arguments) {
+        command += L" " + quoted(argument);
+    }
+    EXPECT_EQ(waitFor(beginProcess(command, output)), 0U);
+    CloseHandle(output);
+    const std::string text = bytesOf(file);
+    fs::remove(file);
+    return text;
+}
+
+Status EndToEnd::launchExplained(const Arguments& arguments) {
+    if (!isLaidOut) {
+        layOut();
+    }
+    const Contents records = recordsOf(root);
+    const ExplainedStart start = readExplanation(explain(arguments), contentsOf(root));
+    const Status status = waitFor(begin(arguments));
+    const auto newRecord = [&](const wchar_t* name) { return newEntry(records, recordsOf(root), name); };
+    if (status == 0U && start.said.outcome != "prepared") {
+        EXPECT_TRUE(eventually([&] { return newRecord(L"running.txt") || newRecord(L"payload-"); }));
+    }
+    explaintest::Differences differences(processIdsOf(recordsOf(root)));
+    explaintest::Side real;
+    real.status = static_cast<std::int32_t>(status.value_or(0));
+    real.outcome = status == 0U ? "prepared" : "refused";
+    if (const auto command = newRecord(L"command.txt")) {
+        real.outcome = "started";
+        real.command = *command;
+        real.environment = changesOf(launcherVariables(), variablesIn(*newRecord(L"environment.txt")));
+        differences.compare("environment", start.said.environment, real.environment);
+    } else if (const auto payload = newRecord(L"payload-")) {
+        const std::wstring text = launchertest::pipeText(*payload);
+        real.outcome = "handedOver";
+        real.command = launchertest::toUtf8(text.substr(0, text.find(L'\0')));
+    }
+    differences.compare("outcome", start.said.outcome, real.outcome);
+    differences.compare("status", std::to_string(start.said.status), std::to_string(real.status));
+    differences.compare("command", real.command.empty() ? "" : start.said.command, real.command);
+    compareContents(differences, start, contentsOf(root));
+    differences.compare("log", start.said.log, logLines(start.logPath),
+                        explaintest::Differences::Order::matters);
+    for (const std::string& difference : differences.all) {
+        ADD_FAILURE() << difference;
+    }
+    return status;
 }
 
 Status EndToEnd::launchFrom(const fs::path& program, const Arguments& arguments) {
@@ -346,11 +470,7 @@ std::wstring EndToEnd::platformCommand(const fs::path& directory) const {
 
 Variables EndToEnd::platformEnvironment() const {
     awaitRecords(workspace());
-    Variables variables;
-    for (const std::wstring& line : linesOf(read(workspace() / L"standin" / L"environment.txt"))) {
-        variables.insert(splitAtEquals(line));
-    }
-    return variables;
+    return variablesIn(read(workspace() / L"standin" / L"environment.txt"));
 }
 
 std::map<std::string, std::string> EndToEnd::platformStart() const {
@@ -400,11 +520,15 @@ bool EndToEnd::isPlatformRunning(const fs::path& directory) const {
     return isRunning;
 }
 
+void EndToEnd::askPlatform(const std::string& request, const fs::path& directory) {
+    write(directory / ("standin." + request), "");
+}
+
 void EndToEnd::stopPlatform(const fs::path& directory) {
     std::error_code ignored;
     HANDLE process = openRecordedProcess(directory, SYNCHRONIZE);
     if (process != nullptr) {
-        write(directory / L"standin.stop", "");
+        askPlatform("stop", directory);
         WaitForSingleObject(process, platformMilliseconds);
         CloseHandle(process);
     }

@@ -84,7 +84,8 @@ protected:
     // Lays out examples/install instead.
     void layOutExample();
 
-    // Starts the launcher with these arguments and waits for its end.
+    // Starts the launcher with these arguments and waits for its end. With the variable ZELLAUNCHER_EXPLAIN,
+    // zelexplain explains the start before, and a difference between both fails the test.
     Status launch(const Arguments& arguments = {});
     Status launchFrom(const fs::path& program, const Arguments& arguments = {});
     // Starts it with this text after the program on the command line.
@@ -94,6 +95,7 @@ protected:
     Running beginFrom(const fs::path& program, const Arguments& arguments);
     static Status waitFor(const Running& running);
     fs::path launcherPath() const { return install / L"zel" / launcherName; }
+    static bool hasEnded(const Running& running);
 
     fs::path workspace() const;              // the user's default one
     std::wstring workspaceArgument() const;  // as the launcher spells it on the command line
@@ -135,6 +137,9 @@ protected:
     // The pipe's name as the pipe file has it.
     std::wstring pipeName() const { return pipeName(workspace()); }
     static std::wstring pipeName(const fs::path& directory);
+    // Requests `stop` or `publish` from the platform without waiting for it.
+    void askPlatform(const std::string& request) const { askPlatform(request, workspace()); }
+    static void askPlatform(const std::string& request, const fs::path& directory);
     // Asks the platform to end, waits for that and deletes its records.
     void stopPlatform() { stopPlatform(workspace()); }
     void stopPlatform(const fs::path& directory);
@@ -146,7 +151,7 @@ protected:
 
     // True if the condition becomes true within this time.
     template <typename Condition>
-    static bool eventually(Condition condition, int seconds = 10) {
+    static bool eventually(Condition condition, int seconds = 60) {
         constexpr int looksPerSecond = 20;
         for (int i = 0; i < seconds * looksPerSecond; ++i) {
             if (condition()) {
@@ -162,6 +167,13 @@ private:
     static std::vector<std::string> stampedLogs(const fs::path& directory);
     static void awaitRecords(const fs::path& directory);
     Running beginCommand(std::wstring command);
+    // With the launcher's environment and current directory, and this output unless it is null.
+    Running beginProcess(std::wstring command, void* output) const;
+    Variables launcherVariables() const;
+    // What zelexplain prints for a start, as JSON.
+    std::string explain(const Arguments& arguments) const;
+    // launch, compared with what zelexplain says before. A difference fails the test.
+    Status launchExplained(const Arguments& arguments);
 
     bool isLaidOut = false;
     std::vector<fs::path> workspaces;  // in which a platform may run

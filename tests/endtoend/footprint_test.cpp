@@ -87,6 +87,25 @@ TEST_F(Footprint, RefusedStartWritesATempLogThatTheNextStartDeletes) {
     EXPECT_EQ(changesOutside(workspace(), later), nothing);
 }
 
+TEST_F(Footprint, FailingCommandOnlyWritesItsLogAndRemovesAStalePipeFile) {
+    EXPECT_EQ(launch(), 0U) << log();
+    stopPlatform();
+    const std::wstring inWorkspace = fs::relative(workspace(), root).wstring();
+    Tree before = treeOf(observed());
+    EXPECT_EQ(launch({L"-dcommand_only"}), fatalStatus);
+    EXPECT_EQ(changesFrom(before), (std::vector<std::wstring>{inWorkspace + L"\\.pipe",
+                                                              inWorkspace + L"\\logs\\zellauncher.log"}));
+    before = treeOf(observed());
+    EXPECT_EQ(launch({L"-dcommand_only", L"java.home"}), fatalStatus);
+    EXPECT_EQ(changesFrom(before), std::vector<std::wstring>{inWorkspace + L"\\logs\\zellauncher.log"});
+}
+
+TEST_F(Footprint, CommandOnlyOfANewUserWritesATempLog) {
+    const Tree before = treeOf(observed());
+    EXPECT_EQ(launch({L"-dcommand_only"}), fatalStatus);
+    EXPECT_EQ(changesFrom(before), std::vector<std::wstring>{L"temp\\zellauncher.log"});
+}
+
 TEST_F(Footprint, StartWithDataWritesOnlyThatWorkspace) {
     const fs::path other = root / L"elsewhere";
     const Tree before = treeOf(observed());

@@ -16,11 +16,12 @@ namespace fs = std::filesystem;
 class OnePlatform : public EndToEnd {};
 
 TEST_F(OnePlatform, OneOfTwoLaunchersAtOnceStartsIt) {
-    scriptLines = {"publish-after 1500"};
+    scriptLines = {"publish-on-request"};
     layOut();
     // With -debug each has its own log.
     const Running first = begin({L"-debug", L"one"});
     const Running second = begin({L"-debug", L"two"});
+    askPlatform("publish");
     const Status firstStatus = waitFor(first);
     const Status secondStatus = waitFor(second);
     ASSERT_TRUE(firstStatus && secondStatus);
@@ -72,21 +73,24 @@ TEST_F(OnePlatform, InaccessiblePlatformIsFatal) {
 }
 
 TEST_F(OnePlatform, LockIsHeldUntilThePipeFileExists) {
-    scriptLines = {"publish-after 3000"};
+    scriptLines = {"publish-on-request"};
     const Running launcher = begin();
     platformArguments();
     EXPECT_FALSE(isLockFree());
     EXPECT_FALSE(fs::exists(workspace() / L".pipe"));
+    askPlatform("publish");
     EXPECT_EQ(waitFor(launcher), 0U);
     EXPECT_TRUE(fs::exists(workspace() / L".pipe"));
     EXPECT_TRUE(isLockFree());
 }
 
 TEST_F(OnePlatform, ZelLauncherWaitStaysUntilItEnds) {
-    scriptLines = {"live 4000", "exit 7"};
+    scriptLines = {"exit 7"};
     const Running launcher = begin({L"-zelLauncherWait"});
     EXPECT_TRUE(eventually([&] { return fs::exists(workspace() / L".pipe") && isLockFree(); }));
     EXPECT_TRUE(isPlatformRunning());
+    EXPECT_FALSE(hasEnded(launcher));
+    askPlatform("stop");
     EXPECT_EQ(waitFor(launcher), 0U);
     EXPECT_FALSE(isPlatformRunning());
     EXPECT_EQ(read(workspace() / L"standin" / L"ended.txt"), "exit=7\n");

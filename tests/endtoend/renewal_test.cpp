@@ -31,6 +31,12 @@ protected:
         EXPECT_TRUE(fs::exists(config() / L"zelinstall.properties.bak"));
         EXPECT_TRUE(isPlatformRunning(workspace()));
     }
+    // The rest of the line after this text; empty without the text.
+    static std::string textAfter(const std::string& text, const std::string& log) {
+        const std::size_t found = log.find(text);
+        const std::size_t begin = found + text.size();
+        return found == std::string::npos ? std::string() : log.substr(begin, log.find('\n', begin) - begin);
+    }
 };
 
 TEST_F(Renewals, NewIdentityRenewsTheConfiguration) {
@@ -99,19 +105,31 @@ TEST_F(Renewals, SecondStartWaitsWhileProvisioningRuns) {
     setProperty("provisioning", "true");
     setProperty("provisioning.manifest.version", "7");
     setProperty("provisioning.application", "com.example.prov");
-    scriptLines = {"live 2500"};
     layOut();
-    const Running first = begin({L"vmarg.Dshare=-Xshareclasses:name=x"});
+    // With -debug each has its own log.
+    const Running first = begin({L"-debug", L"vmarg.Dshare=-Xshareclasses:name=x"});
     EXPECT_TRUE(hasArgument(L"-userProvLaunch"));
     EXPECT_TRUE(hasArgument(L"-Xshareclasses=none"));
     const std::string provisioning = platformProcessId();
-    const Running second = begin();
+    const Running second = begin({L"-debug"});
+    EXPECT_FALSE(hasEnded(first));
+    askPlatform("stop");
     EXPECT_EQ(waitFor(first), 0U);
-    EXPECT_EQ(read(workspace() / L".zel.main"), provisioning + std::string(5, ' '));
-    EXPECT_EQ(waitFor(second), 0U);
     // The second start provisions again, because the standin did not record the version.
-    EXPECT_NE(read(workspace() / L".zel.main"), provisioning + std::string(5, ' '));
-    EXPECT_TRUE(contains(log(), "ZLNCH0073I: Provisioning Command = '\""));
+    EXPECT_TRUE(eventually([&] {
+        const std::string record = read(workspace() / L".zel.main");
+        return !record.empty() && record != provisioning + std::string(5, ' ');
+    }));
+    askPlatform("stop");
+    EXPECT_EQ(waitFor(second), 0U);
+    const std::vector<std::string> logs = debugLogs();
+    ASSERT_EQ(logs.size(), 2U);
+    const bool isInOrder = contains(logs[0], "-Xshareclasses");
+    const std::string released = textAfter("ZLNCH0306I: lock file released @ ", logs[isInOrder ? 0 : 1]);
+    const std::string captured = textAfter("ZLNCH0303I: lock file captured @ ", logs[isInOrder ? 1 : 0]);
+    EXPECT_FALSE(released.empty());
+    EXPECT_GE(captured, released);
+    EXPECT_TRUE(contains(logs[0], "ZLNCH0073I: Provisioning Command = '\""));
     write(config() / L"zelinstall.properties",
           read(config() / L"zelinstall.properties") + "provisioning.manifest.version=7\n");
     EXPECT_EQ(launch(), 0U) << log();

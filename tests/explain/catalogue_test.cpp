@@ -23,7 +23,6 @@ TEST_P(ExplainedScenario, IsWhatTheStartDoes) {
                                        : argument);
     }
     start.begin = [&] { return stage->begin(rehearsal.scenario.arguments); };
-    start.platform = [behaviour = stage->platform] { return scenarios::runPlatform(behaviour); };
     const explaintest::ComparedStart compared = explaintest::compareStart(stage->machine, start);
     EXPECT_TRUE(compared.isCompared);
     // No option of zelexplain says that the running platform ends while the start waits for it.

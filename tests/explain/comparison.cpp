@@ -7,7 +7,6 @@
 #include <fstream>
 #include <map>
 #include <optional>
-#include <regex>
 #include <set>
 
 #include "explain/encoding.h"
@@ -16,6 +15,7 @@
 #include "explain/names.h"
 #include "explain/page_writer.h"
 #include "explain/redaction.h"
+#include "explain/sides.h"
 #include "explain/start.h"
 #include "explain/text_writer.h"
 #include "explain/windows_paths.h"
@@ -33,10 +33,11 @@ using explain::Explanation;
 using explain::FileChange;
 using explain::toUtf8;
 
-constexpr std::uint64_t longestRun = std::uint64_t{10} * 60 * 1000;
 constexpr const wchar_t* winLogon = L"Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
 constexpr const char* explanations = "explained";  // in the working directory
 constexpr const char* provisioningApplication = "com.example.prov";
+
+using Programs = std::map<std::wstring, simulation::Program>;
 
 // Real directories with the files of a machine.
 class Copy {
@@ -45,7 +46,7 @@ public:
         static int count = 0;
         root = fs::temp_directory_path() /
                ("zelexplain-" + std::to_string(getpid()) + "-" + std::to_string(++count));
-        const std::vector<std::wstring> programs = machine.surroundings().programs;
+        const Programs programs = machine.surroundings().programs;
         for (const wchar_t* drive : {L"C:\\", L"D:\\"}) {
             fs::create_directories(at(drive));
             const std::vector<std::wstring> tree =
@@ -86,15 +87,14 @@ public:
 private:
     fs::path root;
 
-    void place(const simulation::Machine& machine, const std::wstring& path,
-               const std::vector<std::wstring>& programs) {
+    void place(const simulation::Machine& machine, const std::wstring& path, const Programs& programs) {
         if (path.ends_with(L'\\')) {
             fs::create_directories(at(path));
             return;
         }
-        const bool isProgram = std::any_of(
-            programs.begin(), programs.end(),
-            [&](const std::wstring& program) { return zellauncher::equalIgnoringCase(program, path); });
+        const bool isProgram = std::any_of(programs.begin(), programs.end(), [&](const auto& program) {
+            return zellauncher::equalIgnoringCase(program.first, path);
+        });
         fs::create_directories(at(path).parent_path());
         std::ofstream file(at(path), std::ios::binary);
         file << (isProgram ? simulation::smallestProgramFile() : machine.readFile(path).value_or(""));
@@ -106,7 +106,9 @@ private:
 };
 
 std::wstring installOf(const std::wstring& program) {
-    const std::wstring zel = program.substr(0, program.rfind(L'\\'));
+    constexpr std::wstring_view longForm = L"\\\\?\\";
+    const std::size_t begin = program.starts_with(longForm) ? longForm.size() : 0;
+    const std::wstring zel = program.substr(begin, program.rfind(L'\\') - begin);
     return zel.substr(0, zel.rfind(L'\\'));
 }
 
@@ -178,7 +180,7 @@ explain::StartOptions optionsFor(const simulation::Machine& machine, const Start
     if (isPlatformRunning(machine)) {
         options.platform = start.servesPipe ? explain::Platform::running : explain::Platform::endsAtOnce;
     }
-    options.platformProgram = start.platform;
+    options.programs = surroundings.programs;
     for (const auto& [name, value] : explain::defaultSystem(options).environment) {
         if (explain::findVariable(surroundings.environment, name) == nullptr) {
             options.unsetVariables.push_back(name);
@@ -190,70 +192,14 @@ explain::StartOptions optionsFor(const simulation::Machine& machine, const Start
     return options;
 }
 
-// What both sides say, as lines that can be compared.
-using Lines = std::vector<std::string>;
-
-std::string maskTimes(const std::string& text) {
-    static const std::regex stamp("[0-9]{8}_[0-9]{6}(_[0-9]{3})?");
-    static const std::regex date(
-        "(Sat|Sun|Mon|Tue|Wed|Thu|Fri) [A-Z][a-z]{2} [0-9 ][0-9] [0-9:]{8} [0-9]{4}");
-    return std::regex_replace(std::regex_replace(text, stamp, "<time>"), date, "<date>");
-}
-
-class Mask {
-public:
-    explicit Mask(std::set<std::string> processIds) : ids(std::move(processIds)) {}
-
-    std::string operator()(const std::string& text) const {
-        static const std::regex number("[0-9]+");
-        std::string masked;
-        std::size_t begin = 0;
-        for (std::sregex_iterator match(text.begin(), text.end(), number); match != std::sregex_iterator();
-             ++match) {
-            const auto position = static_cast<std::size_t>(match->position());
-            masked += text.substr(begin, position - begin);
-            masked += ids.count(match->str()) != 0 ? "<id>" : match->str();
-            begin = position + match->str().size();
-        }
-        return maskTimes(masked + text.substr(begin));
-    }
-
-private:
-    std::set<std::string> ids;
-};
-
 // Process ids are multiples of four, from 1000 on in the stories and from 7000 on in zelexplain; a made-up
 // platform has 4096. The identity that an install of kind userpb makes is the tick count, a time.
-Mask maskOfIds() {
+std::set<std::string> processIds() {
     std::set<std::string> ids = {"4096", "424242", "3600000"};
     for (int id = 1000; id < 9000; id += 4) {
         ids.insert(std::to_string(id));
     }
-    return Mask(ids);
-}
-
-bool isLog(const std::wstring& path) {
-    return path.ends_with(L".log") && path.find(L"\\zellauncher") != std::wstring::npos;
-}
-
-bool isPipeFile(const std::wstring& path) {
-    return path.ends_with(L"\\.pipe");
-}
-
-struct Side {
-    std::string outcome;
-    std::int32_t status = 0;
-    std::string command;
-    Lines environment;
-    Lines files;
-    Lines directories;
-    Lines log;
-};
-
-std::string fileLine(const char* change, const std::wstring& path, const std::wstring& from,
-                     const std::string& content) {
-    return std::string(change) + " " + toUtf8(path) + (from.empty() ? "" : " from " + toUtf8(from)) + ": " +
-           content;
+    return ids;
 }
 
 const char* nameOf(simulation::DiskChange::Kind kind) {
@@ -286,18 +232,6 @@ void addChanges(Side& side, const simulation::Machine& machine) {
             side.directories.push_back(std::string(nameOf(change.kind)) + " " + toUtf8(change.path));
         }
     }
-}
-
-Lines environmentLines(const std::map<std::wstring, std::wstring>& set,
-                       const std::vector<std::wstring>& unset) {
-    Lines lines;
-    for (const auto& [name, value] : set) {
-        lines.push_back(toUtf8(name) + "=" + toUtf8(value));
-    }
-    for (const std::wstring& name : unset) {
-        lines.push_back(toUtf8(name) + " removed");
-    }
-    return lines;
 }
 
 void addEnvironment(Side& side, const simulation::Machine& machine, simulation::ProcessId launcher,
@@ -436,50 +370,18 @@ Side sideOf(const Explanation& explanation) {
     return side;
 }
 
-class Differences {
-public:
-    std::vector<std::string> all;
-
-    void compare(const char* what, const std::string& said, const std::string& real) {
-        const std::string maskedSaid = mask(said);
-        const std::string maskedReal = mask(real);
-        if (maskedSaid != maskedReal) {
-            all.push_back(std::string(what) + ": zelexplain says [" + maskedSaid + "], the start does [" +
-                          maskedReal + "]");
-        }
-    }
-
-    void compare(const char* what, Lines said, Lines real, bool isOrdered = false) {
-        for (Lines* lines : {&said, &real}) {
-            for (std::string& line : *lines) {
-                line = mask(line);
-            }
-            std::erase(*lines, "");
-            if (!isOrdered) {
-                std::sort(lines->begin(), lines->end());
-            }
-        }
-        if (said == real) {
-            return;
-        }
-        for (const std::string& line : said) {
-            if (std::find(real.begin(), real.end(), line) == real.end()) {
-                all.push_back(std::string(what) + ": only zelexplain has [" + line + "]");
-            }
-        }
-        for (const std::string& line : real) {
-            if (std::find(said.begin(), said.end(), line) == said.end()) {
-                all.push_back(std::string(what) + ": only the start has [" + line + "]");
-            }
-        }
-        all.push_back(std::string(what) + " differ");
-    }
-
-private:
-    Mask mask = maskOfIds();
-};
-
 // The elements, with what separates them, are the command.
+// Whether the lines of the text are in the log, one after the other, except empty ones.
+bool hasLines(std::vector<std::string> log, const std::string& text) {
+    std::vector<std::string> lines = launchertest::splitLines(text);
+    const auto isEmpty = [](const std::string& line) {
+        return line.find_first_not_of("\r") == std::string::npos;
+    };
+    std::erase_if(lines, isEmpty);
+    std::erase_if(log, isEmpty);
+    return std::search(log.begin(), log.end(), lines.begin(), lines.end()) != log.end();
+}
+
 std::string joinedElements(const Explanation& explanation) {
     std::wstring command;
     const wchar_t separator = explanation.role == explain::Role::daemon ? L'\n' : L' ';
@@ -507,9 +409,10 @@ void compareParts(Differences& differences, const Explanation& explanation, cons
         differences.all.push_back("only a start that fails has a message");
     }
     // Without a log file, the start says nothing that could be compared.
-    differences.compare("log", explanation.logPath ? said.log : Lines(), real.log, true);
-    if (hasMessage && explanation.logPath &&
-        std::find(real.log.begin(), real.log.end(), *explanation.message) == real.log.end()) {
+    differences.compare("log", explanation.logPath ? said.log : Lines(), real.log,
+                        Differences::Order::matters);
+    // A message may have several lines.
+    if (hasMessage && explanation.logPath && !hasLines(real.log, *explanation.message)) {
         differences.all.push_back("message: the log has no line [" + *explanation.message + "]");
     }
 }
@@ -535,7 +438,7 @@ ComparedStart compareStart(simulation::Machine& machine, const StartToCompare& s
     keepJson(start.name, explained.back());
     result.end = real.perform();
     result.isCompared = true;
-    Differences differences;
+    Differences differences(processIds());
     compareParts(differences, explained.back(), real.side);
     result.differences = differences.all;
     return result;

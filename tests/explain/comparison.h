@@ -19,8 +19,7 @@ struct StartToCompare {
     std::string name;                     // of the explanation's JSON in explained/
     std::vector<std::wstring> arguments;  // with the program
     std::function<simulation::ProcessId()> begin;
-    std::function<int()> platform;  // plays the platforms that the start creates
-    bool servesPipe = true;         // the running platform, if there is one
+    bool servesPipe = true;  // the running platform, if there is one
 };
 
 // Copies the machine's files to real directories, lets zelexplain explain the start there, performs it on

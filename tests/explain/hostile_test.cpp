@@ -145,9 +145,9 @@ TEST(HostileTree, NamesThatAreNotUtf8AreShown) {
 }
 
 TEST(HostileTree, BrokenContentsAreExplained) {
+    using namespace std::string_literals;
     const RealInstall install;
-    install.append(RealInstall::userTemplate,
-                   std::string("key\0\xFF\xFE=\x01\x02<script>alert(1)</script>", 40));
+    install.append(RealInstall::userTemplate, "key\0\xFF\xFE=\x01\x02<script>alert(1)</script>"s);
     install.append(RealInstall::launcherProperties, "product=</style></script><b>x");
     Explanation explanation = install.explain({L"<img src=x onerror=alert(1)>", L"</script>"});
     const std::string page = explain::writePage({explanation});

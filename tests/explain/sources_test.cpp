@@ -255,6 +255,27 @@ TEST(UserSources, ExtensionJarsNameTheirDirectory) {
               "C:\\Program Files\\vxext");
 }
 
+TEST(Assumptions, DriveOfTheHomeExists) {
+    const RealInstall install;
+    explain::StartOptions options;
+    options.environment = {{L"HOMEDRIVE", L"H:"}, {L"HOMEPATH", L"\\home"}};
+    const Explanation explanation = install.explain({}, options);
+    EXPECT_EQ(explanation.outcome, explain::Outcome::started);
+    EXPECT_EQ(explanation.assumptions, std::vector<std::string>{"the drive H:\\, on which is H:\\home"});
+}
+
+TEST(Logs, AreNoFilesWhereverTempIs) {
+    const RealInstall install;
+    explain::StartOptions options;
+    for (const wchar_t* temp : {L"\\Users", L"Temp", L"\\\\localhost\\C$\\Users"}) {
+        options.environment = {{L"TEMP", temp}};
+        options.currentDirectory = L"C:\\Windows";
+        const Explanation explanation = install.explain({L"a\"b"}, options);
+        EXPECT_TRUE(explanation.files.empty());
+        EXPECT_EQ(explanation.log.size(), 3U) << explanation.log.back();
+    }
+}
+
 TEST(UserSources, DirectStartNamesTheArgumentForItsProgram) {
     const RealInstall install;
     install.write(RealInstall::launcherProperties,

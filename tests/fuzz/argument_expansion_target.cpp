@@ -19,7 +19,7 @@ namespace {
 
 using zellauncher::Arguments;
 using zellauncher::PropertyList;
-using Overrides = std::map<std::wstring, std::wstring>;
+using Overrides = zellauncher::VmargOverrides;
 
 constexpr std::size_t mostArguments = 200;
 

@@ -7,7 +7,8 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 source cmake/setup.sh
 
-all_targets=(property_reader substitution paths user_properties platform_xml formatter argument_expansion whole_start)
+all_targets=(property_reader substitution paths user_properties platform_xml formatter argument_expansion whole_start
+             explain_check explain_log)
 seconds=${1:-600}
 targets=("${@:2}")
 [ "${#targets[@]}" -gt 0 ] || targets=("${all_targets[@]}")

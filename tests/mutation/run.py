@@ -1,8 +1,9 @@
 """Builds and tests mutants of the launcher's sources. run.sh prepares the build and describes the options.
 
 A mutant is one recompiled file, linked before the libraries of the build with the unit tests of its
-subsystem and, if it survives them, with the scenarios. It is killed if a test program fails, crashes, or takes
-much more processor time than without a mutant.
+subsystem and, if it survives them, with the scenarios and with the whole starts with faults and stops. It is
+killed by a test that fails, crashes or does not end. A test that takes too long is run again alone with a much
+higher limit before that counts.
 """
 
 import argparse
@@ -22,15 +23,19 @@ from dataclasses import dataclass
 from pathlib import Path
 
 from mutants import mutants_of, read_operators
+from test_sources import TestSources
 
 HERE = Path(__file__).parent
 BUILD = Path("build/native-mutation").resolve()
 WORK = BUILD / "mutants"
-SUBSYSTEMS = ("properties", "configuration", "javalaunch")
+SUBSYSTEMS = ("cache", "configuration", "desktop", "foundation", "instance", "javalaunch", "kiosk", "launch",
+              "properties", "provisioning")
+NOT_BUILT = ("src/launch/main.cpp",)  # natively
+WHOLE_STARTS = ("scenarios", "faults", "stops")
 # Simulated processes are threads. Small stacks and one heap allow a low limit.
 MEMORY_LIMIT = 4 << 30
 STACK_LIMIT = 1 << 20
-REQUIRED = 90  # per cent
+REQUIRED = 95  # per cent of each subsystem
 # An index out of bounds ends the program.
 CHECKS = ["-w", "-D_GLIBCXX_ASSERTIONS"]
 
@@ -41,8 +46,12 @@ class Program:
     link: list  # the command that links it
     seconds: float = 0  # of processor time, without a mutant
 
-    def limits(self):
+    def limit(self):
         return int(self.seconds * 5) + 2
+
+    def limit_of_one_test(self):
+        """For a test that is run alone because the whole program took too long: far more than all of it takes."""
+        return int(self.seconds * 20) + 10
 
 
 def run(command, **options):
@@ -60,7 +69,8 @@ def compile_flags(file):
 
 
 def link_command(program):
-    commands = run(["ninja", "-C", str(BUILD), "-t", "commands", f"tests/{program}"], text=True).stdout
+    target = next(path for path in (BUILD / "tests").rglob(program) if path.is_file()).relative_to(BUILD)
+    commands = run(["ninja", "-C", str(BUILD), "-t", "commands", str(target)], text=True).stdout
     parts = shlex.split(commands.strip().splitlines()[-1])
     parts = [part for part in parts if part not in (":", "&&")]
     return parts[: parts.index("-o")] + parts[parts.index("-o") + 2 :]
@@ -104,54 +114,72 @@ class Builder:
         return target if made.returncode == 0 else None
 
 
-def run_tests(executable, cpu_seconds, directory):
-    """How the program ended; empty if every test passed."""
+@dataclass
+class End:
+    """How a test program ended, and the test that it was running then or that failed first."""
 
+    how: str  # empty if every test passed
+    test: str = ""
+
+
+def run_tests(executable, cpu_seconds, directory, test="*"):
     def limit():
         resource.setrlimit(resource.RLIMIT_CPU, (cpu_seconds, cpu_seconds + 1))
         resource.setrlimit(resource.RLIMIT_STACK, (STACK_LIMIT, STACK_LIMIT))
         resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
+    command = [str(executable), "--gtest_fail_fast", f"--gtest_filter={test}"]
     try:
         # The limit of elapsed time is only for programs that wait forever, because the machine may be busy.
-        ended = run([str(executable), "--gtest_brief=1", "--gtest_fail_fast"], cwd=directory, preexec_fn=limit,
-                    timeout=60 + 10 * cpu_seconds, env={**os.environ, "MALLOC_ARENA_MAX": "1"})
-    except subprocess.TimeoutExpired:
-        return "hangs"
-    if ended.returncode == 0:
-        return ""
-    if ended.returncode in (-24, -9):  # SIGXCPU, SIGKILL
-        return "takes too long"
-    if ended.returncode < 0:
-        return f"crashes by signal {-ended.returncode}"
-    failed = re.search(rb"\[  FAILED  \] ([\w/.]+)", ended.stdout)
-    return f"fails {failed.group(1).decode() if failed else ended.returncode}"
+        ended = run(command, cwd=directory, preexec_fn=limit, timeout=60 + 10 * cpu_seconds,
+                    env={**os.environ, "MALLOC_ARENA_MAX": "1"})
+        status, output = ended.returncode, ended.stdout
+    except subprocess.TimeoutExpired as expired:
+        status, output = None, expired.stdout or b""
+    if status == 0:
+        return End("")
+    begun = re.findall(rb"\[ RUN      \] ([\w/.]+)", output)
+    running = begun[-1].decode() if begun else ""
+    if status in (None, -24, -9):  # SIGXCPU, SIGKILL
+        return End("does not end", running)
+    if status < 0:
+        return End(f"crashes by signal {-status}", running)
+    failed = re.search(rb"\[  FAILED  \] ([\w/.]+)", output)
+    return End("fails", failed.group(1).decode() if failed else running)
 
 
 class Results:
     """The results of all runs, kept in a file.
 
-    A kill is valid until the source file changes. A survivor is tested again once the tests have changed.
+    A kill is valid while its source file and the test that killed are unchanged; otherwise that test is run first.
+    A survivor is tested again once any test has changed.
     """
 
-    def __init__(self, path, tests_digest, start_anew):
-        self.path, self.tests_digest, self.lock = path, tests_digest, threading.Lock()
-        self.known, self.codes, self.to_retry = {}, {}, set()
+    def __init__(self, path, tests_digest, sources, start_anew):
+        self.path, self.tests_digest, self.sources, self.lock = path, tests_digest, sources, threading.Lock()
+        self.known, self.codes, self.former_killers = {}, {}, {}
         if start_anew:
             path.unlink(missing_ok=True)
         if path.exists():
             for line in path.read_text().splitlines():
                 record = json.loads(line)
                 self.known[record["key"]] = record
-            self.to_retry = {key for key, record in self.known.items()
-                             if record["state"] == "survived" and record["tests"] != tests_digest}
-            for key in self.to_retry:
+        for key, record in list(self.known.items()):
+            if record["state"] == "survived" and record["tests"] != tests_digest:
+                del self.known[key]
+            elif record["state"] == "killed" and not self.is_unchanged(record):
+                self.former_killers[key] = record["program"], record["test"]
                 del self.known[key]
 
-    def store(self, mutant, state, by=""):
-        record = {"key": mutant.key, "state": state, "by": by, "tests": self.tests_digest, "file": mutant.file,
-                  "line": mutant.line, "operator": mutant.operator}
+    def is_unchanged(self, record):
+        digest = self.sources.digest(record.get("program", ""), record.get("test", ""))
+        return digest is not None and record.get("digest") == digest
+
+    def store(self, mutant, state, program="", end=End("")):
+        record = {"key": mutant.key, "state": state, "program": program, "test": end.test, "how": end.how,
+                  "digest": self.sources.digest(program, end.test), "tests": self.tests_digest,
+                  "file": mutant.file, "line": mutant.line, "operator": mutant.operator}
         with self.lock:
             self.known[mutant.key] = record
             with self.path.open("a") as file:
@@ -166,8 +194,9 @@ class Results:
 class Laboratory:
     def __init__(self, files, results, units_only):
         self.builder, self.results = Builder(files), results
-        self.whole_starts = [] if units_only else [Program("scenarios", link_command("scenarios"))]
-        self.units = {name: Program(f"unit_{name}", link_command(f"unit_{name}")) for name in SUBSYSTEMS}
+        names = [f"unit_{name}" for name in sorted({Path(file).parent.name for file in files})]
+        self.programs = {name: Program(name, link_command(name))
+                         for name in [*names, *(() if units_only else WHOLE_STARTS)]}
         self.original_code = {}
         self.local = threading.local()
 
@@ -177,24 +206,28 @@ class Laboratory:
             self.local.directory.mkdir(exist_ok=True)
         return self.local.directory
 
+    def programs_for(self, file):
+        names = (f"unit_{Path(file).parent.name}", *WHOLE_STARTS)
+        return [self.programs[name] for name in names if name in self.programs]
+
     def prepare(self, files):
         """Runs the originals, built as mutants are: they must pass, and their times give the limits."""
         for file in files:
-            mutant = self.builder.compile(self.directory(), file, Path(file).read_text())
-            self.original_code[file] = mutant[1]
-        programs = [(self.units[Path(file).parent.name], file) for file in files]
-        for program, file in programs + [(program, files[0]) for program in self.whole_starts]:
-            if program.seconds:
-                continue
-            mutant, _ = self.builder.compile(self.directory(), file, Path(file).read_text())
-            executable = self.builder.link(self.directory(), program, mutant)
-            before = resource.getrusage(resource.RUSAGE_CHILDREN)
-            end = run_tests(executable, 300, self.directory())
-            after = resource.getrusage(resource.RUSAGE_CHILDREN)
-            if end:
-                sys.exit(f"{program.name} {end} without a mutant")
-            program.seconds = after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
-            print(f"{program.name}: {program.seconds:.1f} s of processor time", flush=True)
+            mutant, code = self.builder.compile(self.directory(), file, Path(file).read_text())
+            self.original_code[file] = code
+            for program in self.programs_for(file):
+                if not program.seconds:
+                    self.measure(program, mutant)
+
+    def measure(self, program, mutant):
+        executable = self.builder.link(self.directory(), program, mutant)
+        before = resource.getrusage(resource.RUSAGE_CHILDREN)
+        end = run_tests(executable, 300, self.directory())
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        if end.how:
+            sys.exit(f"{program.name}: {end.test} {end.how} without a mutant")
+        program.seconds = after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
+        print(f"{program.name}: {program.seconds:.1f} s of processor time", flush=True)
 
     def examine(self, mutant):
         compiled = self.builder.compile(self.directory(), mutant.file, mutant.text)
@@ -205,24 +238,37 @@ class Laboratory:
             return self.results.store(mutant, "same code")
         if not self.results.is_first_with(mutant, code):
             return self.results.store(mutant, "same as another")
-        for program in (self.units[Path(mutant.file).parent.name], *self.whole_starts):
+        killer, killer_test = self.results.former_killers.get(mutant.key, ("", ""))
+        for program in sorted(self.programs_for(mutant.file), key=lambda program: program.name != killer):
             executable = self.builder.link(self.directory(), program, target)
             if executable is None:
                 return self.results.store(mutant, "does not compile")
-            end = run_tests(executable, program.limits(), self.directory())
-            if end:
-                return self.results.store(mutant, "killed", f"{program.name} {end}")
+            end = self.run_mutant(executable, program, killer_test if program.name == killer else "")
+            if end.how:
+                return self.results.store(mutant, "killed", program.name, end)
         original = Path(mutant.file).read_text()
         optimised = self.builder.optimised_code(self.directory(), mutant.file, mutant.text)
         if optimised == self.builder.optimised_code(self.directory(), mutant.file, original):
             return self.results.store(mutant, "same code")
         return self.results.store(mutant, "survived")
 
+    def run_mutant(self, executable, program, first_test):
+        if first_test:
+            end = run_tests(executable, program.limit_of_one_test(), self.directory(), first_test)
+            if end.how and end.test:
+                return end
+        end = run_tests(executable, program.limit(), self.directory())
+        if end.how != "does not end":
+            return end
+        # The whole program may only be slower. The test at which it was ended decides.
+        alone = run_tests(executable, program.limit_of_one_test(), self.directory(), end.test or "*")
+        return alone if alone.how else run_tests(executable, 10 * program.limit(), self.directory())
+
 
 def tests_digest(units_only):
     digest = hashlib.sha1(str(units_only).encode())
-    for name in ["scenarios", *(f"unit_{subsystem}" for subsystem in SUBSYSTEMS)]:
-        digest.update((BUILD / "tests" / name).read_bytes())
+    for name in [*(f"unit_{subsystem}" for subsystem in SUBSYSTEMS), *WHOLE_STARTS]:
+        digest.update(next(path for path in (BUILD / "tests").rglob(name) if path.is_file()).read_bytes())
     return digest.hexdigest()
 
 
@@ -247,6 +293,7 @@ def unmatched(equivalents, mutants):
 
 
 def report(mutants, results, equivalents, verbose):
+    """Prints what is known. True if enough mutants of each subsystem are killed and each survivor has a reason."""
     table = collections.defaultdict(collections.Counter)
     survivors = []
     for mutant in sorted(mutants, key=lambda mutant: (mutant.file, mutant.line)):
@@ -257,35 +304,48 @@ def report(mutants, results, equivalents, verbose):
         elif state == "survived":
             survivors.append(mutant)
         table[mutant.file][state] += 1
+        if state == "killed" and record["how"] == "does not end":
+            table[mutant.file]["endless"] += 1
         if verbose and state == "killed":
-            print(f"{mutant.file}:{mutant.line}: {mutant.operator}: {record['by']}")
+            print(f"{mutant.file}:{mutant.line}: {mutant.operator}: {record['test']} {record['how']}")
     print("\nSurvivors without a reason:" if survivors else "\nNo survivor without a reason.")
     for mutant in survivors:
         print(f"{mutant.file} | {mutant.change} | line {mutant.line}, {mutant.operator}")
 
-    print(f"\n{'file':48}{'mutants':>8}{'killed':>8}{'equal':>8}{'alive':>8}{'not run':>8}{'killed':>9}")
-    total = collections.Counter()
+    columns = ("mutants", "killed", "endless", "equal", "alive", "not run", "killed")
+    print(f"\n{'file':48}" + "".join(f"{column:>9}" for column in columns))
+    subsystems, total = collections.defaultdict(collections.Counter), collections.Counter()
     for file, counts in sorted(table.items()):
+        subsystems[str(Path(file).parent)].update(counts)
         total.update(counts)
         print_row(file, counts)
+    print()
+    for name, counts in sorted(subsystems.items()):
+        print_row(name, counts)
     print_row("all", total)
     print(f"not counted: {total['does not compile']} that do not compile, {total['same code']} with the same code,"
           f" {total['same as another']} with the code of another mutant")
-    counted = total["killed"] + total["survived"] + total["equivalent"]
-    return counted > 0 and 100 * total["killed"] >= REQUIRED * counted and not survivors
+    return not survivors and all(is_enough(counts) for counts in subsystems.values())
+
+
+def counted(counts):
+    return counts["killed"] + counts["survived"] + counts["equivalent"]
+
+
+def is_enough(counts):
+    return counted(counts) > 0 and 100 * counts["killed"] >= REQUIRED * counted(counts)
 
 
 def print_row(name, counts):
-    counted = counts["killed"] + counts["survived"] + counts["equivalent"]
-    share = f"{100 * counts['killed'] / counted:.1f} %" if counted else "-"
-    print(f"{name:48}{counted:8}{counts['killed']:8}{counts['equivalent']:8}{counts['survived']:8}"
-          f"{counts['not run']:8}{share:>9}")
+    share = f"{100 * counts['killed'] / counted(counts):.1f} %" if counted(counts) else "-"
+    print(f"{name:48}{counted(counts):9}{counts['killed']:9}{counts['endless']:9}{counts['equivalent']:9}"
+          f"{counts['survived']:9}{counts['not run']:9}{share:>9}")
 
 
 def read_options():
     parser = argparse.ArgumentParser(prog="tests/mutation/run.sh")
     parser.add_argument("files", nargs="*", help="only these sources")
-    parser.add_argument("--sample", type=int, help="only this number of mutants, drawn with the seed")
+    parser.add_argument("--sample", type=int, help="only this number of mutants of each subsystem, drawn with the seed")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--units", action="store_true",
@@ -296,20 +356,30 @@ def read_options():
     return parser.parse_args()
 
 
+def draw(mutants, options):
+    """In random order, so that a run that is stopped leaves a fair sample."""
+    random.Random(options.seed).shuffle(mutants)
+    drawn, taken = [], collections.Counter()
+    for mutant in mutants:
+        taken[Path(mutant.file).parent] += 1
+        if options.sample is None or taken[Path(mutant.file).parent] <= options.sample:
+            drawn.append(mutant)
+    return drawn
+
+
 def main():
     options = read_options()
-    files = options.files or sorted(str(file) for name in SUBSYSTEMS for file in Path("src", name).glob("*.cpp"))
+    files = options.files or sorted(
+        str(file) for name in SUBSYSTEMS for file in Path("src", name).glob("*.cpp") if str(file) not in NOT_BUILT)
     operators = read_operators(HERE / "operators.txt")
-    mutants = [mutant for file in files for mutant in mutants_of(file, operators)]
+    every = [mutant for file in files for mutant in mutants_of(file, operators)]
     equivalents = read_equivalents(HERE / "equivalents.txt")
-    unmatched_entries = [] if options.files else unmatched(equivalents, mutants)
-    # In random order, so that a run that is stopped leaves a fair sample.
-    random.Random(options.seed).shuffle(mutants)
-    mutants = mutants[: options.sample]
-    results = Results(BUILD / "mutants.jsonl", tests_digest(options.units), options.fresh)
+    unmatched_entries = [] if options.files else unmatched(equivalents, every)
+    mutants = draw(every, options)
+    results = Results(BUILD / "mutants.jsonl", tests_digest(options.units), TestSources(), options.fresh)
 
     unknown = [mutant for mutant in mutants if mutant.key not in results.known]
-    unknown.sort(key=lambda mutant: mutant.key not in results.to_retry)
+    unknown.sort(key=lambda mutant: mutant.key not in results.former_killers)
     if unknown and not options.report:
         laboratory = Laboratory(files, results, options.units)
         laboratory.prepare(files)
@@ -318,10 +388,10 @@ def main():
                 if record["state"] == "survived" or number % 50 == 0:
                     print(f"{number} of {len(unknown)}: {record['file']}:{record['line']}: {record['operator']}:"
                           f" {record['state']}", flush=True)
-    is_enough = report(mutants, results, equivalents, options.verbose)
+    is_good = report(mutants, results, equivalents, options.verbose)
     for entry in unmatched_entries:
         print(f"equivalents.txt: no such mutant: {entry}")
-    sys.exit(0 if is_enough and not unmatched_entries else 1)
+    sys.exit(0 if is_good and not unmatched_entries else 1)
 
 
 if __name__ == "__main__":

@@ -122,6 +122,20 @@ TEST_F(NamedStops, FileMovedAsideBlocksTheNextDeletionOnce) {
     EXPECT_FALSE(stage->machine.exists(stage->inConfig(L"zelinstall.properties.deleteme")));
 }
 
+// The power failure undoes the last step of a deletion. The leftover is removed instead of the file that it
+// blocks, once.
+TEST_F(NamedStops, FileMovedAsideEndsTheNextRenewalOnce) {
+    stopAt("changed_install_with_old_backups", "moveFile", L"\\.config");
+    stage->machine.losePower({simulation::PowerLoss::Names::old, simulation::PowerLoss::Contents::old});
+    EXPECT_TRUE(stage->machine.exists(stage->inWorkspace(L"bookmarks.xml.old.deleteme")));
+    const Performance next = perform(*stage, {});
+    EXPECT_TRUE(next.failed());
+    EXPECT_TRUE(next.logLines.back().starts_with("ZLNCH0113E: Can't copy file  '"));
+    startNext();
+    EXPECT_EQ(stage->configFile(L"org.eclipse.update\\bookmarks.xml"), "bookmarks");
+    EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles), std::vector<std::wstring>());
+}
+
 // The next start appends its identity to the truncated line, where it is not found. The start after it writes
 // a line of its own.
 TEST_F(NamedStops, TruncatedIdentityCostsTheWorkspaceOfOneStart) {

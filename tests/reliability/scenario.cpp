@@ -118,6 +118,7 @@ std::unique_ptr<Stage> Rehearsal::stage() const {
     stage->machine.loadDisks(disks);
     if (scenario.platformRuns) {
         stage->machine.waitFor(stage->begin({}));
+        stage->machine.flushDisks();
     }
     return stage;
 }

@@ -106,7 +106,8 @@ class Rehearsal {
 public:
     explicit Rehearsal(const Scenario& scenario);
 
-    // A new machine at the beginning of the scenario, with its platform running if it has one.
+    // A new machine at the beginning of the scenario, with its platform running if it has one, and everything
+    // on the device.
     std::unique_ptr<Stage> stage() const;
 
     const Scenario& scenario;

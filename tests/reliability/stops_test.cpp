@@ -4,6 +4,7 @@
 #include <map>
 
 #include "platform/files.h"
+#include "reliability/interruption.h"
 #include "reliability/scenario.h"
 #include "reliability/user_files.h"
 #include "reliability/whole_runs.h"
@@ -17,10 +18,14 @@
 namespace {
 
 using launchertest::toUtf8;
+using reliability::Aftermath;
+using reliability::Interruption;
+using reliability::isPowerLost;
 using reliability::notAccepted;
 using reliability::perform;
 using reliability::Performance;
 using reliability::Stage;
+using reliability::StopRun;
 using reliability::Tally;
 using simulation::Operation;
 using simulation::UnflushedData;
@@ -32,6 +37,7 @@ constexpr const char* copiesStay = "registry and bookmarks stay beside the confi
 constexpr const char* truncatedSeed = "a truncated seed file stays";
 constexpr const char* readOnlyCopyStays = "a copy of a read-only template stays read-only";
 constexpr const char* movedFilesStay = "files that were moved aside stay";
+constexpr const char* leftoverEndsAStart = "a file that was moved aside ends the next renewal";
 constexpr const char* historyStartsAgain = "the shutdown log starts again";
 constexpr const char* truncatedIdentity = "a truncated identity is created again";
 constexpr const char* resetNotContinued = "a stopped reset is not continued";
@@ -39,24 +45,12 @@ constexpr const char* notRecorded = "the running platform is not recorded yet";
 constexpr const char* notPublished = "the running platform publishes nothing";
 constexpr const char* shellStays = "the logon shell stays the administrators'";
 
-Tally& tally = Tally::add(
-    "stops", {},
-    {backupOfRepair, backupReplaced, copiesStay, truncatedSeed, readOnlyCopyStays, movedFilesStay,
-     historyStartsAgain, truncatedIdentity, resetNotContinued, notRecorded, notPublished, shellStays});
+Tally& tally = Tally::add("stops", {},
+                          {backupOfRepair, backupReplaced, copiesStay, truncatedSeed, readOnlyCopyStays,
+                           movedFilesStay, leftoverEndsAStart, historyStartsAgain, truncatedIdentity,
+                           resetNotContinued, notRecorded, notPublished, shellStays});
 
 constexpr std::uint64_t publishedWithin = 1000;
-
-enum class Aftermath {
-    platformEnds,
-    platformRunsOn,
-    powerFails,  // so that data that was not flushed to the device is lost too
-};
-
-struct StopRun {
-    std::uint64_t nth = 0;
-    UnflushedData data = UnflushedData::lost;
-    Aftermath aftermath = Aftermath::platformEnds;
-};
 
 const char* nameOf(UnflushedData data) {
     switch (data) {
@@ -75,9 +69,16 @@ const char* nameOf(Aftermath aftermath) {
             return ", the platform runs on";
         case Aftermath::powerFails:
             return ", the power fails";
-        default:
-            return "";
+        case Aftermath::powerFailsWithZeros:
+            return ", the power fails and leaves zeros";
+        case Aftermath::powerFailsWithOldNames:
+            return ", the power fails and leaves old names";
+        case Aftermath::powerFailsWithoutWriteThrough:
+            return ", the power fails in spite of write-through";
+        case Aftermath::platformEnds:
+            break;
     }
+    return "";
 }
 
 // --- The disks after a run ----------------------------------------------------------------------
@@ -128,29 +129,6 @@ Files filesOf(const Stage& stage) {
 
 bool has(const std::wstring& text, const wchar_t* part) {
     return text.find(part) != std::wstring::npos;
-}
-
-// The consequence to which a difference in this file belongs.
-const char* consequenceAt(const std::wstring& path) {
-    if (has(path, L".configbak\\") || path.ends_with(L"\\org.eclipse.update\\")) {
-        return backupOfRepair;
-    }
-    if (path.ends_with(L"\\registry.old") || path.ends_with(L"\\bookmarks.xml.old") ||
-        path.ends_with(L"\\org.eclipse.update\\registry") ||
-        path.ends_with(L"\\org.eclipse.update\\bookmarks.xml")) {
-        return copiesStay;
-    }
-    if (path.ends_with(L".config\\config.ini") || path.ends_with(L"\\org.eclipse.update\\platform.xml") ||
-        path.ends_with(L"\\.eclipseextension")) {
-        return truncatedSeed;
-    }
-    if (has(path, L"deleteme") || path.ends_with(L"\\zelinstall.properties.new")) {
-        return movedFilesStay;
-    }
-    if (path.ends_with(L"\\shutdown.log.new")) {
-        return historyStartsAgain;
-    }
-    return has(path, L"\\.metadata\\.plugins\\views\\") ? resetNotContinued : notAccepted;
 }
 
 struct Difference {
@@ -228,7 +206,11 @@ protected:
                     stops.push_back({nth, data, Aftermath::platformRunsOn});
                 }
             }
-            stops.push_back({nth, UnflushedData::lost, Aftermath::powerFails});
+            for (const auto aftermath :
+                 {Aftermath::powerFails, Aftermath::powerFailsWithZeros, Aftermath::powerFailsWithOldNames,
+                  Aftermath::powerFailsWithoutWriteThrough}) {
+                stops.push_back({nth, UnflushedData::lost, aftermath});
+            }
             isPlatformStarted = isPlatformStarted || untouched.operations[nth - 1].name == "createProcess";
         }
         return stops;
@@ -241,72 +223,70 @@ protected:
 
     void performStopped(const StopRun& stop) {
         const std::unique_ptr<Stage> stage = rehearsal.stage();
+        if (stop.aftermath == Aftermath::powerFailsWithoutWriteThrough) {
+            stage->machine.ignoreWriteThrough();
+        }
         const Performance run = perform(*stage, scenario.arguments, [&](simulation::ProcessId launcher) {
             stage->machine.stopDead({stop.nth, launcher, stop.data});
         });
         stage->machine.stopDeadAt(0);
         ASSERT_EQ(run.end->kind, simulation::EndKind::stoppedDead);
+        const Interruption interruption(untouched, stop);
         if (stop.aftermath == Aftermath::platformRunsOn) {
-            judgeWhilePlatformRuns(stop, *stage);
+            judgeWhilePlatformRuns(interruption, *stage);
             return;
         }
-        if (stop.aftermath == Aftermath::powerFails) {
-            stage->closePlatforms();
-            stage->machine.losePower();
+        if (isPowerLost(stop.aftermath)) {
+            stage->machine.losePower(powerLossOf(stop.aftermath));
         }
         for (const std::wstring& path : lostFiles(*stage, rehearsal.userFiles)) {
             addFinding("loses " + toUtf8(path) + " at once");
         }
-        const Sequel sequel = performSequel(*stage);
-        if (isIdentityTruncated(stop)) {
+        Sequel sequel = performSequel(*stage);
+        if (isBlockedByLeftover(interruption, sequel.next)) {
+            tally.countConsequence(leftoverEndsAStart);
+            sequel = performSequel(*stage);
+        }
+        if (interruption.cutsFile(L"\\zellauncher.properties")) {
             tally.countConsequence(truncatedIdentity);
             return;
         }
-        if (isShellLeft(sequel.next)) {
+        if (isShellLeft(interruption, sequel.next)) {
             tally.countConsequence(shellStays);
             return;
         }
         judgeStart("the next start", sequel.next, afterStart.next, withoutStart.next);
         judgeStart("the start after it", sequel.third, afterStart.third, withoutStart.third);
+        const bool isBackupReplaced =
+            interruption.cutsUserProperties() && interruption.followsRenewal() && sequel.next.renewals() > 0;
         for (const std::wstring& path : lostFiles(*stage, rehearsal.userFiles)) {
-            expectAccepted(sequel.next.renewals() > 0 ? backupReplaced : notAccepted,
-                           "loses " + toUtf8(path));
+            expectAccepted(isBackupReplaced ? backupReplaced : notAccepted, "loses " + toUtf8(path));
         }
-        judgeFiles(*stage, sequel.files);
+        judgeFiles(interruption, sequel, *stage);
     }
 
-    // The launcher was appending a new identity to zellauncher.properties.
-    bool isIdentityTruncated(const StopRun& stop) const {
-        const Operation& operation = untouched.operations[stop.nth - 1];
-        const std::uint64_t appended =
-            reliability::operationNumber(untouched, "flushStream", L"zellauncher.properties");
-        if (stop.aftermath == Aftermath::powerFails && appended != 0) {
-            return stop.nth > appended;
-        }
-        return stop.data == UnflushedData::partlyWritten && operation.name == "flushStream" &&
-               operation.argument == L"zellauncher.properties";
+    // A file that a renewal had moved aside keeps the next renewal from making its copy.
+    bool isBlockedByLeftover(const Interruption& interruption, const Performance& next) const {
+        const auto isBlocking = [&](const wchar_t* name) {
+            const std::wstring aside = scenario.workspace + L"\\" + name + L".old.deleteme";
+            const std::string message = "\\" + toUtf8(name) + "'";
+            return interruption.keepsMovedAside(aside) &&
+                   std::any_of(next.logLines.begin(), next.logLines.end(), [&](const std::string& line) {
+                       return line.starts_with("ZLNCH0113E: Can't copy file  '") && line.ends_with(message);
+                   });
+        };
+        return next.failed() &&
+               (isBlocking(L"platform.xml") || isBlocking(L"registry") || isBlocking(L"bookmarks.xml"));
     }
 
     // The launcher was stopped in the shell role, so the machine is no kiosk any more.
-    bool isShellLeft(const Performance& next) const {
-        return untouched.tookShellRole() && next.logonShell == L"explorer.exe" && next.endedWell() &&
-               next.commands.size() == 1;
-    }
-
-    // The operation after which the lock file has the platform's process id; 0 if there is none.
-    std::uint64_t recordedAt() const {
-        bool isPlatformStarted = false;
-        for (const Operation& operation : untouched.operations) {
-            isPlatformStarted = isPlatformStarted || operation.name == "createProcess";
-            if (isPlatformStarted && operation.name == "flushStream" && operation.argument == L".zel.lock") {
-                return static_cast<std::uint64_t>(&operation - untouched.operations.data()) + 1;
-            }
-        }
-        return 0;
+    static bool isShellLeft(const Interruption& interruption, const Performance& next) {
+        return interruption.isBetweenRegistryWrites(L"Shell") && next.logonShell == L"explorer.exe" &&
+               next.endedWell() && next.commands.size() == 1;
     }
 
     // The next start must find the running platform.
-    void judgeWhilePlatformRuns(const StopRun& stop, Stage& stage) {
+    void judgeWhilePlatformRuns(const Interruption& interruption, Stage& stage) {
         const simulation::ProcessId platform = stage.machine.startedProcesses().back().id;
         stage.machine.runUntilIdle(publishedWithin);
         const Performance next = perform(stage, scenario.nextArguments);
@@ -316,9 +296,9 @@ protected:
         const bool isHandedOff = next.endedWell() && next.commands.empty() && next.payloads.size() == 1;
         const bool isRefusedAsUsual = next.failed() && whilePlatformRuns.failed();
         if (!isHandedOff && !isRefusedAsUsual) {
-            const char* accepted = !stage.platform.publishes  ? notPublished
-                                   : stop.nth <= recordedAt() ? notRecorded
-                                                              : notAccepted;
+            const char* accepted = !stage.platform.publishes       ? notPublished
+                                   : interruption.precedesRecord() ? notRecorded
+                                                                   : notAccepted;
             expectAccepted(accepted, "the running platform is not found");
         }
     }
@@ -330,19 +310,60 @@ protected:
         }
     }
 
-    void judgeFiles(Stage& stage, const Files& files) {
-        const std::vector<Difference> ifDone = differencesOf(files, afterStart.files);
-        const std::vector<Difference> ifNotDone = differencesOf(files, withoutStart.files);
+    void judgeFiles(const Interruption& interruption, const Sequel& sequel, Stage& stage) {
+        const std::vector<Difference> ifDone = differencesOf(sequel.files, afterStart.files);
+        const std::vector<Difference> ifNotDone = differencesOf(sequel.files, withoutStart.files);
         const std::vector<Difference>& differences = ifDone.size() <= ifNotDone.size() ? ifDone : ifNotDone;
         bool hasCopies = false;
         for (const Difference& difference : differences) {
-            const char* accepted = difference.isReadOnly ? readOnlyCopyStays : consequenceAt(difference.path);
+            const char* accepted = difference.isReadOnly
+                                       ? readOnlyCopyStays
+                                       : consequenceAt(difference.path, interruption, sequel);
             expectAccepted(accepted, difference.what);
             hasCopies = hasCopies || accepted == copiesStay;
         }
         if (hasCopies) {
             expectBroughtBack(stage);
         }
+    }
+
+    // The consequence of this stop to which a difference in this file belongs.
+    static const char* consequenceAt(const std::wstring& path, const Interruption& interruption,
+                                     const Sequel& sequel) {
+        for (const wchar_t* seed :
+             {L"\\.config\\config.ini", L"\\org.eclipse.update\\platform.xml", L"\\.eclipseextension"}) {
+            if (path.ends_with(seed) && interruption.cutsFile(seed)) {
+                return truncatedSeed;
+            }
+        }
+        for (const wchar_t* name : {L"registry", L"bookmarks.xml"}) {
+            const std::wstring outside = L"\\" + std::wstring(name) + L".old";
+            const std::wstring inside = L"\\org.eclipse.update\\" + std::wstring(name);
+            if ((path.ends_with(outside) || path.ends_with(inside)) &&
+                interruption.keepsCopyOutside(outside)) {
+                return copiesStay;
+            }
+        }
+        if (interruption.keepsMovedAside(path)) {
+            return movedFilesStay;
+        }
+        const std::wstring replacement = L".new";
+        if (path.ends_with(L"\\zelinstall.properties" + replacement) &&
+            interruption.keepsMovedAside(path.substr(0, path.size() - replacement.size()) + L".deleteme")) {
+            return movedFilesStay;  // the leftover blocks the deletion of the old file once
+        }
+        if (path.ends_with(L"\\shutdown.log" + replacement) &&
+            interruption.keepsReplacementAside(L"\\shutdown.log")) {
+            return historyStartsAgain;
+        }
+        const bool isOfBackup = has(path, L"\\.configbak\\") || path.ends_with(L"\\org.eclipse.update\\");
+        if ((has(path, L"\\.metadata\\.plugins\\views\\") || isOfBackup) && interruption.interruptsReset()) {
+            return resetNotContinued;
+        }
+        if (isOfBackup && interruption.cutsUserProperties() && sequel.next.renewals() > 0) {
+            return backupOfRepair;
+        }
+        return notAccepted;
     }
 
     // The next renewal moves registry and bookmarks back into the configuration.

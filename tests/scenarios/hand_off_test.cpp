@@ -4,6 +4,7 @@
 
 #include "scenarios/story.h"
 #include "support/faults.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -23,6 +24,42 @@ std::wstring joined(const std::vector<std::wstring>& elements) {
 // A start while the platform runs sends its command through the platform's pipe.
 class HandOff : public Story {
 protected:
+    // What a start with these arguments sends.
+    std::wstring wholeText(const std::vector<std::wstring>& arguments) const {
+        const std::wstring data = L"C:\\Users\\ann/Mivel/ZEL/1234/ann";
+        const std::wstring slashed = L"C:/Apps/framework/Client";
+        std::vector<std::wstring> all = {
+            slashed + L"/zel/eclipse/plugins/base_1.0\\win32\\x86_64\\eclipse.exe",
+            L"--launcher.suppressErrors"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const std::vector<std::wstring> others = {
+            L"-data",
+            data,
+            L"-configuration",
+            data + L"/.config",
+            L"-application",
+            L"com.example.app",
+            L"-plugincustomization",
+            slashed + L"/custom.ini",
+            L"-product",
+            L"com.example.product",
+            L"-vm",
+            slashed + L"/jvm/bin/javaw.exe",
+            L"-useDaemon",
+            platformId(),
+            L"-startup",
+            slashed + L"/zel/eclipse/plugins/base_1.0/launcher.jar",
+            L"-vmargs",
+            L"-Dzel.home=C:\\Apps\\framework\\Client",
+            L"-Dzel.data=" + data,
+            L"-Dcom.mivel.zel.install.id=1234",
+            L"-Dzel.install.config=user",
+            L"-Dzel.osgi.install.area=C:\\Apps\\framework\\Client\\zel\\eclipse",
+            L"-Xmx512m",
+            L"-Xbootclasspath/a:" + slashed + L"/boot.jar"};
+        all.insert(all.end(), others.begin(), others.end());
+        return joined(all);
+    }
     // The elements of the last text that a platform received.
     std::vector<std::wstring> lastSent() const {
         const std::vector<std::wstring> texts = payloads();
@@ -46,38 +83,7 @@ protected:
 TEST_F(HandOff, SendsTheWholeCommandAsOneText) {
     EXPECT_STARTED(launch());
     EXPECT_STARTED(launch({L"hello world", L"", L"\u65e5\u672c"}));
-    ASSERT_EQ(payloads().size(), 1U);
-    const std::wstring data = L"C:\\Users\\ann/Mivel/ZEL/1234/ann";
-    const std::wstring slashed = L"C:/Apps/framework/Client";
-    EXPECT_EQ(payloads()[0], joined({slashed + L"/zel/eclipse/plugins/base_1.0\\win32\\x86_64\\eclipse.exe",
-                                     L"--launcher.suppressErrors",
-                                     L"hello world",
-                                     L"",
-                                     L"\u65e5\u672c",
-                                     L"-data",
-                                     data,
-                                     L"-configuration",
-                                     data + L"/.config",
-                                     L"-application",
-                                     L"com.example.app",
-                                     L"-plugincustomization",
-                                     slashed + L"/custom.ini",
-                                     L"-product",
-                                     L"com.example.product",
-                                     L"-vm",
-                                     slashed + L"/jvm/bin/javaw.exe",
-                                     L"-useDaemon",
-                                     platformId(),
-                                     L"-startup",
-                                     slashed + L"/zel/eclipse/plugins/base_1.0/launcher.jar",
-                                     L"-vmargs",
-                                     L"-Dzel.home=C:\\Apps\\framework\\Client",
-                                     L"-Dzel.data=" + data,
-                                     L"-Dcom.mivel.zel.install.id=1234",
-                                     L"-Dzel.install.config=user",
-                                     L"-Dzel.osgi.install.area=C:\\Apps\\framework\\Client\\zel\\eclipse",
-                                     L"-Xmx512m",
-                                     L"-Xbootclasspath/a:" + slashed + L"/boot.jar"}));
+    EXPECT_EQ(payloads(), std::vector<std::wstring>{wholeText({L"hello world", L"", L"\u65e5\u672c"})});
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
     EXPECT_TRUE(contains(log(), "ZLNCH0306I: lock file released @ "));
 }
@@ -113,8 +119,9 @@ TEST_F(HandOff, MissingPipeIsFatal) {
     platform.servesPipe = false;
     EXPECT_STARTED(launch());
     EXPECT_FATAL(launch({L"hello"}));
-    EXPECT_TRUE(contains(
-        log(), "ZLNCH0142E: Unable to find pipe  Failed with error 2: The system cannot find the file"));
+    EXPECT_TRUE(endsWith(log(),
+                         "\nZLNCH0142E: Unable to find pipe  Failed with error 2: The system cannot find the "
+                         "file specified.\r\n\n"));
     platform.servesPipe = true;
 }
 
@@ -122,10 +129,11 @@ TEST_F(HandOff, ConnectAndWriteErrorsAreFatal) {
     EXPECT_STARTED(launch());
     machine.inject(failing("createFile", ::platform::errorAccessDenied, L"platform-" + platformId()));
     EXPECT_FATAL(launch());
-    EXPECT_TRUE(contains(log(), "ZLNCH0143E: Unable to connect to pipe ' Failed with error 5: "));
+    const std::string denied = " Failed with error 5: Access is denied.\r\n'\n";
+    EXPECT_TRUE(endsWith(log(), "\nZLNCH0143E: Unable to connect to pipe '" + denied));
     machine.inject(failing("writePipe", ::platform::errorAccessDenied));
     EXPECT_FATAL(launch());
-    EXPECT_TRUE(contains(log(), "ZLNCH0144E: Unable to write to pipe ' Failed with error 5: "));
+    EXPECT_TRUE(endsWith(log(), "\nZLNCH0144E: Unable to write to pipe '" + denied));
     EXPECT_STARTED(launch());  // the system has released the lock
 }
 
@@ -147,14 +155,22 @@ TEST_F(CommandOnly, SendsTheTextAndLeavesTheWorkspaceAlone) {
     EXPECT_TRUE(wasSent(L"-useDaemon"));
 }
 
+TEST_F(CommandOnly, SendsTheWholeCommandAsOneText) {
+    EXPECT_STARTED(launch());
+    EXPECT_STARTED(launch({L"-dcommand_only", L"hello world", L"", L"\u65e5\u672c"}));
+    EXPECT_EQ(payloads(), std::vector<std::wstring>{
+                              wholeText({L"-dcommand_only", L"hello world", L"", L"\u65e5\u672c"})});
+}
+
 TEST_F(CommandOnly, NeedsNoRestartStateAndSetsNoIdentity) {
     EXPECT_STARTED(launch());
     machine.remove(inConfig(L"args.properties"));
     machine.remove(inConfig(L"config.ini"));
-    const simulation::ProcessId id = begin({L"-dcommand_only"});
-    EXPECT_STARTED(machine.waitFor(id));
+    const std::size_t before = machine.operations().size();
+    EXPECT_STARTED(launch({L"-dcommand_only"}));
     EXPECT_FALSE(machine.exists(inConfig(L"config.ini")));
-    EXPECT_EQ(machine.appUserModelIdOf(id), L"");
+    EXPECT_EQ(launchertest::traceOf(machine, {"loadLibrary", "callTextFunction"}, before),
+              std::vector<std::string>());
 }
 
 TEST_F(CommandOnly, MissingPlatformIsFatal) {
@@ -366,6 +382,19 @@ TEST_F(ExtensionJars, AreTheLastElement) {
     machine.writeFile(L"C:\\Apps\\vxext\\sub.jar\\e.jar", "");
     EXPECT_STARTED(launch());
     EXPECT_EQ(lastElement(), L"\"-cp=C:/Apps/vxext/a.b.zip;C:/Apps/vxext/b.jar\"");
+}
+
+TEST_F(ExtensionJars, SearchIsLoggedInDebugRuns) {
+    const std::string missing = "\nZELLauncher> vxext path does not exist\n";
+    const std::string existing = "\nZELLauncher> vxext path exists to update classpath\n";
+    EXPECT_STARTED(launch({L"-debug"}));
+    EXPECT_TRUE(contains(lastDebugLog(), missing));
+    EXPECT_FALSE(contains(lastDebugLog(), existing));
+    closePlatform();
+    makeJars(1);
+    EXPECT_STARTED(launch({L"-debug"}));
+    EXPECT_FALSE(contains(lastDebugLog(), missing));
+    EXPECT_TRUE(contains(lastDebugLog(), existing));
 }
 
 TEST_F(ExtensionJars, EmptyDirectoryAddsNothing) {

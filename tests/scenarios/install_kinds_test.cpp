@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "scenarios/story.h"
+#include "support/text.h"
 
 namespace {
 
@@ -15,6 +16,52 @@ protected:
         EXPECT_TRUE(hasElement(L"-Dzel.install.config=\"" + kind + L"\"")) << log();
         EXPECT_TRUE(hasElement(L"-vmargs"));
         EXPECT_TRUE(machine.exists(inConfig(L"zelinstall.properties")));
+    }
+};
+
+// Two first starts of an install that has no identity yet, at the same time.
+class TwoFirstStartsOfUserpb : public Story {
+public:
+    explicit TwoFirstStartsOfUserpb(std::uint64_t seed) : Story(seed) {
+        launcherProperties.set("install.configuration", "userpb");
+        launcherProperties.remove("zel.install.id");
+        simulation::Switching switching;
+        switching.stallOneIn = 5;
+        switching.longestStallMilliseconds = 10;
+        machine.setSwitching(switching);
+    }
+
+    // True if they made different identities.
+    bool run() {
+        const simulation::ProcessId one = begin({L"one"});
+        const simulation::ProcessId two = begin({L"two"});
+        EXPECT_STARTED(machine.waitFor(one));
+        EXPECT_STARTED(machine.waitFor(two));
+        const std::vector<std::string> identities = recordedIdentities();
+        const bool isDifferent = identities.size() == 2 && identities[0] != identities[1];
+        EXPECT_EQ(machine.startedProcesses().size(), isDifferent ? 2U : 1U);
+        EXPECT_EQ(payloads().size(), isDifferent ? 0U : 1U);
+        machine.runUntilIdle(120000);
+        EXPECT_STARTED(launch());
+        EXPECT_EQ(recordedIdentities(), identities);
+        const std::string first = identities.at(0);
+        EXPECT_TRUE(contains(command(), L"ZEL/" + std::wstring(first.begin(), first.end()) + L"/ann"));
+        return isDifferent;
+    }
+
+private:
+    void TestBody() override {}
+
+    std::vector<std::string> recordedIdentities() const {
+        std::vector<std::string> identities;
+        for (const std::string& line : launchertest::splitLines(
+                 machine.readFile(std::wstring(installDir) + L"\\zel\\zellauncher.properties")
+                     .value_or(""))) {
+            if (line.starts_with("zel.install.id=")) {
+                identities.push_back(line.substr(15));
+            }
+        }
+        return identities;
     }
 };
 
@@ -60,9 +107,22 @@ TEST_F(InstallKinds, ServiceStartsJavaInsideTheInstall) {
 TEST_F(InstallKinds, ServiceWithoutAJvmIsFatal) {
     beKind("service");
     launcherProperties.remove("jvm.location");
+    EXPECT_FATAL(launch());
+    EXPECT_TRUE(
+        contains(logAt(L"C:\\Apps\\framework\\Client\\eclipse\\.workspace\\logs\\zellauncher.log"),
+                 "ZELLauncher> the command names no program: neither -vm nor the vm property is given\n"));
+    ASSERT_EQ(machine.startedProcesses().size(), 1U);
+    EXPECT_EQ(command(), L"");  // instead of the first argument as the program
+}
+
+TEST_F(InstallKinds, ServiceWithAnEmptyJvmIsFatal) {
+    beKind("service");
+    launcherProperties.remove("jvm.location");
     baseProperties.set("vm", "");
     EXPECT_FATAL(launch());
-    EXPECT_TRUE(machine.startedProcesses().empty() || !machine.startedProcesses()[0].started);
+    ASSERT_EQ(machine.startedProcesses().size(), 1U);
+    EXPECT_FALSE(machine.startedProcesses()[0].started);
+    EXPECT_TRUE(command().starts_with(L"\"\" -Dzel.home="));
 }
 
 TEST_F(InstallKinds, LockdownStarts) {
@@ -132,6 +192,17 @@ TEST_F(InstallKinds, UserpbKeepsItsWorkspaceIfThePropertiesEndInCtrlZ) {
     }
     EXPECT_FALSE(machine.exists(L"C:\\Users\\ann\\Mivel\\ZEL\\535353"));
     EXPECT_EQ(machine.readFile(properties), launcherProperties.content() + "zel.install.id=424242\r\n");
+}
+
+// Nothing keeps two first starts from each appending an identity. The first line wins from then on.
+TEST(TwoFirstStarts, OfAUserpbInstallBothSucceed) {
+    int different = 0;
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE(seed);
+        different += TwoFirstStartsOfUserpb(seed).run() ? 1 : 0;
+    }
+    EXPECT_GT(different, 0);
+    EXPECT_LT(different, 20);
 }
 
 TEST_F(InstallKinds, MissingIdentityIsFatalForOtherKinds) {

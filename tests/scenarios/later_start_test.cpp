@@ -60,6 +60,18 @@ TEST_F(LaterStart, AddsEachStartToTheShutdownLog) {
     EXPECT_TRUE(history.starts_with("Started Sat Jan 31 23:59:00 2026\r\n")) << history;
 }
 
+TEST_F(LaterStart, ConfiguredProgramIsStoredForARestart) {
+    launcherProperties.set("config.app.restartExe.win32", "${zel.home}/zel/app.exe");
+    startOnce({L"-config", L"app", L"x"});
+    EXPECT_EQ(configFile(L"args.properties"),
+              "arg0=C\\:\\\\Apps\\\\framework\\\\Client\\\\zel\\\\app.exe\r\n"
+              "arg1=-config\r\n"
+              "arg2=app\r\n"
+              "arg3=x\r\n"
+              "argc=4\r\n"
+              "com.mivel.zel.core.internal.librarypath=C\\:\\\\Windows\\\\System32\r\n");
+}
+
 TEST_F(LaterStart, RestartKeepsTheStoredArguments) {
     startOnce({L"-first"});
     const auto arguments = configFile(L"args.properties");

@@ -232,7 +232,7 @@ TEST_F(Provisioning, RunsItsApplicationInsteadOfThePlatform) {
     EXPECT_TRUE(contains(command(), L"-application com.example.prov -userProvLaunch -vm "));
     EXPECT_TRUE(hasElement(L"\"-Xshareclasses=none\""));
     EXPECT_FALSE(contains(command(), L"name=x"));
-    EXPECT_TRUE(contains(log(), "ZLNCH0073I: Provisioning Command = '\""));
+    EXPECT_TRUE(logHas("ZLNCH0073I: Provisioning Command = '" + launchertest::toUtf8(command()) + "'"));
     EXPECT_FALSE(contains(log(), "ZLNCH0072I"));
     EXPECT_EQ(machine.startedProcesses()[0].start.flags, 0U);
 }
@@ -250,6 +250,23 @@ TEST_F(Provisioning, NewManifestRunsItAgain) {
     recordManifest();
     launcherProperties.set("provisioning.manifest.version", "8");
     layOut();
+    EXPECT_STARTED(launch());
+    EXPECT_TRUE(contains(command(), L"com.example.prov"));
+}
+
+// The administrator rolls a new manifest out while the user works.
+TEST_F(Provisioning, NewManifestIsLeftAloneWhileThePlatformRuns) {
+    EXPECT_STARTED(launch());
+    recordManifest();
+    EXPECT_STARTED(launch());
+    launcherProperties.set("provisioning.manifest.version", "8");
+    layOut();
+    EXPECT_STARTED(launch({L"hello"}));
+    EXPECT_EQ(machine.startedProcesses().size(), 2U);
+    ASSERT_EQ(payloads().size(), 1U);
+    EXPECT_TRUE(contains(payloads()[0], L"\nhello\n"));
+    EXPECT_FALSE(contains(payloads()[0], L"com.example.prov"));
+    closePlatform();
     EXPECT_STARTED(launch());
     EXPECT_TRUE(contains(command(), L"com.example.prov"));
 }

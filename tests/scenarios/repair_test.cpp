@@ -86,6 +86,19 @@ TEST_F(Repair, MissingBackupResetsTheConfiguration) {
     EXPECT_TRUE(machine.exists(inWorkspace(L".configbak")));
 }
 
+// The reset moves the restart state away, and a restart writes none.
+TEST_F(Repair, RestartWithoutABackupIsFatalOnce) {
+    startOnce();
+    damage(without("vm"));
+    machine.remove(inConfig(L"zelinstall.properties.bak"));
+    EXPECT_FATAL(launch({L"-restart"}));
+    EXPECT_TRUE(logHas(
+        "ZLNCH0096E: Unable to load C:\\Users\\ann/Mivel/ZEL/1234/ann/.config\\args.properties file!"));
+    EXPECT_EQ(configFile(L"zelinstall.properties"), good);
+    EXPECT_STARTED(launch());
+    EXPECT_EQ(machine.startedProcesses().size(), 2U);
+}
+
 TEST_F(Repair, FailedRestoreResetsTheConfiguration) {
     startOnce();
     damage(without("vm"));

@@ -16,6 +16,14 @@ namespace scenarios {
 
 namespace {
 
+void serve(const std::wstring& pipe, const PlatformBehaviour& behaviour) {
+    if (behaviour.servesPipe && behaviour.frozenMilliseconds == 0) {
+        simulation::servePipe(pipe);
+    } else if (behaviour.servesPipe) {
+        simulation::servePipeWithoutReading(pipe, behaviour.pipeBuffer);
+    }
+}
+
 ::testing::AssertionResult resultFor(bool isSuccess, std::string_view text) {
     return (isSuccess ? ::testing::AssertionSuccess() : ::testing::AssertionFailure()) << "\nthe text is:\n"
                                                                                        << text;
@@ -31,13 +39,13 @@ int runPlatform(PlatformBehaviour behaviour) {
     const std::wstring* data = zellauncher::argumentAfter(L"-data", arguments);
     const std::wstring directory = data != nullptr ? *data : std::wstring();
     platform::sleepMilliseconds(behaviour.publishAfterMilliseconds);
+    std::wstring pipe = L"\\\\.\\pipe\\";
     if (behaviour.publishes) {
         const std::string leaf = "platform-" + std::to_string(platform::currentProcessId());
         const std::wstring wideLeaf(leaf.begin(), leaf.end());
         simulation::holdSemaphore(L"Global\\" + wideLeaf + L"sem");
-        if (behaviour.servesPipe) {
-            simulation::servePipe(L"\\\\.\\pipe\\" + wideLeaf);
-        }
+        pipe += wideLeaf;
+        serve(pipe, behaviour);
         platform::Stream* pipeFile = platform::openStream(directory + L"\\.pipe", "w");
         if (pipeFile != nullptr) {
             platform::writeStream(pipeFile, "\\\\.\\pipe\\" + leaf + "\r\n");
@@ -45,6 +53,9 @@ int runPlatform(PlatformBehaviour behaviour) {
         }
     }
     for (std::uint32_t lived = 0; lived < behaviour.livesMilliseconds; lived += step) {
+        if (behaviour.frozenMilliseconds != 0 && lived == behaviour.frozenMilliseconds) {
+            simulation::readPipe(pipe);
+        }
         if (platform::fileAttributes(directory + L"\\platform.stop")) {
             break;
         }

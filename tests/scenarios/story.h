@@ -21,6 +21,8 @@ struct PlatformBehaviour {
     std::uint32_t publishAfterMilliseconds = 200;  // until `.pipe` and the semaphore exist
     bool publishes = true;
     bool servesPipe = true;
+    std::uint32_t frozenMilliseconds = 0;  // after it has published; meanwhile it does not read its pipe
+    std::size_t pipeBuffer = 512;          // of a platform that is frozen
     std::uint32_t livesMilliseconds = 60000;
     int exitCode = 0;
     // With this argument, the first platform of a workspace crashes; it leaves `platform.crashed` there.

@@ -13,8 +13,6 @@ using scenarios::contains;
 using scenarios::endsWith;
 using scenarios::Story;
 
-constexpr std::uint32_t readOnly = 1;
-
 class Troubleshooting : public Story {
 protected:
     // Starts the platform and ends it.

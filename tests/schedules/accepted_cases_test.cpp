@@ -194,6 +194,24 @@ TEST(LauncherWait, HasNoLimitIfThePipeIsNeverServed) {
     EXPECT_EQ(report.outcomes.at("waits for a platform that never serves its pipe"), 2);
 }
 
+// A platform that is frozen takes no text that does not fit into its pipe's buffer. Its end releases the
+// launcher that writes, which fails, and then the one that waits for the lock, which starts another platform.
+TEST(LauncherWait, EndsWithAFrozenPlatform) {
+    const auto withBuffer = [](std::size_t size) {
+        return runWithoutSwitches(
+            raceOf(InitialState::nothing, {0, 1000, 2000},
+                   {{.fate = Fate::freezes, .publishesAfter = 0, .livesFor = 100000, .pipeBuffer = size},
+                    PlatformPlan()}));
+    };
+    const RaceReport tooSmall = withBuffer(512);
+    EXPECT_EQ(tooSmall.outcomes.at("ZLNCH0144E"), 1);
+    EXPECT_EQ(tooSmall.outcomes.at("delivered"), 2);
+    EXPECT_GE(tooSmall.longestWait, 98000U);
+    const RaceReport largeEnough = withBuffer(65536);  // for one text, which is not read
+    EXPECT_EQ(largeEnough.outcomes.at("ZLNCH0142E"), 1);
+    EXPECT_EQ(largeEnough.outcomes.at("delivered"), 2);
+}
+
 // -dcommand_only opens the workspace's log before it waits for the lock, and so empties the log of the
 // launcher that holds it.
 TEST(CommandOnly, EmptiesTheLogOfAStartInProgress) {

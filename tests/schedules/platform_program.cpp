@@ -32,24 +32,28 @@ void writePipeFile(const std::wstring& path) {
     }
 }
 
-void publish(const PlatformPlan& plan) {
+// False if another process kept the pipe file as it was.
+bool publish(const PlatformPlan& plan) {
     const std::wstring processId = std::to_wstring(platform::currentProcessId());
     simulation::holdSemaphore(L"Global\\platform-" + processId + L"sem");
     platform::tickCount();  // a switching point between semaphore and pipe
+    const std::wstring pipe = pipeNameOf(platform::currentProcessId());
     if (plan.fate == Fate::neverServes) {
-        simulation::servePipeToNobody(pipeNameOf(platform::currentProcessId()));
+        simulation::servePipeToNobody(pipe);
+    } else if (plan.fate == Fate::freezes) {
+        simulation::servePipeWithoutReading(pipe, plan.pipeBuffer);
     } else {
-        simulation::servePipe(pipeNameOf(platform::currentProcessId()));
+        simulation::servePipe(pipe);
     }
     const std::wstring pipeFile = workspaceOfSelf() + L"\\.pipe";
     if (plan.publishing == Publishing::inPlace) {
         writePipeFile(pipeFile);
-        return;
+        return true;
     }
     const std::wstring temporary = pipeFile + L"-" + processId;
     writePipeFile(temporary);
     platform::deleteFile(pipeFile);
-    platform::moveFile(temporary, pipeFile, platform::moveWriteThrough);
+    return platform::moveFile(temporary, pipeFile, platform::moveWriteThrough);
 }
 
 void startLauncher(const std::wstring& launcher) {
@@ -101,8 +105,7 @@ int runPlatform(const PlatformPlan& plan, const std::wstring& launcher,
     if (plan.fate == Fate::dies) {
         return 1;
     }
-    if (plan.fate != Fate::neverPublishes) {
-        publish(plan);
+    if (plan.fate != Fate::neverPublishes && publish(plan)) {
         published();
     }
     platform::sleepMilliseconds(plan.fate == Fate::neverServes ? oneDay : plan.livesFor);

@@ -14,6 +14,7 @@ enum class Fate {
     restartsItself,  // as `lives`, but starts its own program with its arguments before it ends
     neverPublishes,  // lives without semaphore, pipe and pipe file
     neverServes,     // publishes, but accepts no client on its pipe and never ends
+    freezes,         // publishes, accepts one client on its pipe and reads nothing, ends
 };
 
 // How a platform creates its pipe file. With byRename it writes the file under another name first, so a
@@ -25,6 +26,7 @@ struct PlatformPlan {
     std::uint32_t publishesAfter = 200;  // milliseconds
     std::uint32_t livesFor = 30000;      // after that
     std::uint32_t endsAfterRestart = 0;  // after it has started the launcher or itself
+    std::size_t pipeBuffer = 512;        // of one that freezes; a text has more
     Publishing publishing = Publishing::byRename;
     // What its supervisor on a locked-down desktop sees: the exit code, and a word in .exitData if any.
     int exitCode = 0;

@@ -35,8 +35,8 @@ bool startsProgram(const simulation::StartedProcess& child, const std::wstring& 
 
 std::string describe(const RacePlan& plan) {
     constexpr const char* states[] = {"nothing", "a dead platform", "a running platform"};
-    constexpr const char* fates[] = {"lives",           "dies",        "restarts", "restarts itself",
-                                     "never publishes", "never serves"};
+    constexpr const char* fates[] = {"lives",           "dies",         "restarts", "restarts itself",
+                                     "never publishes", "never serves", "freezes"};
     std::string text = "  initially: " + std::string(states[static_cast<int>(plan.initialState)]) +
                        (plan.isLockdown ? ", lockdown" : "") + "\n";
     for (const LauncherPlan& launcher : plan.launchers) {
@@ -74,7 +74,7 @@ const char* nameOf(Overlap overlap) {
         case Overlap::emptyPipeFile:
             return "the first platform created its pipe file before it wrote the name";
         case Overlap::consequence:
-            return "the first platform already shared the workspace with another";
+            return "another case had happened before to the first platform";
         case Overlap::restartGap:
             return "the first platform had restarted itself and not published yet";
         case Overlap::takenForCrash:
@@ -100,6 +100,7 @@ Race::Race(const RacePlan& racePlan) : Story(racePlan.seed), plan(racePlan) {
     });
     machine.whenEnded([this](simulation::ProcessId id) { noteEnd(id); });
     layWorkspace();
+    pathsBefore = machine.tree(L"C:\\Users");
     for (std::size_t number = 0; number < plan.launchers.size(); ++number) {
         const LauncherPlan& launcherPlan = plan.launchers[number];
         std::vector<std::wstring> arguments = {launcher};
@@ -111,9 +112,11 @@ Race::Race(const RacePlan& racePlan) : Story(racePlan.seed), plan(racePlan) {
         });
         LauncherRecord& added = launchers[id];
         added.name = arguments.back();
-        added.isRestart = std::find(arguments.begin(), arguments.end(), L"-restart") != arguments.end();
-        added.isCommandOnly =
-            std::find(arguments.begin(), arguments.end(), L"-dcommand_only") != arguments.end();
+        const auto has = [&](const wchar_t* option) {
+            return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
+        };
+        added.isRestart = has(L"-restart");
+        added.isCommandOnly = has(L"-dcommand_only");
         added.arrival = machine.elapsedMilliseconds() + launcherPlan.arrivesAfter;
     }
 }
@@ -153,6 +156,7 @@ void Race::startRunningPlatform() {
 int Race::runPlatformProcess() {
     const std::uint64_t begin = machine.elapsedMilliseconds();  // before anything can stall it
     PlatformRecord& own = platforms[::platform::currentProcessId()];
+    own.id = ::platform::currentProcessId();
     own.plan = plan.platforms[std::min(platformsBegun++, plan.platforms.size() - 1)];
     own.createdTime = begin;
     return runPlatform(own.plan, launcher, [&] {
@@ -171,6 +175,7 @@ void Race::noteEnd(simulation::ProcessId id) {
     LauncherRecord& ended = launchers[id];  // collectStarts adds the name of one that a platform started
     ended.hasEnded = true;
     ended.endTime = machine.elapsedMilliseconds();
+    ended.endedOperation = machine.operationCount();
     ended.end = machine.endOf(id);
     if (ended.end.status != 0) {
         noteFatalLine(id, ended);
@@ -185,8 +190,8 @@ RaceReport Race::run() {
     machine.runUntilIdle(timeLimit);
     machine.whenEnded(nullptr);
     collectStarts();
-    checkLaunchers();
     checkPlatforms();
+    checkLaunchers();
     checkPayloads();
     checkLockFiles();
     checkDesktop();
@@ -205,6 +210,7 @@ void Race::collectStarts() {
         const simulation::StartedProcess& child = machine.startedProcesses().at(next++);
         if (startsProgram(child, nativeLauncher)) {
             PlatformRecord& record = platforms[child.id];
+            record.id = child.id;
             record.starter = child.parent;
             record.isRerun = !starters.insert(child.parent).second;
             const auto starter = launchers.find(child.parent);
@@ -216,6 +222,9 @@ void Race::collectStarts() {
             launchers[child.id].name = restartNameOf(child.parent);
             launchers[child.id].isRestart = true;
         }
+    }
+    for (auto& [id, record] : platforms) {
+        record.isWithoutLock = hasWaitedForLock(record);
     }
 }
 

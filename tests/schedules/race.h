@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -47,11 +48,12 @@ enum class Overlap {
     rememberedName,  // a restart had read the pipe name of an earlier platform and kept using it
     heldPipeFile,    // an old pipe file could not be removed because a stalled restart had it open
     emptyPipeFile,   // the first one created its pipe file before it wrote the name
-    consequence,     // the first one already shared the workspace, which has only one pipe file
-    restartGap,      // the first one had restarted itself and not published yet
-    takenForCrash,   // it had restarted itself, and its supervisor took another end for its crash
-    lockTimeout,     // a supervisor did not get the lock for five minutes
-    unexplained,     // none of these: a violation
+    consequence,    // because of another case, the first one had lost its pipe file, or its place in the lock
+                    // file, or had company that has restarted itself
+    restartGap,     // the first one had restarted itself and not published yet
+    takenForCrash,  // it had restarted itself, and its supervisor took another end for its crash
+    lockTimeout,    // a supervisor did not get the lock for five minutes
+    unexplained,    // none of these: a violation
 };
 const char* nameOf(Overlap overlap);
 
@@ -87,14 +89,19 @@ private:
         bool isCommandOnly = false;
         std::uint64_t arrival = 0;
         std::uint64_t endTime = 0;
+        std::uint64_t endedOperation = never;
         bool hasEnded = false;
         simulation::ProcessEnd end;
         std::string fatalLine;      // of its log, at its end
+        std::wstring log;           // of which the line is
         bool hasSharedLog = false;  // another launcher wrote to the same log while it ran
     };
     struct PlatformRecord {
-        simulation::ProcessId starter = 0;  // a launcher, or the platform that has restarted itself
-        bool isRerun = false;               // its launcher had started a platform before
+        simulation::ProcessId id = 0;
+        // A launcher, or the platform that has restarted itself. 0 if it ran before the race.
+        simulation::ProcessId starter = 0;
+        bool isRerun = false;        // its launcher had started a platform before
+        bool isWithoutLock = false;  // such a launcher had waited for the lock in vain
         std::uint64_t createdOperation = 0;
         std::uint64_t createdTime = 0;
         std::uint64_t publishedOperation = never;
@@ -102,6 +109,13 @@ private:
         std::uint64_t endedOperation = never;
         std::uint64_t endedTime = never;
         PlatformPlan plan;
+    };
+    // A launcher's choice of its role: the operations with which it got the lock and read the pipe file. If
+    // it did not read that, `looked` is the one with which it found none, or `locked`.
+    struct Decision {
+        simulation::ProcessId process = 0;
+        std::uint64_t locked = never;
+        std::uint64_t looked = never;
     };
 
     void TestBody() override {}
@@ -118,7 +132,13 @@ private:
     void checkLaunchers();
     void checkEnd(const LauncherRecord& ended, const std::string& label);
     void checkFatalEnd(const LauncherRecord& ended, const std::string& label, std::size_t deliveries);
+    bool isExpectedIn(const std::wstring& log, const std::string& line) const;
+    bool isExpectedOf(simulation::ProcessId id, const std::string& line) const;
+    bool failsAtEndedPlatform(simulation::ProcessId id, const LauncherRecord& ended) const;
+    bool findsNoPlatform(simulation::ProcessId id, const LauncherRecord& ended) const;
+    bool precedesFirstStart(simulation::ProcessId id, const std::wstring& ending) const;
     void checkPlatforms();
+    Overlap whyTogether(const PlatformRecord& first, const PlatformRecord& second) const;
     void checkPayloads();
     void checkLockFiles();
     void checkDesktop();
@@ -129,23 +149,47 @@ private:
     std::vector<PlatformRecord> platformsOf(const std::vector<simulation::ProcessId>& openers) const;
     static bool hasEndedUnpublished(const PlatformRecord& record);
     bool hasEndedUnseen(const PlatformRecord& record) const;
-    bool isSlow(const PlatformRecord& record) const;
-    bool isNoLongerWaitedFor(const PlatformRecord& record) const;
-    bool foundLatePipeFile(const PlatformRecord& record) const;
+
+    template <typename Predicate>
+    const simulation::Operation* lastBefore(std::uint64_t index, Predicate isMeant) const;
+    template <typename Predicate>
+    const simulation::Operation* firstAfter(std::uint64_t index, Predicate isMeant) const;
+    Decision decisionOf(simulation::ProcessId process, std::uint64_t before) const;
+    const simulation::Operation* releaseAfter(const PlatformRecord& record) const;
+    Overlap whyReleasedEarly(const PlatformRecord& record) const;
+    Overlap whyUnguarded(const PlatformRecord& first, const Decision& decision) const;
+    bool hasEmptyPipeFile(const PlatformRecord& record, std::uint64_t release) const;
+    bool foundLatePipeFile(const PlatformRecord& record, std::uint64_t release) const;
     bool foundHeldPipeFile(const PlatformRecord& record) const;
-    bool isStartedWithoutLock(const PlatformRecord& record) const;
-    std::uint64_t lockOperation(const PlatformRecord& record) const;
+    bool hasWaitedForLock(const PlatformRecord& record) const;
+    bool hasLocked(const simulation::Operation& attempt) const;
+    bool holdsLockAt(simulation::ProcessId process, std::uint64_t index) const;
+    bool isLockedByOther(simulation::ProcessId process, std::uint64_t index) const;
+    const simulation::Operation* ownerWriteBefore(std::uint64_t index) const;
+    const PlatformRecord* ownerBefore(std::uint64_t index) const;
+    bool isBlankBefore(std::uint64_t index) const;
+    bool isBlanking(const simulation::Operation& write) const;
+    bool remembersOtherName(const Decision& decision, const PlatformRecord& record) const;
+    bool knowsOnlyItsOwn(const Decision& decision) const;
+    bool takesForCrash(const Decision& decision, const PlatformRecord& record) const;
+    const PlatformRecord* lastStartedBy(simulation::ProcessId process, std::uint64_t before) const;
+    const PlatformRecord* publisherBefore(std::uint64_t index) const;
+    bool hasLostPipeFile(const PlatformRecord& record, std::uint64_t index) const;
+    bool isRestart(simulation::ProcessId process) const;
     bool canStall() const;
-    Overlap explain(simulation::ProcessId firstId, const PlatformRecord& second) const;
-    Overlap explainRestarted(simulation::ProcessId firstId, const PlatformRecord& second) const;
+    // Why the launcher did not find this platform.
+    Overlap explain(const PlatformRecord& first, const Decision& decision) const;
+
     std::uint64_t longestAllowedWait() const;
     std::size_t deliveriesOf(const std::wstring& name) const;
     void fail(const std::string& text);
 
     RacePlan plan;
     RaceReport report;
+    std::vector<std::wstring> pathsBefore;  // of the workspace
     std::map<simulation::ProcessId, LauncherRecord> launchers;
     std::map<simulation::ProcessId, PlatformRecord> platforms;
+    std::set<simulation::ProcessId> sharing;  // platforms that have run together with another
     std::size_t platformsBegun = 0;
 };
 

@@ -46,10 +46,10 @@ LauncherPlan drawLauncher(Draw& draw) {
 }
 
 Fate drawFate(Draw& draw) {
-    const Fate fates[] = {Fate::lives,    Fate::lives,          Fate::lives,      Fate::lives,
-                          Fate::lives,    Fate::restarts,       Fate::restarts,   Fate::restarts,
-                          Fate::restarts, Fate::restartsItself, Fate::dies,       Fate::dies,
-                          Fate::dies,     Fate::neverPublishes, Fate::neverServes};
+    const Fate fates[] = {Fate::lives,    Fate::lives,          Fate::lives,       Fate::lives,
+                          Fate::lives,    Fate::restarts,       Fate::restarts,    Fate::restarts,
+                          Fate::restarts, Fate::restartsItself, Fate::dies,        Fate::dies,
+                          Fate::dies,     Fate::neverPublishes, Fate::neverServes, Fate::freezes};
     return draw.oneOf(fates);
 }
 
@@ -73,6 +73,8 @@ PlatformPlan drawPlatform(Draw& draw) {
     plan.livesFor = draw.percent(30) ? draw.below(3) : drawMoment(draw, draw.percent(50) ? 4 : 40);
     const std::uint32_t ends[] = {0, 0, 1, 500, 1000, 5000, 18000, 25000};
     plan.endsAfterRestart = draw.oneOf(ends);
+    const std::size_t buffers[] = {512, 65536};  // less than a text, and more than all texts
+    plan.pipeBuffer = draw.oneOf(buffers);
     drawEnd(draw, plan);
     return plan;
 }
@@ -107,7 +109,7 @@ RacePlan planOf(std::uint64_t seed) {
         plan.platforms.push_back(drawPlatform(draw));
     }
     if (plan.initialState == InitialState::runningPlatform &&
-        plan.platforms.front().fate != Fate::neverServes) {
+        plan.platforms.front().fate != Fate::neverServes && plan.platforms.front().fate != Fate::freezes) {
         plan.platforms.front().fate = draw.percent(40) ? Fate::restarts : Fate::lives;
     }
     // The fourth and later ones only live, so that restarts end, and so does the supervision.

@@ -24,7 +24,9 @@ bool Outcome::isFatal() const {
 
 void Outcome::expectFatal(const std::string& message) const {
     EXPECT_TRUE(isFatal()) << log;
-    EXPECT_EQ(lastLine(), message);
+    EXPECT_TRUE(("\n" + log).ends_with("\n" + message + "\n")) << "expected at the end of the log:\n"
+                                                               << message << "\nbut the log is:\n"
+                                                               << log;
 }
 
 std::string Outcome::lastLine() const {

@@ -23,7 +23,8 @@ public:
     simulation::ProcessEnd processEnd() const;
     // The process ended with -1, as after a fatal message.
     bool isFatal() const;
-    // The process ended with -1, and this is the whole last line of its log.
+    // The process ended with -1, and its log ends with this message, which may have several lines. It is
+    // compared whole.
     void expectFatal(const std::string& message) const;
 
     std::string lastLine() const;

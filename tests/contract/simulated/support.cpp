@@ -4,6 +4,7 @@
 
 #include "contract/children.h"
 #include "contract/contract.h"
+#include "platform/clock.h"
 #include "simulation/machine.h"
 
 namespace contract {
@@ -78,6 +79,7 @@ std::wstring childProgram() {
 
 void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) {
     simulation::Machine machine;
+    machine.reuseProcessIds();
     machine.makeDirectory(L"C:\\scratch");
     machine.installProgram(childPath, runAsChild);
     machine.setRegistryText(L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Winlogon", L"Shell",
@@ -86,11 +88,13 @@ void runOnMachine(const std::function<void(const std::wstring& scratch)>& body) 
     machine.createSemaphore(L"Global\\contract", simulation::SemaphoreAccess::granted);
     machine.createSemaphore(L"Global\\contract-denied", simulation::SemaphoreAccess::denied);
     currentMachine() = &machine;
-    const simulation::ProcessEnd end = machine.run({L"C:\\contract.exe"}, [&] {
+    bool hasBodyReturned = false;
+    machine.run({L"C:\\contract.exe"}, [&] {
         body(L"C:\\scratch");
+        hasBodyReturned = true;
         return 0;
     });
-    EXPECT_EQ(end.kind, simulation::EndKind::exited);
+    EXPECT_TRUE(hasBodyReturned) << "the process ended inside the test";
     for (const simulation::Operation& operation : machine.operations()) {
         calledOperations().insert(operation.name);
     }
@@ -107,10 +111,17 @@ void holdSemaphore(const std::wstring& name) {
 }
 
 void servePipe(const std::wstring& name) {
-    simulation::servePipe(name);
+    simulation::readPipe(name);
+}
+
+void createPipe(const std::wstring& name) {
+    simulation::servePipeWithoutReading(name, 65536);
 }
 
 std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count) {
+    while (count > 0 && currentMachine()->hasPipeClient(name)) {
+        platform::sleepMilliseconds(10);
+    }
     std::vector<std::string> texts = currentMachine()->pipePayloads(name);
     EXPECT_GE(texts.size(), count);
     return texts;

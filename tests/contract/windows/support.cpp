@@ -65,6 +65,12 @@ ServedTexts& served() {
     return texts;
 }
 
+// The pipe of this process.
+HANDLE& ownPipe() {
+    static HANDLE pipe = INVALID_HANDLE_VALUE;
+    return pipe;
+}
+
 std::string readToTheEnd(HANDLE pipe) {
     std::string text;
     char buffer[4096];
@@ -140,11 +146,14 @@ void holdSemaphore(const std::wstring& name) {
     EXPECT_NE(CreateSemaphoreW(nullptr, 0, 1, name.c_str()), nullptr);
 }
 
-void servePipe(const std::wstring& name) {
-    HANDLE pipe = CreateNamedPipeW(name.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE | PIPE_WAIT, 1, 65536,
-                                   65536, 0, nullptr);
-    EXPECT_NE(pipe, INVALID_HANDLE_VALUE) << GetLastError();
-    std::thread(serveClients, pipe).detach();
+void createPipe(const std::wstring& name) {
+    ownPipe() = CreateNamedPipeW(name.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE | PIPE_WAIT, 1, 65536,
+                                 65536, 0, nullptr);
+    EXPECT_NE(ownPipe(), INVALID_HANDLE_VALUE) << GetLastError();
+}
+
+void servePipe(const std::wstring& /*name*/) {
+    std::thread(serveClients, ownPipe()).detach();
 }
 
 std::vector<std::string> servedTexts(const std::wstring& /*name*/, std::size_t count) {

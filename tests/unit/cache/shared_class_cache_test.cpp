@@ -6,6 +6,7 @@
 
 #include "platform/files.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 #include "support/text.h"
 
 namespace {
@@ -101,11 +102,17 @@ TEST_F(CacheMaintenance, OptionNameMatchesInsideOtherText) {
     EXPECT_TRUE(machine.exists(L"C:\\ws\\username\\c\\x"));
 }
 
-TEST_F(CacheMaintenance, ValueWithoutAnEqualsSignIsTheWholeText) {
+TEST_F(CacheMaintenance, FirstOccurrenceOfAnOptionIsUsed) {
     fill(L"C:\\ws\\cache");
-    machine.writeFile(L"C:\\ws\\cache\\C_name", "");
-    maintain(L"C:\\ws\\cache\\name_controlDir");
-    EXPECT_FALSE(isAppFileDeleted(L"C:\\ws\\cache"));
+    maintain(L"name=app,controlDir=C:\\ws\\cache,name=x,controlDir=C:\\ws\\other");
+    EXPECT_TRUE(isAppFileDeleted(L"C:\\ws\\cache"));
+}
+
+TEST_F(CacheMaintenance, ValueWithoutAnEqualsSignIsTheWholeText) {
+    maintain(L"C:\\ws\\name_controlDir,more");
+    EXPECT_FALSE(isPurged);
+    EXPECT_EQ(launchertest::callsOf(machine, "findFirst").at(0).argument,
+              L"\\\\?\\C:\\ws\\name_controlDir\\*C:\\ws\\name_controlDir*");
 }
 
 TEST_F(CacheMaintenance, DirectoryOutsideTheWorkspaceIsLeft) {

@@ -7,6 +7,7 @@
 #include "platform/clock.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -33,6 +34,16 @@ protected:
 
     void record() {
         outcome = run([] { zellauncher::recordPlatformStart(L"C:/ws"); });
+    }
+    // What a start after this time writes into an empty history.
+    std::string recordAfter(std::uint32_t days, std::uint32_t seconds) {
+        machine.remove(path);
+        machine.passDays(days);
+        outcome = run([&] {
+            platform::sleepMilliseconds(seconds * 1000);
+            zellauncher::recordPlatformStart(L"C:/ws");
+        });
+        return machine.readFile(path).value_or("");
     }
 };
 
@@ -75,13 +86,16 @@ TEST_F(ShutdownLog, EmptyFirstLineIsNotCounted) {
 }
 
 TEST_F(ShutdownLog, DaysAndTimesHaveTwoDigits) {
-    const simulation::ProcessId id = machine.start({L"C:\\p.exe"}, [] {
-        platform::sleepMilliseconds(69000);  // from the end of January
-        zellauncher::recordPlatformStart(L"C:\\ws");
-        return 0;
-    });
-    machine.waitFor(id);
-    EXPECT_EQ(machine.readFile(path), "Started Sun Feb 01 00:00:09 2026\r\n");
+    EXPECT_EQ(recordAfter(0, 69), "Started Sun Feb 01 00:00:09 2026\r\n");
+}
+
+TEST_F(ShutdownLog, EveryDayAndMonthHasItsName) {
+    const char* dates[] = {"Mon Mar 02", "Wed Apr 01", "Fri May 01", "Sun May 31", "Tue Jun 30", "Thu Jul 30",
+                           "Sat Aug 29", "Mon Sep 28", "Wed Oct 28", "Fri Nov 27", "Sun Dec 27"};
+    for (const char* date : dates) {
+        EXPECT_EQ(recordAfter(30, 0), std::string("Started ") + date + " 23:59:00 2026\r\n");
+    }
+    EXPECT_EQ(recordAfter(30, 0), "Started Tue Jan 26 23:59:00 2027\r\n");
 }
 
 TEST_F(ShutdownLog, LineOverTheReadLimitIsCountedTwice) {
@@ -134,6 +148,13 @@ TEST_F(ShutdownLog, FailedAppendIsFatal) {
     outcome.expectFatal("ZLNCH0098E: Could not open C:\\ws\\logs\\shutdown.log for writing!");
 }
 
+TEST_F(ShutdownLog, ShortLogIsOnlyReadAndClosed) {
+    machine.writeFile(path, numbered(1, 198));
+    record();
+    EXPECT_EQ(machine.readFile(path), numbered(1, 198) + started);
+    EXPECT_EQ(launchertest::callsOf(machine, "closeStream", L"shutdown.log").size(), 2U);
+}
+
 TEST_F(ShutdownLog, UnreadableLogIsNotTrimmed) {
     machine.writeFile(path, numbered(1, 300));
     machine.inject(failing("openStream", platform::errorAccessDenied, L"shutdown.log", 2));
@@ -147,6 +168,7 @@ TEST_F(ShutdownLog, WithoutANewFileIsNotTrimmed) {
     machine.writeFile(path, numbered(1, 300));
     machine.makeDirectory(newPath);
     record();
+    EXPECT_EQ(launchertest::callsOf(machine, "closeStream", L"shutdown.log").size(), 2U);
     EXPECT_EQ(outcome.log,
               "ZLNCH0105E: Unable to open file for writing.\"C:\\ws\\logs\\shutdown.log.new\"\n");
     EXPECT_EQ(machine.readFile(path), numbered(1, 300) + started);

@@ -7,6 +7,7 @@
 #include "instance/platform_lock.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -43,6 +44,14 @@ protected:
         return machine.appUserModelIdOf(id);
     }
 };
+
+TEST_F(ApplicationIdentity, UnresolvedIsNotUsed) {
+    run([] {
+        EXPECT_EQ(zellauncher::appUserModelId, L"");
+        EXPECT_FALSE(zellauncher::useAppUserModelId);
+        EXPECT_FALSE(zellauncher::preventPinning);
+    });
+}
 
 TEST_F(ApplicationIdentity, DefaultIsNamedAfterThePlatformWithoutPinning) {
     resolve({L"prog"});
@@ -127,10 +136,18 @@ TEST_F(ApplicationIdentity, IsAppliedToTheProcess) {
 }
 
 TEST_F(ApplicationIdentity, MissingFunctionOrLibraryIsNoFailure) {
+    const std::set<std::string> calls = {"loadLibrary", "textFunction", "callTextFunction", "freeLibrary"};
     machine.removeAppIdFunction();
     EXPECT_EQ(apply(), L"");
+    EXPECT_EQ(
+        launchertest::traceOf(machine, calls),
+        (std::vector<std::string>{"loadLibrary shell32.dll",
+                                  "textFunction SetCurrentProcessExplicitAppUserModelID", "freeLibrary"}));
+    const std::size_t before = machine.operations().size();
     machine.removeShellLibrary();
     EXPECT_EQ(apply(), L"");
+    EXPECT_EQ(launchertest::traceOf(machine, calls, before),
+              std::vector<std::string>{"loadLibrary shell32.dll"});
 }
 
 }  // namespace

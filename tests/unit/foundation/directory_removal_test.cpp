@@ -291,6 +291,21 @@ TEST_F(DirectoryRemoval, SubdirectoryReleasedInTimeIsRemoved) {
     EXPECT_EQ(outcome.linesBeginningWith("removeDirectoryContents failed with error "), 3U);
 }
 
+// A deleted file keeps its directory until the scanner closes it.
+TEST_F(DirectoryRemoval, FileHeldByAScannerDelaysTheRemoval) {
+    machine.writeFile(L"C:\\t\\a\\b.txt", "");
+    machine.holdOpen(L"C:\\t\\a\\b.txt", simulation::HeldSharing::everything);
+    machine.start({L"C:\\scanner.exe"}, [this] {
+        platform::sleepMilliseconds(2500);
+        machine.releaseOpen(L"C:\\t\\a\\b.txt");
+        return 0;
+    });
+    EXPECT_TRUE(removeContents(L"C:\\t"));
+    EXPECT_TRUE(machine.tree(L"C:\\t").empty());
+    EXPECT_EQ(errors, L"");
+    EXPECT_EQ(machine.elapsedMilliseconds(), 3000U);
+}
+
 TEST_F(DirectoryRemoval, FileCreatedBetweenAttemptsIsDeletedToo) {
     machine.makeDirectory(L"C:\\t\\a");
     machine.holdOpen(L"C:\\t\\a");

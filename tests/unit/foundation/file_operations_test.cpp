@@ -4,6 +4,7 @@
 #include "support/failing_allocation.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -199,6 +200,13 @@ TEST_F(FileOperations, MoveRenamesFilesAndDirectories) {
               (std::vector<std::wstring>{L"\\\\?\\C:\\a\\source.txt", L"\\\\?\\C:\\b"}));
 }
 
+// Neither MOVEFILE_REPLACE_EXISTING nor MOVEFILE_COPY_ALLOWED.
+TEST_F(FileOperations, MoveWaitsForTheDeviceAndAsksForNothingElse) {
+    machine.writeFile(L"C:\\a\\source.txt", "text");
+    EXPECT_TRUE(does([] { return moveFile(L"C:\\a\\source.txt", L"C:\\a\\target.txt"); }));
+    EXPECT_EQ(launchertest::callsOf(machine, "moveFile").at(0).numbers[0], 8U);
+}
+
 TEST_F(FileOperations, MoveReplacesNothingAndIsTriedOnce) {
     machine.writeFile(L"C:\\a\\source.txt", "new");
     machine.writeFile(L"C:\\a\\target.txt", "old");
@@ -258,6 +266,27 @@ TEST_F(FileOperations, FileInUseStaysIntact) {
     EXPECT_EQ(machine.tree(L"C:\\a"), std::vector<std::wstring>{L"C:\\a\\file.txt"});
     EXPECT_EQ(contentOf(L"C:\\a\\file.txt"), "text");
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
+}
+
+TEST_F(FileOperations, FileHeldByAScannerIsGoneAtOnce) {
+    machine.writeFile(L"C:\\a\\file.txt", "text");
+    machine.holdOpen(L"C:\\a\\file.txt", simulation::HeldSharing::everything);
+    EXPECT_TRUE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
+    EXPECT_EQ(machine.tree(L"C:\\a"), std::vector<std::wstring>{L"C:\\a\\file.txt.deleteme"});
+    machine.releaseOpen(L"C:\\a\\file.txt");
+    EXPECT_TRUE(machine.tree(L"C:\\a").empty());
+}
+
+TEST_F(FileOperations, TemporaryNameHeldByAScannerBlocksTheNextDeletion) {
+    machine.writeFile(L"C:\\a\\file.txt", "text");
+    machine.holdOpen(L"C:\\a\\file.txt", simulation::HeldSharing::everything);
+    EXPECT_TRUE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
+    machine.writeFile(L"C:\\a\\file.txt", "new");
+    EXPECT_FALSE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
+    EXPECT_EQ(contentOf(L"C:\\a\\file.txt"), "new");
+    machine.releaseOpen(L"C:\\a\\file.txt");
+    EXPECT_TRUE(does([] { return deleteFile(L"C:\\a\\file.txt"); }));
+    EXPECT_TRUE(machine.tree(L"C:\\a").empty());
 }
 
 TEST_F(FileOperations, ReadOnlyFileKeepsTheTemporaryName) {

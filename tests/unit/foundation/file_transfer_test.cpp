@@ -41,6 +41,24 @@ TEST_F(FileTransfer, FileIsCopiedOrMoved) {
     EXPECT_FALSE(machine.exists(L"C:\\t\\f.deleteme"));
 }
 
+// Only the leftover is deleted then, not the target.
+TEST_F(FileTransfer, LeftoverOfADeletedTargetIsFatalOnce) {
+    const std::string messages[] = {"ZLNCH0141E: Can't move file/dir  'C:\\s\\f'",
+                                    "ZLNCH0113E: Can't copy file  'C:\\s\\f'"};
+    for (const Transfer how : {Transfer::move, Transfer::copy}) {
+        machine.writeFile(L"C:\\s\\f", "new");
+        machine.writeFile(L"C:\\t\\f", "old");
+        machine.writeFile(L"C:\\t\\f.deleteme", "older");
+        transfer(how);
+        outcome.expectFatal(messages[how == Transfer::move ? 0 : 1]);
+        EXPECT_EQ(machine.tree(L"C:\\t"), std::vector<std::wstring>{L"C:\\t\\f"});
+        EXPECT_EQ(machine.readFile(L"C:\\t\\f"), "old");
+        transfer(how);
+        EXPECT_EQ(machine.tree(L"C:\\t"), std::vector<std::wstring>{L"C:\\t\\f"});
+        EXPECT_EQ(machine.readFile(L"C:\\t\\f"), "new");
+    }
+}
+
 // Callers may move the source away next, so the copy must already be on the device.
 TEST_F(FileTransfer, CopySurvivesAPowerLoss) {
     machine.writeFile(L"C:\\s\\f", "text");

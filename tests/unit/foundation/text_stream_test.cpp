@@ -364,6 +364,19 @@ TEST_F(TextStreams, FailedReadIsTreatedAsTheEnd) {
     });
 }
 
+// The carriage return makes the stream look for a line feed, and read again after that has failed.
+TEST_F(TextStreams, FailureIsRememberedAfterALaterRead) {
+    withFile("one\r", "r", [this](TextStream& text) {
+        machine.inject(launchertest::failing("readStream", platform::errorLockViolation, {}, 2));
+        std::wstring line;
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+        EXPECT_EQ(line, L"one\r");
+        EXPECT_TRUE(atEnd(text));
+        EXPECT_TRUE(text.hasFailed);
+    });
+    EXPECT_EQ(count("readStream"), 3U);
+}
+
 TEST_F(TextStreams, RewindReadsEverythingAgain) {
     withFile("one\r\ntwo\r\n", "r", [](TextStream& text) {
         for (int turn = 0; turn < 2; ++turn) {

@@ -59,4 +59,17 @@ TEST_F(ByteRangeLock, UnlockDistinguishesNotLockedFromFailed) {
     });
 }
 
+// Otherwise the next owner of the lock could read the file without it.
+TEST_F(ByteRangeLock, BufferedTextIsWrittenBeforeTheLockIsReleased) {
+    machine.writeFile(L"C:\\f", "");
+    runQuietly([&] {
+        TextStream file = zellauncher::openFile(L"C:\\f", "r+");
+        EXPECT_EQ(zellauncher::lockFileHead(file, 100), LockAnswer::done);
+        EXPECT_EQ(zellauncher::putText(file, L"text"), 4);
+        EXPECT_EQ(machine.readFile(L"C:\\f"), "");
+        EXPECT_EQ(zellauncher::unlockFileHead(file, 100), LockAnswer::done);
+        EXPECT_EQ(machine.readFile(L"C:\\f"), "text");
+    });
+}
+
 }  // namespace

@@ -1,5 +1,7 @@
 #include "instance/lock_owner.h"
 
+#include "platform/own_process.h"
+#include "support/operations.h"
 #include "unit/instance/workspace_fixture.h"
 
 namespace {
@@ -50,9 +52,10 @@ TEST_F(LockOwner, BlankLockFileHasNoOwner) {
 
 // What a power failure can leave: the length of the file without its content. The blanks are of a restart
 // that wrote over the beginning of such a file.
-TEST_F(LockOwner, LockFileOfNulsHasNoOwner) {
-    for (const std::string& content : {std::string(1, '\0'), std::string(14, '\0'), std::string(9000, '\0'),
-                                       std::string(14, ' ') + std::string(6, '\0')}) {
+TEST_F(LockOwner, ZeroFilledLockFileHasNoOwner) {
+    for (const std::string& content :
+         {std::string(1, '\0'), std::string(14, '\0'), std::string(9000, '\0'),
+          std::string(4, ' ') + std::string(10, '\0'), std::string(14, ' ') + std::string(6, '\0')}) {
         machine.writeFile(lockFile, content);
         EXPECT_FALSE(isAlive());
         EXPECT_EQ(outcome.lastLine(), "ZLNCH0091E: No data in the platform lock file.");
@@ -110,6 +113,7 @@ TEST_F(LockOwner, OnlyTheSemaphoreProvesLife) {
     EXPECT_FALSE(isAlive());
     machine.createSemaphore(L"Global\\abcsem", SemaphoreAccess::granted);
     EXPECT_TRUE(isAlive());
+    EXPECT_EQ(launchertest::callsOf(machine, "openSemaphore").back().numbers[0], 0x20002U);
 }
 
 TEST_F(LockOwner, PipeNameWithoutBackslashHasNoOwner) {

@@ -6,6 +6,7 @@
 #include "instance/process_record.h"
 #include "platform/child_processes.h"
 #include "platform/own_process.h"
+#include "support/operations.h"
 #include "support/text.h"
 #include "unit/instance/workspace_fixture.h"
 
@@ -33,6 +34,26 @@ TEST_F(PlatformLock, FirstLauncherIsMainAndCreatesTheFile) {
     EXPECT_EQ(machine.readFile(lockFile), "");
     EXPECT_EQ(machine.attributes(lockFile), 0x2002U);
     EXPECT_EQ(machine.elapsedMilliseconds(), 0U);
+}
+
+TEST_F(PlatformLock, FileIsCreatedSharedAndItsHandleClosed) {
+    std::size_t handles = 0;
+    run([&] {
+        acquireHere();
+        handles = machine.openHandlesOf(platform::currentProcessId());
+    });
+    EXPECT_EQ(launchertest::callsOf(machine, "createFile").at(0).numbers,
+              (simulation::Numbers{0xC0000000U, 3, 4, 8194}));
+    EXPECT_EQ(handles, 0U);
+}
+
+TEST_F(PlatformLock, HundredBytesAreLockedAndReleased) {
+    run([] {
+        acquireHere();
+        zellauncher::releasePlatformLock();
+    });
+    EXPECT_EQ(launchertest::callsOf(machine, "lockStream").at(0).numbers[0], 100U);
+    EXPECT_EQ(launchertest::callsOf(machine, "unlockStream").at(0).numbers[0], 100U);
 }
 
 TEST_F(PlatformLock, ProgressIsLoggedWithoutTheDebugFlag) {
@@ -339,8 +360,11 @@ TEST_F(Restart, MissingProcessIdEndsTheWaitAtOnce) {
     startPlatform(3600000);
     EXPECT_EQ(timeAcquire({L"prog", L"-restart"}), 1000U);
     EXPECT_FALSE(isMain);
-    acquire({L"prog", L"-restart", L"-zel_old_pid"});
-    EXPECT_FALSE(isMain);
+    for (const char* record : {"1          ", "-1          "}) {
+        machine.writeFile(lockFile, record);
+        EXPECT_EQ(timeAcquire({L"prog", L"-restart", L"-zel_old_pid"}), 1000U);
+        EXPECT_FALSE(isMain);
+    }
 }
 
 TEST_F(Restart, LauncherWithoutTheOptionDoesNotWait) {

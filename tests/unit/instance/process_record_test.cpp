@@ -51,6 +51,11 @@ TEST_F(ProcessRecordWithPipe, ProcessIdGoesToBothFiles) {
     EXPECT_EQ(outcome.log, "");
 }
 
+TEST_F(ProcessRecordWithPipe, SuccessIsNotLogged) {
+    recordWithDebugFlag(123);
+    EXPECT_EQ(outcome.log, "");
+}
+
 TEST_F(ProcessRecordWithPipe, ShorterProcessIdOverwritesALongerOne) {
     machine.writeFile(mainRecord, "1234567890     ");
     machine.writeFile(lockFile, "1234567890          ");

@@ -70,11 +70,9 @@ protected:
     }
     // The message has two lines because the system's text for the error ends with a line end.
     void expectAccessDenied() {
-        EXPECT_TRUE(outcome.isFatal());
-        EXPECT_TRUE(outcome.log.ends_with(
+        outcome.expectFatal(
             "ZLNCH0303E: Unable to access process. Is it elevated? ' Failed with error 5: Access is denied."
-            "\r\n'\n"))
-            << outcome.log;
+            "\r\n'");
     }
 };
 

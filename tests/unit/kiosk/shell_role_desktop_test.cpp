@@ -5,8 +5,10 @@
 #include <optional>
 
 #include "kiosk/shell_role.h"
+#include "platform/clock.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -50,7 +52,7 @@ protected:
     }
     // Runs the shell role, which ends its process with 0.
     launchertest::Outcome takeRole(const std::function<void()>& before = [] {}) {
-        const launchertest::Outcome outcome = run([&] {
+        launchertest::Outcome outcome = run([&] {
             before();
             zellauncher::runKioskShellRole();
         });
@@ -71,6 +73,7 @@ TEST_F(ShellRoleDesktop, ShellIsTheAdministratorsForAMoment) {
     EXPECT_EQ(machine.startedProcesses()[0].commandLine, L"Explorer.exe");
     EXPECT_EQ(machine.startedProcesses()[0].start.flags, 0U);
     EXPECT_FALSE(machine.startedProcesses()[0].start.title);
+    EXPECT_EQ(launchertest::callsOf(machine, "waitForInputIdle").at(0).numbers[0], 5000U);
     for (const wchar_t* name : {L"NoClose", L"NoLogoff"}) {
         EXPECT_EQ(policy(explorerPolicies, name), 0);
     }
@@ -91,6 +94,29 @@ TEST_F(ShellRoleDesktop, WritesAreInOrder) {
     EXPECT_EQ(writes, (std::vector<std::wstring>{L"Shell", L"NoClose", L"NoLogoff", L"DisableChangePassword",
                                                  L"DisableLockworkstation", L"DisableTaskMgr",
                                                  L"Explorer.exe", L"", L"Shell"}));
+}
+
+// The two keys that are opened for writing the shell stay open.
+TEST_F(ShellRoleDesktop, KeysAreOpenedWithTheRightsForTheirUseAndClosed) {
+    takeRole();
+    const std::string logon = "Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
+    const std::string policies = "Software\\Microsoft\\Windows\\CurrentVersion\\Policies\\";
+    EXPECT_EQ(launchertest::traceOf(machine, {"openRegistryKey", "queryRegistryText", "setRegistryText",
+                                              "setRegistryNumber", "closeRegistryKey"}),
+              (std::vector<std::string>{
+                  "openRegistryKey " + logon, "openRegistryKey " + logon + "\\KSDShells",
+                  "queryRegistryText ADMIN_SHELL", "closeRegistryKey", "setRegistryText Shell",
+                  "openRegistryKey " + policies + "Explorer", "setRegistryNumber NoClose",
+                  "setRegistryNumber NoLogoff", "closeRegistryKey", "openRegistryKey " + policies + "System",
+                  "setRegistryNumber DisableChangePassword", "setRegistryNumber DisableLockworkstation",
+                  "setRegistryNumber DisableTaskMgr", "closeRegistryKey", "openRegistryKey " + logon,
+                  "openRegistryKey " + logon + "\\KSDShells", "queryRegistryText KSD_SHELL",
+                  "closeRegistryKey", "setRegistryText Shell"}));
+    std::vector<std::uint32_t> rights;
+    for (const simulation::Operation& opening : launchertest::callsOf(machine, "openRegistryKey")) {
+        rights.push_back(opening.numbers[0]);
+    }
+    EXPECT_EQ(rights, (std::vector<std::uint32_t>{3, 1, 0xF003F, 0xF003F, 3, 1}));
 }
 
 TEST_F(ShellRoleDesktop, MissingAdministratorsShellIsEmptyForAMoment) {
@@ -137,6 +163,15 @@ TEST_F(ShellRoleDesktop, FailedWriteIsLoggedForAdministratorsOnly) {
     EXPECT_EQ(shell(), L"kiosk.exe");
 }
 
+TEST_F(ShellRoleDesktop, SuccessfulWritesAreReported) {
+    run([this] {
+        EXPECT_TRUE(zellauncher::setShellToAdmin());
+        EXPECT_EQ(shell(), L"explorer.exe");
+        EXPECT_TRUE(zellauncher::setShellToKiosk());
+        EXPECT_EQ(shell(), L"kiosk.exe");
+    });
+}
+
 TEST_F(ShellRoleDesktop, MissingExplorerStillRestoresTheShell) {
     machine.remove(L"C:\\Windows\\Explorer.exe");
     takeRole();
@@ -147,6 +182,7 @@ TEST_F(ShellRoleDesktop, UnknownKindOfShellIsLogged) {
     const launchertest::Outcome outcome =
         run([] { EXPECT_EQ(zellauncher::readKioskShellValue(static_cast<KioskShell>(3)), std::nullopt); });
     EXPECT_EQ(outcome.log, "ZLNCH0059E: Error Invalid value type of 3\n");
+    EXPECT_EQ(launchertest::callsOf(machine, "closeRegistryKey").size(), 1U);
 }
 
 TEST_F(ShellRoleDesktop, ShellBeyondThousandBytesIsNotRead) {
@@ -167,6 +203,17 @@ TEST_F(ShellRoleDesktop, UnopenableShellsKeyIsLogged) {
     EXPECT_EQ(outcome.log,
               "ZLNCH0132E: Error opening HKLM\\Software\\Microsoft\\Windows "
               "NT\\CurrentVersion\\WinLogon\\KSDShells key: rc = 5\n");
+}
+
+TEST_F(ShellRoleDesktop, UnopenableLogonKeyIsNoFurtherFailure) {
+    for (const auto& set : {zellauncher::setShellToAdmin, zellauncher::setShellToKiosk}) {
+        const std::size_t before = machine.operations().size();
+        failOnce("openRegistryKey", L"WinLogon");
+        EXPECT_EQ(run([&] { EXPECT_FALSE(set()); }).log, "");
+        EXPECT_EQ(launchertest::traceOf(machine, {"openRegistryKey", "setRegistryText"}, before),
+                  std::vector<std::string>{
+                      "openRegistryKey Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon"});
+    }
 }
 
 TEST_F(ShellRoleDesktop, UnopenablePolicyKeysAreLoggedAndSkipped) {
@@ -231,6 +278,70 @@ TEST_F(ShellRoleDesktop, CrashBetweenTheWritesLeavesTheAdministratorsShell) {
     EXPECT_GT(restored - first, 10);
     EXPECT_NE(restored, shellsLeft.end());
     EXPECT_EQ(std::find(restored, shellsLeft.end(), L"explorer.exe"), shellsLeft.end());
+}
+
+// Whether the role is due.
+class ShellRoleDecision : public ShellRoleDesktop {
+protected:
+    launchertest::Outcome outcome;
+
+    ShellRoleDecision() { machine.setUser(L"ann", {L"Administrators"}); }
+
+    // True if the launcher took the role, which ends its process.
+    bool isTaken() {
+        bool hasReturned = false;
+        outcome = run([&] {
+            zellauncher::takeShellRoleIfDue();
+            hasReturned = true;
+        });
+        EXPECT_EQ(outcome.processEnd().status, 0U);
+        return !hasReturned;
+    }
+    void startProgram(const wchar_t* path) {
+        machine.start({path}, [] {
+            platform::sleepMilliseconds(60000);
+            return 0;
+        });
+        machine.runUntilIdle(1);
+    }
+};
+
+TEST_F(ShellRoleDecision, AdministratorWithoutADesktopTakesIt) {
+    startProgram(L"C:\\Windows\\Explorer2.exe");
+    EXPECT_TRUE(isTaken());
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(ShellRoleDecision, NeedsAKiosk) {
+    machine.setRegistryText(winLogon, L"Shell", L"explorer.exe");
+    EXPECT_FALSE(isTaken());
+}
+
+TEST_F(ShellRoleDecision, NeedsAnAdministrator) {
+    machine.setUser(L"ann", {L"Users"});
+    EXPECT_FALSE(isTaken());
+    EXPECT_EQ(outcome.log, "");
+}
+
+TEST_F(ShellRoleDecision, DesktopInAnyCaseKeepsItAway) {
+    startProgram(L"C:\\Windows\\other.exe");
+    startProgram(L"C:\\Windows\\eXPLORER.EXE");
+    startProgram(L"C:\\Windows\\last.exe");
+    EXPECT_FALSE(isTaken());
+}
+
+TEST_F(ShellRoleDecision, UnreadableProcessListMeansNoDesktop) {
+    startProgram(L"C:\\Windows\\Explorer.exe");
+    machine.inject(launchertest::failing("processSnapshot", platform::errorAccessDenied));
+    EXPECT_TRUE(isTaken());
+}
+
+TEST_F(ShellRoleDecision, UserNameMayHave32766Characters) {
+    for (const std::size_t length : {32766U, 32767U}) {
+        machine.setUser(std::wstring(length, L'u'), {L"Administrators"});
+        EXPECT_EQ(isTaken(), length == 32766U);
+        EXPECT_EQ(outcome.log, length == 32766U ? "" : "ZLNCH0130E: ERROR calling GetUserName\n");
+    }
 }
 
 }  // namespace

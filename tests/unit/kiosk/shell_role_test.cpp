@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -94,15 +93,24 @@ TEST_F(ShellRole, FailuresAreDebugLines) {
     EXPECT_EQ(outcome.log, "");
 }
 
-TEST_F(ShellRole, BothKeysAreClosed) {
-    isKiosk();
+TEST_F(ShellRole, BothKeysAreOnlyReadAndClosed) {
+    const std::string logon = "openRegistryKey Software\\Microsoft\\Windows NT\\CurrentVersion\\WinLogon";
+    const std::set<std::string> registry = {"openRegistryKey", "queryRegistryText", "closeRegistryKey"};
+    isKiosk();  // no key can be opened
+    EXPECT_EQ(
+        launchertest::traceOf(machine, registry),
+        (std::vector<std::string>{logon, "closeRegistryKey", logon + "\\KSDShells", "closeRegistryKey"}));
     setLogonShell(L"a");
     setKioskShell(L"a");
+    const std::size_t before = machine.operations().size();
     isKiosk();
-    const auto closings = std::count_if(
-        machine.operations().begin(), machine.operations().end(),
-        [](const simulation::Operation& operation) { return operation.name == "closeRegistryKey"; });
-    EXPECT_EQ(closings, 4);
+    EXPECT_EQ(
+        launchertest::traceOf(machine, registry, before),
+        (std::vector<std::string>{logon, "queryRegistryText Shell", "closeRegistryKey", logon + "\\KSDShells",
+                                  "queryRegistryText KSD_SHELL", "closeRegistryKey"}));
+    for (const simulation::Operation& opening : launchertest::callsOf(machine, "openRegistryKey")) {
+        EXPECT_EQ(opening.numbers[0], 1U);
+    }
 }
 
 TEST_F(ShellRole, KioskShellLongerThanLogonShellIsNotRead) {

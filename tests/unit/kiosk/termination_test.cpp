@@ -3,13 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "kiosk/exit_data.h"
 #include "platform/clock.h"
+#include "platform/own_process.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 #include "support/text.h"
 
 namespace {
@@ -89,11 +92,38 @@ TEST_F(Termination, ZeroExitIsDecidedByTheFile) {
         std::vector<std::uint32_t> ends;
         for (std::size_t i = endsBefore; i < machine.sessionEnds().size(); ++i) {
             ends.push_back(machine.sessionEnds()[i].how);
+            EXPECT_EQ(machine.sessionEnds()[i].reason, ends.back() == 5 ? 0x40000U : 0U);
         }
         EXPECT_EQ(outcome.log, each.log) << each.word;
         EXPECT_EQ(ends, each.sessionEnds) << each.word;
         EXPECT_EQ(reruns, each.reruns) << each.word;
         EXPECT_EQ(machine.elapsedMilliseconds() - begin, each.milliseconds) << each.word;
+    }
+}
+
+// What each word makes the launcher do. The file is opened for the test of its existence and stays open; for
+// each comparison it is opened again and closed. The removal looks for it below itself.
+TEST_F(Termination, FileIsReadForEachWordAndRemovedFirst) {
+    const std::string file = "\\Users\\ann\\.exitData";
+    const struct {
+        const char* word;
+        int comparisons;
+        const char* effect;
+    } cases[] = {
+        {"LOGOFF", 1, "endSession"}, {"SHUTDOWN", 2, "endSession"}, {"RESTART", 3, "processSnapshot"}};
+    for (const auto& [word, comparisons, effect] : cases) {
+        machine.writeFile(exitData, word);
+        const std::size_t before = machine.operations().size();
+        handle(0);
+        std::vector<std::string> expected = {"openStream " + file};
+        for (int i = 0; i < comparisons; ++i) {
+            expected.insert(expected.end(), {"openStream " + file, "closeStream .exitData"});
+        }
+        expected.insert(expected.end(), {"openStream " + file + "\\.exitData", effect});
+        std::vector<std::string> trace = launchertest::traceOf(
+            machine, {"openStream", "closeStream", "deleteFile", "endSession", "processSnapshot"}, before);
+        trace.erase(trace.begin());  // the log
+        EXPECT_EQ(trace, expected) << word;
     }
 }
 
@@ -160,16 +190,32 @@ TEST_F(Termination, MonitorHandlesTheEndOfAPlatform) {
     const simulation::ProcessId platformId = startPlatform(L"C:\\p\\Eclipse.exe", 20000, 7);
     EXPECT_EQ(monitor().log, unknownCode + "\n");
     EXPECT_FALSE(machine.isRunning(platformId));
-    EXPECT_GE(machine.elapsedMilliseconds(), 20000U);
-    EXPECT_LE(machine.elapsedMilliseconds(), 23500U);
+    EXPECT_EQ(machine.elapsedMilliseconds(), 3000U + 5 * 3500U);
     EXPECT_EQ(reruns, 1);
 }
 
+TEST_F(Termination, MonitorClosesItsProcessList) {
+    std::size_t handles = 0;
+    run([&] {
+        zellauncher::monitorPlatformProcess();
+        handles = machine.openHandlesOf(platform::currentProcessId());
+    });
+    EXPECT_EQ(handles, 0U);
+}
+
 TEST_F(Termination, MonitorHandlesEveryPlatform) {
-    startPlatform(L"C:\\p\\eclipse.exe", 20000, 7);
-    startPlatform(L"C:\\q\\ECLIPSE.EXE", 10000, 8);
+    startPlatform(L"C:\\p\\eclipse.exe", 10000, 7);
+    startPlatform(L"C:\\q\\ECLIPSE.EXE", 20000, 8);
     EXPECT_EQ(launchertest::countOccurrences(monitor().log, unknownCode), 2U);
     EXPECT_EQ(reruns, 2);
+}
+
+// Without a handle of it, the system no longer knows a process that has ended.
+TEST_F(Termination, MonitorSkipsAPlatformThatEndsBesideAnother) {
+    startPlatform(L"C:\\p\\eclipse.exe", 20000, 7);
+    startPlatform(L"C:\\q\\ECLIPSE.EXE", 10000, 8);
+    EXPECT_EQ(launchertest::countOccurrences(monitor().log, unknownCode), 1U);
+    EXPECT_EQ(reruns, 1);
 }
 
 TEST_F(Termination, MonitorSkipsAnUnopenableProcess) {

@@ -34,6 +34,32 @@ TEST_F(FirstRunArguments, FirstRunReplacesTheUsersArguments) {
               (Arguments{L"prog", L"-debug", L"-initialCompleteFlag", L"setup.done"}));
 }
 
+TEST_F(FirstRunArguments, KeptOptionMayBeTheFirstArgument) {
+    for (const wchar_t* option : {L"-debug", L"-console", L"-noExit"}) {
+        EXPECT_EQ(apply({L"prog", option, L"x"}),
+                  (Arguments{L"prog", option, L"-initialCompleteFlag", L"setup.done"}));
+    }
+    EXPECT_EQ(apply({L"prog", L"-data", L"C:\\w", L"x"}),
+              (Arguments{L"prog", L"-data", L"C:\\w", L"-initialCompleteFlag", L"setup.done"}));
+}
+
+TEST_F(FirstRunArguments, DataMayBeTheLastTwoArguments) {
+    EXPECT_EQ(apply({L"prog", L"x", L"-data", L"C:\\w"}),
+              (Arguments{L"prog", L"-data", L"C:\\w", L"-initialCompleteFlag", L"setup.done"}));
+}
+
+TEST_F(FirstRunArguments, OnlyDataKeepsTheArgumentAfterIt) {
+    EXPECT_EQ(
+        apply({L"prog", L"-debug", L"a", L"-console", L"b", L"-noExit", L"c"}),
+        (Arguments{L"prog", L"-debug", L"-console", L"-noExit", L"-initialCompleteFlag", L"setup.done"}));
+}
+
+// The path may look like an option that is kept.
+TEST_F(FirstRunArguments, ArgumentAfterDataIsNoOption) {
+    EXPECT_EQ(apply({L"prog", L"-data", L"-debug", L"-console"}),
+              (Arguments{L"prog", L"-data", L"-debug", L"-console", L"-initialCompleteFlag", L"setup.done"}));
+}
+
 TEST_F(FirstRunArguments, MissingProgramBecomesAnEmptyArgument) {
     EXPECT_EQ(apply({}), (Arguments{L"", L"-initialCompleteFlag", L"setup.done"}));
 }

@@ -79,7 +79,7 @@ TEST_F(FindingProperties, WithoutMemoryIsFatal) {
 
 class StoringTexts : public launchertest::OnMachine {
 protected:
-    const std::wstring longText = std::wstring(5000, L'x');
+    const zellauncher::SourcedText longText = std::wstring(5000, L'x');
     PropertyList list = {{L"k", L"v"}};
 
     void expectFatalWithListUnchanged(const std::function<void()>& store) {
@@ -96,7 +96,7 @@ protected:
 };
 
 TEST_F(StoringTexts, WithoutMemoryIsFatalAndChangesNothing) {
-    std::wstring value = longText;
+    zellauncher::SourcedText value = longText;
     expectFatalWithListUnchanged([&] { zellauncher::appendEntry(list, L"a", longText); });
     expectFatalWithListUnchanged([&] { zellauncher::appendEntry(list, longText, L"a"); });
     expectFatalWithListUnchanged([&] { zellauncher::addProperty(list, L"a", value); });
@@ -114,7 +114,7 @@ class AddingProperties : public launchertest::OnMachine {};
 
 TEST_F(AddingProperties, TrimsTheKeyAndUnescapesTheValue) {
     PropertyList list = {{L"a", L"1"}};
-    std::wstring value = L"C:\\\\x\\u0041 ";
+    zellauncher::SourcedText value = L"C:\\\\x\\u0041 ";
     const auto outcome = run([&] { zellauncher::addProperty(list, L" a ", value); });
     ASSERT_EQ(list.size(), 2U);
     EXPECT_EQ(list[1].key, L"a");
@@ -125,8 +125,8 @@ TEST_F(AddingProperties, TrimsTheKeyAndUnescapesTheValue) {
 
 TEST_F(AddingProperties, Arg20KeepsItsValue) {
     PropertyList list;
-    std::wstring kept = L"kept";
-    std::wstring empty;
+    zellauncher::SourcedText kept = L"kept";
+    zellauncher::SourcedText empty;
     run([&] {
         zellauncher::addProperty(list, L"arg20", kept);
         zellauncher::addProperty(list, L"e", empty);

@@ -215,6 +215,14 @@ TEST_F(Substitution, ValuesOfAListMayGrowByAHundredMillionCharacters) {
     EXPECT_TRUE(outcome.isFatal());
 }
 
+TEST_F(Substitution, ShortTextAfterTheGrowthIsUsedUpIsShownWhole) {
+    const std::wstring text(100, L's');
+    list = {{L"big", std::wstring(50'000'000, L'x')}, {L"short", text}};
+    list.insert(list.end(), {{L"a", L"${prop.big}"}, {L"b", L"${prop.big}"}, {L"c", L"${prop.short}"}});
+    outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+    outcome.expectFatal("ZLNCH0088E: property substitution is invalid (" + toUtf8(text) + ")");
+}
+
 TEST_F(Substitution, LongTextWithManyTokensIsResolved) {
     list = {{L"k", L"a value"}, {L"two", L"${prop.k}${prop.k}"}};
     std::wstring text;

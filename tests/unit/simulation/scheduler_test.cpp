@@ -306,6 +306,54 @@ TEST(Children, ChildInheritsTheEnvironmentAndRunsIndependently) {
     EXPECT_EQ(inherited, L"1");
 }
 
+TEST(Children, ProcessIdComesAgainIfAsked) {
+    for (const bool isAsked : {false, true}) {
+        Machine machine;
+        if (isAsked) {
+            machine.reuseProcessIds();
+        }
+        std::vector<std::uint32_t> seen;
+        std::vector<ProcessId> started;
+        for (int i = 0; i < 3; ++i) {
+            started.push_back(machine.start({program}, [&] {
+                seen.push_back(platform::currentProcessId());
+                return i;
+            }));
+            machine.waitFor(started.back());
+        }
+        EXPECT_EQ(seen[1] == seen[0], isAsked);
+        EXPECT_EQ(seen[2] == seen[0], isAsked);
+        EXPECT_EQ(seen[2], machine.systemIdOf(started[2]));
+        EXPECT_EQ(machine.endOf(started[1]).status, 1U);  // the machine distinguishes them
+    }
+}
+
+TEST(Pipes, ClientOfAnEndedServerDoesNotReachTheNextOne) {
+    Machine machine;
+    const auto server = [](std::uint32_t lifetime) {
+        return [lifetime] {
+            simulation::servePipe(L"\\\\.\\pipe\\p");
+            platform::sleepMilliseconds(lifetime);
+            return 0;
+        };
+    };
+    machine.start({program}, server(100));
+    machine.runUntilIdle(10);
+    const ProcessId client = machine.start({program}, [] {
+        const platform::Handle pipe =
+            platform::createFile(L"\\\\.\\pipe\\p", platform::accessRead | platform::accessWrite, 0,
+                                 platform::openExistingFile, platform::attributeNormal);
+        EXPECT_NE(pipe, platform::Handle::none);
+        platform::sleepMilliseconds(1000);
+        EXPECT_FALSE(platform::writePipe(pipe, "late"));
+        return 0;
+    });
+    machine.runUntilIdle(500);
+    machine.start({program}, server(5000));
+    machine.waitFor(client);
+    EXPECT_EQ(machine.pipePayloads(L"\\\\.\\pipe\\p"), std::vector<std::string>{""});
+}
+
 TEST(Semaphores, SemaphoreExistsWhileAHandleIsOpen) {
     Machine machine;
     machine.start({program}, [] {

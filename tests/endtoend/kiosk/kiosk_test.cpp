@@ -1,4 +1,6 @@
 #include <windows.h>
+// Needs the header above.
+#include <tlhelp32.h>
 
 #include "endtoend.h"
 
@@ -37,6 +39,19 @@ void setText(const wchar_t* key, const wchar_t* name, const std::wstring& text) 
               ERROR_SUCCESS);
 }
 
+bool isDesktopRunning() {
+    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof(entry);
+    bool isFound = false;
+    for (BOOL isEntry = Process32FirstW(snapshot, &entry); isEntry != 0 && !isFound;
+         isEntry = Process32NextW(snapshot, &entry)) {
+        isFound = lstrcmpiW(entry.szExeFile, L"Explorer.exe") == 0;
+    }
+    CloseHandle(snapshot);
+    return isFound;
+}
+
 class Kiosk : public EndToEnd {
 protected:
     void SetUp() override {
@@ -70,8 +85,34 @@ protected:
     std::wstring formerShell;  // empty if nothing was changed
 };
 
-// Only the simulated machine can test an administrator without a desktop: Wine starts an explorer.exe as
-// soon as a program has windows.
+// The first test, because Wine starts an explorer.exe of its own as soon as a program has windows.
+TEST_F(Kiosk, AdministratorWithoutADesktopGetsOne) {
+    if (!endtoend::isUserAdministrator()) {
+        GTEST_SKIP() << "needs an administrator";
+    }
+    if (isDesktopRunning()) {
+        GTEST_SKIP() << "needs a session without a desktop";
+    }
+    layOut();
+    // The system looks for a program in the directory of its parent first.
+    const fs::path launcherDirectory = install / L"zel";
+    placeProgram(L"standin.exe", launcherDirectory / L"Explorer.exe");
+    EXPECT_EQ(launch(), 0U) << log();
+    EXPECT_TRUE(eventually([&] { return fs::exists(launcherDirectory / L"standin" / L"running.txt"); }));
+    EXPECT_EQ(read(launcherDirectory / L"standin" / L"command.txt"), "Explorer.exe");
+    EXPECT_EQ(textOf(HKEY_LOCAL_MACHINE, winLogon, L"Shell"), L"KIOSK.EXE");  // as KSD_SHELL spells it
+    for (const wchar_t* name : {L"NoClose", L"NoLogoff"}) {
+        EXPECT_EQ(numberOf(L"\\Explorer", name), 0U);
+    }
+    for (const wchar_t* name : {L"DisableChangePassword", L"DisableLockworkstation", L"DisableTaskMgr"}) {
+        EXPECT_EQ(numberOf(L"\\System", name), 0U);
+    }
+    EXPECT_FALSE(fs::exists(workspace() / L".zel.main"));
+    EXPECT_TRUE(isLockFree());
+    askPlatform("stop", launcherDirectory);
+    EXPECT_TRUE(eventually([&] { return !isDesktopRunning(); }));
+}
+
 TEST_F(Kiosk, AdministratorWithADesktopGetsThePlatform) {
     layOut();
     const fs::path desktop = install / L"desktop" / L"Explorer.exe";

@@ -1,0 +1,107 @@
+#include "explain/check/check.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "explain/check/install_reading.h"
+#include "explain/check/key_checks.h"
+#include "explain/check/layout_checks.h"
+#include "explain/check/release_checks.h"
+#include "explain/check/rules.h"
+#include "explain/check/start_checks.h"
+#include "explain/check/text_checks.h"
+#include "explain/check/value_checks.h"
+#include "explain/encoding.h"
+
+namespace explain {
+
+namespace {
+
+void checkTexts(const InstallReading& reading, const StartOptions& options, Findings& findings) {
+    const auto check = [&](const InstallFile& file, bool isTemplate) {
+        checkPropertyText(toUtf8(installName(options, file.path)), file, isTemplate, findings);
+    };
+    check(reading.launcherProperties, false);
+    check(reading.userTemplate, true);
+    check(reading.jvmProperties, false);
+}
+
+// Nothing else can be said about such files.
+bool hasUtf16(const InstallReading& reading) {
+    return isUtf16(reading.launcherProperties.bytes) || isUtf16(reading.userTemplate.bytes) ||
+           isUtf16(reading.jvmProperties.bytes);
+}
+
+void checkFiles(const InstallReading& reading, const StartOptions& options, Findings& findings) {
+    const World world = buildWorld(options);
+    checkTexts(reading, options, findings);
+    if (hasUtf16(reading)) {
+        return;
+    }
+    checkTemplates(reading, options, world, findings);
+    checkKeys(reading, options, findings);
+    checkValues(reading, options, findings);
+}
+
+void checkFrameworkPath(const StartOptions& options, Findings& findings) {
+    if (options.install.path.find(L"framework") == std::wstring::npos) {
+        findings.push_back(
+            {rules::frameworkPath,
+             Severity::error,
+             "",
+             0,
+             "the path of the install does not contain framework: " + toUtf8(options.install.path),
+             "Every start ends with the status of an access violation.",
+             "Install below a directory named framework.",
+             {"ZELLauncher> no framework"}});
+    }
+}
+
+bool isSame(const Finding& left, const Finding& right) {
+    return left.rule == right.rule && left.file == right.file && left.line == right.line &&
+           left.text == right.text;
+}
+
+void sortFindings(Findings& findings) {
+    std::stable_sort(findings.begin(), findings.end(), [](const Finding& left, const Finding& right) {
+        return std::tie(left.file, left.line, left.rule) < std::tie(right.file, right.line, right.rule);
+    });
+    findings.erase(std::unique(findings.begin(), findings.end(), isSame), findings.end());
+}
+
+}  // namespace
+
+CheckResult checkInstall(const StartOptions& options, const std::optional<std::string>& previous) {
+    CheckResult result;
+    Findings& findings = result.findings;
+    if (checkLayout(options, findings)) {
+        checkFrameworkPath(options, findings);
+        StartOptions complete = options;
+        complete.arguments.clear();
+        checkVariables(complete, findings);
+        const InstallReading reading = readInstall(complete);
+        checkFiles(reading, complete, findings);
+        if (reading.launcherProperties.exists && !hasUtf16(reading)) {
+            result.commandLength = checkStarts(reading, complete, findings);
+        }
+        if (previous) {
+            checkPreviousRelease(reading, complete, *previous, findings);
+        }
+    }
+    sortFindings(findings);
+    return result;
+}
+
+Findings findingsFor(const StartOptions& options) {
+    Findings findings;
+    if (checkLayout(options, findings)) {
+        StartOptions complete = options;
+        checkVariables(complete, findings);
+        checkFiles(readInstall(complete), complete, findings);
+    }
+    std::erase_if(findings, [](const Finding& finding) { return finding.severity == Severity::note; });
+    sortFindings(findings);
+    return findings;
+}
+
+}  // namespace explain

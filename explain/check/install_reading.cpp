@@ -1,0 +1,234 @@
+#include "explain/check/install_reading.h"
+
+#include <algorithm>
+
+#include "configuration/install_files.h"
+#include "configuration/user_install_properties.h"
+#include "explain/launcher_run.h"
+#include "explain/windows_paths.h"
+#include "foundation/file_operations.h"
+#include "foundation/file_queries.h"
+#include "foundation/paths.h"
+#include "foundation/recording.h"
+#include "foundation/user_files.h"
+#include "javalaunch/jvm_properties.h"
+#include "launch/install_directory.h"
+#include "launch/shared_steps.h"
+#include "properties/property_reader.h"
+#include "properties/substitution.h"
+
+namespace explain {
+
+namespace {
+
+using zellauncher::LaunchContext;
+using zellauncher::PropertyEntry;
+using zellauncher::PropertyList;
+using zellauncher::Source;
+
+constexpr const wchar_t* scratchDirectory = L"C:\\zelexplain\\.config";
+constexpr const wchar_t* scratchWorkspace = L"C:/zelexplain";
+
+// Runs a part of the launcher. It may end early, with a fatal message.
+void runAsLauncher(World& world, const StartOptions& options, const std::function<void()>& part) {
+    const simulation::ProcessId process = world.machine->start({launcherPath(options)}, [&] {
+        part();
+        return 0;
+    });
+    world.machine->setModule(process, launcherPath(options));
+    world.machine->waitFor(process);
+}
+
+InstallFile fileAt(const World& world, const std::wstring& path) {
+    InstallFile file;
+    file.path = path;
+    file.exists =
+        path.size() <= longestPath && world.machine->exists(path) && !world.machine->isDirectory(path);
+    if (file.exists) {
+        file.bytes = world.machine->readFile(path).value_or("");
+    }
+    return file;
+}
+
+void addIfMissing(PropertyList& list, const wchar_t* key, const wchar_t* value) {
+    if (zellauncher::lookupProperty(key, list) == nullptr) {
+        list.push_back({key, std::wstring(value)});
+    }
+}
+
+class Reader {
+public:
+    explicit Reader(const StartOptions& startOptions) : options(startOptions), world(buildWorld(options)) {
+        world.machine->limitOperations(mostOperations);
+    }
+
+    InstallReading run() {
+        const std::wstring path = options.install.path + L"\\zel\\zellauncher.properties";
+        reading.launcherProperties = fileAt(world, path);
+        if (reading.launcherProperties.exists) {
+            runAsLauncher(world, options, [&] { readLauncherProperties(path); });
+            runAsLauncher(world, options, [&] { readWorkspace(); });
+            runAsLauncher(world, options, [&] { findTemplates(); });
+        }
+        if (reading.baseLocation) {
+            reading.userTemplate = fileAt(world, reading.userTemplate.path);
+            reading.configIni = fileAt(world, reading.configIni.path);
+            reading.platformXml = fileAt(world, reading.platformXml.path);
+            runAsLauncher(world, options, [&] { makeUserProperties(); });
+            runAsLauncher(world, options, [&] { readRunProperties(); });
+        }
+        return std::move(reading);
+    }
+
+private:
+    static constexpr std::uint64_t mostOperations = 5'000'000;
+
+    const StartOptions& options;
+    World world;
+    InstallReading reading;
+    PropertyList completed;  // zellauncher.properties, with what is missing
+    std::wstring zelHome;
+    PropertyList runProperties;
+
+    void readLauncherProperties(const std::wstring& path) {
+        zellauncher::loadPropertyFile(path, reading.launcherProperties.entries);
+        completed = reading.launcherProperties.entries;
+        addIfMissing(completed, L"zel.install.id", L"0");
+        addIfMissing(completed, L"install.configuration", L"user");
+        zelHome = options.install.path;
+        zellauncher::readInstallConfiguration(completed);
+        reading.kind = zellauncher::InstallConfiguration;
+        reading.isDirectJavaStart = zellauncher::isDirectJavaStart();
+        if (reading.kind == zellauncher::InstallConfigurationKind::unknown) {
+            completed.insert(completed.begin(), {L"install.configuration", std::wstring(L"user")});
+        }
+    }
+
+    void readWorkspace() {
+        LaunchContext context = installContext();
+        zellauncher::resolveWorkspace(context);
+        reading.workspace = context.dataDirectory;
+        reading.hasWorkspace = true;
+    }
+
+    // The context after the launcher has read the install, with what is missing added before.
+    LaunchContext installContext() {
+        LaunchContext context;
+        context.rawArguments = {launcherPath(options)};
+        context.zelHome = zelHome;
+        context.zelLauncherArray = completed;
+        zellauncher::readInstall(context);
+        return context;
+    }
+
+    void findTemplates() {
+        const LaunchContext context = installContext();
+        reading.baseLocation = context.baseLocation;
+        const auto pathOf = [&](const wchar_t* name) {
+            return zellauncher::baseFilePath(context.baseLocation, name);
+        };
+        reading.userTemplate.path = pathOf(zellauncher::installPropertiesName);
+        reading.configIni.path = pathOf(zellauncher::configIniName);
+        reading.platformXml.path = pathOf(zellauncher::platformXmlName);
+    }
+
+    void makeUserProperties() {
+        const LaunchContext context = installContext();
+        zellauncher::createDirectories(scratchDirectory);
+        zellauncher::Recording recording([] { return 0U; }, [] { return 0U; });
+        if (!reading.userTemplate.exists) {
+            return;
+        }
+        zellauncher::loadPropertyFile(reading.userTemplate.path, reading.userTemplate.entries);
+        zellauncher::recording = &recording;
+        const std::wstring file = zellauncher::ensureUserInstallProperties(
+            scratchDirectory, context.baseLocation, context.zelLauncherArray);
+        zellauncher::recording = nullptr;
+        zellauncher::loadPropertyFile(file, reading.made);
+        for (std::size_t i = 0; i < recording.madeLines.size(); ++i) {
+            if (const auto& line = recording.madeLines[i]) {
+                reading.origins[i + 1] = {installName(options, line->path), line->line, line->name};
+            }
+        }
+    }
+
+    // As a run loads them, without the restart state.
+    void readRunProperties() {
+        LaunchContext context = installContext();
+        runProperties = reading.made;
+        zellauncher::SourcedText workspace = std::wstring(scratchWorkspace);
+        zellauncher::addProperty(runProperties, L"scrivia.workspace.loc", workspace);
+        const auto root = zellauncher::resolveJvmRoot(runProperties, context.rawArguments, zelHome);
+        reading.jvmProperties.path = zellauncher::withBackslashes(root->jvmPropertiesPath);
+        reading.jvmProperties = fileAt(world, reading.jvmProperties.path);
+        if (reading.jvmProperties.exists) {
+            zellauncher::loadPropertyFile(reading.jvmProperties.path, reading.jvmProperties.entries);
+            zellauncher::VmargOverrides overrides;
+            zellauncher::loadJvmProperties(runProperties, overrides, *root, zelHome);
+        }
+        for (PropertyEntry& entry : runProperties) {
+            addValue(entry);
+        }
+    }
+
+    // The launcher replaces the values one after the other, and a later one gets what an earlier one became.
+    void addValue(PropertyEntry& entry) {
+        ExpandedValue value{entry.key, entry.value, entry.value, true, entry.value.source};
+        zellauncher::replaceLocationTokens(scratchWorkspace, zellauncher::withForwardSlashes(zelHome),
+                                           value.text);
+        value.isResolved = zellauncher::substituteProperties(value.text, runProperties);
+        if (value.isResolved) {
+            entry.value = zellauncher::withSourceOf(entry.value, value.text);
+        }
+        reading.values.push_back(std::move(value));
+    }
+};
+
+}  // namespace
+
+const ExpandedValue* InstallReading::value(const std::wstring& key) const {
+    const auto found = std::find_if(values.begin(), values.end(),
+                                    [&](const ExpandedValue& value) { return value.key == key; });
+    return found != values.end() ? &*found : nullptr;
+}
+
+std::wstring installName(const StartOptions& options, const std::wstring& path) {
+    return isWithin(path, options.install.path)
+               ? zellauncher::withForwardSlashes(relativeTo(path, options.install.path))
+               : path;
+}
+
+Place placeOf(const InstallReading& reading, const StartOptions& options,
+              const std::shared_ptr<const Source>& source) {
+    if (!source || source->kind != Source::Kind::file || source->line == 0) {
+        return {};
+    }
+    if (isWithin(source->path, scratchDirectory)) {
+        const auto origin = reading.origins.find(source->line);
+        return origin != reading.origins.end() ? origin->second : Place{};
+    }
+    return {installName(options, source->path), source->line, source->name};
+}
+
+InstallReading readInstall(const StartOptions& options) {
+    return Reader(options).run();
+}
+
+std::vector<PropertyList> readAsPropertyFiles(const std::vector<std::string>& texts) {
+    simulation::Machine machine;
+    std::vector<std::wstring> paths;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        paths.push_back(L"C:\\texts\\" + std::to_wstring(i));
+        machine.writeFile(paths.back(), texts[i]);
+    }
+    std::vector<PropertyList> lists(texts.size());
+    machine.run({L"C:\\texts\\reader"}, [&] {
+        for (std::size_t i = 0; i < paths.size(); ++i) {
+            zellauncher::loadPropertyFile(paths[i], lists[i]);
+        }
+        return 0;
+    });
+    return lists;
+}
+
+}  // namespace explain

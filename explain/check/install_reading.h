@@ -1,0 +1,70 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "configuration/install_kind.h"
+#include "explain/explanation.h"
+#include "explain/machine_setup.h"
+#include "properties/property_list.h"
+
+// An install as the launcher reads it. The launcher's own code reads it, on the simulated machine.
+namespace explain {
+
+// The longest path that Windows programs can use. The launcher finds no template at a longer one.
+inline constexpr std::size_t longestPath = 259;
+
+// A file of the install.
+struct InstallFile {
+    std::wstring path;  // on the machine
+    bool exists = false;
+    std::string bytes;
+    zellauncher::PropertyList entries;  // of a property file
+};
+
+// A value of the properties of a run, with its tokens replaced.
+struct ExpandedValue {
+    std::wstring key;
+    std::wstring raw;
+    std::wstring text;
+    bool isResolved = false;
+    std::shared_ptr<const zellauncher::Source> source;
+};
+
+struct InstallReading {
+    InstallFile launcherProperties;
+    zellauncher::InstallConfigurationKind kind = zellauncher::InstallConfigurationKind::unknown;
+    bool isDirectJavaStart = false;
+    std::optional<std::wstring> baseLocation;
+    InstallFile userTemplate;  // zelinstall.properties of the base location, as the next two
+    InstallFile configIni;
+    InstallFile platformXml;
+    InstallFile jvmProperties;
+    // What the launcher makes of the template; from its lines to those that they were made from.
+    zellauncher::PropertyList made;
+    std::map<std::size_t, Place> origins;
+    std::vector<ExpandedValue> values;  // of a run, in their order
+    bool hasWorkspace = false;          // zel.data has no token that stays
+    std::wstring workspace;
+
+    // The first value with this key; null if there is none.
+    const ExpandedValue* value(const std::wstring& key) const;
+};
+
+// The place of a value in the install: of a value from a user's copy, the line that it was made from.
+Place placeOf(const InstallReading& reading, const StartOptions& options,
+              const std::shared_ptr<const zellauncher::Source>& source);
+
+// Relative to the install with forward slashes, or as it is.
+std::wstring installName(const StartOptions& options, const std::wstring& path);
+
+// Reads the install at options.install, which has `zel`. Keys that are missing are read as if they had a
+// value that works, so that one mistake does not hide the others.
+InstallReading readInstall(const StartOptions& options);
+
+// Each text as a property file, read by the launcher.
+std::vector<zellauncher::PropertyList> readAsPropertyFiles(const std::vector<std::string>& texts);
+
+}  // namespace explain

@@ -1,0 +1,157 @@
+#include "explain/check/jvm_options.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <string_view>
+
+namespace explain {
+
+namespace {
+
+constexpr const char* endsAtOnce =
+    "The JVM ends at once, so no platform comes up, although the launcher ends with 0.";
+
+// Options that every JVM of Java 8 or later knows. An option with a value ends in its separator here.
+constexpr std::string_view commonOptions[] = {"-Xbatch",
+                                              "-Xbootclasspath/a:",
+                                              "-Xcheck:",
+                                              "-Xcomp",
+                                              "-Xdebug",
+                                              "-Xdiag",
+                                              "-Xfuture",
+                                              "-Xint",
+                                              "-Xlog",
+                                              "-Xmixed",
+                                              "-Xmn",
+                                              "-Xms",
+                                              "-Xmx",
+                                              "-Xnoagent",
+                                              "-Xrs",
+                                              "-Xrun",
+                                              "-Xshare:",
+                                              "-XshowSettings",
+                                              "-Xss",
+                                              "-Xverify",
+                                              "-XX:",
+                                              "-Xnoclassgc",
+                                              "-Xinternalversion",
+                                              "-Xdock:",
+                                              "-Xincgc",
+                                              "-Xloggc:",
+                                              "-Xprof",
+                                              "-Xeprof",
+                                              "-Xbootclasspath:",
+                                              "-X:"};
+
+// Options of one other JVM, which HotSpot refuses.
+constexpr std::string_view otherOptions[] = {"-Xshareclasses",
+                                             "-Xgcpolicy",
+                                             "-Xscmx",
+                                             "-Xquickstart",
+                                             "-Xdump",
+                                             "-Xtrace",
+                                             "-Xjit",
+                                             "-Xaot",
+                                             "-Xgc:",
+                                             "-Xtune",
+                                             "-Xmso",
+                                             "-Xmns",
+                                             "-Xmnx",
+                                             "-Xmo",
+                                             "-Xcompressedrefs",
+                                             "-Xnocompressedrefs",
+                                             "-Xdisableexplicitgc",
+                                             "-Xscmaxaot",
+                                             "-Xscminaot",
+                                             "-Xgcthreads",
+                                             "-Xgcwork",
+                                             "-Xverbosegclog",
+                                             "-Xlp",
+                                             "-Xthr",
+                                             "-Xzero",
+                                             "-Xminf",
+                                             "-Xmaxf",
+                                             "-Xmaxt",
+                                             "-Xmint",
+                                             "-Xsoftrefthreshold",
+                                             "-Xrdbginfo",
+                                             "-Xsigcatch",
+                                             "-Xnosigcatch",
+                                             "-Xargencoding",
+                                             "-Xsoftmx",
+                                             "-Xmca",
+                                             "-Xmcrs",
+                                             "-Xmr",
+                                             "-Xmine",
+                                             "-Xmaxe",
+                                             "-Xiss",
+                                             "-Xcodecache"};
+
+template <std::size_t count>
+bool beginsWithOneOf(std::string_view option, const std::string_view (&names)[count]) {
+    return std::any_of(std::begin(names), std::end(names),
+                       [&](std::string_view name) { return option.starts_with(name); });
+}
+
+bool isSize(std::string_view text) {
+    const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+    const std::string_view unit = text.substr(digits);
+    return digits > 0 &&
+           (unit.empty() || (unit.size() == 1 && unit.find_first_of("kKmMgGtT") != std::string_view::npos));
+}
+
+bool isFlag(std::string_view text) {
+    const bool isSwitch = text.starts_with('+') || text.starts_with('-');
+    const std::string_view name = isSwitch ? text.substr(1) : text.substr(0, text.find_first_of("=:"));
+    const bool isName = !name.empty() && std::all_of(name.begin(), name.end(), [](char letter) {
+        return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
+               (letter >= '0' && letter <= '9') || letter == '_';
+    });
+    return isName;
+}
+
+}  // namespace
+
+std::optional<JvmOptionProblem> checkJvmOption(const std::string& option, JvmVendor vendor) {
+    constexpr std::string_view sizes[] = {"-Xmx", "-Xms", "-Xss", "-Xmn"};
+    if (!option.starts_with("-X")) {
+        return std::nullopt;
+    }
+    const std::string_view text(option);
+    if (beginsWithOneOf(text, otherOptions)) {
+        if (vendor != JvmVendor::hotSpot) {
+            return std::nullopt;
+        }
+        return JvmOptionProblem{true, "the JVM does not know the option " + option, endsAtOnce,
+                                "Leave the option out, or ship the JVM that it is for."};
+    }
+    const auto* size = std::find_if(std::begin(sizes), std::end(sizes),
+                                    [&](std::string_view name) { return text.starts_with(name); });
+    if (size != std::end(sizes)) {
+        if (isSize(text.substr(size->size()))) {
+            return std::nullopt;
+        }
+        return JvmOptionProblem{
+            true, "the option " + option + " has no size", endsAtOnce,
+            "Write a number with k, m or g after it, as in " + std::string(*size) + "512m."};
+    }
+    if (text.starts_with("-XX:") && !isFlag(text.substr(4))) {
+        return JvmOptionProblem{
+            true, "the option " + option + " has no flag of the form +Name, -Name or Name=value", endsAtOnce,
+            "Correct the option."};
+    }
+    if (text.starts_with("-Xbootclasspath/p:")) {
+        return JvmOptionProblem{
+            vendor == JvmVendor::hotSpot,
+            "Xbootclasspath.prepend becomes -Xbootclasspath/p:, which Java 9 and later refuse", endsAtOnce,
+            "Use Xbootclasspath.append."};
+    }
+    if (!beginsWithOneOf(text, commonOptions)) {
+        return JvmOptionProblem{vendor == JvmVendor::hotSpot, "no JVM is known to have the option " + option,
+                                endsAtOnce, "Correct the option, or leave it out."};
+    }
+    return std::nullopt;
+}
+
+}  // namespace explain

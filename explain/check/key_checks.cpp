@@ -1,0 +1,397 @@
+#include "explain/check/key_checks.h"
+
+#include <algorithm>
+#include <set>
+
+#include "explain/catalogue.h"
+#include "explain/check/rules.h"
+#include "explain/encoding.h"
+#include "explain/similar_texts.h"
+#include "properties/substitution.h"
+#include "properties/token_scan.h"
+
+namespace explain {
+
+namespace {
+
+using zellauncher::InstallConfigurationKind;
+using zellauncher::PropertyEntry;
+using zellauncher::PropertyList;
+
+constexpr const char* launcherFile = "zellauncher.properties";
+constexpr const char* templateFile = "zelinstall.properties";
+constexpr const char* jvmFile = "jvm.properties";
+
+struct RequiredKey {
+    const wchar_t* key;
+    std::vector<std::string> messages;
+};
+
+// Whether a key is there is a question about the text, so nothing is recorded for it.
+const PropertyEntry* find(const std::wstring& key, const PropertyList& list) {
+    const auto found =
+        std::find_if(list.begin(), list.end(), [&](const PropertyEntry& entry) { return entry.key == key; });
+    return found != list.end() ? &*found : nullptr;
+}
+
+std::size_t lineOf(const PropertyEntry& entry) {
+    return entry.value.source ? entry.value.source->line : 0;
+}
+
+// A key that may be repeated, because each line is an option of its own.
+bool isRepeatable(const std::wstring& key) {
+    return key.empty() || key.starts_with(L"-X") || key.starts_with(L"!") ||
+           key.starts_with(L"\u00EF\u00BB\u00BF");
+}
+
+class KeyCheck {
+public:
+    KeyCheck(const InstallReading& theReading, const StartOptions& startOptions, Findings& all)
+        : reading(theReading), options(startOptions), findings(all) {}
+
+    void run() {
+        collectReferences();
+        checkRequired();
+        checkFile(reading.launcherProperties, launcherFile);
+        checkFile(reading.userTemplate, templateFile);
+        checkFile(reading.jvmProperties, jvmFile);
+        checkDuplicates(reading.launcherProperties.entries);
+        checkDuplicates(reading.made);
+        checkDuplicates(reading.jvmProperties.entries);
+    }
+
+private:
+    const InstallReading& reading;
+    const StartOptions& options;
+    Findings& findings;
+    std::set<std::wstring> referenced;  // by ${prop.key}
+
+    std::string nameOf(const InstallFile& file) const { return toUtf8(installName(options, file.path)); }
+
+    Finding& add(const char* rule, Severity severity, const Place& place, std::string text,
+                 std::string consequence, std::string remedy) {
+        findings.push_back({rule,
+                            severity,
+                            toUtf8(place.file),
+                            place.line,
+                            std::move(text),
+                            std::move(consequence),
+                            std::move(remedy),
+                            {}});
+        return findings.back();
+    }
+
+    Place placeIn(const InstallFile& file, const PropertyEntry& entry) const {
+        return {installName(options, file.path), lineOf(entry), entry.key};
+    }
+
+    void collectReferences() {
+        for (const PropertyList* list :
+             {&reading.launcherProperties.entries, &reading.made, &reading.jvmProperties.entries}) {
+            for (const PropertyEntry& entry : *list) {
+                addReferences(entry.value);
+            }
+        }
+    }
+
+    void addReferences(const std::wstring& text) {
+        constexpr std::wstring_view prefix = L"prop.";
+        std::ptrdiff_t position = static_cast<std::ptrdiff_t>(text.size()) - 1;
+        while (const auto token = zellauncher::findLastToken(text, position)) {
+            if (token->name.starts_with(prefix)) {
+                referenced.insert(token->name.substr(prefix.size()));
+            }
+            position = static_cast<std::ptrdiff_t>(token->start) - 1;
+        }
+    }
+
+    // --- Required keys ---------------------------------------------------------------------------
+
+    void requireKey(const InstallFile& file, const char* key, Severity severity,
+                    const std::string& consequence, std::vector<std::string> messages,
+                    const std::string& remedy = {}) {
+        add(rules::missingKey, severity, {installName(options, file.path), 0, L""},
+            std::string(key) + " is missing", consequence,
+            remedy.empty() ? "Add " + std::string(key) + " to " + nameOf(file) + "." : remedy)
+            .messages = std::move(messages);
+    }
+
+    static std::string requirementOf(const char* key) {
+        const KeyEntry* entry = lookUpKey(key);
+        return entry != nullptr ? entry->required : std::string();
+    }
+
+    bool hasLauncherKey(const wchar_t* key) const {
+        return find(key, reading.launcherProperties.entries) != nullptr;
+    }
+
+    void checkRequired() {
+        if (!reading.launcherProperties.exists) {
+            return;
+        }
+        const InstallFile& launcher = reading.launcherProperties;
+        if (!hasLauncherKey(L"zel.install.id") && reading.kind != InstallConfigurationKind::userpb) {
+            requireKey(launcher, "zel.install.id", Severity::error, requirementOf("zel.install.id"),
+                       {"ZLNCH0016E", "ZLNCH0035E"});
+        }
+        if (!hasLauncherKey(L"zel.base.location")) {
+            requireKey(launcher, "zel.base.location", Severity::error, requirementOf("zel.base.location"),
+                       {"ZLNCH0050E: zel.base"});
+        }
+        if (!hasLauncherKey(L"install.configuration")) {
+            requireKey(launcher, "install.configuration", Severity::error,
+                       requirementOf("install.configuration"), {"ZLNCH0008E"});
+        }
+        if (reading.userTemplate.exists) {
+            checkRequiredOfTemplate();
+        }
+        checkProvisioning();
+    }
+
+    void checkRequiredOfTemplate() {
+        const PropertyEntry* location = find(L"jvm.location", reading.launcherProperties.entries);
+        const bool isLocationMissing = location == nullptr || location->value.empty();
+        if (isLocationMissing && find(L"vm", reading.made) == nullptr) {
+            requireKey(reading.launcherProperties, "jvm.location", Severity::error,
+                       requirementOf("jvm.location") + " The launcher names no JVM to the platform either.",
+                       {"ZELLauncher> the command names no program"});
+        }
+        if (find(L"Xbootclasspath.append", reading.made) == nullptr) {
+            requireKey(reading.userTemplate, "Xbootclasspath.append", Severity::error,
+                       requirementOf("Xbootclasspath.append"), {},
+                       "Add the line Xbootclasspath.append= to " + nameOf(reading.userTemplate) + ".");
+        }
+        if (reading.value(L"plugincustomization") == nullptr) {
+            requireKey(reading.userTemplate, "plugincustomization", Severity::error,
+                       requirementOf("plugincustomization"), {"ZLNCH0050E:  plugin"});
+        }
+        if (reading.isDirectJavaStart && reading.value(L"cp") == nullptr) {
+            requireKey(reading.userTemplate, "cp", Severity::error,
+                       "The JVM of a service has no class path, finds no class and ends at once, while the "
+                       "launcher ends with 0.",
+                       {});
+        }
+    }
+
+    void checkProvisioning() {
+        const PropertyEntry* provisioning = find(L"provisioning", reading.launcherProperties.entries);
+        const bool isProvisionedKind = reading.kind == InstallConfigurationKind::user ||
+                                       reading.kind == InstallConfigurationKind::lockdown ||
+                                       reading.kind == InstallConfigurationKind::multiuser;
+        if (provisioning == nullptr || provisioning->value != L"true" || !isProvisionedKind) {
+            return;
+        }
+        if (!hasLauncherKey(L"provisioning.manifest.version")) {
+            requireKey(reading.launcherProperties, "provisioning.manifest.version", Severity::error,
+                       "Every start provisions, and none starts the platform.", {});
+        }
+        if (!hasLauncherKey(L"provisioning.application")) {
+            requireKey(reading.launcherProperties, "provisioning.application", Severity::warning,
+                       "The provisioning run starts the platform's own application.", {});
+        }
+    }
+
+    // --- Names -----------------------------------------------------------------------------------
+
+    void checkFile(const InstallFile& file, const char* kind) {
+        for (const PropertyEntry& entry : file.entries) {
+            const bool isOption = entry.key.starts_with(L"-X");
+            if ((isOption || !isRepeatable(entry.key)) && lineOf(entry) != 0) {
+                checkEntry(file, entry, kind);
+            }
+        }
+    }
+
+    static std::wstring withoutQualifier(const std::wstring& key, const char* kind) {
+        constexpr std::wstring_view qualifiers[] = {L".win32", L".linux", L".macosx"};
+        if (kind != templateFile) {
+            return key;
+        }
+        for (const std::wstring_view qualifier : qualifiers) {
+            if (key.ends_with(qualifier)) {
+                return key.substr(0, key.size() - qualifier.size());
+            }
+        }
+        return key;
+    }
+
+    void checkEntry(const InstallFile& file, const PropertyEntry& entry, const char* kind) {
+        const std::wstring key = withoutQualifier(entry.key, kind);
+        if (key.starts_with(L"-")) {
+            checkOption(file, entry, kind);
+            return;
+        }
+        const KeyEntry* known = lookUpKey(toUtf8(key));
+        if (known == nullptr) {
+            checkSimilar(file, entry, key, kind);
+        } else if (!isReadFrom(*known, kind)) {
+            addWrongFile(file, entry, *known);
+        } else if (entry.value.empty() && needsValue(known->key)) {
+            add(rules::emptyValue, Severity::warning, placeIn(file, entry), known->key + " has no value",
+                "The launcher uses the empty text.", "Give it a value, or leave the line out.");
+        }
+    }
+
+    static bool isReadFrom(const KeyEntry& known, const char* kind) {
+        const auto has = [&](const char* name) {
+            return std::find(known.files.begin(), known.files.end(), name) != known.files.end();
+        };
+        if (kind == launcherFile) {
+            return has(launcherFile);
+        }
+        // The values of both files are one list. What the launcher appends to the template is overridden-key.
+        const bool isAppended = known.key == "zel.install.id" || known.key == "zel.base.location" ||
+                                known.key == "install.configuration" ||
+                                known.key.starts_with("com.mivel.zel.core.locale") ||
+                                known.key.starts_with("com.mivel.zel.core.bidi");
+        return has(templateFile) || has(jvmFile) || (kind == templateFile && isAppended);
+    }
+
+    static bool needsValue(const std::string& key) {
+        return key == "zel.install.id" || key == "install.configuration" || key == "zel.base.location" ||
+               key == "jvm.location" || key == "vm" || key == "plugincustomization" || key == "zel.data" ||
+               key == "eclipse.name" || key == "product" || key == "application";
+    }
+
+    void addWrongFile(const InstallFile& file, const PropertyEntry& entry, const KeyEntry& known) {
+        std::string files;
+        for (const std::string& name : known.files) {
+            files += (files.empty() ? "" : " or ") + name;
+        }
+        const bool isWritten = known.files.front() == "args.properties";
+        add(known.key == "arg20" ? rules::numberedList : rules::wrongFile, Severity::warning,
+            placeIn(file, entry),
+            known.key == "arg20" ? "the value of arg20 is always lost"
+                                 : toUtf8(entry.key) + " is not read from this file",
+            "The line has no effect.",
+            isWritten ? "Remove the line: the launcher itself writes this key, into " + files + "."
+                      : "Move the line to " + files + ".");
+    }
+
+    void checkOption(const InstallFile& file, const PropertyEntry& entry, const char* kind) {
+        const std::string key = toUtf8(entry.key);
+        if (kind == launcherFile) {
+            add(rules::wrongFile, Severity::warning, placeIn(file, entry),
+                key + ": options of the JVM are not read from this file", "The line has no effect.",
+                "Move the line to jvm.properties or zelinstall.properties.");
+        } else if (!entry.key.starts_with(L"-D") && !entry.key.starts_with(L"-X")) {
+            add(rules::ignoredOption, Severity::warning, placeIn(file, entry),
+                key + " begins with neither -D nor -X", "The option does not reach the JVM.",
+                "Write vmarg.<name>=<option>, which passes any option on.");
+        }
+    }
+
+    void checkSimilar(const InstallFile& file, const PropertyEntry& entry, const std::wstring& key,
+                      const char* kind) {
+        if (referenced.count(entry.key) != 0) {
+            return;
+        }
+        for (const KeyEntry& known : keyEntries()) {
+            const std::optional<std::wstring> meant = meantKey(key, fromUtf8(known.key));
+            if (meant && isReadFrom(known, kind)) {
+                add(rules::similarKey, Severity::warning, placeIn(file, entry),
+                    toUtf8(entry.key) + " is no known key; " + toUtf8(*meant) + " is",
+                    "The launcher ignores the line.", "Write " + toUtf8(*meant) + ".");
+                return;
+            }
+        }
+    }
+
+    // The key as it would be if it were meant to be the known one; nothing if it is not similar.
+    static std::optional<std::wstring> meantKey(const std::wstring& key, const std::wstring& known) {
+        const std::size_t open = known.find(L'<');
+        if (open == std::wstring::npos) {
+            return areSimilar(key, known) ? std::optional(known) : std::nullopt;
+        }
+        if (known.starts_with(L"-") || known.starts_with(L"arg")) {
+            return std::nullopt;
+        }
+        const std::wstring beginning = known.substr(0, open);
+        const auto levels = std::count(beginning.begin(), beginning.end(), L'.');
+        std::size_t end = 0;
+        for (std::ptrdiff_t level = 0; level < levels; ++level) {
+            end = key.find(L'.', end);
+            if (end == std::wstring::npos) {
+                return std::nullopt;
+            }
+            ++end;
+        }
+        const bool isSame = key.starts_with(beginning);
+        if (end == 0 || (!isSame && !areSimilar(key.substr(0, end), beginning))) {
+            return std::nullopt;
+        }
+        return withMeantEnd(beginning + key.substr(end), known, isSame);
+    }
+
+    static std::optional<std::wstring> withMeantEnd(const std::wstring& key, const std::wstring& known,
+                                                    bool hasBeginning) {
+        const std::size_t close = known.find(L'>');
+        const std::wstring ending = known.substr(close + 1);
+        if (ending.empty() || ending == L".<n>") {
+            return hasBeginning ? std::nullopt : std::optional(key);
+        }
+        const std::size_t dot = key.find(L'.', known.find(L'<'));
+        if (dot == std::wstring::npos || !areSimilar(key.substr(dot), ending)) {
+            return std::nullopt;
+        }
+        return key.substr(0, dot) + ending;
+    }
+
+    // --- Twice -----------------------------------------------------------------------------------
+
+    void checkDuplicates(const PropertyList& list) {
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            const PropertyEntry& entry = list[i];
+            if (isRepeatable(entry.key)) {
+                continue;
+            }
+            const PropertyEntry* first = find(entry.key, list);
+            if (first != &entry) {
+                addDuplicate(*first, entry);
+            }
+        }
+    }
+
+    void addDuplicate(const PropertyEntry& first, const PropertyEntry& second) {
+        const Place firstPlace = placeOf(reading, options, first.value.source);
+        const Place place = placeOf(reading, options, second.value.source);
+        if (place.file.empty() || firstPlace.file.empty()) {
+            return;
+        }
+        if (place.file != firstPlace.file) {
+            addOverridden(first, second, firstPlace);
+            return;
+        }
+        const bool isSame = first.value == second.value;
+        const bool isOption = second.key.starts_with(L"-D");
+        add(rules::duplicateKey, isSame ? Severity::note : Severity::warning, place,
+            toUtf8(second.key) + " is there twice, first in line " + std::to_string(firstPlace.line),
+            isSame     ? "Both lines say the same."
+            : isOption ? "Both go to the JVM, which uses the last one."
+                       : "The launcher uses the first line, \"" + toUtf8(first.value) + "\".",
+            "Remove one of the lines.");
+    }
+
+    // The template's key comes before the one that the launcher appends.
+    void addOverridden(const PropertyEntry& first, const PropertyEntry& second, const Place& place) {
+        const std::string key = toUtf8(second.key);
+        const bool isHarmless = first.value == second.value || second.key == L"vm";
+        const bool isIdentity = second.key == L"zel.install.id" && first.value != second.value;
+        add(rules::overriddenKey,
+            isIdentity ? Severity::error : (isHarmless ? Severity::note : Severity::warning), place,
+            key + " of the template wins over the one of zellauncher.properties",
+            isIdentity
+                ? "A user's identity always differs from the install's, so every start after the first "
+                  "renews the user's configuration."
+                : "A user gets \"" + toUtf8(first.value) + "\".",
+            "Remove the line from the template; the launcher adds it to a user's copy.");
+    }
+};
+
+}  // namespace
+
+void checkKeys(const InstallReading& reading, const StartOptions& options, Findings& findings) {
+    KeyCheck(reading, options, findings).run();
+}
+
+}  // namespace explain

@@ -1,0 +1,506 @@
+#include "explain/check/start_checks.h"
+
+#include <algorithm>
+#include <map>
+
+#include "explain/check/jvm_options.h"
+#include "explain/check/layout_checks.h"
+#include "explain/check/rules.h"
+#include "explain/encoding.h"
+#include "explain/environment.h"
+#include "explain/simulated_platform.h"
+#include "explain/start.h"
+#include "explain/windows_paths.h"
+#include "foundation/paths.h"
+#include "simulation/program_files.h"
+
+namespace explain {
+
+namespace {
+
+using zellauncher::InstallConfigurationKind;
+
+// The last line of a start whose program the system refuses; the second one if it is not a program.
+bool isAboutTheProgramFile(const std::string& message) {
+    return message.starts_with("CreateProcessW failed") ||
+           message == "ZELLauncher> the file that the command names is not a program";
+}
+
+constexpr std::uint64_t platformsEndWithin = 120'000;
+constexpr std::size_t scarceRoom = 2000;  // characters that a longer workspace or user name may need
+constexpr int mostRepairs = 5;
+
+// What the machines have so that a start gets further.
+struct Repairs {
+    std::map<std::wstring, std::string> newFiles;
+    std::map<std::wstring, std::vector<std::string>> firstLines;  // before those of a file
+    std::vector<wchar_t> drives;
+};
+
+bool hasKey(const zellauncher::PropertyList& list, const wchar_t* key) {
+    return std::any_of(list.begin(), list.end(), [&](const auto& entry) { return entry.key == key; });
+}
+
+class StartCheck {
+public:
+    StartCheck(const InstallReading& theReading, const StartOptions& startOptions, Findings& all)
+        : reading(theReading), options(startOptions), findings(all) {}
+
+    std::optional<std::size_t> run() {
+        collectRepairs();
+        if (!reading.userTemplate.exists) {
+            return std::nullopt;
+        }
+        std::optional<Explanation> first = firstStart();
+        if (!first) {
+            return std::nullopt;
+        }
+        checkCommand(*first);
+        checkLaterStarts(first->outcome == Outcome::provisioned);
+        return first->command ? std::optional(first->command->size()) : std::nullopt;
+    }
+
+private:
+    const InstallReading& reading;
+    StartOptions options;
+    Findings& findings;
+    Repairs repairs;
+
+    // --- Repairs -------------------------------------------------------------------------------------
+
+    void collectRepairs() {
+        std::vector<std::string>& lines = repairs.firstLines[reading.launcherProperties.path];
+        const zellauncher::PropertyList& launcher = reading.launcherProperties.entries;
+        if (!hasKey(launcher, L"zel.install.id") && reading.kind != InstallConfigurationKind::userpb) {
+            lines.emplace_back("zel.install.id=check");
+        }
+        if (reading.kind == InstallConfigurationKind::unknown ||
+            !hasKey(launcher, L"install.configuration")) {
+            lines.emplace_back("install.configuration=user");
+        }
+        if (reading.hasWorkspace && fullDrivePath(reading.workspace)) {
+            repairs.drives.push_back(reading.workspace[0]);
+        } else if (hasKey(launcher, L"zel.data")) {
+            lines.emplace_back("zel.data=C:/Workspace");
+        }
+        collectTemplateRepairs();
+    }
+
+    void collectTemplateRepairs() {
+        std::vector<std::string>& lines = repairs.firstLines[reading.userTemplate.path];
+        const ExpandedValue* customization = reading.value(L"plugincustomization");
+        if (customization == nullptr || !customization->isResolved) {
+            lines.emplace_back("plugincustomization=C:/Windows/check.ini");
+            repairs.newFiles[L"C:\\Windows\\check.ini"] = "";
+        } else if (const auto path = fullDrivePath(customization->text)) {
+            repairs.newFiles[*path] = "";
+        }
+        if (!hasKey(reading.made, L"Xbootclasspath.append")) {
+            lines.emplace_back("Xbootclasspath.append=");
+        }
+        for (const ExpandedValue& value : reading.values) {
+            if (!value.isResolved && placeOf(reading, options, value.source).line != 0) {
+                lines.push_back(toUtf8(value.key) + "=repaired");
+            }
+        }
+        for (const InstallFile* file : {&reading.configIni, &reading.jvmProperties}) {
+            if (!file->exists && !file->path.empty()) {
+                repairs.newFiles[file->path] = "";
+            }
+        }
+    }
+
+    World newWorld() const {
+        World world = buildWorld(options);
+        world.machine->playPrograms([] { return runSimulatedPlatform(Platform::none); });
+        for (const wchar_t drive : repairs.drives) {
+            world.machine->makeDrive(drive);
+        }
+        for (const auto& [path, content] : repairs.newFiles) {
+            if (!world.machine->exists(path)) {
+                world.machine->writeFile(path, content);
+            }
+        }
+        for (const auto& [path, lines] : repairs.firstLines) {
+            prepend(world, path, lines);
+        }
+        return world;
+    }
+
+    static void prepend(World& world, const std::wstring& path, const std::vector<std::string>& lines) {
+        if (lines.empty() || !world.machine->exists(path)) {
+            return;
+        }
+        std::string content;
+        for (const std::string& line : lines) {
+            content += line + "\r\n";
+        }
+        const std::uint32_t attributes = world.machine->attributes(path);
+        world.machine->setAttributes(path, 0);
+        world.machine->writeFile(path, content + world.machine->readFile(path).value_or(""));
+        world.machine->setAttributes(path, attributes);
+    }
+
+    // --- Findings ------------------------------------------------------------------------------------
+
+    void add(const char* rule, Severity severity, const Place& place, std::string text,
+             std::string consequence, std::string remedy) {
+        findings.push_back({rule,
+                            severity,
+                            toUtf8(place.file),
+                            place.line,
+                            std::move(text),
+                            std::move(consequence),
+                            std::move(remedy),
+                            {}});
+    }
+
+    // A place in the install; lines that the repairs have added are not counted.
+    Place realPlace(Place place) const {
+        for (const auto& [path, lines] : repairs.firstLines) {
+            if (place.file == installName(options, path)) {
+                place.line -= std::min(place.line, lines.size());
+            }
+        }
+        return place;
+    }
+
+    Place realPlace(const ValueSource& source) const {
+        return realPlace(source.origin.value_or(Place{source.file, source.line, source.name}));
+    }
+
+    bool isKnown(const std::string& message) const {
+        return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
+            return std::any_of(finding.messages.begin(), finding.messages.end(),
+                               [&](const std::string& beginning) { return message.starts_with(beginning); });
+        });
+    }
+
+    void addFailure(const Explanation& start, const std::string& which) {
+        const std::string message = start.message.value_or(waitsWithoutLimit);
+        if (isKnown(message)) {
+            return;
+        }
+        Place place{L"zel/zellauncher.properties", 0, L""};
+        std::string consequence;
+        std::string remedy = "Run zelexplain start to see every step.";
+        if (start.failure) {
+            for (const Failure::Cause& cause : start.failure->causes) {
+                const bool isInInstall =
+                    cause.place && cause.place->line != 0 && !fullDrivePath(cause.place->file);
+                if (isInInstall) {
+                    place = realPlace(*cause.place);
+                    break;
+                }
+            }
+            consequence = start.failure->meaning;
+            remedy = start.failure->remedy.empty() ? remedy : start.failure->remedy;
+        }
+        add(rules::startFails, Severity::error, place, which + " ends with: " + message, consequence, remedy);
+        findings.back().messages = {message};
+    }
+
+    // --- The first start -----------------------------------------------------------------------------
+
+    // The native launcher's path follows from the base location; the message has it.
+    std::optional<std::wstring> missingProgram(const std::string& message) const {
+        constexpr std::string_view beginning = "ZLNCH0007E: ";
+        constexpr std::string_view ending = " is not executable or does not exist.";
+        if (!message.starts_with(beginning) || !message.ends_with(ending)) {
+            return std::nullopt;
+        }
+        const std::string path =
+            message.substr(beginning.size(), message.size() - beginning.size() - ending.size());
+        return fullDrivePath(fromUtf8(path));
+    }
+
+    bool repairProgram(const Explanation& start) {
+        const std::optional<std::wstring> program = missingProgram(start.message.value_or(""));
+        if (!program || repairs.newFiles.count(*program) != 0) {
+            return false;
+        }
+        const std::wstring ending = program->substr(std::min(program->rfind(L'.'), program->size()));
+        if (ending != L".exe" && ending != L".com" && ending != L".bat" && ending != L".cmd") {
+            return false;
+        }
+        if (program->size() > longestPath) {
+            findings.push_back(
+                {rules::longPath,
+                 Severity::error,
+                 toUtf8(installName(options, *program)),
+                 0,
+                 "the path of the native platform launcher has " + std::to_string(program->size()) +
+                     " characters",
+                 "The launcher finds files by paths of at most 259: a start ends with ZLNCH0007E.",
+                 "Shorten the directories of the install.",
+                 {"ZLNCH0007E"}});
+            return false;
+        }
+        findings.push_back({rules::missingFile,
+                            Severity::error,
+                            toUtf8(installName(options, *program)),
+                            0,
+                            "the native platform launcher is missing: " + toUtf8(*program),
+                            "A start ends with ZLNCH0007E.",
+                            "Ship the program, or correct eclipse.name or zel.base.location.",
+                            {"ZLNCH0007E"}});
+        repairs.newFiles[*program] = simulation::smallestProgramFile();
+        return true;
+    }
+
+    // A program that cannot be started becomes one that can.
+    bool repairNoProgram(const World& world, const Explanation& start) {
+        if (!start.message || !isAboutTheProgramFile(*start.message)) {
+            return false;
+        }
+        const std::wstring program = programOf(start);
+        const auto path = fullDrivePath(program);
+        if (!path || repairs.newFiles.count(*path) != 0) {
+            return false;
+        }
+        checkCommandFiles(reading, options, world, start, findings);
+        repairs.newFiles[*path] = simulation::smallestProgramFile();
+        brokenProgram = *path;
+        return true;
+    }
+
+    static std::wstring programOf(const Explanation& start) {
+        std::wstring program = start.elements.empty() ? std::wstring() : start.elements.front().text;
+        std::erase(program, L'"');
+        return program;
+    }
+
+    std::optional<std::wstring> brokenProgram;
+
+    // Nothing if it fails.
+    std::optional<Explanation> firstStart() {
+        for (int attempt = 0; attempt < mostRepairs; ++attempt) {
+            World world = newWorld();
+            if (brokenProgram) {
+                world.machine->setAttributes(*brokenProgram, 0);
+                world.machine->writeFile(*brokenProgram, simulation::smallestProgramFile());
+            }
+            Explanation start = explainNextStart(world, options);
+            if (start.outcome == Outcome::started || start.outcome == Outcome::provisioned) {
+                if (!brokenProgram) {
+                    checkCommandFiles(reading, options, world, start, findings);
+                }
+                return start;
+            }
+            if (!repairProgram(start) && !repairNoProgram(world, start)) {
+                checkCommandLength(start);
+                addFailure(start, "a first start");
+                return std::nullopt;
+            }
+        }
+        return std::nullopt;
+    }
+
+    // --- The command ---------------------------------------------------------------------------------
+
+    void checkCommand(const Explanation& start) {
+        checkCommandLength(start);
+        checkJvmOptions(start);
+        checkPath(start);
+    }
+
+    void checkCommandLength(const Explanation& start) {
+        const std::size_t length = start.command ? start.command->size() : 0;
+        if (length + scarceRoom <= longestCommand) {
+            return;
+        }
+        const bool isTooLong = length > longestCommand;
+        const Element* longest = nullptr;
+        for (const Element& element : start.elements) {
+            longest = longest == nullptr || element.text.size() > longest->text.size() ? &element : longest;
+        }
+        const Place place = longest != nullptr ? realPlace(longest->source) : Place{};
+        add(rules::commandLength, isTooLong ? Severity::error : Severity::warning,
+            place.line != 0 ? place : Place{L"zel/zellauncher.properties", 0, L""},
+            "the command has " + std::to_string(length) + " characters" +
+                (isTooLong ? "" : ", so " + std::to_string(longestCommand - length) + " are left"),
+            isTooLong ? "Windows starts a command of at most 32766: a start ends with -1."
+                      : "For a user with a longer name or workspace, the start may fail.",
+            "Shorten values; its longest element comes from here.");
+        findings.back().messages = {"CreateProcessW failed", "ZELLauncher> the command is longer"};
+    }
+
+    void checkJvmOptions(const Explanation& start) {
+        for (const Element& element : start.elements) {
+            std::wstring option = element.text;
+            std::erase(option, L'"');
+            const std::optional<JvmOptionProblem> problem = checkJvmOption(toUtf8(option), jvmVendor(start));
+            const Place place = realPlace(element.source);
+            if (problem && place.line != 0) {
+                add(rules::jvmOption, problem->isFatal ? Severity::error : Severity::warning, place,
+                    problem->text, problem->consequence, problem->remedy);
+            }
+        }
+    }
+
+    // Which kind of JVM is shipped, by the files beside the one that the command names.
+    JvmVendor jvmVendor(const Explanation& start) const {
+        for (const Element& element : start.elements) {
+            std::wstring text = element.text;
+            std::erase(text, L'"');
+            if (element.section != "JVM" && element.section != "program") {
+                continue;
+            }
+            const auto path = fullDrivePath(text);
+            if (path) {
+                const std::wstring directory = path->substr(0, path->rfind(L'\\'));
+                const std::wstring home = directory.substr(0, directory.rfind(L"\\bin"));
+                const World world = buildWorld(options);
+                if (world.machine->exists(home + L"\\bin\\server\\jvm.dll") &&
+                    !world.machine->exists(home + L"\\bin\\j9vm")) {
+                    return JvmVendor::hotSpot;
+                }
+            }
+        }
+        return JvmVendor::unknown;
+    }
+
+    // The platform's PATH must still have the inherited one.
+    void checkPath(const Explanation& start) {
+        const auto path = start.setVariables.find(L"PATH");
+        const World world = buildWorld(options);
+        const std::wstring* inherited = findVariable(world.environment, L"PATH");
+        if (path == start.setVariables.end() || inherited == nullptr ||
+            path->second.find(*inherited) != std::wstring::npos) {
+            return;
+        }
+        for (const wchar_t* key : {L"library.path.prepend", L"library.path.append"}) {
+            if (const ExpandedValue* value = reading.value(key)) {
+                add(rules::pathLimit, Severity::warning, placeOf(reading, options, value->source),
+                    "the platform's PATH loses the inherited one, which has " +
+                        std::to_string(inherited->size()) + " characters",
+                    "Its line in args.properties has more than 1000 characters and is skipped. The platform "
+                    "finds only the libraries of the install.",
+                    "Leave library.path.prepend and library.path.append out, or keep PATH short.");
+                return;
+            }
+        }
+    }
+
+    // --- Later starts --------------------------------------------------------------------------------
+
+    void checkLaterStarts(bool isProvisioning) {
+        World world = newWorld();
+        if (brokenProgram) {
+            world.machine->writeFile(*brokenProgram, simulation::smallestProgramFile());
+        }
+        StartOptions user = options;
+        if (reading.kind == InstallConfigurationKind::lockdown) {
+            user.isAdministrator = true;  // a supervising launcher would stay beside the platform
+        }
+        if (!isStarted(explainNextStart(world, user))) {
+            return;
+        }
+        if (isProvisioning && !provision(world)) {
+            return;
+        }
+        if (isProvisioning) {
+            const Explanation second = explainNextStart(world, user);
+            if (second.outcome != Outcome::started) {
+                if (second.outcome == Outcome::refused) {
+                    addFailure(second, "the start after provisioning");
+                }
+                return;
+            }
+            checkCommand(second);
+        }
+        checkHandOff(world, user);
+        world.machine->runUntilIdle(platformsEndWithin);
+        checkSecond(world, user);
+        world.machine->runUntilIdle(platformsEndWithin);
+        checkUpgrade(world, user);
+    }
+
+    static bool isStarted(const Explanation& start) {
+        return start.outcome == Outcome::started || start.outcome == Outcome::provisioned;
+    }
+
+    // What the platform's provisioning application has to do. False if the install has no version.
+    bool provision(World& world) {
+        world.machine->runUntilIdle(platformsEndWithin);
+        std::string version;
+        for (const auto& entry : reading.launcherProperties.entries) {
+            if (entry.key == L"provisioning.manifest.version" && version.empty()) {
+                version = toUtf8(entry.value);
+            }
+        }
+        if (version.empty()) {
+            return false;
+        }
+        for (const std::wstring& path : world.machine->tree(userRoot())) {
+            if (path.ends_with(L"\\.config\\zelinstall.properties")) {
+                world.machine->writeFile(path, world.machine->readFile(path).value_or("") +
+                                                   "provisioning.manifest.version=" + version + "\r\n");
+            }
+        }
+        return true;
+    }
+
+    // The user's workspace, or where it is.
+    std::wstring userRoot() const { return fullDrivePath(reading.workspace).value_or(L"C:\\Users"); }
+
+    void checkHandOff(World& world, const StartOptions& user) {
+        if (reading.isDirectJavaStart) {
+            return;
+        }
+        const Explanation start = explainNextStart(world, user);
+        if (!reportReset(start) && start.outcome == Outcome::refused) {
+            addFailure(start, "a start beside a running platform");
+        }
+    }
+
+    void checkSecond(World& world, const StartOptions& user) {
+        const Explanation start = explainNextStart(world, user);
+        if (!reportReset(start) && start.outcome == Outcome::refused) {
+            addFailure(start, "a second start");
+        }
+    }
+
+    // A later start must not renew anything. True if it does.
+    bool reportReset(const Explanation& start) {
+        const bool isReset = std::any_of(start.files.begin(), start.files.end(), [](const FileChange& file) {
+            return file.kind == FileChange::Kind::moved && file.path.ends_with(L".configbak");
+        });
+        if (isReset && !isResetKnown()) {
+            add(rules::resetsUser, Severity::error, {installName(options, reading.userTemplate.path), 0, L""},
+                "a second start moves the user's configuration away and makes it anew",
+                "Every start after the first resets the user's configuration.",
+                "Run zelexplain start --starts 2 to see why.");
+        }
+        return isReset;
+    }
+
+    bool isResetKnown() const {
+        constexpr const char* causes[] = {rules::identity, rules::overriddenKey, rules::continuation,
+                                          rules::resetsUser};
+        return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
+            const bool isCause =
+                std::find(std::begin(causes), std::end(causes), finding.rule) != std::end(causes);
+            return finding.severity == Severity::error &&
+                   (isCause || finding.text.starts_with("jvm.location is missing"));
+        });
+    }
+
+    // The next release of the install, for a user of this one.
+    void checkUpgrade(World& world, const StartOptions& user) {
+        prepend(world, reading.launcherProperties.path, {"zel.install.id=next"});
+        const Explanation start = explainNextStart(world, user);
+        if (start.outcome == Outcome::refused) {
+            addFailure(start, "a start after an upgrade");
+        }
+    }
+};
+
+}  // namespace
+
+std::optional<std::size_t> checkStarts(const InstallReading& reading, const StartOptions& options,
+                                       Findings& findings) {
+    return StartCheck(reading, options, findings).run();
+}
+
+}  // namespace explain

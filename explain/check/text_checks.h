@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "explain/check/finding.h"
+#include "explain/check/install_reading.h"
+
+namespace explain {
+
+// Encoding and dialect of a property file, which has this name in the findings. `isTemplate`: the launcher
+// appends lines to a copy of it.
+void checkPropertyText(const std::string& name, const InstallFile& file, bool isTemplate, Findings& findings);
+
+// True if the bytes are UTF-16, so that nothing else can be said about them.
+bool isUtf16(std::string_view bytes);
+
+}  // namespace explain
