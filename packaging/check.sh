@@ -51,9 +51,9 @@ is_complete() {
         docs/operations.md docs/operations.html docs/explain.png docs/explain.schema.json \
         examples/install/zel/zellauncher.properties bill-of-materials.spdx.json licences/mingw-w64.txt \
         licences/gcc-mingw-w64.txt licences/cli11.txt licences/nlohmann-json3.txt SHA256SUMS) >/dev/null || return 1
-    (cd "$unpacked/$kit" && ls run-tests.cmd core-tests.txt README.html standin.exe example-install/zel \
-        tests/contract.exe tests/endtoend.exe tests/endtoend_supervision.exe tests/realplatform.exe \
-        tests/realplatform_supervision.exe) >/dev/null || return 1
+    (cd "$unpacked/$kit" && ls run-tests.cmd core-tests.txt explained-tests.txt README.html standin.exe zelexplain.exe \
+        example-install/zel tests/contract.exe tests/endtoend.exe tests/endtoend_supervision.exe tests/kiosk.exe \
+        tests/realplatform.exe tests/realplatform_supervision.exe) >/dev/null || return 1
     (cd "$unpacked/$linux" && ls zelexplain docs/explain.html bill-of-materials.spdx.json licences/glibc.txt) >/dev/null
 }
 
@@ -72,7 +72,7 @@ has_no_traces() {
 }
 
 resources_are_there() { python3 packaging/check_resources.py "$unpacked/$product" "$version"; }
-links_lead_somewhere() { python3 packaging/check_links.py "$unpacked/$product" "$unpacked/$linux"; }
+links_lead_somewhere() { python3 packaging/check_links.py "$unpacked/$product" "$unpacked/$linux" "$unpacked/$kit"; }
 bill_is_consistent() { python3 packaging/check_bill.py "$unpacked/$product" "$unpacked/$linux"; }
 
 zelexplain_runs_anywhere() {

@@ -8,12 +8,17 @@ release_date=$(sed -n "s/^## ${version//./\\.} (\([0-9-]*\))\$/\1/p" CHANGELOG.m
 SOURCE_DATE_EPOCH=$(date -u -d "${release_date:-1980-01-01}" +%s)
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 
-# Ends the script unless the newest entry of CHANGELOG.md is the version of this checkout.
+# Ends the script unless the newest entry of CHANGELOG.md is the version of this checkout, and higher than the others:
+# an installer replaces a program only by a higher FileVersion.
 check_changelog() {
-    local newest
-    newest=$(sed -n 's/^## \([0-9.]*\) .*/\1/p' CHANGELOG.md | head -n 1)
-    if [ -z "$release_date" ] || [ "$newest" != "$version" ]; then
+    local versions
+    versions=$(sed -n 's/^## \([0-9.]*\) .*/\1/p' CHANGELOG.md)
+    if [ -z "$release_date" ] || [ "$(head -n 1 <<<"$versions")" != "$version" ]; then
         echo "CHANGELOG.md does not begin with this release: it needs \"## $version (<year>-<month>-<day>)\"." >&2
+        exit 1
+    fi
+    if ! sort --version-sort --reverse --unique --check=silent <<<"$versions"; then
+        echo "The versions in CHANGELOG.md do not rise from release to release." >&2
         exit 1
     fi
 }

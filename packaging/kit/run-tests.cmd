@@ -23,7 +23,7 @@ goto :options
 
 :begin
 cd /d "%~dp0"
-if "%suites%" == "" set "suites=contract endtoend endtoend_windowless endtoend_supervision realplatform_supervision realplatform"
+if "%suites%" == "" set "suites=contract endtoend endtoend_windowless endtoend_explained endtoend_supervision kiosk realplatform_supervision realplatform"
 set "work=%work%\zellauncher-tests-%RANDOM%%RANDOM%"
 md "%work%\temp"
 if not exist "%work%\temp" exit /b 2
@@ -39,7 +39,7 @@ set failed=0
 set skipped=0
 
 rem Variables that a JVM, the launcher or a test reads.
-for %%v in (JAVA_TOOL_OPTIONS _JAVA_OPTIONS JDK_JAVA_OPTIONS JAVA_HOME ZELLAUNCHER_PROGRAM GTEST_FILTER) do set "%%v="
+for %%v in (JAVA_TOOL_OPTIONS _JAVA_OPTIONS JDK_JAVA_OPTIONS JAVA_HOME ZELLAUNCHER_PROGRAM ZELLAUNCHER_EXPLAIN GTEST_FILTER) do set "%%v="
 
 ver > "%results%\machine.txt"
 chcp >> "%results%\machine.txt"
@@ -69,12 +69,14 @@ rem Runs a suite and adds its counts.
 echo Running %1
 set "program=%1"
 if "%1" == "endtoend_windowless" call :choose_core
+if "%1" == "endtoend_explained" call :choose_explained
 rem A locked-down desktop starts the program without a console.
 if "%1" == "realplatform_supervision" set "ZELLAUNCHER_PROGRAM=zellauncherw.exe"
 set "ZELLAUNCHER_TEST_SUMMARY=%results%\%1.txt"
 rem GoogleTest takes this path in the code page of the machine, which may lack letters of the directory of results.
 tests\%program%.exe "--gtest_output=xml:%work%\%1.xml" > "%results%\%1.log" 2>&1
 set "ZELLAUNCHER_PROGRAM="
+set "ZELLAUNCHER_EXPLAIN="
 set "GTEST_FILTER="
 if exist "%work%\%1.xml" move "%work%\%1.xml" "%results%" > nul
 if exist "%results%\%1.txt" goto :count
@@ -91,6 +93,13 @@ rem The core of the end-to-end tests once more, with the program without a conso
 set "program=endtoend"
 set "ZELLAUNCHER_PROGRAM=zellauncherw.exe"
 set /p GTEST_FILTER=< core-tests.txt
+goto :eof
+
+rem Some of the end-to-end tests once more, each start compared with what zelexplain says before.
+:choose_explained
+set "program=endtoend"
+set "ZELLAUNCHER_EXPLAIN=1"
+set /p GTEST_FILTER=< explained-tests.txt
 goto :eof
 
 :add
