@@ -55,7 +55,7 @@ done
 values=("$@")
 check_changelog
 ensure_packages g++ g++-mingw-w64-x86-64-posix cmake ninja-build googletest libcli11-dev nlohmann-json3-dev wine64 \
-    pandoc python3 librsvg2-bin icoutils fakeroot zip unzip osslsigncode
+    pandoc python3 python3-jsonschema librsvg2-bin icoutils fakeroot zip unzip osslsigncode
 umask 022
 mkdir -p build/package dist
 rm -rf dist/* build/package/made

@@ -94,14 +94,16 @@ def document_of(version, programs):
     name = "-".join(sorted(programs)) + "-" + version
     content = json.dumps([packages, relations], sort_keys=True)
     created = int(os.environ.get("SOURCE_DATE_EPOCH", time.time()))
-    return {
+    document = {
         "spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT", "name": name,
         "documentNamespace": "urn:uuid:" + str(uuid.uuid5(uuid.NAMESPACE_OID, content)),
         "creationInfo": {"created": time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(created)),
-                         "creators": ["Tool: bill_of_materials.py"]},
-        "packages": packages, "relationships": relations,
-        "hasExtractedLicensingInfos": [{"licenseId": "LicenseRef-public-domain", "name": "Public domain",
-                                        "extractedText": "Placed in the public domain by its authors."}]}
+                         "creators": ["Tool: bill_of_materials.py-" + version]},
+        "packages": packages, "relationships": relations}
+    if "LicenseRef-public-domain" in content:
+        document["hasExtractedLicensingInfos"] = [{"licenseId": "LicenseRef-public-domain", "name": "Public domain",
+                                                   "extractedText": "Placed in the public domain by its authors."}]
+    return document
 
 
 def write_licences(parts, directory):

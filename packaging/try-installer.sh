@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # try-installer.sh PROGRAMS: builds two releases of examples/installer with the real platform, with the launchers of
-# this directory, and installs, uses, upgrades, repairs and removes them under Wine. Ends with "N passed, N failed".
+# this directory, and installs, uses, upgrades, repairs and removes them under Wine, with the commands of
+# docs/rollout.md. Ends with "N passed, N failed".
 #
 # What Wine's installer cannot show: a rollback, a restart for files in use, the rights of other users, and the menu of
 # all users (Wine puts the shortcut into the user's own).
@@ -15,11 +16,11 @@ workspace=$drive/users/$user/AppData/Local/Example/Client
 shortcut="C:\\users\\$user\\AppData\\Roaming\\Microsoft\\Windows\\Start Menu\\Programs\\Example Client.lnk"
 uninstall='HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall'
 work=build/installer
+zelexplain=${ZELEXPLAIN:-zelexplain}
 passed=0
 failed=0
 
 wine() { timeout 300 ./cmake/wine-run.sh "$@" </dev/null 2>/dev/null; }
-windows_path() { echo "Z:$(realpath "$1" | tr / '\\')"; }
 has_no() { [ ! -e "$1" ]; }
 
 # True if the command succeeds within a minute.
@@ -50,7 +51,52 @@ check() {
 product_code() { msiinfo export "$1" Property | sed -n 's/^ProductCode\t\({[^}]*}\).*/\1/p'; }
 has_entry() { wine reg query "$uninstall\\$(product_code "$1")" | grep -q "DisplayVersion.*$2"; }
 has_no_entry() { ! wine reg query "$uninstall\\$(product_code "$1")" >/dev/null; }
-install_package() { wine msiexec /i "$(windows_path "$1")" /qn "${@:2}"; }
+
+# status_of LINE [CODE]: runs a line of docs/rollout.md in Wine's prompt, with this product code, and prints its status.
+status_of() {
+    local command=$1
+    grep -qxF -- "$command" docs/rollout.md || { echo "not in docs/rollout.md"; return; }
+    command=${command/\{product code*\}/${2:-}}
+    printf '@%s\r\n@echo %%errorlevel%%>status.txt\r\n' "${command//%u/%%u}" >"$work/command.cmd"
+    rm -f "$work/status.txt"
+    (cd "$work" && timeout 300 ../../cmake/wine-run.sh cmd /c command.cmd </dev/null >/dev/null 2>&1) || true
+    tr -d '\r\n ' <"$work/status.txt"
+}
+
+has_status() {
+    local expected=$1 status
+    shift
+    status=$(status_of "$@")
+    [ "$status" = "$expected" ] || { echo "status $status of: $1"; return 1; }
+}
+works() { has_status 0 "$@"; }
+
+# Lets zelexplain read what this code block of docs/rollout.md collects, with another place for the server.
+collects_logs() {
+    local fleet=$drive/fleet
+    rm -rf "$fleet"
+    wine "$install/zel/zellauncher.exe" -version || true # its log is in TEMP
+    sed -n '/^set "target=/,/^```$/{/^```$/d;p}' docs/rollout.md | sed 's/\\\\server\\logs/C:\\fleet/; s/$/\r/' >"$work/collect.cmd"
+    (cd "$work" && timeout 300 ../../cmake/wine-run.sh cmd /c collect.cmd </dev/null >/dev/null 2>&1) || true
+    diff <(cd "$fleet" && find . -name '*.log' | sed 's|^./[^/]*/||' | sort) \
+        <(printf '%s\n' "$user/early/zellauncher.log" "$user/zellauncher.log") || return 1
+    "$zelexplain" log "$fleet" >"$work/logs.txt" || return 1
+    grep -q started "$work/logs.txt" || { cat "$work/logs.txt"; return 1; }
+    rm -rf "$fleet"
+}
+
+finds_what_the_upgrade_does() {
+    grep -qxF 'zelexplain check CLIENT --previous FORMER_CLIENT' docs/rollout.md || return 1
+    "$zelexplain" check "$work/client-2" --previous "$work/client-1" --at 'C:\x\framework\Client' || return 1
+    # The same identity with other templates: known users keep their old copies.
+    sed 's/^zel.install.id=.*/zel.install.id=2026.1/' "$work/client-2/zel/zellauncher.properties" >"$work/same.properties"
+    cp "$work/client-2/zel/zellauncher.properties" "$work/own.properties"
+    cp "$work/same.properties" "$work/client-2/zel/zellauncher.properties"
+    local status=0
+    "$zelexplain" check "$work/client-2" --previous "$work/client-1" --at 'C:\x\framework\Client' || status=$?
+    cp "$work/own.properties" "$work/client-2/zel/zellauncher.properties"
+    [ "$status" -ne 0 ]
+}
 is_running() { [ -f "$workspace/platform/running.txt" ] && has_no "$workspace/platform/ended.txt"; }
 has_ended() { has_no "$workspace/.pipe" && [ -f "$workspace/platform/ended.txt" ]; }
 no_program_runs() { ! pgrep -f '^C:/Program Files/Example/framework/Client' >/dev/null; }
@@ -85,7 +131,10 @@ refuses_a_broken_install() {
 }
 
 installs() {
-    install_package "$work/client-1.0.0.msi" || return 1
+    local log=$drive/users/$user/Temp/client.log
+    rm -f "$log"
+    works 'msiexec /i client-1.0.0.msi /qn /l*v "%TEMP%\client.log"' || return 1
+    [ -s "$log" ] || { echo "there is no $log"; return 1; }
     diff -r "$work/client-1" "$install" || return 1
     has_entry "$work/client-1.0.0.msi" 1.0.0 || return 1
     [ -f "$(find "$drive/users/$user/AppData" -name 'Example Client.lnk')" ]
@@ -125,14 +174,14 @@ has_settings() { grep -qx "colour=green" "$workspace/.metadata/.plugins/com.exam
 
 upgrade_waits_for_the_platform() {
     make_settings
-    ! install_package "$work/client-1.1.0.msi" || return 1
+    has_status 1603 'msiexec /i client-1.1.0.msi /qn' || return 1
     is_running || return 1
     diff -r "$work/client-1" "$install" && has_entry "$work/client-1.0.0.msi" 1.0.0
 }
 
 upgrades() {
     end_platform || return 1
-    install_package "$work/client-1.1.0.msi" || return 1
+    works 'msiexec /i client-1.1.0.msi /qn' || return 1
     diff -r "$work/client-2" "$install" || return 1
     has_entry "$work/client-1.1.0.msi" 1.1.0 && has_no_entry "$work/client-1.0.0.msi"
 }
@@ -145,23 +194,29 @@ settings_survive_the_upgrade() {
 }
 
 does_not_go_back_by_itself() {
-    ! install_package "$work/client-1.0.0.msi" || return 1
+    has_status 1603 'msiexec /i client-1.0.0.msi /qn' || return 1
     diff -r "$work/client-2" "$install"
 }
 
 repairs() {
     end_platform || return 1
     rm "$install/zel/zellauncherw.exe" "$install/zel/zellauncher.properties"
-    # Wine's installer does not know the short form, msiexec /f.
-    wine msiexec /i "$(product_code "$work/client-1.1.0.msi")" REINSTALL=ALL REINSTALLMODE=omus /qn || return 1
+    works 'msiexec /i {product code} REINSTALL=ALL REINSTALLMODE=omus /qn' "$(product_code "$work/client-1.1.0.msi")" || return 1
     diff -r "$work/client-2" "$install"
 }
 
+goes_back() {
+    works 'msiexec /i client-1.1.0.msi /qn' || return 1
+    works 'msiexec /x {product code of the newer one} /qn' "$(product_code "$work/client-1.1.0.msi")" || return 1
+    works 'msiexec /i client-1.0.0.msi /qn' || return 1
+    start_from_shortcut || return 1
+    has_settings && grep -q '^zel.install.id=2026.1' "$workspace/.config/zelinstall.properties" &&
+        grep -q '^zel.install.id=2026.2' "$workspace/.configbak/zelinstall.properties"
+}
+
 upgrade_can_end_the_platform() {
-    install_package "$work/client-1.0.0.msi" || return 1
-    start_from_shortcut || return 1 # back on the former release
-    grep -q '^zel.install.id=2026.1' "$workspace/.config/zelinstall.properties" || return 1
-    install_package "$work/client-1.1.0.msi" ENDPROGRAMS=1 || return 1
+    is_running || return 1
+    works 'msiexec /i client-1.1.0.msi /qn ENDPROGRAMS=1' || return 1
     no_program_runs && diff -r "$work/client-2" "$install" && has_settings
 }
 
@@ -174,16 +229,22 @@ is_gone() {
 }
 
 is_removed() {
-    wine msiexec /x "$(product_code "$1")" /qn || return 1
+    works 'msiexec /x {product code} /qn' "$(product_code "$1")" || return 1
     no_program_runs || { echo "a program still runs"; return 1; }
     is_gone || return 1
     has_settings && [ -f "$workspace/.config/zelinstall.properties" ]
 }
 
 is_removed_while_running() {
-    install_package "$work/client-1.1.0.msi" || return 1
+    works 'msiexec /i client-1.1.0.msi /qn' || return 1
     start_from_shortcut || return 1
     is_removed "$work/client-1.1.0.msi"
+}
+
+users_files_are_removed() {
+    [ -d "$workspace" ] || return 1
+    works 'for /d %u in ("%SystemDrive%\Users\*") do rd /s /q "%u\AppData\Local\Example\Client"' || return 1
+    has_no "$workspace"
 }
 
 # What an earlier call may have left.
@@ -202,6 +263,7 @@ wine cmd /c ver >/dev/null
 clean_up
 make_packages
 check "an install with an error is not packed" refuses_a_broken_install
+check "zelexplain finds what an upgrade does" finds_what_the_upgrade_does
 check "installs every file, the shortcut and the entry" installs
 check "the shortcut starts the platform" starts_from_the_shortcut
 check "a link reaches the running platform" link_reaches_the_platform
@@ -212,10 +274,13 @@ check "an upgrade replaces everything" upgrades
 check "the user's settings survive, the old configuration is in .configbak" settings_survive_the_upgrade
 check "the former release does not replace the newer one" does_not_go_back_by_itself
 check "a repair brings deleted files back" repairs
+check "logs are collected and read" collects_logs
 check "removed while nothing runs, the users' files stay" is_removed "$work/client-1.1.0.msi"
-check "back to the former release; an upgrade ends the platform if it is told to" upgrade_can_end_the_platform
+check "back to the former release" goes_back
+check "an upgrade ends the platform if it is told to" upgrade_can_end_the_platform
 check "removed again" is_removed "$work/client-1.1.0.msi"
 check "removed while the platform runs" is_removed_while_running
+check "the users' files are removed" users_files_are_removed
 clean_up
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]
