@@ -22,7 +22,8 @@ struct SessionEnd {
 std::vector<SessionEnd> sessionEnds;
 int reruns = 0;
 
-// Whether the user may shut the system down, once the privilege is enabled. Servers deny it to ordinary users.
+// Whether the user may shut the system down, once the privilege is enabled. Servers deny it to ordinary
+// users.
 bool mayEnableShutdownPrivilege() {
     HANDLE token = nullptr;
     TOKEN_PRIVILEGES privileges = {};
