@@ -52,15 +52,20 @@ product_code() { msiinfo export "$1" Property | sed -n 's/^ProductCode\t\({[^}]*
 has_entry() { wine reg query "$uninstall\\$(product_code "$1")" | grep -q "DisplayVersion.*$2"; }
 has_no_entry() { ! wine reg query "$uninstall\\$(product_code "$1")" >/dev/null; }
 
-# status_of LINE [CODE]: runs a line of docs/rollout.md in Wine's prompt, with this product code, and prints its status.
+# Runs a line of a batch file in Wine's prompt and prints its status.
+run_line() {
+    printf '@%s\r\n@echo %%errorlevel%%>status.txt\r\n' "$1" >"$work/command.cmd"
+    rm -f "$work/status.txt"
+    (cd "$work" && timeout 300 ../../cmake/wine-run.sh cmd /c command.cmd </dev/null >/dev/null 2>&1) || true
+    tr -d '\r\n ' <"$work/status.txt"
+}
+
+# status_of LINE [CODE]: the same with a line of docs/rollout.md and this product code.
 status_of() {
     local command=$1
     grep -qxF -- "$command" docs/rollout.md || { echo "not in docs/rollout.md"; return; }
     command=${command/\{product code*\}/${2:-}}
-    printf '@%s\r\n@echo %%errorlevel%%>status.txt\r\n' "${command//%u/%%u}" >"$work/command.cmd"
-    rm -f "$work/status.txt"
-    (cd "$work" && timeout 300 ../../cmake/wine-run.sh cmd /c command.cmd </dev/null >/dev/null 2>&1) || true
-    tr -d '\r\n ' <"$work/status.txt"
+    run_line "${command//%u/%%u}"
 }
 
 has_status() {
@@ -131,6 +136,16 @@ refuses_a_broken_install() {
     has_no "$work/broken.msi" && rm -rf "$work/broken"
 }
 
+# By its version the installer decides if a program is replaced.
+programs_have_versions() {
+    local release
+    release=$(sed -n 's/^project(zellauncher VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
+    for program in zellauncher.exe zellauncherw.exe; do
+        msiinfo export "$work/client-1.0.0.msi" File | tr '|' '\t' | grep -P "\t$program\t.*\t${release//./\\.}\t" ||
+            { msiinfo export "$work/client-1.0.0.msi" File | grep "$program"; return 1; }
+    done
+}
+
 installs() {
     local log=$drive/users/$user/Temp/client.log
     rm -f "$log"
@@ -153,10 +168,13 @@ link_reaches_the_platform() {
     grep -qx 'exampleclient:open/4711' "$workspace/platform/payload-1.txt"
 }
 
-# A link that closes the quotes adds arguments; their number then is not the declared one.
+# A link that closes the quotes adds arguments to the registered command; their number then is not the declared one.
 link_adds_no_arguments() {
-    wine "$install/zel/zellauncherw.exe" -maxargcnt 4 'exampleclient:x' -resetconfig
-    [ "$?" -ne 0 ] && has_no "$workspace/.configbak" && has_no "$workspace/platform/payload-2.txt"
+    local command status
+    command=$(wine reg query 'HKLM\Software\Classes\exampleclient\shell\open\command' /ve | tr -d '\r' | sed -n 's/.*REG_SZ *//p')
+    status=$(run_line "${command/\%1/exampleclient:x\" -resetconfig \"}")
+    [ "$status" = -1 ] || { echo "status $status of: $command"; return 1; }
+    has_no "$workspace/.configbak" && has_no "$workspace/platform/payload-2.txt"
 }
 
 file_type_reaches_the_platform() {
@@ -265,6 +283,7 @@ clean_up
 make_packages
 check "an install with an error is not packed" refuses_a_broken_install
 check "zelexplain finds what an upgrade does" finds_what_the_upgrade_does
+check "the installer knows the versions of programs" programs_have_versions
 check "installs every file, the shortcut and the entry" installs
 check "the shortcut starts the platform" starts_from_the_shortcut
 check "a link reaches the running platform" link_reaches_the_platform
