@@ -6,7 +6,7 @@
 #   ./test.sh --long     all of it, then whole runs of what the tests sample: every fault and every stop, a
 #                        million races; also the fuzz targets, coverage and mutations. Takes hours.
 #   ./test.sh --package  only the packages: makes them twice and compares them, and tries signature, test kit and
-#                        installer under Wine. Takes half an hour.
+#                        installer under Wine. Takes longer than all of it.
 #   ./test.sh --lint     clang-tidy over the whole tree instead of the tests. Takes long.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"

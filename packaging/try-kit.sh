@@ -38,8 +38,8 @@ mkdir -p "$results"
 # What CTest sets for these suites: under Wine every user is an administrator, and administrators are not supervised;
 # without netapi32 the launcher cannot know. The kiosk needs a registry of its own. Wine takes the variable only from
 # outside.
-run wine '' ordinary contract endtoend endtoend_windowless endtoend_explained realplatform
-run wine netapi32= supervised endtoend_supervision realplatform_supervision
+run wine-kit '' ordinary contract endtoend endtoend_windowless endtoend_explained realplatform
+run wine-kit netapi32= supervised endtoend_supervision realplatform_supervision
 run wine-kiosk winemenubuilder.exe=d kiosk kiosk
 
 # The result of a suite as "tests failures skipped", from a report of GoogleTest.
