@@ -130,6 +130,7 @@ make_packages() {
 }
 
 refuses_a_broken_install() {
+    rm -f "$work/broken.msi"
     ./packaging/client-install.sh "$programs" "$work/broken" 2026.1 || return 1
     rm "$work/broken/zel/eclipse/plugins/base_1.0/launcher.jar"
     ! ./examples/installer/build.sh "$work/broken" 1.2.0 "$work/broken.msi" || return 1
