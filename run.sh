@@ -36,7 +36,8 @@ standin_records=$workspace/standin
 parts=build/windows/real-platform
 
 build() {
-    ensure_packages g++-mingw-w64-x86-64-posix wine64 googletest cmake ninja-build libcli11-dev nlohmann-json3-dev g++
+    ensure_packages g++-mingw-w64-x86-64-posix wine64 googletest cmake ninja-build libcli11-dev nlohmann-json3-dev g++ \
+        librsvg2-bin icoutils
     mkdir -p build
     [ -f build/windows/build.ninja ] || quietly build/windows.configure.log cmake --preset windows
     quietly build/windows.build.log cmake --build --preset windows --target zellauncher zellauncherw standin zelexplain

@@ -5,6 +5,8 @@
 #   ./test.sh --native   only what needs neither the cross compiler nor Wine
 #   ./test.sh --long     all of it, then whole runs of what the tests sample: every fault and every stop, a
 #                        million races; also the fuzz targets, coverage and mutations. Takes hours.
+#   ./test.sh --package  only the packages: makes them twice and compares them, and tries signature, test kit and
+#                        installer under Wine. Takes longer than all of it.
 #   ./test.sh --lint     clang-tidy over the whole tree instead of the tests. Takes long.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -12,7 +14,7 @@ source cmake/setup.sh
 
 native_packages=(g++ cmake ninja-build googletest clang clang-format libclang-rt-14-dev libcli11-dev
     nlohmann-json3-dev python3 python3-jsonschema chromium)
-windows_packages=(g++-mingw-w64-x86-64-posix wine64)
+windows_packages=(g++-mingw-w64-x86-64-posix wine64 librsvg2-bin icoutils)
 
 passed=0
 failed=0
@@ -158,6 +160,13 @@ measure() {
     fi
 }
 
+# The contract suite for Windows, in programs that stop at undefined behaviour.
+run_trapping_contract() {
+    cmake --preset windows-ubsan >build/windows-ubsan.configure.log 2>&1 &&
+        cmake --build build/windows-ubsan --target contract >build/windows-ubsan.build.log 2>&1 &&
+        ./cmake/wine-run.sh build/windows-ubsan/tests/contract.exe --gtest_brief=1
+}
+
 run_long() {
     ensure_packages python3 lld llvm
     export ZELLAUNCHER_LONG=1
@@ -166,16 +175,40 @@ run_long() {
     measure build/native/tests/schedules/schedules --gtest_brief=1
     unset ZELLAUNCHER_LONG
     measure python3 tests/explain/benchmark.py build/native/zelexplain
+    measure run_trapping_contract
     measure tests/fuzz/run.sh 600
     measure tests/coverage.sh
     measure tests/mutation/run.sh --jobs 2
 }
 
+# The packages of this checkout, and what is made of them. The test kit has to have the same counts as the tests here.
+run_package() {
+    local unpacked=build/package/unpacked version
+    version=$(sed -n 's/^project(zellauncher VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
+    ensure_packages "${windows_packages[@]}" googletest cmake ninja-build libcli11-dev nlohmann-json3-dev g++
+    mkdir -p build
+    measure ./package.sh
+    measure packaging/compare-builds.sh
+    measure packaging/try-changelog.sh
+    measure packaging/try-signature.sh "$unpacked/zellauncher-$version-win64" \
+        "$unpacked/zellauncher-$version-windows-tests/standin.exe"
+    measure packaging/try-branding.sh
+    ZELEXPLAIN=$PWD/$unpacked/zelexplain-$version-linux-x64/zelexplain \
+        measure packaging/try-installer.sh "$unpacked/zellauncher-$version-win64"
+    build_preset windows
+    run_preset windows 1
+    measure packaging/try-kit.sh "dist/zellauncher-$version-windows-tests.zip"
+    say "result"
+    echo "$passed passed, $failed failed"
+    [ "$failed" -eq 0 ]
+}
+
 mode=${1:-}
 case "$mode" in
     "" | --native | --long) ;;
+    --package) run_package; exit ;;
     --lint) lint; exit ;;
-    *) sed -n '2,9s/^# \{0,1\}//p' "$0"; exit 2 ;;
+    *) sed -n '2,11s/^# \{0,1\}//p' "$0"; exit 2 ;;
 esac
 
 mkdir -p build

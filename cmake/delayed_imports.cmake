@@ -3,8 +3,12 @@
 # before any of the program's code can restrict the search. The toolchain's import libraries have the
 # functions' names.
 function(zellauncher_delay_imports target)
+  set(linker ${CMAKE_CXX_COMPILER})
+  if(ZELLAUNCHER_LINKER)  # the toolchain links with another compiler
+    set(linker ${ZELLAUNCHER_LINKER})
+  endif()
   foreach(library ${ARGN})
-    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=lib${library}.a
+    execute_process(COMMAND ${linker} -print-file-name=lib${library}.a
                     OUTPUT_VARIABLE imports OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     set(delayed ${CMAKE_CURRENT_BINARY_DIR}/lib${library}_delayed.a)
     add_custom_command(

@@ -26,6 +26,9 @@ launcher_package=libequinox-launcher-java=1.6.400+eclipse4.26-4
 launcher_file=libequinox-launcher-java_1.6.400+eclipse4.26-4_all.deb
 launcher_sum=4a6157edba92f481829e89db8f7b41f6fdacfc6028722bc11b7f4d172e34421e
 
+# Two builds give the same bytes.
+jar_date=2020-01-01T00:00:00Z
+
 framework_bundles=(org.eclipse.osgi org.eclipse.equinox.common org.eclipse.equinox.registry org.eclipse.equinox.app)
 
 give_up() {
@@ -90,12 +93,12 @@ build_platform() {
     mkdir -p "$classes/bundle" "$classes/boot" "$target/install/bin"
     javac --release 17 -Xlint:all -Werror -cp "$target/install/zel/eclipse/plugins/*" -d "$classes/bundle" \
         "$sources"/src/com/example/platform/*.java
-    jar --create --file "$target/install/zel/eclipse/plugins/com.example.platform_1.0.0.jar" \
+    jar --create --date "$jar_date" --file "$target/install/zel/eclipse/plugins/com.example.platform_1.0.0.jar" \
         --manifest "$sources/META-INF/MANIFEST.MF" -C "$classes/bundle" . -C "$sources" plugin.xml
     javac --release 17 -Xlint:all -Werror -d "$classes/boot" "$sources"/boot/com/example/boot/*.java
-    jar --create --file "$target/install/boot.jar" -C "$classes/boot" .
+    jar --create --date "$jar_date" --file "$target/install/boot.jar" -C "$classes/boot" .
     x86_64-w64-mingw32-g++-posix -std=c++20 -O2 -Wall -Wextra -Wpedantic -Werror -shared -static -s \
-        -DUNICODE -D_UNICODE -DWIN32_LEAN_AND_MEAN -isystem "$sources/native" -isystem "$java_home/include" \
+        -Wl,--no-insert-timestamp -DUNICODE -D_UNICODE -DWIN32_LEAN_AND_MEAN -isystem "$sources/native" -isystem "$java_home/include" \
         "$sources/native/platformbridge.cpp" -o "$target/install/bin/platformbridge.dll"
     rm -rf "$classes"
 }

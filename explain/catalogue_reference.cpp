@@ -15,13 +15,20 @@ std::string code(const std::string& text) {
     return "`" + text + "`";
 }
 
-// A sentence of the catalogue as part of a paragraph.
+std::string escaped(std::string text, char character) {
+    for (std::size_t at = text.find(character); at != std::string::npos; at = text.find(character, at + 2)) {
+        text.insert(at, 1, '\\');
+    }
+    return text;
+}
+
+// A sentence of the catalogue as part of a paragraph, where `<` would begin an element that nobody sees.
 std::string sentence(const std::string& label, const std::string& text) {
     if (text.empty()) {
         return {};
     }
     const bool isEnded = text.ends_with('.') || text.ends_with(')');
-    return " " + (label.empty() ? "" : "*" + label + ":* ") + text + (isEnded ? "" : ".");
+    return " " + (label.empty() ? "" : "*" + label + ":* ") + escaped(text, '<') + (isEnded ? "" : ".");
 }
 
 std::string joined(const std::vector<std::string>& texts) {
@@ -33,11 +40,8 @@ std::string joined(const std::vector<std::string>& texts) {
 }
 
 // In a table, `|` would begin a new cell.
-std::string cell(std::string text) {
-    for (std::size_t at = text.find('|'); at != std::string::npos; at = text.find('|', at + 2)) {
-        text.insert(at, 1, '\\');
-    }
-    return text;
+std::string cell(const std::string& text) {
+    return escaped(text, '|');
 }
 
 class ReferenceWriter {
@@ -221,8 +225,9 @@ private:
         line("| Path | In | Written by | What it is |");
         line("| --- | --- | --- | --- |");
         for (const FileEntry& entry : fileEntries()) {
-            line("| " + cell(code(entry.path)) + " | " + cell(entry.directory) + " | " + entry.writer + " |" +
-                 cell(sentence("", entry.meaning)) + cell(sentence("Pitfall", entry.pitfall)) + " |");
+            line("| " + cell(code(entry.path)) + " | " + cell(escaped(entry.directory, '<')) + " | " +
+                 entry.writer + " |" + cell(sentence("", entry.meaning)) +
+                 cell(sentence("Pitfall", entry.pitfall)) + " |");
         }
     }
 

@@ -163,7 +163,7 @@ int writeVariable(const Arguments& arguments) {
 }
 
 int writeDirectory(const Arguments& arguments) {
-    write(arguments.at(0), narrow(platform::fullPathName(L".", 1000).value_or(L"(none)")));
+    write(arguments.at(0), unitBytes(platform::fullPathName(L".", 1000).value_or(L"(none)")));
     return 0;
 }
 

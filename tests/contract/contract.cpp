@@ -28,6 +28,15 @@ std::string readUpTo(platform::Stream* stream, std::size_t count) {
     return buffer;
 }
 
+std::string unitBytes(const std::wstring& text) {
+    std::string bytes;
+    for (const wchar_t unit : text) {
+        bytes += static_cast<char>(static_cast<unsigned>(unit) & 0xFFU);
+        bytes += static_cast<char>((static_cast<unsigned>(unit) >> 8U) & 0xFFU);
+    }
+    return bytes;
+}
+
 void makeFileWith(const std::wstring& path, std::uint32_t attributes) {
     const platform::Handle file = platform::createFile(path, platform::accessRead | platform::accessWrite, 0,
                                                        platform::openFileAlways, attributes);

@@ -50,6 +50,10 @@ void createPipe(const std::wstring& name);
 void servePipe(const std::wstring& name);
 // What the first `count` clients of this process's pipe wrote, once they have closed it.
 std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count);
+// The letter of a drive that the machine does not have.
+wchar_t missingDrive();
+// True if the user's account is on this machine, not in a domain, so that the machine knows its groups.
+bool isUserOfThisMachine();
 // Gives the process a console window of its own.
 void takeConsole();
 
@@ -79,6 +83,9 @@ void write(const std::wstring& path, const std::string& content);
 std::string read(const std::wstring& path);
 // Reads once, up to `count` bytes.
 std::string readUpTo(platform::Stream* stream, std::size_t count);
+
+// Two bytes for each 16-bit unit, the lower one first: a text that a file can hold whatever its letters.
+std::string unitBytes(const std::wstring& text);
 
 void makeFileWith(const std::wstring& path, std::uint32_t attributes);
 // False also if nothing has this path.

@@ -67,10 +67,11 @@ TEST_F(Paths, MissingDriveIsPathNotFound) {
     // Wine does not distinguish a missing drive from a missing file.
     const ErrorCode missing = isWine() ? errorFileNotFound : errorPathNotFound;
     onMachine([&] {
-        EXPECT_FAILS(fileAttributes(L"Q:\\x"), missing);
-        EXPECT_FAILS(createDirectory(L"Q:\\x"), missing);
-        EXPECT_FAILS(openStream(L"Q:\\x", "w"), missing);
-        EXPECT_EQ(fullPathName(L"Q:\\a\\..\\b", 260), L"Q:\\b");
+        const std::wstring drive = std::wstring(1, missingDrive()) + L":\\";
+        EXPECT_FAILS(fileAttributes(drive + L"x"), missing);
+        EXPECT_FAILS(createDirectory(drive + L"x"), missing);
+        EXPECT_FAILS(openStream(drive + L"x", "w"), missing);
+        EXPECT_EQ(fullPathName(drive + L"a\\..\\b", 260), drive + L"b");
     });
 }
 

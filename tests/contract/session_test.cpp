@@ -19,7 +19,11 @@ TEST_F(Session, ShutdownPrivilegeIsEnabledAndDisabled) {
         ASSERT_NE(token, Handle::none);
         const Privilege privilege = findPrivilege(L"SeShutdownPrivilege");
         EXPECT_NE(privilege, Privilege::none);
-        EXPECT_TRUE(adjustPrivilege(token, privilege, PrivilegeState::enabled)) << lastError();
+        const bool isEnabled = adjustPrivilege(token, privilege, PrivilegeState::enabled);
+        if (!isEnabled && lastError() == errorNotAllAssigned) {
+            GTEST_SKIP() << "the user may not shut this machine down";
+        }
+        EXPECT_TRUE(isEnabled) << lastError();
         EXPECT_TRUE(adjustPrivilege(token, privilege, PrivilegeState::disabled)) << lastError();
         closeHandle(token);
     });

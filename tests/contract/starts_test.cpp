@@ -28,8 +28,7 @@ TEST_F(Starts, ChildStartsWithTitleAndFlags) {
 TEST_F(Starts, ChildStartsInTheParentsCurrentDirectory) {
     onMachine([&] {
         EXPECT_EQ(runChild(L"directory" + quoted(L"f")), 0U);
-        const std::string directory = read(in(L"f"));
-        EXPECT_EQ(std::wstring(directory.begin(), directory.end()), fullPathName(L".", 1000));
+        EXPECT_EQ(read(in(L"f")), unitBytes(fullPathName(L".", 1000).value_or(L"(none)")));
     });
 }
 

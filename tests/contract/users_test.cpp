@@ -42,6 +42,9 @@ TEST_F(Users, AdministratorsGroupHasAName) {
 
 TEST_F(Users, LocalGroupsOfTheUserAreListed) {
     onMachine([&] {
+        if (!isUserOfThisMachine()) {
+            GTEST_SKIP() << "the machine does not know the groups of a user of a domain";
+        }
         const std::optional<std::wstring> user = currentUserName(longestUserName);
         ASSERT_TRUE(user);
         const LocalGroups groups = localGroupsOfUser(*user, 64000);
@@ -53,6 +56,9 @@ TEST_F(Users, LocalGroupsOfTheUserAreListed) {
 
 TEST_F(Users, ListThatDoesNotFitIsMoreData) {
     onMachine([&] {
+        if (!isUserOfThisMachine()) {
+            GTEST_SKIP() << "the machine does not know the groups of a user of a domain";
+        }
         const std::optional<std::wstring> user = currentUserName(longestUserName);
         ASSERT_TRUE(user);
         const LocalGroups groups = localGroupsOfUser(*user, 1);

@@ -256,7 +256,8 @@ void EndToEnd::layOutExample() {
     isLaidOut = true;
     fs::create_directories(userHome);
     fs::create_directories(root / L"temp");
-    fs::create_directories(install);
+    // The target must not exist: libstdc++ takes two directories of one drive for the same one.
+    fs::create_directories(install.parent_path());
     fs::copy(builtPrograms() / L"example-install", install, fs::copy_options::recursive);
     placeProgram(launcherName, launcherPath());
     placeProgram(L"standin.exe", base / L"win32" / L"x86_64" / L"eclipse.exe");

@@ -1,6 +1,8 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "endtoend.h"
 #include "support/text.h"
@@ -70,9 +72,51 @@ Value takeField(std::string& file, std::size_t field) {
     return value;
 }
 
+// The signature of a released program is at its end.
+void removeSignature(std::string& file) {
+    constexpr std::size_t entry = offsetof(IMAGE_OPTIONAL_HEADER64, DataDirectory) +
+                                  IMAGE_DIRECTORY_ENTRY_SECURITY * sizeof(IMAGE_DATA_DIRECTORY);
+    const auto begin = takeField<DWORD>(file, entry + offsetof(IMAGE_DATA_DIRECTORY, VirtualAddress));
+    takeField<DWORD>(file, entry + offsetof(IMAGE_DATA_DIRECTORY, Size));
+    file.resize(begin == 0 ? file.size() : begin);
+}
+
+// What Windows reads of a program for installers and for Explorer.
+class VersionResource {
+public:
+    explicit VersionResource(const fs::path& program)
+        : data(GetFileVersionInfoSizeW(program.c_str(), nullptr), '\0') {
+        EXPECT_NE(GetFileVersionInfoW(program.c_str(), 0, static_cast<DWORD>(data.size()), data.data()), 0);
+    }
+    VS_FIXEDFILEINFO numbers() const {
+        VS_FIXEDFILEINFO numbers = {};
+        const auto [value, size] = query(L"\\");
+        EXPECT_EQ(size, sizeof(numbers));
+        std::memcpy(&numbers, value, std::min<std::size_t>(size, sizeof(numbers)));
+        return numbers;
+    }
+    std::wstring text(const std::wstring& name) const {
+        const auto [value, size] = query(L"\\StringFileInfo\\040904B0\\" + name);
+        return size == 0 ? std::wstring() : std::wstring(static_cast<const wchar_t*>(value));
+    }
+
+private:
+    std::pair<const void*, UINT> query(const std::wstring& path) const {
+        void* value = nullptr;
+        UINT size = 0;
+        return VerQueryValueW(data.data(), path.c_str(), &value, &size) != 0
+                   ? std::pair<const void*, UINT>(value, size)
+                   : std::pair<const void*, UINT>();
+    }
+
+    std::string data;
+};
+
 TEST_F(Programs, DifferOnlyInTheSubsystem) {
     std::string console = endtoend::bytesOf(endtoend::builtPrograms() / consoleProgram);
     std::string windowless = endtoend::bytesOf(endtoend::builtPrograms() / windowlessProgram);
+    removeSignature(console);
+    removeSignature(windowless);
     constexpr std::size_t subsystem = offsetof(IMAGE_OPTIONAL_HEADER64, Subsystem);
     constexpr std::size_t checksum = offsetof(IMAGE_OPTIONAL_HEADER64, CheckSum);
     ASSERT_EQ(console.size(), windowless.size());
@@ -81,6 +125,45 @@ TEST_F(Programs, DifferOnlyInTheSubsystem) {
     takeField<DWORD>(console, checksum);  // over the whole file, the subsystem included
     takeField<DWORD>(windowless, checksum);
     EXPECT_TRUE(console == windowless);
+}
+
+// Otherwise two builds of one release would differ.
+TEST_F(Programs, HoldNoTimeOfTheirBuild) {
+    for (const wchar_t* name : {consoleProgram, windowlessProgram}) {
+        const std::string file = endtoend::bytesOf(endtoend::builtPrograms() / name);
+        DWORD stamp = 0;
+        constexpr std::size_t fromTheOptionalHeader =
+            offsetof(IMAGE_NT_HEADERS64, OptionalHeader) -
+            (offsetof(IMAGE_NT_HEADERS64, FileHeader) + offsetof(IMAGE_FILE_HEADER, TimeDateStamp));
+        std::memcpy(&stamp, file.data() + offsetInOptionalHeader(file, 0) - fromTheOptionalHeader,
+                    sizeof(stamp));
+        EXPECT_EQ(stamp, 0U);
+    }
+}
+
+// An installer replaces a program by the numbers of its version, and Explorer shows the texts.
+TEST_F(Programs, NameThemselvesAndTheirVersion) {
+    const VersionResource resource(endtoend::builtPrograms() / consoleProgram);
+    const VS_FIXEDFILEINFO numbers = resource.numbers();
+    EXPECT_NE(numbers.dwFileVersionMS, 0U);
+    EXPECT_EQ(resource.text(L"FileVersion"), std::to_wstring(HIWORD(numbers.dwFileVersionMS)) + L"." +
+                                                 std::to_wstring(LOWORD(numbers.dwFileVersionMS)) + L"." +
+                                                 std::to_wstring(HIWORD(numbers.dwFileVersionLS)) + L"." +
+                                                 std::to_wstring(LOWORD(numbers.dwFileVersionLS)));
+    for (const wchar_t* name :
+         {L"CompanyName", L"FileDescription", L"LegalCopyright", L"ProductName", L"ProductVersion"}) {
+        EXPECT_NE(resource.text(name), L"") << launchertest::toUtf8(name);
+    }
+}
+
+TEST_F(Programs, HaveAnIcon) {
+    for (const wchar_t* name : {consoleProgram, windowlessProgram}) {
+        const fs::path file = endtoend::builtPrograms() / name;
+        HMODULE program = LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+        EXPECT_NE(FindResourceW(program, MAKEINTRESOURCEW(1), MAKEINTRESOURCEW(14)),
+                  nullptr);  // RT_GROUP_ICON
+        FreeLibrary(program);
+    }
 }
 
 TEST_F(Programs, WindowlessStartHasNoConsoleAndNeitherHasItsPlatform) {

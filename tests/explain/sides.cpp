@@ -24,7 +24,8 @@ std::string withoutTimes(const std::string& text) {
 }  // namespace
 
 bool isLog(const std::wstring& path) {
-    return path.ends_with(L".log") && path.find(L"\\zellauncher") != std::wstring::npos;
+    const std::wstring name = path.substr(path.find_last_of(L"\\/") + 1);
+    return name.starts_with(L"zellauncher") && name.ends_with(L".log");
 }
 
 bool isPipeFile(const std::wstring& path) {

@@ -32,6 +32,12 @@ Arguments splitCommand(const std::wstring& command) {
     return list;
 }
 
+// The test kit copies it out of its own directory, whose path a property file may be unable to hold.
+fs::path preparedParts() {
+    const wchar_t* directory = _wgetenv(L"ZELLAUNCHER_REAL_PLATFORM");
+    return directory != nullptr ? fs::path(directory) : endtoend::builtPrograms() / L"real-platform";
+}
+
 // Replaces an existing target.
 void placeFile(const fs::path& source, const fs::path& target) {
     fs::create_directories(target.parent_path());
@@ -41,7 +47,7 @@ void placeFile(const fs::path& source, const fs::path& target) {
 
 }  // namespace
 
-RealPlatform::RealPlatform() : parts(endtoend::builtPrograms() / L"real-platform") {
+RealPlatform::RealPlatform() : parts(preparedParts()) {
     setProperty("product", "com.example.platform.product");
     setProperty("osgi.splashPath", "file:/C:/splash");
     baseLines = {"application=com.example.platform.main", "plugincustomization=${zel.home}/custom.ini",

@@ -127,6 +127,14 @@ std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count
     return texts;
 }
 
+wchar_t missingDrive() {
+    return L'Q';
+}
+
+bool isUserOfThisMachine() {
+    return true;
+}
+
 void takeConsole() {
     currentMachine()->setConsole(L"a console");
 }

@@ -8,6 +8,7 @@
 
 #include "contract/children.h"
 #include "contract/contract.h"
+#include "support/summary.h"
 
 namespace contract {
 
@@ -162,6 +163,24 @@ std::vector<std::string> servedTexts(const std::wstring& /*name*/, std::size_t c
     return served().texts;
 }
 
+wchar_t missingDrive() {
+    const DWORD drives = GetLogicalDrives();
+    for (int i = 25; i > 2; --i) {
+        if ((drives & (1U << static_cast<unsigned>(i))) == 0) {
+            return static_cast<wchar_t>(L'A' + i);
+        }
+    }
+    ADD_FAILURE() << "the machine has every drive";
+    return L'Q';
+}
+
+bool isUserOfThisMachine() {
+    const wchar_t* domain = _wgetenv(L"USERDOMAIN");
+    const wchar_t* machine = _wgetenv(L"COMPUTERNAME");
+    return domain == nullptr || machine == nullptr ||
+           CompareStringOrdinal(domain, -1, machine, -1, TRUE) == CSTR_EQUAL;
+}
+
 void takeConsole() {
     FreeConsole();
     EXPECT_NE(AllocConsole(), 0) << GetLastError();
@@ -174,5 +193,6 @@ extern "C" int wmain(int count, wchar_t** arguments) {
         return contract::runAsChild();
     }
     testing::InitGoogleTest(&count, arguments);
+    launchertest::writeSummaryAtEnd();
     return RUN_ALL_TESTS();
 }

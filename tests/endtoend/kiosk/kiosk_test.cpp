@@ -4,7 +4,9 @@
 
 #include "endtoend.h"
 
-// Starts on a kiosk machine: each test changes the registry of this system and restores it.
+// Starts on a kiosk machine: each test changes the logon shell in the registry and restores it. On a real
+// machine, a test that was stopped halfway would leave it without a desktop, so these tests run only under
+// Wine.
 namespace {
 
 using endtoend::EndToEnd;
@@ -52,7 +54,11 @@ bool isDesktopRunning() {
 
 class Kiosk : public EndToEnd {
 protected:
-    Kiosk() : formerShell(textOf(HKEY_LOCAL_MACHINE, winLogon, L"Shell")) {
+    void SetUp() override {
+        if (!endtoend::isWine()) {
+            GTEST_SKIP() << "would change the logon shell of this machine";
+        }
+        formerShell = textOf(HKEY_LOCAL_MACHINE, winLogon, L"Shell");
         setText(winLogon, L"Shell", L"kiosk.exe");
         setText(shells, L"KSD_SHELL", L"KIOSK.EXE");
         setText(shells, L"ADMIN_SHELL", L"explorer.exe");
@@ -63,9 +69,11 @@ protected:
             setPolicy(L"\\System", name);
         }
     }
-    ~Kiosk() override {
-        RegDeleteKeyW(HKEY_LOCAL_MACHINE, shells);
-        setText(winLogon, L"Shell", formerShell);
+    void TearDown() override {
+        if (!formerShell.empty()) {
+            RegDeleteKeyW(HKEY_LOCAL_MACHINE, shells);
+            setText(winLogon, L"Shell", formerShell);
+        }
     }
     static void setPolicy(const std::wstring& key, const wchar_t* name) {
         const DWORD one = 1;
@@ -74,7 +82,7 @@ protected:
             ERROR_SUCCESS);
     }
 
-    std::wstring formerShell;
+    std::wstring formerShell;  // empty if nothing was changed
 };
 
 // The first test, because Wine starts an explorer.exe of its own as soon as a program has windows.

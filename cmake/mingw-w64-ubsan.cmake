@@ -1,0 +1,17 @@
+# The cross build with clang, which traps at undefined behaviour; GCC has no such trap for Windows. clang compiles
+# and links against the headers and libraries of Debian's mingw-w64.
+include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64.cmake)
+set(ZELLAUNCHER_LINKER ${CMAKE_CXX_COMPILER})
+set(gcc_directory /usr/lib/gcc/x86_64-w64-mingw32/12-posix/include/c++)
+set(CMAKE_C_COMPILER clang)
+set(CMAKE_CXX_COMPILER clang++)
+set(CMAKE_C_COMPILER_TARGET x86_64-w64-mingw32)
+set(CMAKE_CXX_COMPILER_TARGET x86_64-w64-mingw32)
+foreach(tool AR RANLIB NM DLLTOOL STRIP)
+  string(TOLOWER ${tool} name)
+  set(CMAKE_${tool} /usr/bin/x86_64-w64-mingw32-${name})
+endforeach()
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+set(CMAKE_CXX_FLAGS_INIT "-Wno-unused-command-line-argument -nostdinc++ -isystem ${gcc_directory} -isystem ${gcc_directory}/x86_64-w64-mingw32")
+string(APPEND CMAKE_CXX_FLAGS_INIT " -fsanitize=undefined -fsanitize-trap=undefined")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-pthread -L/usr/lib/gcc/x86_64-w64-mingw32/12-posix")

@@ -1,0 +1,26 @@
+# Packs what CPack has staged: files only, sorted by name, with the time of the release. CPack's own archives
+# list them in the order of the file system, which differs between checkouts.
+cmake_minimum_required(VERSION 3.22)
+set(name ${CPACK_PACKAGE_FILE_NAME})
+set(stage ${CPACK_TEMPORARY_DIRECTORY})
+file(GLOB_RECURSE files RELATIVE ${stage} ${stage}/*)
+list(SORT files)
+list(TRANSFORM files PREPEND ${name}/)
+list(JOIN files "\n" lines)
+set(list ${CPACK_TOPLEVEL_DIRECTORY}/${name}.files)
+file(WRITE ${list} "${lines}\n")
+# The top directory of the archive has the archive's name.
+set(root ${CPACK_TOPLEVEL_DIRECTORY}/${name}.root)
+file(REMOVE_RECURSE ${root})
+file(MAKE_DIRECTORY ${root})
+file(CREATE_LINK ${stage} ${root}/${name} SYMBOLIC)
+if(ARCHIVE_FORMAT STREQUAL "zip")
+  set(archive ${CPACK_PACKAGE_DIRECTORY}/${name}.zip)
+  set(options cf ${archive} --format=zip)
+else()
+  set(archive ${CPACK_PACKAGE_DIRECTORY}/${name}.tar.gz)
+  set(options czf ${archive} --format=gnutar)
+endif()
+file(REMOVE ${archive})
+execute_process(COMMAND ${CMAKE_COMMAND} -E tar ${options} --files-from=${list} WORKING_DIRECTORY ${root}
+                COMMAND_ERROR_IS_FATAL ANY)

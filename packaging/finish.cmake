@@ -1,0 +1,22 @@
+# Signs the programs of a component if a key is given, and then lists the sums of all its files.
+cmake_minimum_required(VERSION 3.22)
+set(directory $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX})
+get_filename_component(packaging ${CMAKE_CURRENT_LIST_DIR} ABSOLUTE)
+
+if(NOT "$ENV{ZELLAUNCHER_SIGN_PKCS12}" STREQUAL "")
+  foreach(program zellauncher zellauncherw zelexplain)
+    if(EXISTS ${directory}/${program}.exe)
+      execute_process(COMMAND ${packaging}/sign.sh ${directory}/${program}.exe COMMAND_ERROR_IS_FATAL ANY)
+    endif()
+  endforeach()
+endif()
+
+file(GLOB_RECURSE files RELATIVE ${directory} ${directory}/*)
+list(REMOVE_ITEM files SHA256SUMS)
+list(SORT files)
+set(sums "")
+foreach(file ${files})
+  file(SHA256 ${directory}/${file} sum)
+  string(APPEND sums "${sum}  ${file}\n")
+endforeach()
+file(WRITE ${directory}/SHA256SUMS "${sums}")
