@@ -4,7 +4,8 @@
 #   ./test.sh            all of it
 #   ./test.sh --native   only what needs neither the cross compiler nor Wine
 #   ./test.sh --long     all of it, then whole runs of what the tests sample: every fault and every stop, a
-#                        million races; also the fuzz targets, coverage and mutations. Takes hours.
+#                        million races, every start that zelexplain can explain; also the benchmarks, the fuzz
+#                        targets, coverage and mutations. Takes hours.
 #   ./test.sh --package  only the packages: makes them twice and compares them, and tries signature, test kit and
 #                        installer under Wine. Takes longer than all of it.
 #   ./test.sh --lint     clang-tidy over the whole tree instead of the tests. Takes long.
@@ -61,7 +62,7 @@ build_preset() {
 # Runs all test programs, also after one has failed.
 run_preset() {
     local preset=$1 jobs=$2
-    rm -rf "build/$preset/results"
+    rm -rf "build/$preset/results" "build/$preset/explained"
     ctest --preset "$preset" -j "$jobs" --no-tests=error || true
 }
 
@@ -173,8 +174,11 @@ run_long() {
     measure build/native/tests/reliability/faults --gtest_brief=1
     measure build/native/tests/reliability/stops --gtest_brief=1
     measure build/native/tests/schedules/schedules --gtest_brief=1
+    measure env -C build/native tests/explain/explained_stories --gtest_brief=1
     unset ZELLAUNCHER_LONG
+    measure env -C build/windows ZELLAUNCHER_EXPLAIN=1 "$PWD/cmake/wine-run.sh" tests/endtoend/endtoend.exe --gtest_brief=1
     measure python3 tests/explain/benchmark.py build/native/zelexplain
+    measure python3 tests/explain/check/log_benchmark.py build/native/zelexplain
     measure run_trapping_contract
     measure tests/fuzz/run.sh 600
     measure tests/coverage.sh

@@ -37,6 +37,8 @@ std::wstring errorText(ErrorCode code) {
             return L"The directory is not empty.\r\n";
         case errorAlreadyExists:
             return L"Cannot create a file when that file already exists.\r\n";
+        case errorFileNameTooLong:
+            return L"The filename or extension is too long.\r\n";
         case errorBadProgram:
             return L"";  // its text has an insert
         default:

@@ -71,7 +71,9 @@ extern "C" int wmain() {
     const std::wstring workspace = workspaceOf(standin::commandLineArguments());
     const std::wstring records = workspace + L"\\standin";
     const standin::Script script = standin::readScript(ownDirectory() + L"\\standin.script");
-    DeleteFileW((records + L"\\ended.txt").c_str());
+    for (const wchar_t* former : {L"\\running.txt", L"\\ended.txt"}) {
+        DeleteFileW((records + former).c_str());
+    }
     standin::writeStartRecords(records);
     standin::writeRecord(records, L"running.txt", "");
     live(script, workspace, records);

@@ -107,7 +107,7 @@ private:
         if (id.find(L'%') != std::wstring::npos) {
             add(rules::identity, Severity::error, placeOfEntry(*entry), "zel.install.id contains %",
                 "The copy in a user's properties loses it, so every start after the first renews the user's "
-                "configuration.",
+                "configuration; if the copy is empty, a later change is not noticed.",
                 "Leave the character out.");
         }
         const bool isStorable =

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "explained_start.h"
+#include "logged_start.h"
 #include "support/text.h"
 
 namespace endtoend {
@@ -38,6 +39,15 @@ std::wstring quoted(const std::wstring& argument) {
         text += unit;
     }
     return text.append(backslashes, L'\\') + L"\"";
+}
+
+// As the end of a command line, with a blank before each.
+std::wstring tailOf(const Arguments& arguments) {
+    std::wstring tail;
+    for (const std::wstring& argument : arguments) {
+        tail += L" " + quoted(argument);
+    }
+    return tail;
 }
 
 // The separator is looked for from position 1, because some variables have names such as `=C:`.
@@ -108,6 +118,19 @@ std::set<std::string> processIdsOf(const Contents& records) {
     return ids;
 }
 
+// The identity that an install has made for itself is the tick count. Here it is that of the simulated
+// machine and that of this one.
+std::set<std::string> madeIdentities(const std::string& launcherProperties) {
+    std::set<std::string> identities = {"3600000"};
+    for (const std::string& line : launchertest::splitLines(launcherProperties)) {
+        const auto [key, value] = splitAtEquals(line);
+        if (key == "zel.install.id") {
+            identities.insert(value);
+        }
+    }
+    return identities;
+}
+
 // The process in .zel.main, or null.
 HANDLE openRecordedProcess(const fs::path& directory, DWORD rights) {
     std::istringstream record(bytesOf(directory / L".zel.main"));
@@ -150,15 +173,12 @@ fs::path builtPrograms() {
 }
 
 // Shares deletion, because the process that renamed the file into place may still have it open.
-std::string bytesOf(const fs::path& path) {
+std::optional<std::string> contentOf(const fs::path& path) {
     HANDLE file =
         CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
-        const DWORD error = GetLastError();
-        EXPECT_TRUE(error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
-            << path << " cannot be read, error " << error;
-        return {};
+        return std::nullopt;
     }
     std::string content;
     std::array<char, 4096> buffer{};
@@ -169,6 +189,14 @@ std::string bytesOf(const fs::path& path) {
     }
     CloseHandle(file);
     return content;
+}
+
+std::string bytesOf(const fs::path& path) {
+    const std::optional<std::string> content = contentOf(path);
+    const DWORD error = content ? ERROR_SUCCESS : GetLastError();
+    EXPECT_TRUE(content || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
+        << path << " cannot be read, error " << error;
+    return content.value_or("");
 }
 
 bool VariableOrder::operator()(const std::wstring& left, const std::wstring& right) const {
@@ -268,11 +296,7 @@ Running EndToEnd::begin(const Arguments& arguments) {
 }
 
 Running EndToEnd::beginFrom(const fs::path& program, const Arguments& arguments) {
-    std::wstring command = quoted(program.wstring());
-    for (const std::wstring& argument : arguments) {
-        command += L" " + quoted(argument);
-    }
-    return beginCommand(command);
+    return beginCommand(quoted(program.wstring()) + tailOf(arguments));
 }
 
 Running EndToEnd::beginLine(const std::wstring& tail) {
@@ -347,23 +371,49 @@ Status EndToEnd::waitFor(const Running& running) {
 }
 
 Status EndToEnd::launch(const Arguments& arguments) {
-    return environmentText(L"ZELLAUNCHER_EXPLAIN").empty() ? waitFor(begin(arguments))
-                                                           : launchExplained(arguments);
+    return launchTail(launcherPath(), tailOf(arguments));
 }
 
-std::string EndToEnd::explain(const Arguments& arguments) const {
+Status EndToEnd::launchLine(const std::wstring& tail) {
+    return launchTail(launcherPath(), L" " + tail);
+}
+
+Status EndToEnd::launchTail(const fs::path& program, const std::wstring& tail) {
+    if (!isLaidOut) {
+        layOut();
+    }
+    if (!environmentText(L"ZELLAUNCHER_EXPLAIN").empty()) {
+        return launchExplained(program, tail);
+    }
+    const LoggedStart start(root);
+    const Status status = waitFor(beginCommand(quoted(program.wstring()) + tail));
+    for (const std::string& difference : start.differences(status)) {
+        ADD_FAILURE() << difference;
+    }
+    return status;
+}
+
+std::wstring EndToEnd::runningPlatform() const {
+    for (const fs::path& directory : platformDirectories(root)) {
+        if (isPlatformRunning(directory)) {
+            const std::wstring pipe = pipeName(directory);
+            const bool isMissing = !pipe.empty() && WaitNamedPipeW(pipe.c_str(), 1) == 0 &&
+                                   GetLastError() == ERROR_FILE_NOT_FOUND;
+            return isMissing ? L"ends-at-once" : L"running";
+        }
+    }
+    return L"none";
+}
+
+std::string EndToEnd::explain(const fs::path& program, const std::wstring& tail) const {
     const fs::path file = root.wstring() + L".json";
     SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
     HANDLE output = CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS,
                                 FILE_ATTRIBUTE_NORMAL, nullptr);
-    std::wstring command = quoted((builtPrograms() / L"zelexplain.exe").wstring()) + L" start " +
-                           quoted(install.wstring()) + L" --json --program " +
-                           quoted(launcherPath().wstring()) + L" --administrator " +
-                           (isUserAdministrator() ? L"yes" : L"no") + L" --platform " +
-                           (isPlatformRunning() ? L"running" : L"none") + L" --";
-    for (const std::wstring& argument : arguments) {
-        command += L" " + quoted(argument);
-    }
+    const std::wstring command =
+        quoted((builtPrograms() / L"zelexplain.exe").wstring()) + L" start " + quoted(install.wstring()) +
+        L" --json --program " + quoted(program.wstring()) + L" --administrator " +
+        (isUserAdministrator() ? L"yes" : L"no") + L" --platform " + runningPlatform() + L" --" + tail;
     EXPECT_EQ(waitFor(beginProcess(command, output)), 0U);
     CloseHandle(output);
     const std::string text = bytesOf(file);
@@ -371,27 +421,35 @@ std::string EndToEnd::explain(const Arguments& arguments) const {
     return text;
 }
 
-Status EndToEnd::launchExplained(const Arguments& arguments) {
-    if (!isLaidOut) {
-        layOut();
-    }
+Status EndToEnd::launchExplained(const fs::path& program, const std::wstring& tail) {
     const Contents records = recordsOf(root);
-    const ExplainedStart start = readExplanation(explain(arguments), contentsOf(root));
-    const Status status = waitFor(begin(arguments));
-    const auto newRecord = [&](const wchar_t* name) { return newEntry(records, recordsOf(root), name); };
+    const ExplainedStart start = readExplanation(explain(program, tail), contentsOf(root));
+    const LoggedStart loggedStart(root);
+    const Status status = waitFor(beginCommand(quoted(program.wstring()) + tail));
+    const auto newStart = [&] { return newPlatform(records, recordsOf(root)); };
+    const auto newPayload = [&] { return newEntry(records, recordsOf(root), L"payload-"); };
     if (status == 0U && start.said.outcome != "prepared") {
-        EXPECT_TRUE(eventually([&] { return newRecord(L"running.txt") || newRecord(L"payload-"); }));
+        EXPECT_TRUE(eventually([&] { return newStart() || newPayload(); }));
     }
-    explaintest::Differences differences(processIdsOf(recordsOf(root)));
+    const Contents newRecords = recordsOf(root);
+    std::set<std::string> numbers = processIdsOf(newRecords);
+    const bool hasIdentity =
+        std::any_of(launcherProperties.begin(), launcherProperties.end(),
+                    [](const auto& property) { return property.first == "zel.install.id"; });
+    if (!hasIdentity) {
+        numbers.merge(madeIdentities(bytesOf(install / L"zel" / L"zellauncher.properties")));
+    }
+    explaintest::Differences differences(numbers);
     explaintest::Side real;
     real.status = static_cast<std::int32_t>(status.value_or(0));
     real.outcome = status == 0U ? "prepared" : "refused";
-    if (const auto command = newRecord(L"command.txt")) {
-        real.outcome = "started";
-        real.command = *command;
-        real.environment = changesOf(launcherVariables(), variablesIn(*newRecord(L"environment.txt")));
+    if (const auto platform = newStart()) {
+        real.command = newRecords.at(*platform + L"command.txt");
+        real.outcome = isProvisioning(real.command) ? "provisioned" : "started";
+        real.environment =
+            changesOf(launcherVariables(), variablesIn(newRecords.at(*platform + L"environment.txt")));
         differences.compare("environment", start.said.environment, real.environment);
-    } else if (const auto payload = newRecord(L"payload-")) {
+    } else if (const auto payload = newPayload()) {
         const std::wstring text = launchertest::pipeText(*payload);
         real.outcome = "handedOver";
         real.command = launchertest::toUtf8(text.substr(0, text.find(L'\0')));
@@ -400,16 +458,21 @@ Status EndToEnd::launchExplained(const Arguments& arguments) {
     differences.compare("status", std::to_string(start.said.status), std::to_string(real.status));
     differences.compare("command", real.command.empty() ? "" : start.said.command, real.command);
     compareContents(differences, start, contentsOf(root));
-    differences.compare("log", start.said.log, logLines(start.logPath),
-                        explaintest::Differences::Order::matters);
-    for (const std::string& difference : differences.all) {
+    // Without a log file, the start says nothing that could be compared.
+    differences.compare(
+        "log", withoutSystemTexts(start.logPath.empty() ? explaintest::Lines() : start.said.log),
+        withoutSystemTexts(logLines(start.logPath)), explaintest::Differences::Order::matters);
+    for (const std::string& difference : loggedStart.differences(status, real.outcome)) {
         ADD_FAILURE() << difference;
     }
+    reportDifferences(differences, ++explainedStarts);
     return status;
 }
 
 Status EndToEnd::launchFrom(const fs::path& program, const Arguments& arguments) {
-    return waitFor(beginFrom(program, arguments));
+    const bool isLauncher =
+        program.parent_path() == install / L"zel" && program.filename().wstring().starts_with(L"zellauncher");
+    return isLauncher ? launchTail(program, tailOf(arguments)) : waitFor(beginFrom(program, arguments));
 }
 
 fs::path EndToEnd::workspace() const {

@@ -84,12 +84,13 @@ protected:
     // Lays out examples/install instead.
     void layOutExample();
 
-    // Starts the launcher with these arguments and waits for its end. With the variable ZELLAUNCHER_EXPLAIN,
-    // zelexplain explains the start before, and a difference between both fails the test.
+    // Starts the launcher with these arguments and waits for its end. What zelexplain reads in the start's
+    // log must be what happened. With the variable ZELLAUNCHER_EXPLAIN, zelexplain also explains the start
+    // before, and a difference between both fails the test.
     Status launch(const Arguments& arguments = {});
     Status launchFrom(const fs::path& program, const Arguments& arguments = {});
     // Starts it with this text after the program on the command line.
-    Status launchLine(const std::wstring& tail) { return waitFor(beginLine(tail)); }
+    Status launchLine(const std::wstring& tail);
     Running begin(const Arguments& arguments = {});
     Running beginLine(const std::wstring& tail);
     Running beginFrom(const fs::path& program, const Arguments& arguments);
@@ -170,12 +171,17 @@ private:
     // With the launcher's environment and current directory, and this output unless it is null.
     Running beginProcess(std::wstring command, void* output) const;
     Variables launcherVariables() const;
-    // What zelexplain prints for a start, as JSON.
-    std::string explain(const Arguments& arguments) const;
-    // launch, compared with what zelexplain says before. A difference fails the test.
-    Status launchExplained(const Arguments& arguments);
+    // Starts the launcher with everything that is after the program on the command line.
+    Status launchTail(const fs::path& program, const std::wstring& tail);
+    // What zelexplain prints for that start, as JSON.
+    std::string explain(const fs::path& program, const std::wstring& tail) const;
+    // launchTail, compared with what zelexplain says before. A difference fails the test.
+    Status launchExplained(const fs::path& program, const std::wstring& tail);
+    // What zelexplain is told about the platform: its option --platform.
+    std::wstring runningPlatform() const;
 
     bool isLaidOut = false;
+    int explainedStarts = 0;
     std::vector<fs::path> workspaces;  // in which a platform may run
 };
 
@@ -188,6 +194,9 @@ bool containsInOrder(const Arguments& arguments, const Arguments& part);
 Arguments linesOf(const std::string& text);
 // The lines of a text from the pipe. The text must have one NUL, at its end.
 Arguments linesOfPayload(const std::wstring& text);
+
+// The bytes of a file, or nothing with the system's error if it cannot be opened.
+std::optional<std::string> contentOf(const fs::path& path);
 
 // The bytes of a file. None if it is missing; a failure if it exists and cannot be read.
 std::string bytesOf(const fs::path& path);

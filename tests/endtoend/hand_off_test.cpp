@@ -42,7 +42,8 @@ TEST_F(HandOff, TextOfAClientThatIsGoneIsStillRead) {
     EXPECT_TRUE(isPlatformRunning());
     endtoend::PipeClient slow(pipeName());
     ASSERT_TRUE(slow.isConnected());
-    EXPECT_EQ(launch({L"quick"}), 0U) << log();
+    // Without the comparison of launch, which would wait for the text.
+    EXPECT_EQ(waitFor(begin({L"quick"})), 0U) << log();
     EXPECT_TRUE(slow.write(L"slow"));
     slow.close();
     EXPECT_EQ(payload(1), std::wstring(L"slow") + L'\0');

@@ -1,9 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
+#include "explained_start.h"
 #include "support/summary.h"
 
 extern "C" int wmain(int count, wchar_t** arguments) {
     testing::InitGoogleTest(&count, arguments);
     launchertest::writeSummaryAtEnd();
-    return RUN_ALL_TESTS();
+    const int status = RUN_ALL_TESTS();
+    if (endtoend::comparedStarts() > 0) {
+        std::printf("%d starts were explained and compared\n", endtoend::comparedStarts());
+    }
+    return status;
 }
