@@ -107,6 +107,14 @@ TEST_F(Rerun, PlatformOfAnotherLauncherPreventsIt) {
     EXPECT_EQ(machine.readFile(lockFile), "815            ");
 }
 
+TEST_F(Rerun, OtherOwnerIsFoundAgain) {
+    claim([this] { startOtherPlatform(); },
+          [] {
+              EXPECT_TRUE(zellauncher::isOtherOwnerAlive(ownPlatform));
+              EXPECT_TRUE(zellauncher::isOtherOwnerAlive(ownPlatform));
+          });
+}
+
 TEST_F(Rerun, DeadPlatformOfAnotherLauncherDoesNot) {
     claim([this] {
         startOtherPlatform();
