@@ -7,4 +7,8 @@ list(SORT functions)
 list(REMOVE_DUPLICATES functions)
 list(JOIN functions "\n" names)
 file(WRITE ${DELAYED}.def "LIBRARY ${LIBRARY}.dll\nEXPORTS\n${names}\n")
-execute_process(COMMAND ${DLLTOOL} -d ${DELAYED}.def -D ${LIBRARY}.dll -y ${DELAYED} COMMAND_ERROR_IS_FATAL ANY)
+# The path of the result becomes part of the names of symbols, which must not depend on the directory of the build.
+get_filename_component(directory ${DELAYED} DIRECTORY)
+get_filename_component(result ${DELAYED} NAME)
+execute_process(COMMAND ${DLLTOOL} -d ${result}.def -D ${LIBRARY}.dll -y ${result} WORKING_DIRECTORY ${directory}
+                COMMAND_ERROR_IS_FATAL ANY)

@@ -59,7 +59,7 @@ is_complete() {
 
 # The build directory, the builder's name and the time of the build are nobody's business, and differ.
 has_no_traces() {
-    ! grep -rlF "$PWD" "$unpacked" || return 1
+    ! grep -rlF -e "$PWD" -e "${PWD//[^A-Za-z0-9]/_}" "$unpacked" || return 1
     # Every file has the time of the release.
     ! find "$unpacked" -type f ! -newermt "@$((SOURCE_DATE_EPOCH - 1))" -print | grep . || return 1
     ! find "$unpacked" -type f -newermt "@$((SOURCE_DATE_EPOCH + 1))" -print | grep . || return 1
