@@ -14,7 +14,6 @@ namespace explain {
 namespace {
 
 using zellauncher::PropertyEntry;
-using zellauncher::PropertyList;
 using zellauncher::Reading;
 using zellauncher::Source;
 
@@ -90,9 +89,9 @@ private:
     const Reasons& reasons;
     std::vector<Failure::Cause> causes;
     std::set<std::wstring> named;
-    std::map<std::wstring, PropertyList> files;
+    std::map<std::wstring, Entries> files;
 
-    const PropertyList& file(const std::wstring& path) {
+    const Entries& file(const std::wstring& path) {
         const auto found = files.find(path);
         return found != files.end() ? found->second
                                     : files.emplace(path, readPropertyFile(world, path)).first->second;

@@ -14,7 +14,6 @@ namespace explain {
 namespace {
 
 using zellauncher::PropertyEntry;
-using zellauncher::PropertyList;
 using zellauncher::Source;
 using SourcePointers = std::vector<std::shared_ptr<const Source>>;
 
@@ -25,14 +24,14 @@ std::size_t lineOf(const PropertyEntry& entry) {
 }
 
 // The key of the entry that begins at this line of the file; empty if there is none.
-std::wstring keyAt(std::size_t line, const PropertyList& file) {
+std::wstring keyAt(std::size_t line, const Entries& file) {
     const auto found = std::find_if(file.begin(), file.end(),
                                     [&](const PropertyEntry& entry) { return lineOf(entry) == line; });
     return found != file.end() ? found->key : std::wstring();
 }
 
 // Lines that were copied do not know their keys yet. All of them come from the same template.
-Origins nameLines(const SourcePointers& lines, const PropertyList& templateFile) {
+Origins nameLines(const SourcePointers& lines, const Entries& templateFile) {
     Origins origins;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (lines[i]) {
@@ -49,8 +48,8 @@ Origins nameLines(const SourcePointers& lines, const PropertyList& templateFile)
 // What the launcher makes of the template.
 struct Rehearsal {
     SourcePointers lines;
-    PropertyList templateFile;
-    PropertyList made;
+    Entries templateFile;
+    Entries made;
 };
 
 void rehearse(const LauncherRun& run, Rehearsal& result) {
@@ -65,8 +64,8 @@ void rehearse(const LauncherRun& run, Rehearsal& result) {
         rehearsalDirectory, context.baseLocation, context.zelLauncherArray);
     zellauncher::recording = nullptr;
     result.lines = recording.madeLines;
-    zellauncher::loadPropertyFile(file, result.made);
-    zellauncher::loadPropertyFile(recording.templateFile, result.templateFile);
+    result.made = loadEntries(file);
+    result.templateFile = loadEntries(recording.templateFile);
 }
 
 Origins originsOfMadeFile(World& world, const LauncherRun& run) {

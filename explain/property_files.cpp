@@ -4,15 +4,21 @@
 
 namespace explain {
 
-zellauncher::PropertyList readPropertyFile(World& world, const std::wstring& path) {
-    zellauncher::PropertyList list;
+Entries readPropertyFile(World& world, const std::wstring& path) {
+    Entries entries;
     if (world.machine->exists(path) && !world.machine->isDirectory(path)) {
         world.machine->run({path}, [&] {
-            zellauncher::loadPropertyFile(path, list);
+            entries = loadEntries(path);
             return 0;
         });
     }
-    return list;
+    return entries;
+}
+
+Entries loadEntries(const std::wstring& path) {
+    zellauncher::PropertyList list;
+    zellauncher::loadPropertyFile(path, list);
+    return {list.begin(), list.end()};
 }
 
 }  // namespace explain

@@ -5,6 +5,7 @@
 #include "configuration/install_files.h"
 #include "configuration/user_install_properties.h"
 #include "explain/launcher_run.h"
+#include "explain/property_files.h"
 #include "explain/windows_paths.h"
 #include "foundation/file_operations.h"
 #include "foundation/file_queries.h"
@@ -91,8 +92,8 @@ private:
     PropertyList runProperties;
 
     void readLauncherProperties(const std::wstring& path) {
-        zellauncher::loadPropertyFile(path, reading.launcherProperties.entries);
-        completed = reading.launcherProperties.entries;
+        zellauncher::loadPropertyFile(path, completed);
+        reading.launcherProperties.entries.assign(completed.begin(), completed.end());
         addIfMissing(completed, L"zel.install.id", L"0");
         addIfMissing(completed, L"install.configuration", L"user");
         zelHome = options.install.path;
@@ -100,7 +101,11 @@ private:
         reading.kind = zellauncher::InstallConfiguration;
         reading.isDirectJavaStart = zellauncher::isDirectJavaStart();
         if (reading.kind == zellauncher::InstallConfigurationKind::unknown) {
-            completed.insert(completed.begin(), {L"install.configuration", std::wstring(L"user")});
+            PropertyList usable = {{L"install.configuration", std::wstring(L"user")}};
+            for (const PropertyEntry& entry : completed) {
+                usable.push_back(entry);
+            }
+            completed = usable;
         }
     }
 
@@ -139,12 +144,12 @@ private:
         if (!reading.userTemplate.exists) {
             return;
         }
-        zellauncher::loadPropertyFile(reading.userTemplate.path, reading.userTemplate.entries);
+        reading.userTemplate.entries = loadEntries(reading.userTemplate.path);
         zellauncher::recording = &recording;
         const std::wstring file = zellauncher::ensureUserInstallProperties(
             scratchDirectory, context.baseLocation, context.zelLauncherArray);
         zellauncher::recording = nullptr;
-        zellauncher::loadPropertyFile(file, reading.made);
+        reading.made = loadEntries(file);
         for (std::size_t i = 0; i < recording.madeLines.size(); ++i) {
             if (const auto& line = recording.madeLines[i]) {
                 reading.origins[i + 1] = {installName(options, line->path), line->line, line->name};
@@ -155,30 +160,33 @@ private:
     // As a run loads them, without the restart state.
     void readRunProperties() {
         LaunchContext context = installContext();
-        runProperties = reading.made;
+        for (const PropertyEntry& entry : reading.made) {
+            runProperties.push_back(entry);
+        }
         zellauncher::SourcedText workspace = std::wstring(scratchWorkspace);
         zellauncher::addProperty(runProperties, L"scrivia.workspace.loc", workspace);
         const auto root = zellauncher::resolveJvmRoot(runProperties, context.rawArguments, zelHome);
         reading.jvmProperties.path = zellauncher::withBackslashes(root->jvmPropertiesPath);
         reading.jvmProperties = fileAt(world, reading.jvmProperties.path);
         if (reading.jvmProperties.exists) {
-            zellauncher::loadPropertyFile(reading.jvmProperties.path, reading.jvmProperties.entries);
+            reading.jvmProperties.entries = loadEntries(reading.jvmProperties.path);
             zellauncher::VmargOverrides overrides;
             zellauncher::loadJvmProperties(runProperties, overrides, *root, zelHome);
         }
-        for (PropertyEntry& entry : runProperties) {
-            addValue(entry);
+        for (std::size_t i = 0; i < runProperties.size(); ++i) {
+            addValue(i);
         }
     }
 
     // The launcher replaces the values one after the other, and a later one gets what an earlier one became.
-    void addValue(PropertyEntry& entry) {
+    void addValue(std::size_t position) {
+        const PropertyEntry entry = runProperties[position];
         ExpandedValue value{entry.key, entry.value, entry.value, true, entry.value.source};
         zellauncher::replaceLocationTokens(scratchWorkspace, zellauncher::withForwardSlashes(zelHome),
                                            value.text);
         value.isResolved = zellauncher::substituteProperties(value.text, runProperties);
         if (value.isResolved) {
-            entry.value = zellauncher::withSourceOf(entry.value, value.text);
+            runProperties.setValue(position, value.text);
         }
         reading.values.push_back(std::move(value));
     }
@@ -214,17 +222,17 @@ InstallReading readInstall(const StartOptions& options) {
     return Reader(options).run();
 }
 
-std::vector<PropertyList> readAsPropertyFiles(const std::vector<std::string>& texts) {
+std::vector<Entries> readAsPropertyFiles(const std::vector<std::string>& texts) {
     simulation::Machine machine;
     std::vector<std::wstring> paths;
     for (std::size_t i = 0; i < texts.size(); ++i) {
         paths.push_back(L"C:\\texts\\" + std::to_wstring(i));
         machine.writeFile(paths.back(), texts[i]);
     }
-    std::vector<PropertyList> lists(texts.size());
+    std::vector<Entries> lists(texts.size());
     machine.run({L"C:\\texts\\reader"}, [&] {
         for (std::size_t i = 0; i < paths.size(); ++i) {
-            zellauncher::loadPropertyFile(paths[i], lists[i]);
+            lists[i] = loadEntries(paths[i]);
         }
         return 0;
     });

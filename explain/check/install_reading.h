@@ -8,7 +8,7 @@
 #include "configuration/install_kind.h"
 #include "explain/explanation.h"
 #include "explain/machine_setup.h"
-#include "properties/property_list.h"
+#include "explain/property_files.h"
 
 // An install as the launcher reads it. The launcher's own code reads it, on the simulated machine.
 namespace explain {
@@ -21,7 +21,7 @@ struct InstallFile {
     std::wstring path;  // on the machine
     bool exists = false;
     std::string bytes;
-    zellauncher::PropertyList entries;  // of a property file
+    Entries entries;  // of a property file
 };
 
 // A value of the properties of a run, with its tokens replaced.
@@ -43,7 +43,7 @@ struct InstallReading {
     InstallFile platformXml;
     InstallFile jvmProperties;
     // What the launcher makes of the template; from its lines to those that they were made from.
-    zellauncher::PropertyList made;
+    Entries made;
     std::map<std::size_t, Place> origins;
     std::vector<ExpandedValue> values;  // of a run, in their order
     bool hasWorkspace = false;          // zel.data has no token that stays
@@ -65,6 +65,6 @@ std::wstring installName(const StartOptions& options, const std::wstring& path);
 InstallReading readInstall(const StartOptions& options);
 
 // Each text as a property file, read by the launcher.
-std::vector<zellauncher::PropertyList> readAsPropertyFiles(const std::vector<std::string>& texts);
+std::vector<Entries> readAsPropertyFiles(const std::vector<std::string>& texts);
 
 }  // namespace explain

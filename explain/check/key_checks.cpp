@@ -16,7 +16,6 @@ namespace {
 
 using zellauncher::InstallConfigurationKind;
 using zellauncher::PropertyEntry;
-using zellauncher::PropertyList;
 
 constexpr const char* launcherFile = "zellauncher.properties";
 constexpr const char* templateFile = "zelinstall.properties";
@@ -28,7 +27,7 @@ struct RequiredKey {
 };
 
 // Whether a key is there is a question about the text, so nothing is recorded for it.
-const PropertyEntry* find(const std::wstring& key, const PropertyList& list) {
+const PropertyEntry* find(const std::wstring& key, const Entries& list) {
     const auto found =
         std::find_if(list.begin(), list.end(), [&](const PropertyEntry& entry) { return entry.key == key; });
     return found != list.end() ? &*found : nullptr;
@@ -86,7 +85,7 @@ private:
     }
 
     void collectReferences() {
-        for (const PropertyList* list :
+        for (const Entries* list :
              {&reading.launcherProperties.entries, &reading.made, &reading.jvmProperties.entries}) {
             for (const PropertyEntry& entry : *list) {
                 addReferences(entry.value);
@@ -339,7 +338,7 @@ private:
 
     // --- Twice -----------------------------------------------------------------------------------
 
-    void checkDuplicates(const PropertyList& list) {
+    void checkDuplicates(const Entries& list) {
         for (std::size_t i = 0; i < list.size(); ++i) {
             const PropertyEntry& entry = list[i];
             if (isRepeatable(entry.key)) {

@@ -10,10 +10,9 @@ namespace explain {
 namespace {
 
 using zellauncher::PropertyEntry;
-using zellauncher::PropertyList;
 
 // As the launcher makes it: templates are copied, zellauncher.properties only in part.
-bool isSameList(const PropertyList& left, const PropertyList& right) {
+bool isSameList(const Entries& left, const Entries& right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                       [](const PropertyEntry& first, const PropertyEntry& second) {
                           return first.key == second.key && first.value == second.value;
@@ -21,7 +20,7 @@ bool isSameList(const PropertyList& left, const PropertyList& right) {
 }
 
 const PropertyEntry* identityOf(const InstallReading& reading) {
-    const PropertyList& list = reading.launcherProperties.entries;
+    const Entries& list = reading.launcherProperties.entries;
     const auto found = std::find_if(
         list.begin(), list.end(), [](const PropertyEntry& entry) { return entry.key == L"zel.install.id"; });
     return found != list.end() ? &*found : nullptr;

@@ -37,7 +37,7 @@ struct Repairs {
     std::vector<wchar_t> drives;
 };
 
-bool hasKey(const zellauncher::PropertyList& list, const wchar_t* key) {
+bool hasKey(const Entries& list, const wchar_t* key) {
     return std::any_of(list.begin(), list.end(), [&](const auto& entry) { return entry.key == key; });
 }
 
@@ -76,7 +76,7 @@ private:
 
     void collectRepairs() {
         std::vector<std::string>& lines = repairs.firstLines[reading.launcherProperties.path];
-        const zellauncher::PropertyList& launcher = reading.launcherProperties.entries;
+        const Entries& launcher = reading.launcherProperties.entries;
         if (!hasKey(launcher, L"zel.install.id") && reading.kind != InstallConfigurationKind::userpb) {
             lines.emplace_back("zel.install.id=check");
         }

@@ -13,7 +13,6 @@ namespace explain {
 namespace {
 
 using zellauncher::PropertyEntry;
-using zellauncher::PropertyList;
 
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 constexpr char endMark = '\x1A';            // Ctrl-Z, which ends a file in text mode
@@ -272,13 +271,13 @@ private:
                 texts.push_back(std::move(text));
             }
         }
-        const std::vector<PropertyList> read = readAsPropertyFiles(texts);
+        const std::vector<Entries> read = readAsPropertyFiles(texts);
         for (std::size_t i = 0; i < numbers.size(); ++i) {
             addIfTooLong(numbers[i], read[2 * i], read[2 * i + 1]);
         }
     }
 
-    void addIfTooLong(std::size_t number, const PropertyList& beginning, const PropertyList& whole) {
+    void addIfTooLong(std::size_t number, const Entries& beginning, const Entries& whole) {
         const Line& checked = line(number);
         const bool isWhole =
             whole.size() == 1 && beginning.size() == 1 && whole[0].key.starts_with(beginning[0].key);
@@ -398,10 +397,10 @@ private:
                 texts.push_back(doubled);
             }
         }
-        const std::vector<PropertyList> read = readAsPropertyFiles(texts);
+        const std::vector<Entries> read = readAsPropertyFiles(texts);
         for (std::size_t i = 0; i < trials.size(); ++i) {
-            const PropertyList& once = read[2 * i];
-            const PropertyList& twice = read[2 * i + 1];
+            const Entries& once = read[2 * i];
+            const Entries& twice = read[2 * i + 1];
             if (!once.empty() && !twice.empty() && once.front().value != twice.front().value) {
                 add(rules::eatenBackslash, Severity::warning, trials[i].line,
                     "a single backslash is in the value: " + shown(trials[i].text),

@@ -17,12 +17,11 @@ namespace {
 
 using zellauncher::InstallConfigurationKind;
 using zellauncher::PropertyEntry;
-using zellauncher::PropertyList;
 using zellauncher::Token;
 
 constexpr std::wstring_view variablePrefix = L"env.";
 
-const PropertyEntry* find(const std::wstring& key, const PropertyList& list) {
+const PropertyEntry* find(const std::wstring& key, const Entries& list) {
     const auto found =
         std::find_if(list.begin(), list.end(), [&](const PropertyEntry& entry) { return entry.key == key; });
     return found != list.end() ? &*found : nullptr;
@@ -78,7 +77,7 @@ private:
         return findings.back();
     }
 
-    const PropertyList& launcherList() const { return reading.launcherProperties.entries; }
+    const Entries& launcherList() const { return reading.launcherProperties.entries; }
 
     Place placeOfEntry(const PropertyEntry& entry) const {
         return placeOf(reading, options, entry.value.source);
@@ -336,7 +335,7 @@ private:
     // --- Others ----------------------------------------------------------------------------------
 
     void checkLibraryPath() {
-        for (const PropertyList* list : {&reading.made, &reading.jvmProperties.entries}) {
+        for (const Entries* list : {&reading.made, &reading.jvmProperties.entries}) {
             if (const PropertyEntry* entry = find(L"jvm.library.path", *list)) {
                 checkLibraryPath(*entry);
                 return;
@@ -407,7 +406,7 @@ private:
 };
 
 // Every text file whose values may have tokens.
-std::vector<const PropertyList*> listsWithTokens(const InstallReading& reading) {
+std::vector<const Entries*> listsWithTokens(const InstallReading& reading) {
     return {&reading.launcherProperties.entries, &reading.made, &reading.jvmProperties.entries};
 }
 
@@ -421,7 +420,7 @@ void checkVariables(StartOptions& options, Findings& findings) {
     const World world = buildWorld(options);
     const InstallReading reading = readInstall(options);
     std::set<std::wstring> given;
-    for (const PropertyList* list : listsWithTokens(reading)) {
+    for (const Entries* list : listsWithTokens(reading)) {
         for (const PropertyEntry& entry : *list) {
             for (const std::wstring& token : tokensOf(entry.value)) {
                 const bool isVariable =

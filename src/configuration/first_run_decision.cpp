@@ -15,7 +15,7 @@ namespace zellauncher {
 
 namespace {
 
-using Entries = std::vector<const PropertyEntry*>;
+using Entries = std::vector<PropertyEntry>;
 
 bool isKindWithFirstRun() {
     return InstallConfiguration == InstallConfigurationKind::user ||
@@ -26,8 +26,8 @@ bool isKindWithFirstRun() {
 // Number of keys and values before the first empty value.
 std::size_t countTexts(const Entries& entries) {
     std::size_t count = 0;
-    for (const PropertyEntry* entry : entries) {
-        if (entry->value.empty()) {
+    for (const PropertyEntry& entry : entries) {
+        if (entry.value.empty()) {
             return count + 1;
         }
         count += 2;
@@ -41,8 +41,8 @@ Entries orderByNumber(const Entries& entries, std::size_t pairs) {
     Entries ordered;
     for (std::size_t n = 1; n <= pairs; ++n) {
         const std::wstring name = L"config.initial" + formatText(L".%d", {static_cast<std::int64_t>(n)});
-        const auto found = std::find_if(entries.begin(), entries.end(), [&](const PropertyEntry* entry) {
-            return entry->key.starts_with(name);
+        const auto found = std::find_if(entries.begin(), entries.end(), [&](const PropertyEntry& entry) {
+            return entry.key.starts_with(name);
         });
         if (found == entries.end()) {
             logFatalF("ZLNCH0114E: Invalid config.initial arguments. %ls not found", name);
@@ -54,13 +54,13 @@ Entries orderByNumber(const Entries& entries, std::size_t pairs) {
 
 // The property that records the first run: the value after the first `-initialCompleteFlag`.
 const std::wstring& flagName(const Entries& ordered) {
-    const auto flag = std::find_if(ordered.begin(), ordered.end(), [](const PropertyEntry* entry) {
-        return entry->value.starts_with(L"-initialCompleteFlag");
+    const auto flag = std::find_if(ordered.begin(), ordered.end(), [](const PropertyEntry& entry) {
+        return entry.value.starts_with(L"-initialCompleteFlag");
     });
     if (std::distance(flag, ordered.end()) < 2) {
         logFatal("ZLNCH0115E: Invalid config.initial arguments. -initialCompleteFlag not found");
     }
-    return (*std::next(flag))->value;
+    return std::next(flag)->value;
 }
 
 }  // namespace

@@ -114,13 +114,13 @@ void logFatalF(const std::string& format, const std::wstring& argument) {
     endFatally();
 }
 
-void logDebug(const std::string& text) {
+void logDebug(std::string_view text) {
     if (channel.isDebug && text.size() < debugTextLimit) {
         writeWideLine(formatText(widen(text), {}));
     }
 }
 
-void logDebugF(const std::wstring& format, const std::wstring& argument) {
+void logDebugF(std::wstring_view format, const std::wstring& argument) {
     if (channel.isDebug && format.size() + argument.size() < debugFormatLimit) {
         // A field width in the format can make the line longer than the limit.
         writeWideLine(formatText(format, {argument}).substr(0, debugFormatLimit));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 // The launcher's log, its only output. Lines are held back in memory until a log file is open; the
@@ -39,11 +40,11 @@ void logMessageF(const std::string& format, const std::wstring& argument);
 
 // Debug line with a fixed text, which is a format without arguments. 1000 characters or more are
 // dropped.
-void logDebug(const std::string& text);
+void logDebug(std::string_view text);
 
 // Debug line with one text for `%s` or `%ls`. Dropped if format and argument together have 4000
 // characters or more; the line is cut to 4000.
-void logDebugF(const std::wstring& format, const std::wstring& argument);
+void logDebugF(std::wstring_view format, const std::wstring& argument);
 
 // Debug line `<label>="<argument>, <argument>, `: a comma and a blank after each argument, no closing
 // quote, no limit of length.

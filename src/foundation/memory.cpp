@@ -25,9 +25,13 @@ bool tryReserve(std::wstring& text, std::size_t length) {
 std::wstring newString(std::size_t length) {
     std::wstring text;
     if (!tryReserve(text, length)) {
-        logFatalF("ZLNCH0004E: newString malloc failed. %ls", formatLastError());
+        failOutOfMemory();
     }
     return text;
+}
+
+void failOutOfMemory() {
+    logFatalF("ZLNCH0004E: newString malloc failed. %ls", formatLastError());
 }
 
 void reserveOrFail(std::wstring& text, std::size_t length, const char* message) {

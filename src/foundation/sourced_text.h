@@ -1,9 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 // Text that knows where it was read. A tool that explains a start needs the source of every value, so on
 // the simulated machine a SourcedText carries one all the way from a property file, an argument or a
@@ -36,7 +39,9 @@ class FilePosition {
 public:
     void open(const std::wstring& file) { path = std::make_shared<const std::wstring>(file); }
     void rewind() { line = 1; }
-    void pass(char byte) { line += byte == '\n' ? 1U : 0U; }
+    void pass(std::string_view bytes) {
+        line += static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+    }
     void beginLine() { lineBegin = line; }
 
     std::shared_ptr<const std::wstring> path;
@@ -56,6 +61,21 @@ inline SourcedText withSourceOf(const SourcedText& origin, std::wstring text) {
     return sourced;
 }
 
+// The sources of texts that are stored without them.
+class Sources {
+public:
+    void add(const SourcedText& text) { sources.push_back(text.source); }
+    void set(std::size_t position, const SourcedText& text) { sources[position] = text.source; }
+    SourcedText applyTo(std::size_t position, std::wstring text) const {
+        SourcedText sourced(std::move(text));
+        sourced.source = sources[position];
+        return sourced;
+    }
+
+private:
+    std::vector<std::shared_ptr<const Source>> sources;
+};
+
 inline SourcedText atLine(const FilePosition& position, const std::wstring& key, const std::wstring& text) {
     SourcedText sourced(text);
     sourced.source = std::make_shared<const Source>(
@@ -70,8 +90,14 @@ using SourcedText = std::wstring;
 struct FilePosition {
     void open(const std::wstring& /*file*/) {}
     void rewind() {}
-    void pass(char /*byte*/) {}
+    void pass(std::string_view /*bytes*/) {}
     void beginLine() {}
+};
+
+struct Sources {
+    void add(const SourcedText& /*text*/) {}
+    void set(std::size_t /*position*/, const SourcedText& /*text*/) {}
+    SourcedText applyTo(std::size_t /*position*/, std::wstring text) const { return text; }
 };
 
 // The text was worked out from `origin`. The second form is for an expression.

@@ -10,53 +10,72 @@ namespace zellauncher {
 
 namespace {
 
-constexpr std::size_t blockSize = 4096;
+constexpr std::size_t blockSize = 16384;
 constexpr int noCharacter = -1;
 constexpr char endMark = '\x1A';  // Ctrl-Z ends a text file
 
-std::size_t readBlock(TextStream& text, char (&block)[blockSize]) {
-    if (text.stream == nullptr) {
-        return 0;
-    }
-    const platform::ReadResult result = platform::readStream(text.stream, block, blockSize);
+// Appends the next block of the file to the text that was read ahead. False at the end of the file.
+bool readBlock(TextStream& text) {
+    const std::size_t former = text.readAhead.size();
+    text.readAhead.resize(former + blockSize);
+    const platform::ReadResult result =
+        platform::readStream(text.stream, text.readAhead.data() + former, blockSize);
+    text.readAhead.resize(former + result.count);
     text.hasFailed = text.hasFailed || result.hasFailed;
-    return result.count;
+    return result.count > 0;
 }
 
-bool fillReadAhead(TextStream& text) {
-    if (text.readPosition < text.readAhead.size()) {
-        return true;
+bool cutAtEndMark(TextStream& text) {
+    const std::size_t end = text.readAhead.find(endMark);
+    if (end == std::string::npos) {
+        return false;
     }
-    char block[blockSize];
-    const std::size_t count = readBlock(text, block);
-    text.readAhead.assign(block, count);
-    text.readPosition = 0;
-    return count > 0;
+    text.readAhead.resize(end);
+    return true;
 }
 
-// The byte after the current one, without consuming anything.
-int byteAfter(TextStream& text) {
-    if (text.readPosition + 1 < text.readAhead.size()) {
-        return static_cast<unsigned char>(text.readAhead[text.readPosition + 1]);
+// Makes each CR LF one line feed.
+void foldLineEnds(std::string& bytes) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (bytes[i] != '\r' || i + 1 == bytes.size() || bytes[i + 1] != '\n') {
+            bytes[kept++] = bytes[i];
+        }
     }
-    char block[blockSize];
-    const std::size_t count = readBlock(text, block);
-    text.readAhead.erase(0, text.readPosition);
-    text.readPosition = 0;
-    text.readAhead.append(block, count);
-    return text.readAhead.size() > 1 ? static_cast<unsigned char>(text.readAhead[1]) : noCharacter;
+    bytes.resize(kept);
 }
 
-// The next character in text mode, without consuming it; noCharacter at the end.
+// Replaces the text that was read ahead by the next characters of the file in text mode. A block that ends
+// with a CR is read on, because a line feed may follow.
+void readAhead(TextStream& text) {
+    text.readAhead.clear();
+    text.readPosition = 0;
+    while (!text.hasEndMark && readBlock(text)) {
+        text.hasEndMark = cutAtEndMark(text);
+        if (text.hasEndMark || text.readAhead.back() != '\r') {
+            break;
+        }
+    }
+    foldLineEnds(text.readAhead);
+    text.endOfFile = text.readAhead.empty();
+}
+
+// The next characters in text mode, without consuming them; none only at the end.
+std::string_view unread(TextStream& text) {
+    if (text.readPosition == text.readAhead.size() && !atEnd(text)) {
+        readAhead(text);
+    }
+    return std::string_view(text.readAhead).substr(text.readPosition);
+}
+
+void consume(TextStream& text, std::size_t count) {
+    text.position.pass(std::string_view(text.readAhead).substr(text.readPosition, count));
+    text.readPosition += count;
+}
+
 int peekCharacter(TextStream& text) {
-    if (text.endOfFile || !fillReadAhead(text) || text.readAhead[text.readPosition] == endMark) {
-        text.endOfFile = true;
-        return noCharacter;
-    }
-    if (text.readAhead[text.readPosition] == '\r' && byteAfter(text) == '\n') {
-        ++text.readPosition;
-    }
-    return static_cast<unsigned char>(text.readAhead[text.readPosition]);
+    const std::string_view next = unread(text);
+    return next.empty() ? noCharacter : static_cast<unsigned char>(next.front());
 }
 
 // Otherwise nothing that is appended could be read again. False if the mark could not be removed, and if an
@@ -73,12 +92,7 @@ bool removeFinalEndMark(platform::Stream* stream, bool appends) {
     return platform::rewindStream(stream) && isRemoved && (isKnown || !appends);
 }
 
-void takeCharacter(TextStream& text) {
-    text.position.pass(text.readAhead[text.readPosition]);
-    ++text.readPosition;
-}
-
-bool isWhiteSpace(int character) {
+bool isWhiteSpace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
@@ -110,6 +124,7 @@ bool closeTextStream(TextStream& text) {
 void rewindTextStream(TextStream& text) {
     text.readAhead.clear();
     text.readPosition = 0;
+    text.hasEndMark = false;
     text.endOfFile = false;
     text.hasFailed = false;
     text.position.rewind();
@@ -131,19 +146,21 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
     if (blanks == LineBlanks::skipLeading) {
         skipWhiteSpace(text);
     }
-    int character = peekCharacter(text);
-    if (character == noCharacter) {
+    const int first = peekCharacter(text);
+    if (first == noCharacter) {
         return ScanResult::endOfData;
     }
-    if (character == '\n') {
+    if (first == '\n') {
         return ScanResult::nothing;
     }
     text.position.beginLine();
-    std::size_t count = 0;
-    for (; character != noCharacter && character != '\n' && count < lineCharacters; ++count) {
-        line += static_cast<wchar_t>(character);
-        takeCharacter(text);
-        character = peekCharacter(text);
+    bool isAtLineEnd = false;
+    while (!isAtLineEnd && line.size() < lineCharacters) {
+        const std::string_view rest = unread(text).substr(0, lineCharacters - line.size());
+        const std::size_t length = std::min(rest.find('\n'), rest.size());
+        isAtLineEnd = rest.empty() || length < rest.size();
+        appendWidened(line, rest.substr(0, length));
+        consume(text, length);
     }
     skipWhiteSpace(text);
     line.resize(std::min(line.size(), line.find(L'\0')));
@@ -151,14 +168,19 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
 }
 
 void skipWhiteSpace(TextStream& text) {
-    while (isWhiteSpace(peekCharacter(text))) {
-        takeCharacter(text);
+    for (std::string_view next = unread(text); !next.empty() && isWhiteSpace(next.front());
+         next = unread(text)) {
+        std::size_t count = 1;
+        while (count < next.size() && isWhiteSpace(next[count])) {
+            ++count;
+        }
+        consume(text, count);
     }
 }
 
 void skipNuls(TextStream& text) {
     while (peekCharacter(text) == '\0') {
-        takeCharacter(text);
+        consume(text, 1);
     }
 }
 
@@ -186,7 +208,7 @@ ScanResult scanNumber(TextStream& text, std::int32_t& number) {
     std::wstring digits;
     if (character == '-' || character == '+') {
         digits += static_cast<wchar_t>(character);
-        takeCharacter(text);
+        consume(text, 1);
         character = peekCharacter(text);
     }
     if (!isDigit(character)) {
@@ -194,7 +216,7 @@ ScanResult scanNumber(TextStream& text, std::int32_t& number) {
     }
     for (; isDigit(character); character = peekCharacter(text)) {
         digits += static_cast<wchar_t>(character);
-        takeCharacter(text);
+        consume(text, 1);
     }
     number = parseDecimal(digits);
     return ScanResult::matched;

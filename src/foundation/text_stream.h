@@ -17,8 +17,9 @@ namespace zellauncher {
 // closeTextStream. The reading state is valid until the next rewind.
 struct TextStream {
     platform::Stream* stream = nullptr;
-    std::string readAhead;         // bytes read from the file and not yet consumed
-    std::size_t readPosition = 0;  // index of the next byte in readAhead
+    std::string readAhead;         // characters in text mode, read from the file block by block
+    std::size_t readPosition = 0;  // index of the next character in readAhead
+    bool hasEndMark = false;       // a Ctrl-Z follows the characters in readAhead
     bool endOfFile = false;        // a read reached the end of the file or a Ctrl-Z
     bool hasFailed = false;        // a read failed, which also ends the file
     [[no_unique_address]] FilePosition position;

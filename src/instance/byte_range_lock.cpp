@@ -1,29 +1,32 @@
 #include "instance/byte_range_lock.h"
 
-#include "foundation/waiting.h"
+#include "platform/clock.h"
 #include "platform/errors.h"
 
 namespace zellauncher {
 
 namespace {
 
-constexpr int attempts = 10;
+constexpr std::uint32_t patienceMilliseconds = 9000;
+constexpr std::uint32_t pauseMilliseconds = 50;
 
 }  // namespace
 
 LockAnswer lockFileHead(TextStream& file, std::uint32_t length) {
     rewindTextStream(file);
-    for (int attempt = 1;; ++attempt) {
+    const std::uint32_t begin = platform::tickCount();
+    for (;;) {
         if (platform::lockStream(file.stream, length)) {
             return LockAnswer::done;
         }
         if (platform::lastError() != platform::errorLockViolation) {
             return LockAnswer::failed;
         }
-        if (attempt == attempts) {
+        // By the clock, because a pause can take longer than it should.
+        if (platform::tickCount() - begin >= patienceMilliseconds) {
             return LockAnswer::deadlock;
         }
-        sleepSeconds(1);
+        platform::sleepMilliseconds(pauseMilliseconds);
     }
 }
 

@@ -10,13 +10,13 @@ namespace zellauncher {
 
 enum class LockAnswer {
     done,
-    deadlock,   // the range was locked by another process during all ten attempts
+    deadlock,   // the range was locked by another process for nine seconds
     notLocked,  // the lock to release was not held
     failed,     // the file cannot be locked or unlocked at all
 };
 
-// Rewinds the file and locks its first `length` bytes, with ten attempts one second apart. Never returns
-// notLocked.
+// Rewinds the file and locks its first `length` bytes. If another process has locked them, tries again for
+// nine seconds, twenty times a second. Never returns notLocked.
 LockAnswer lockFileHead(TextStream& file, std::uint32_t length);
 
 // Rewinds the file and releases the lock. Never returns deadlock.

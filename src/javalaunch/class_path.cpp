@@ -20,8 +20,8 @@ void appendBootOption(const std::wstring& option, const wchar_t* key, const Prop
 
 void appendBootClassPath(const PropertyList& zelInstallArray) {
     explainSection("JVM options");
-    for (const PropertyEntry* entry : findProperties(L"-X", zelInstallArray)) {
-        appendArgument(withSourceOf(entry->value, entry->key + entry->value), Quoting::quoted);
+    for (const PropertyEntry& entry : findProperties(L"-X", zelInstallArray)) {
+        appendArgument(withSourceOf(entry.value, entry.key + entry.value), Quoting::quoted);
     }
     explainSection("boot class path");
     appendBootOption(L"-Xbootclasspath/p:", L"Xbootclasspath.prepend", zelInstallArray);

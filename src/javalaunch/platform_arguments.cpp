@@ -95,11 +95,11 @@ void appendUserVmArguments(const Arguments& arguments) {
 }
 
 void appendNoConsoleFix(const std::wstring& dataDirectory, const PropertyList& zelInstallArray) {
-    const std::vector<const PropertyEntry*> fixes = findProperties(L"vmfix.noconsole", zelInstallArray);
+    const std::vector<PropertyEntry> fixes = findProperties(L"vmfix.noconsole", zelInstallArray);
     if (fixes.empty()) {
         return;
     }
-    SourcedText fix = fixes.front()->value;
+    SourcedText fix = fixes.front().value;
     replaceFirst(fix, L"${workspace.location}", dataDirectory);
     toBackslashes(fix);
     appendArgument(fix, Quoting::quoted);

@@ -54,16 +54,16 @@ void applyLibraryPath(PropertyList& zelInstallArray) {
 }
 
 void applyEnvironment(const PropertyList& zelInstallArray) {
-    for (const PropertyEntry* entry : findProperties(std::wstring(unsetPrefix), zelInstallArray)) {
-        const std::wstring variable = variableOf(entry->key, unsetPrefix);
+    for (const PropertyEntry& entry : findProperties(unsetPrefix, zelInstallArray)) {
+        const std::wstring variable = variableOf(entry.key, unsetPrefix);
         if (!variable.empty()) {
             unsetEnvironmentValue(variable);
         }
     }
-    for (const PropertyEntry* entry : findProperties(std::wstring(setPrefix), zelInstallArray)) {
-        const std::wstring variable = variableOf(entry->key, setPrefix);
+    for (const PropertyEntry& entry : findProperties(setPrefix, zelInstallArray)) {
+        const std::wstring variable = variableOf(entry.key, setPrefix);
         if (!variable.empty()) {
-            setEnvironmentValue(variable, entry->value, ExistingValue::isReplaced);
+            setEnvironmentValue(variable, entry.value, ExistingValue::isReplaced);
         }
     }
 }

@@ -46,9 +46,9 @@ void appendInstallId(const PropertyList& zelInstallArray) {
 }
 
 void appendFileProperties(const PropertyList& zelInstallArray) {
-    for (const PropertyEntry* entry : findProperties(L"-D", zelInstallArray)) {
-        const std::wstring element = formatSystemProperty(entry->key, entry->value);
-        appendArgument(withSourceOf(entry->value, element));
+    for (const PropertyEntry& entry : findProperties(L"-D", zelInstallArray)) {
+        const std::wstring element = formatSystemProperty(entry.key, entry.value);
+        appendArgument(withSourceOf(entry.value, element));
         logDebugF(L"ZLNCH0075I: commandArg  = \"%s\"", element);
     }
 }

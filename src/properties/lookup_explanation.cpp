@@ -18,21 +18,21 @@ void addReading(Reading::Result result, const PropertyEntry& entry) {
 
 }  // namespace
 
-void explainLookup(const std::wstring& key, const PropertyList& list, const PropertyEntry* found) {
+void explainLookup(const std::wstring& key, const PropertyList& list, std::optional<std::size_t> found) {
     if (recording == nullptr) {
         return;
     }
-    if (found == nullptr) {
+    if (!found) {
         const std::wstring file = list.empty() ? std::wstring() : placeOf(list.front()).path;
         recording->readings.push_back({Reading::Result::missing, {Source::Kind::file, file, 0, key}, {}});
         return;
     }
-    for (const PropertyEntry& entry : list) {
-        if (entry.key == key && &entry != found) {
-            addReading(Reading::Result::overridden, entry);
+    for (std::size_t i = *found + 1; i < list.size(); ++i) {
+        if (list[i].key == key) {
+            addReading(Reading::Result::overridden, list[i]);
         }
     }
-    addReading(Reading::Result::present, *found);
+    addReading(Reading::Result::present, list[*found]);
 }
 
 void explainOverridden(const wchar_t* key, const PropertyList& list) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 #include "properties/property_list.h"
@@ -8,12 +10,12 @@
 namespace zellauncher {
 
 #ifdef ZELLAUNCHER_SIMULATION
-void explainLookup(const std::wstring& key, const PropertyList& list, const PropertyEntry* found);
+void explainLookup(const std::wstring& key, const PropertyList& list, std::optional<std::size_t> found);
 void explainOverridden(const wchar_t* key, const PropertyList& list);
 #else
-// The key was looked up in the list; `found` is its first entry, or null.
+// The key was looked up in the list; `found` is the position of its first entry.
 inline void explainLookup(const std::wstring& /*key*/, const PropertyList& /*list*/,
-                          const PropertyEntry* /*found*/) {}
+                          std::optional<std::size_t> /*found*/) {}
 // Another source won, so the key was not looked up.
 inline void explainOverridden(const wchar_t* /*key*/, const PropertyList& /*list*/) {}
 #endif

@@ -1,11 +1,18 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <initializer_list>
+#include <iterator>
+#include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "foundation/sourced_text.h"
+#include "properties/property_index.h"
 
 // The ordered list of keys and values that property files are read into. Keys are not unique; every
 // lookup takes the first entry, so of several files in one list, the file loaded first wins. Keys are
@@ -17,10 +24,91 @@ struct PropertyEntry {
     SourcedText value;
 };
 
-using PropertyList = std::vector<PropertyEntry>;
+// Used like a vector, except that entries are read by value: the list stores its texts packed, because the
+// wide texts of a large file would take several times its size. Out of memory is the fatal ZLNCH0004E.
+class PropertyList {
+public:
+    class Iterator;
+    using value_type = PropertyEntry;
+    using const_iterator = Iterator;
 
-// Appends an entry unchanged. Out of memory is the fatal ZLNCH0004E, also in addProperty and
-// setPropertyValue.
+    PropertyList() = default;
+    PropertyList(std::initializer_list<PropertyEntry> initial);
+
+    std::size_t size() const { return entries.size(); }
+    bool empty() const { return entries.empty(); }
+    // Const, so that nobody assigns to a part of the copy.
+    const PropertyEntry operator[](std::size_t position) const;
+    const PropertyEntry front() const { return (*this)[0]; }
+    const PropertyEntry back() const { return (*this)[size() - 1]; }
+    Iterator begin() const;
+    Iterator end() const;
+
+    void clear() { *this = {}; }
+    void push_back(const PropertyEntry& entry) { append(entry.key, entry.value); }
+    void append(const std::wstring& key, const SourcedText& value);
+    // The entry keeps its source.
+    void setValue(std::size_t position, const std::wstring& value);
+    void setValueAndSource(std::size_t position, const SourcedText& value);
+
+    // The position of the first entry with this key; in constant time, whatever the size of the list.
+    std::optional<std::size_t> find(const std::wstring& key) const;
+    SourcedText valueAt(std::size_t position) const;
+    // The same, kept in the list and valid until the list changes.
+    const SourcedText& keptValueAt(std::size_t position) const;
+
+private:
+    // Where the packed key is. The value follows it.
+    struct Entry {
+        std::uint32_t block;
+        std::uint32_t begin;
+        std::uint32_t keyLength;
+        std::uint32_t valueLength;
+    };
+
+    std::string_view keyAt(std::size_t position) const;
+    Entry store(std::wstring_view key, std::wstring_view value);
+
+    std::vector<std::string> blocks;
+    std::deque<Entry> entries;
+    PropertyIndex index;
+    [[no_unique_address]] Sources sources;
+    mutable std::map<std::size_t, SourcedText> keptValues;
+};
+
+class PropertyList::Iterator {
+public:
+    struct Arrow {
+        PropertyEntry entry;
+        const PropertyEntry* operator->() const { return &entry; }
+    };
+    using iterator_category = std::input_iterator_tag;
+    using value_type = PropertyEntry;
+    using difference_type = std::ptrdiff_t;
+    using pointer = Arrow;
+    using reference = const PropertyEntry;
+
+    Iterator() = default;
+    Iterator(const PropertyList& owner, std::size_t first) : list(&owner), position(first) {}
+    reference operator*() const { return (*list)[position]; }
+    pointer operator->() const { return {**this}; }
+    Iterator& operator++() {
+        ++position;
+        return *this;
+    }
+    Iterator operator++(int) {
+        const Iterator former = *this;
+        ++position;
+        return former;
+    }
+    bool operator==(const Iterator& other) const { return position == other.position; }
+
+private:
+    const PropertyList* list = nullptr;
+    std::size_t position = 0;
+};
+
+// Appends an entry unchanged.
 void appendEntry(PropertyList& list, const std::wstring& key, const SourcedText& value);
 
 // Appends an entry with the key trimmed and the value unescaped, so paths need forward slashes. `value`
@@ -34,8 +122,8 @@ std::optional<std::size_t> findProperty(const std::wstring& key, const PropertyL
 const SourcedText* lookupProperty(const std::wstring& name, const PropertyList& list);
 
 // The entries whose key begins with the prefix, in list order. Required oddity: stops at the first entry
-// with an empty key. Valid until the list changes. Out of memory is the fatal ZLNCH0046E.
-std::vector<const PropertyEntry*> findProperties(const std::wstring& prefix, const PropertyList& list);
+// with an empty key. Out of memory is the fatal ZLNCH0046E.
+std::vector<PropertyEntry> findProperties(std::wstring_view prefix, const PropertyList& list);
 
 // Replaces the value of the first entry with this key. Does nothing if there is none.
 void setPropertyValue(const std::wstring& key, const SourcedText& value, PropertyList& list);

@@ -81,8 +81,8 @@ void appendLine(LogicalLine& logical, const std::wstring& line) {
     }
 }
 
-// Required oddities: the key arg20 never has a value, and a line of one character keeps jvmOptionLine
-// of the line before.
+// Required oddities: the key arg20 never has a value, and a line of one character keeps jvmOptionLine of the
+// line before.
 void finishLine(PropertyList& list, LogicalLine& logical) {
     trimSpaces(logical.key);
     logDebugF(L"ZLNCH0023I:   attrib = \"%s\"", logical.key);
@@ -92,9 +92,10 @@ void finishLine(PropertyList& list, LogicalLine& logical) {
     }
     appendEntry(list, logical.key, atLine(logical.begin, logical.key, logical.value));
     logDebugF(L"ZLNCH0024I:   value  = \"%s\"", logical.value);
-    const bool jvmOptionLine = logical.jvmOptionLine;
-    logical = LogicalLine{};
-    logical.jvmOptionLine = jvmOptionLine;
+    logical.key.clear();  // both keep their memory for the next line
+    logical.value.clear();
+    logical.inValue = false;
+    logical.isBegun = false;
 }
 
 void logFailedReading(const std::wstring& path) {
@@ -120,7 +121,7 @@ void loadPropertyFile(const std::wstring& path, PropertyList& list) {
                 "chars ");
             continue;
         }
-        if (line.starts_with(L"#")) {
+        if (line.starts_with(L'#')) {
             continue;
         }
         if (!logical.isBegun) {

@@ -39,14 +39,14 @@ bool replaceToken(std::wstring& text, std::wstring_view token, const std::wstrin
     return true;
 }
 
-void substituteValue(std::wstring& value, const Directories& directories, const PropertyList& list,
-                     Expansions& known) {
+std::wstring substitutedValue(const std::wstring& value, const Directories& directories,
+                              const PropertyList& list, Expansions& known) {
     std::wstring text = value;
     replaceLocationTokens(directories.data, directories.home, text);
     if (!replaceTokens(text, list, known)) {
         logFatalF("ZLNCH0088E: property substitution is invalid (%ls)", text);
     }
-    value = text;
+    return text;
 }
 
 }  // namespace
@@ -69,7 +69,11 @@ void substitutePropertyList(const std::wstring& dataDirectory, const std::wstrin
     const Directories directories = directoriesWithForwardSlashes(dataDirectory, homeDirectory);
     Expansions known;
     for (std::size_t i = 0; i < list.size(); ++i) {
-        substituteValue(list[i].value, directories, list, known);
+        const std::wstring former = list.valueAt(i);
+        const std::wstring value = substitutedValue(former, directories, list, known);
+        if (value != former) {
+            list.setValue(i, value);
+        }
         known.setFinalProperties(i + 1);
     }
 }
@@ -79,7 +83,8 @@ void substituteVmArguments(const std::wstring& dataDirectory, const std::wstring
     const Directories directories = directoriesWithForwardSlashes(dataDirectory, homeDirectory);
     Expansions known;
     for (auto& [key, value] : overrides) {
-        substituteValue(value, directories, list, known);
+        std::wstring& text = value;  // keeps its source
+        text = substitutedValue(text, directories, list, known);
     }
 }
 

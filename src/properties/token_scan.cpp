@@ -246,7 +246,7 @@ Resolution resolveToken(const std::wstring& name, const PropertyList& list) {
         }
     } else if (name.starts_with(propertyPrefix)) {
         if (const auto property = findProperty(name.substr(propertyPrefix.size()), list)) {
-            return {list[*property].value, true, *property};
+            return {list.valueAt(*property), true, *property};
         }
     }
     return {L"${" + name + L"}", false, SIZE_MAX};

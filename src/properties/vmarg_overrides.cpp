@@ -1,6 +1,7 @@
 #include "properties/vmarg_overrides.h"
 
 #include <cstddef>
+#include <utility>
 
 #include "foundation/log_channel.h"
 
@@ -53,7 +54,7 @@ void collectVmProperties(VmargOverrides& overrides, PropertyList& list) {
             kept.push_back(entry);
         }
     }
-    list = kept;
+    list = std::move(kept);
 }
 
 }  // namespace zellauncher

@@ -96,8 +96,8 @@ void removeResetDirectories(const std::wstring& dataDirectory, const std::wstrin
     PropertyList properties;
     loadPropertyFile(resetPropertiesPath(configDirectory, baseLocation), properties);
     const std::wstring root = withBackslashes(dataDirectory + L"\\.metadata\\.plugins\\");
-    for (const PropertyEntry* entry : findProperties(L"resetDir.", properties)) {
-        removeResetDirectory(root + entry->value);
+    for (const PropertyEntry& entry : findProperties(L"resetDir.", properties)) {
+        removeResetDirectory(root + entry.value);
     }
 }
 

@@ -2,6 +2,7 @@
 #include <cwchar>
 
 #include "configuration/user_install_properties.h"
+#include "fuzz/former_reader.h"
 #include "fuzz/launcher_runner.h"
 #include "fuzz/peak_memory.h"
 #include "fuzz/printable.h"
@@ -166,6 +167,22 @@ void expectSound(const PropertyList& list, std::size_t size) {
     expect(length <= size, "the entries are not longer than the file");
 }
 
+// The same input after comments, so that some byte of it begins a block of the reader.
+std::string acrossBlocks(const std::string& bytes) {
+    constexpr std::size_t blockSize = 16384;
+    std::size_t first = 0;
+    for (const char byte : bytes) {
+        first = first * 31 + static_cast<unsigned char>(byte);
+    }
+    std::string moved;
+    while (moved.size() < blockSize - first % (bytes.size() + 1)) {
+        moved += "# comment\r\n";
+    }
+    moved.resize(blockSize - first % (bytes.size() + 1));
+    moved.back() = '\n';
+    return moved + bytes;
+}
+
 // A value that the launcher writes is read back unchanged, unless it begins with a separator, which no
 // backslash can protect there.
 void expectRoundTrip(const PropertyList& list) {
@@ -189,9 +206,32 @@ void expectRoundTrip(const PropertyList& list) {
     expectSame(load(runner, written), expected);
 }
 
+// The reader gives the entries and the log of the former one.
+void expectAsBefore(const std::string& bytes) {
+    LauncherRunner now;
+    LauncherRunner before;
+    now.machine.writeFile(file, bytes);
+    before.machine.writeFile(file, bytes);
+    PropertyList list;
+    former::Entries entries;
+    const std::string log = now.run([&] { zellauncher::loadPropertyFile(file, list); }).log;
+    const std::string formerLog = before.run([&] { former::loadPropertyFile(file, entries); }).log;
+    expect(log == formerLog, "the log is that of the former reader");
+    expect(list.size() == entries.size(), "the former reader finds as many entries");
+    for (std::size_t i = 0; i < std::min(list.size(), entries.size()); ++i) {
+        const PropertyEntry entry = list[i];
+        expect(entry.key == entries[i].key && entry.value == entries[i].value,
+               "the former reader gives the key " + printable(entries[i].key) + " the value " +
+                   printable(entries[i].value));
+    }
+}
+
 }  // namespace
 
 void runInput(const std::string& bytes) {
+    const std::string moved = acrossBlocks(bytes);
+    expectAsBefore(bytes);
+    expectAsBefore(moved);
     PropertyList list;
     const PeakMemory memory;
     {
@@ -204,6 +244,8 @@ void runInput(const std::string& bytes) {
            "memory is bounded by the file: " + std::to_string(memory.bytes()));
     expectSound(list, bytes.size());
     expectSame(list, readAgain(bytes));
+    LauncherRunner runner;
+    expectSame(load(runner, moved), readAgain(moved));
     expectRoundTrip(list);
 }
 

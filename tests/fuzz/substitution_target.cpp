@@ -107,7 +107,10 @@ private:
         } else if (name.compare(0, 5, L"prop.") == 0) {
             const auto found = std::find_if(list.begin(), list.end(),
                                             [&](const auto& entry) { return entry.key == name.substr(5); });
-            value = found == list.end() ? nullptr : &found->value;
+            if (found != list.end()) {
+                defaultValue = found->value;
+                value = &defaultValue;
+            }
         }
         replacement = value == nullptr ? L"${" + name + L"}" : *value;
         return value != nullptr;
@@ -162,8 +165,8 @@ void expectFollowsTheRules(const Results& results, const std::vector<std::wstrin
 
 // The list is substituted in place, so later values see the new earlier ones. An invalid value is fatal.
 void expectListFollowsTheRules(const Results& results, PropertyList list, const Environment& environment) {
-    for (zellauncher::PropertyEntry& entry : list) {
-        std::wstring text = entry.value;
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        std::wstring text = list[i].value;
         replaceLiterally(text);
         const std::optional<bool> isResolved = LiteralScan(list, environment).substitute(text);
         if (!isResolved) {
@@ -173,7 +176,7 @@ void expectListFollowsTheRules(const Results& results, PropertyList list, const 
         if (!*isResolved) {
             return;
         }
-        entry.value = text;
+        list.setValue(i, text);
     }
     expect(results.isListValid, "a valid list is not fatal");
     for (std::size_t i = 0; i < list.size(); ++i) {
@@ -186,7 +189,8 @@ void expectListFollowsTheRules(const Results& results, PropertyList list, const 
 void runInput(const std::string& bytes) {
     Sections sections = readSections(bytes);
     const PropertyList list = decodeEntries(sections["list"]);
-    const Environment environment = decodeEntries(sections["environment"]);
+    const PropertyList variables = decodeEntries(sections["environment"]);
+    const Environment environment(variables.begin(), variables.end());
     std::vector<std::wstring> texts = decodeLines(sections["texts"]);
     constexpr std::size_t mostTexts = 4;
     texts.resize(std::min(texts.size(), mostTexts));

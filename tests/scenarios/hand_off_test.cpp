@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/clock.h"
+#include "platform/streams.h"
 #include "scenarios/story.h"
 #include "support/faults.h"
 #include "support/operations.h"
@@ -219,6 +221,28 @@ TEST_F(CommandOnly, ProvManifestIsAlwaysFatal) {
     EXPECT_STARTED(launch());
     EXPECT_FATAL(launch({L"-dcommand_only", L"-provManifest"}));
     EXPECT_TRUE(contains(log(), "ZLNCH0122E: "));
+}
+
+// Ten documents that are opened at once.
+TEST_F(HandOff, WaitingLaunchersDeliverAsSoonAsTheLockIsFree) {
+    EXPECT_STARTED(launch());
+    const std::uint64_t before = machine.elapsedMilliseconds();
+    machine.start({L"holder"}, [&] {
+        ::platform::Stream* lockFile = ::platform::openStream(inWorkspace(L".zel.lock"), "r+");
+        EXPECT_TRUE(::platform::lockStream(lockFile, 100));
+        ::platform::sleepMilliseconds(130);
+        ::platform::closeStream(lockFile);
+        return 0;
+    });
+    std::vector<simulation::ProcessId> launchers;
+    for (int i = 0; i < 10; ++i) {
+        launchers.push_back(begin({L"document", std::to_wstring(i)}));
+    }
+    for (const simulation::ProcessId waiting : launchers) {
+        EXPECT_STARTED(machine.waitFor(waiting));
+    }
+    EXPECT_EQ(payloads().size(), 10U);
+    EXPECT_LE(machine.elapsedMilliseconds() - before, 130U + 10 * 50U);
 }
 
 TEST_F(CommandOnly, RestartWaitsOneSecond) {

@@ -6,11 +6,13 @@
 
 #include "configuration/install_kind.h"
 #include "support/launcher_fixture.h"
+#include "support/property_lists.h"
 #include "support/text.h"
 
 namespace {
 
 using launchertest::toUtf8;
+using launchertest::withoutKey;
 using zellauncher::InstallConfigurationKind;
 using zellauncher::PropertyList;
 
@@ -68,13 +70,17 @@ TEST_F(FirstRunDecision, NoRunIsDueWithoutAList) {
 }
 
 TEST_F(FirstRunDecision, EntriesAreOrderedByTheirNumbers) {
-    std::reverse(launcher.begin(), launcher.end());
+    const PropertyList ascending = launcher;
+    launcher.clear();
+    for (std::size_t i = ascending.size(); i-- > 0;) {
+        launcher.push_back(ascending[i]);
+    }
     EXPECT_TRUE(isDue());
     EXPECT_EQ(outcome.processEnd().status, 0U);
 }
 
 TEST_F(FirstRunDecision, MissingNumberIsFatal) {
-    launcher.erase(launcher.begin() + 1);
+    launcher = withoutKey(launcher, L"config.initial.2");
     expectFatal("ZLNCH0114E: Invalid config.initial arguments. config.initial.2 not found");
 }
 
@@ -93,17 +99,17 @@ TEST_F(FirstRunDecision, FlagWithoutAFollowingEntryIsFatal) {
 }
 
 TEST_F(FirstRunDecision, FlagIsRecognizedByItsPrefix) {
-    launcher[2].value = L"-initialCompleteFlagX";
+    launcher.setValue(2, L"-initialCompleteFlagX");
     EXPECT_TRUE(isDue());
     EXPECT_EQ(outcome.processEnd().status, 0U);
 }
 
 TEST_F(FirstRunDecision, EmptyValueEndsTheCount) {
-    launcher[0].value = L"";
+    launcher.setValue(0, L"");
     expectFatal(noFlag);
-    launcher[0].value = L"-initialCompleteFlag";
-    launcher[1].value = L"name";
-    launcher[2].value = L"";
+    launcher.setValue(0, L"-initialCompleteFlag");
+    launcher.setValue(1, L"name");
+    launcher.setValue(2, L"");
     EXPECT_TRUE(isDue());
     EXPECT_EQ(outcome.processEnd().status, 0U);
 }

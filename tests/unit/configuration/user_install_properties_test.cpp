@@ -11,11 +11,13 @@
 #include "platform/files.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/property_lists.h"
 #include "support/text.h"
 
 namespace {
 
 using launchertest::failing;
+using launchertest::withoutKey;
 using zellauncher::escapeEntry;
 using zellauncher::escapeValue;
 using zellauncher::PropertyList;
@@ -102,7 +104,7 @@ TEST_F(UserInstallProperties, MissingRequiredKeyIsFatal) {
     for (const wchar_t* key : {L"zel.install.id", L"zel.base.location", L"install.configuration"}) {
         SCOPED_TRACE(launchertest::toUtf8(key));
         const PropertyList whole = launcher;
-        std::erase_if(launcher, [&](const auto& entry) { return entry.key == key; });
+        launcher = withoutKey(whole, key);
         machine.remove(userFile);
         machine.remove(newFile);
         ensure("a=1\r\n");
@@ -151,13 +153,13 @@ TEST_F(UserInstallProperties, BytesAreCopiedUnchanged) {
 }
 
 TEST_F(UserInstallProperties, PercentSignInTheBlockIsAConversion) {
-    launcher[0].value = L"50%% %s%d|%ls";
+    launcher.setValue(0, L"50%% %s%d|%ls");
     ensure("");
     EXPECT_EQ(machine.readFile(userFile)->substr(0, 26), "zel.install.id=50% |\r\nzel.");
 }
 
 TEST_F(UserInstallProperties, PercentSignEndingAValueSparesTheNextLine) {
-    launcher[0].value = L"50%";
+    launcher.setValue(0, L"50%");
     launcher.push_back({L"com.mivel.zel.core.locale", L"de%0"});
     ensure("");
     EXPECT_EQ(machine.readFile(userFile),
@@ -166,7 +168,7 @@ TEST_F(UserInstallProperties, PercentSignEndingAValueSparesTheNextLine) {
 }
 
 TEST_F(UserInstallProperties, PathsInTheBlockAreFormats) {
-    launcher[1].value = L"C:\\100%%\\b";
+    launcher.setValue(1, L"C:\\100%%\\b");
     launcher.push_back({L"jvm.location", L"C:\\%s\\\u65e5\u00e9.exe"});
     ensure("");
     EXPECT_EQ(machine.readFile(userFile),
@@ -331,7 +333,7 @@ TEST_F(UserInstallProperties, FailedWriteIsLogged) {
 }
 
 TEST_F(UserInstallProperties, CharacterAbove255IsNotWritten) {
-    launcher[0].value = L"\u0410";
+    launcher.setValue(0, L"\u0410");
     ensure("a=1\r\n");
     EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_TRUE(outcome.logHas(blockNotWritten));

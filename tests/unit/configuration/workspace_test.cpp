@@ -182,7 +182,7 @@ TEST_F(Workspace, UserNameMayHaveAnyCharacters) {
 TEST_F(Workspace, ArgumentWinsOverTheProperty) {
     launcher.push_back({L"zel.data", L"${never}"});
     EXPECT_EQ(data({L"prog", L"-data", L"C:/ws"}), L"C:/ws");
-    launcher.back().value = L"D:/w";
+    launcher.setValue(launcher.size() - 1, L"D:/w");
     EXPECT_EQ(data({L"prog", L"-Data", L"C:/ws"}), L"D:/w");
     EXPECT_EQ(data({L"prog", L"-data=C:/ws"}), L"D:/w");
 }

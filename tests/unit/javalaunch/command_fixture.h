@@ -11,6 +11,7 @@
 #include "properties/property_list.h"
 #include "properties/vmarg_overrides.h"
 #include "support/launcher_fixture.h"
+#include "support/property_lists.h"
 
 namespace javalaunchtest {
 
@@ -32,7 +33,7 @@ protected:
         list.push_back({key, value});
     }
     static void unset(zellauncher::PropertyList& list, const std::wstring& key) {
-        std::erase_if(list, [&](const auto& entry) { return entry.key == key; });
+        list = launchertest::withoutKey(list, key);
     }
 
     // The command that the section writes into an empty one; the former command if it is fatal.

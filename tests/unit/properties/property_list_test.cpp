@@ -34,8 +34,8 @@ TEST(Properties, PrefixSearchEndsAtTheFirstEmptyKey) {
     const PropertyList list = {{L"-Da", L"1"}, {L"x", L"2"}, {L"-D", L"3"}, {L"", L"4"}, {L"-Db", L"5"}};
     const auto found = findProperties(L"-D", list);
     ASSERT_EQ(found.size(), 2U);
-    EXPECT_EQ(found[0]->value, L"1");
-    EXPECT_EQ(found[1]->value, L"3");
+    EXPECT_EQ(found[0].value, L"1");
+    EXPECT_EQ(found[1].value, L"3");
     EXPECT_TRUE(findProperties(L"-d", list).empty());
 }
 
@@ -79,12 +79,12 @@ TEST_F(FindingProperties, WithoutMemoryIsFatal) {
 
 class StoringTexts : public launchertest::OnMachine {
 protected:
-    const zellauncher::SourcedText longText = std::wstring(5000, L'x');
+    const zellauncher::SourcedText longText = std::wstring(50000, L'x');
     PropertyList list = {{L"k", L"v"}};
 
     void expectFatalWithListUnchanged(const std::function<void()>& store) {
         const auto outcome = run([&] {
-            const launchertest::FailingAllocation failing(longText.size() * sizeof(wchar_t));
+            const launchertest::FailingAllocation failing(longText.size());
             store();
             ADD_FAILURE() << "continued without the memory";
         });
@@ -131,8 +131,8 @@ TEST_F(AddingProperties, Arg20KeepsItsValue) {
         zellauncher::addProperty(list, L"arg20", kept);
         zellauncher::addProperty(list, L"e", empty);
     });
-    EXPECT_EQ(list.at(0).value, L"kept");
-    EXPECT_EQ(list.at(1).value, L"");
+    EXPECT_EQ(list[0].value, L"kept");
+    EXPECT_EQ(list[1].value, L"");
 }
 
 TEST(Unescaping, ResolvesPairsUnitsAndOtherCharacters) {

@@ -111,7 +111,7 @@ TEST_F(Substitution, TenReplacementsWithoutMovingLeftAreTooMany) {
     }
     list.push_back({L"9", L"end"});
     expectResolved(L"${prop.0}", L"end");
-    list.back().value = L"${env.X,end}";
+    list.setValue(list.size() - 1, L"${env.X,end}");
     expectUnresolved(L"${prop.0}", L"end");
     expectResolved(L"-${prop.1}", L"-end");
 }
@@ -218,7 +218,9 @@ TEST_F(Substitution, ValuesOfAListMayGrowByAHundredMillionCharacters) {
 TEST_F(Substitution, ShortTextAfterTheGrowthIsUsedUpIsShownWhole) {
     const std::wstring text(100, L's');
     list = {{L"big", std::wstring(50'000'000, L'x')}, {L"short", text}};
-    list.insert(list.end(), {{L"a", L"${prop.big}"}, {L"b", L"${prop.big}"}, {L"c", L"${prop.short}"}});
+    list.push_back({L"a", L"${prop.big}"});
+    list.push_back({L"b", L"${prop.big}"});
+    list.push_back({L"c", L"${prop.short}"});
     outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
     outcome.expectFatal("ZLNCH0088E: property substitution is invalid (" + toUtf8(text) + ")");
 }
@@ -286,7 +288,9 @@ TEST_F(Substitution, RandomTextsMatchThePlainScan) {
     for (int i = 0; i < 8; ++i) {
         list.push_back({std::to_wstring(i), L"${prop." + std::to_wstring(i + 1) + L"}"});
     }
-    list.insert(list.end(), {{L"8", L"z"}, {L"i", L"${prop.j}"}, {L"j", L"${prop.0}"}});
+    list.push_back({L"8", L"z"});
+    list.push_back({L"i", L"${prop.j}"});
+    list.push_back({L"j", L"${prop.0}"});
     const std::vector<std::wstring> pieces = {
         L"${prop.",   L"${",        L"$",         L"{",         L"}",         L"a}",       L"b}", L"c}",
         L"d}",        L"e}",        L"f}",        L"g}",        L"a",         L"b",        L"x",  L"prop.",
@@ -310,12 +314,12 @@ TEST_F(Substitution, RandomTextsMatchThePlainScan) {
 
 // The walk through a list without what it remembers of values. False if a value is invalid.
 bool substitutePlainly(PropertyList& list) {
-    for (zellauncher::PropertyEntry& entry : list) {
-        std::wstring text = entry.value;
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        std::wstring text = list[i].value;
         if (!scanPlainly(text, list)) {
             return false;
         }
-        entry.value = text;
+        list.setValue(i, text);
     }
     return true;
 }

@@ -10,10 +10,12 @@
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
 #include "support/operations.h"
+#include "support/property_lists.h"
 
 namespace {
 
 using launchertest::failing;
+using launchertest::withoutKey;
 using zellauncher::InstallConfigurationKind;
 using zellauncher::PropertyList;
 
@@ -84,9 +86,9 @@ TEST_F(PlatformXml, ExternalJvmReplacesTheLine) {
 }
 
 TEST_F(PlatformXml, PlaceholderThatAValueCompletesIsReplacedToo) {
-    launcher[0].value = L"${jvm.feature";
+    launcher.setValue(0, L"${jvm.feature");
     EXPECT_EQ(seeded("<${jvm.feature.id}.id}.id}>\n"), "<${jvm.feature>\r\n");
-    launcher[0].value = L".id}";
+    launcher.setValue(0, L".id}");
     EXPECT_EQ(seeded("<${jvm.feature${jvm.feature${jvm.feature.id}>\n"), "<.id}>\r\n");
 }
 
@@ -101,7 +103,7 @@ TEST_F(PlatformXml, EveryPlaceholderThatALineHoldsIsReplaced) {
 
 // Replacing it would never end.
 TEST_F(PlatformXml, PlaceholderThatItsValueContainsStays) {
-    launcher[0].value = L"<${jvm.feature.id}>";
+    launcher.setValue(0, L"<${jvm.feature.id}>");
     EXPECT_EQ(seeded("${jvm.feature.id}${jvm.feature.id} ${jvm.feature.version}\n"),
               "${jvm.feature.id}${jvm.feature.id} 1.0\r\n");
     EXPECT_TRUE(outcome.logHas(
@@ -109,7 +111,7 @@ TEST_F(PlatformXml, PlaceholderThatItsValueContainsStays) {
 }
 
 TEST_F(PlatformXml, PlaceholderWhoseValueGrowsWithoutEndStays) {
-    launcher[0].value = L".id}.id}${jvm.feature";
+    launcher.setValue(0, L".id}.id}${jvm.feature");
     std::string line;
     for (int i = 0; i < 60; ++i) {
         line += "${jvm.feature";
@@ -160,7 +162,7 @@ TEST_F(PlatformXml, UnmanagedUpdatesCreateOnlyTheDirectory) {
     EXPECT_TRUE(isInitial);  // because the directory is new
     seed();
     EXPECT_FALSE(isInitial);
-    launcher.back().value = L"False";
+    launcher.setValue(launcher.size() - 1, L"False");
     seed();
     EXPECT_TRUE(machine.exists(platformXml));
 }
@@ -205,8 +207,7 @@ TEST_F(PlatformXml, MissingValueStopsTheCopy) {
                              {L"jvm.feature.version", jvm, jvmMessage},
                              {L"jvm.parent.feature.id", parent, parentMessage},
                              {L"jvm.parent.feature.version", parent, parentMessage}}) {
-        launcher = whole;
-        std::erase_if(launcher, [&](const auto& entry) { return entry.key == each.missingKey; });
+        launcher = withoutKey(whole, each.missingKey);
         EXPECT_EQ(seeded(each.content), "<a>\r\n") << each.message;
         EXPECT_TRUE(outcome.logHas(each.message)) << outcome.log;
     }
@@ -217,7 +218,7 @@ TEST_F(PlatformXml, FailedWriteStopsTheCopy) {
     EXPECT_EQ(seeded("<a>\n<b>\n<c>\n"), "<a>\r\n");
     EXPECT_TRUE(outcome.logHas(writeFailure));
     machine.clearFaults();
-    launcher[0].value = L"\u0410";  // no byte of the file can hold it
+    launcher.setValue(0, L"\u0410");  // no byte of the file can hold it
     EXPECT_EQ(seeded("<a>\n${jvm.feature.id}\n<c>\n"), "<a>\r\n");
     EXPECT_TRUE(outcome.logHas(writeFailure));
 }
@@ -243,23 +244,23 @@ TEST_F(PlatformXml, OneLineMayNameBothFeatures) {
 }
 
 TEST_F(PlatformXml, IdMayContainTheVersionPlaceholder) {
-    launcher[0].value = L"JF-${jvm.feature.version}";
+    launcher.setValue(0, L"JF-${jvm.feature.version}");
     EXPECT_EQ(seeded("${jvm.feature.id}\n"), "JF-1.0\r\n");
 }
 
 TEST_F(PlatformXml, IdMayContainTheParentsPlaceholder) {
-    launcher[0].value = L"${jvm.parent.feature.id}";
+    launcher.setValue(0, L"${jvm.parent.feature.id}");
     EXPECT_EQ(seeded("${jvm.feature.id} ${jvm.parent.feature.version}\n"), "PF 2.0\r\n");
 }
 
 TEST_F(PlatformXml, EmptyValueIsUsed) {
-    launcher[0].value = L"";
-    launcher[1].value = L"";
+    launcher.setValue(0, L"");
+    launcher.setValue(1, L"");
     EXPECT_EQ(seeded("<${jvm.feature.id}${jvm.feature.version}>\n"), "<>\r\n");
 }
 
 TEST_F(PlatformXml, VersionPlaceholderThatItsValueContainsStays) {
-    launcher[1].value = L"${jvm.feature.version}1";
+    launcher.setValue(1, L"${jvm.feature.version}1");
     EXPECT_EQ(seeded("${jvm.feature.id} ${jvm.feature.version}\n"), "JF ${jvm.feature.version}\r\n");
 }
 

@@ -10,11 +10,13 @@
 #include "platform/clock.h"
 #include "support/launcher_fixture.h"
 #include "support/operations.h"
+#include "support/property_lists.h"
 #include "support/text.h"
 #include "support/worked_example.h"
 
 namespace {
 
+using launchertest::withoutKey;
 using zellauncher::Arguments;
 using zellauncher::InstallConfigurationKind;
 using zellauncher::PropertyList;
@@ -65,13 +67,13 @@ TEST_F(ProvisioningStage, NewManifestNeedsProvisioning) {
     install = {{L"provisioning.manifest.version", L"6"}};
     EXPECT_TRUE(isDue());
     install = {{L"provisioning.manifest.version", L"7"}};
-    launcher[1].value = L"A";
-    install[0].value = L"a";
+    launcher.setValue(1, L"A");
+    install.setValue(0, L"a");
     EXPECT_TRUE(isDue());
 }
 
 TEST_F(ProvisioningStage, MissingManifestVersionIsTreatedAsNew) {
-    launcher.pop_back();
+    launcher = withoutKey(launcher, L"provisioning.manifest.version");
     EXPECT_TRUE(isDue());
     install.clear();
     EXPECT_TRUE(isDue());
@@ -97,10 +99,10 @@ TEST_F(ProvisioningStage, PreparationNeedsBothOptions) {
 TEST_F(ProvisioningStage, PropertyMustBeExactlyTrue) {
     install.clear();
     for (const wchar_t* value : {L"True", L"true ", L"", L"yes"}) {
-        launcher[0].value = value;
+        launcher.setValue(0, value);
         EXPECT_FALSE(isDue()) << value;
     }
-    launcher.erase(launcher.begin());
+    launcher = withoutKey(launcher, L"provisioning");
     EXPECT_FALSE(isDue());
 }
 
