@@ -20,10 +20,11 @@ from pathlib import Path
 ROOT = Path.cwd()
 
 
-def relative(name):
-    """The path in the repository; None for a file outside of src/ or without a native build."""
+def relative(name, build):
+    """The path in the repository; None for a file outside of src/ or without a native build. With ccache, names may
+    be relative to the directory of the build."""
     try:
-        path = Path(name).resolve().relative_to(ROOT).as_posix()
+        path = Path(build, name).resolve().relative_to(ROOT).as_posix()
     except ValueError:
         return None
     return path if path.startswith("src/") and not path.startswith("src/platform/windows/") else None
@@ -58,10 +59,10 @@ class Line:
         return [count for ways in self.branches.values() for count in ways if count is not None]
 
 
-def read_object(counters, files):
+def read_object(counters, build, files):
     """Adds the counts of one object file. The way of an exception out of a call is not a branch of the source."""
     shown = subprocess.run(["gcov", "--stdout", "--branch-probabilities", "--branch-counts", counters],
-                           capture_output=True, check=True, text=True).stdout
+                           cwd=build, capture_output=True, check=True, text=True).stdout
     name, current, ways = None, None, []
     for text in [*shown.splitlines(), "-:0:end"]:
         branch = re.match(r"branch +\d+ (?:taken (\d+)|never executed)(.*)", text)
@@ -77,7 +78,7 @@ def read_object(counters, files):
         current, ways = None, []
         count, number = fields[0].strip(), int(fields[1])
         if fields[2].startswith("Source:"):
-            name = relative(fields[2].removeprefix("Source:"))
+            name = relative(fields[2].removeprefix("Source:"), build)
         elif name and number > 0 and count not in ("-", "=====", "=====*"):  # the last are only clean-up
             current = files[name][number]
             current.add_count(count)
@@ -86,8 +87,8 @@ def read_object(counters, files):
 def read_counts(directory):
     """{file: {line number: Line}}"""
     files = collections.defaultdict(lambda: collections.defaultdict(Line))
-    for counters in sorted(map(str, Path(directory).rglob("*.gcda"))):
-        read_object(counters, files)
+    for counters in sorted(Path(directory).resolve().rglob("*.gcda")):
+        read_object(counters, directory, files)
     return files
 
 

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/environment.h"
+#include "support/faults.h"
 #include "unit/javalaunch/command_fixture.h"
 
 namespace {
@@ -102,6 +103,16 @@ TEST_F(PlatformEnvironment, VariablesAreUnsetThenSet) {
     // The keys without a name are ignored.
     EXPECT_FALSE(hasOperationWith(L"=x"));
     EXPECT_FALSE(hasOperationWith(L"="));
+}
+
+TEST_F(PlatformEnvironment, FailedSetAndUnsetAreReported) {
+    machine.setEnvironment(L"A", L"1");
+    machine.inject(launchertest::failingFrom("putEnvironmentText", platform::errorAccessDenied));
+    runQuietly([] {
+        EXPECT_EQ(zellauncher::setEnvironmentValue(L"A", L"2", ExistingValue::isReplaced), -1);
+        EXPECT_EQ(zellauncher::unsetEnvironmentValue(L"A"), -1);
+        EXPECT_EQ(platform::environmentValue(L"A"), L"1");
+    });
 }
 
 TEST_F(PlatformEnvironment, SetAndUnsetReportTheirResult) {
