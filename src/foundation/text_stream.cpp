@@ -1,6 +1,7 @@
 #include "foundation/text_stream.h"
 
 #include <algorithm>
+#include <cstring>
 #include <optional>
 
 #include "foundation/text.h"
@@ -34,13 +35,16 @@ bool cutAtEndMark(TextStream& text) {
     return true;
 }
 
-// Makes each CR LF one line feed.
+// Makes each CR LF one line feed, from one carriage return to the next.
 void foldLineEnds(std::string& bytes) {
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (bytes[i] != '\r' || i + 1 == bytes.size() || bytes[i + 1] != '\n') {
-            bytes[kept++] = bytes[i];
-        }
+    std::size_t end = bytes.find("\r\n");
+    std::size_t kept = std::min(end, bytes.size());
+    while (end != std::string::npos) {
+        const std::size_t next = bytes.find("\r\n", end + 1);
+        const std::size_t count = std::min(next, bytes.size()) - end - 1;
+        std::memmove(bytes.data() + kept, bytes.data() + end + 1, count);
+        kept += count;
+        end = next;
     }
     bytes.resize(kept);
 }

@@ -1,6 +1,7 @@
 #include "properties/property_reader.h"
 
 #include <cstddef>
+#include <string_view>
 
 #include "foundation/log_channel.h"
 #include "foundation/sourced_text.h"
@@ -53,6 +54,26 @@ std::size_t appendCharacter(LogicalLine& logical, const std::wstring& line, std:
     return isPair ? 1 : 0;
 }
 
+// Where the characters from `begin` on end that are taken as they are.
+std::size_t plainEnd(const std::wstring& line, std::size_t begin, bool valueStarted) {
+    std::size_t end = begin;
+    while (end < line.size() && line[end] != L'\\' && line[end] != L'\r' &&
+           (valueStarted || !isSeparator(line[end]))) {
+        ++end;
+    }
+    return end;
+}
+
+void appendPlain(LogicalLine& logical, std::wstring_view text, bool& valueStarted) {
+    if (!logical.inValue) {
+        logical.key += text;
+        return;
+    }
+    logical.continued = false;
+    valueStarted = true;
+    logical.value += text;
+}
+
 void appendLine(LogicalLine& logical, const std::wstring& line) {
     if (!logical.isBegun && line.size() >= 2) {
         logical.jvmOptionLine = line.starts_with(L"-X");
@@ -60,6 +81,11 @@ void appendLine(LogicalLine& logical, const std::wstring& line) {
     logical.isBegun = true;
     bool valueStarted = false;
     for (std::size_t i = 0; i < line.size(); ++i) {
+        if (const std::size_t end = plainEnd(line, i, valueStarted); end > i) {
+            appendPlain(logical, std::wstring_view(line).substr(i, end - i), valueStarted);
+            i = end - 1;
+            continue;
+        }
         if (line[i] == L'\\' && i + 1 == line.size()) {
             logical.continued = true;
             break;

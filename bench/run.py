@@ -1,0 +1,268 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks that ./bench.sh has built, prints a table, and writes the plots of docs/performance.
+
+    bench/run.py [--rounds N] [--processor N] [part...]
+
+Parts: reading, growth, starts, queue, removal, size. Each ratio compares programs of one run, whose rounds take
+turns on one processor. The table gives the median ratio and the 10th and 90th percentile over the rounds.
+"""
+
+import argparse
+import json
+import math
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+NATIVE = ROOT / "build/native-bench/bench"
+WINDOWS = ROOT / "build/windows"
+WORK = ROOT / "build/bench"
+PLOTS = ROOT / "docs/performance"
+PREFIX = "bench"
+DRIVE = ROOT / "build" / PREFIX / "drive_c"
+INSTALL = DRIVE / "Apps/framework/Client"
+LAUNCHER = r"C:\Apps\framework\Client\zel\zellauncher.exe"
+
+rows = []
+
+
+def on_processor(command):
+    return ["taskset", "-c", str(options.processor), *map(str, command)]
+
+
+def wine(*command):
+    return [str(ROOT / "cmake/wine-run.sh"), *map(str, command)]
+
+
+def output(command):
+    """What the command writes; a file, because a platform that stays would keep a pipe open."""
+    written = WORK / "output"
+    with open(written, "wb") as file:
+        done = subprocess.run(on_processor(command), stdout=file, stdin=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, check=False)
+    if done.returncode != 0:
+        sys.exit(f"{command} failed with {done.returncode}")
+    return written.read_text(errors="replace")
+
+
+def spread(ratios):
+    ordered = sorted(ratios)
+    at = lambda share: ordered[min(len(ordered) - 1, int(share * len(ordered)))]
+    return f"{statistics.median(ordered):.2f} ({at(0.1):.2f} to {at(0.9):.2f})"
+
+
+def add_row(what, value):
+    rows.append((what, value))
+    print(f"  {what}: {value}", flush=True)
+
+
+class Peer:
+    """A program that measures once for each line of its input."""
+
+    def __init__(self, command):
+        self.process = subprocess.Popen(on_processor(command), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                        stderr=subprocess.DEVNULL)
+
+    def round(self):
+        self.process.stdin.write(b"\n")
+        self.process.stdin.flush()
+        return [float(number) for number in self.process.stdout.readline().split()]
+
+    def end(self):
+        self.process.stdin.close()
+        self.process.wait()
+
+
+def reading():
+    """Against the peers, with the product's own reader under Wine and one megabyte."""
+    file = WORK / "workload.properties"
+    file.write_bytes(subprocess.run([NATIVE / "bench_workload", "1000000"], stdout=subprocess.PIPE,
+                                    check=True).stdout)
+    subprocess.run(["javac", "-d", WORK, ROOT / "bench/peers/JavaProperties.java"], check=True)
+    own = Peer(wine(WINDOWS / "bench/bench_read_properties.exe", "Z:" + str(file)))
+    peers = {
+        "java.util.Properties": Peer(["java", "-Xshare:auto", "-cp", WORK, "JavaProperties", file]),
+        "Boost.PropertyTree": Peer([NATIVE / "bench_boost_ptree", file]),
+        "Poco": Peer([NATIVE / "bench_poco_properties", file]),
+    }
+    for _ in range(200):  # until Java's compiler is done
+        for peer in (own, *peers.values()):
+            peer.round()
+    rounds = [{name: peer.round() for name, peer in (("own", own), *peers.items())} for _ in range(options.rounds)]
+    size = file.stat().st_size
+    speed = statistics.median(size / each["own"][0] * 1000 for each in rounds)
+    add_row("reading 1 MB, megabytes in a second", f"{speed:.0f}")
+    add_row("memory for each byte read", f"{max(each['own'][1] for each in rounds) / size:.2f}")
+    for name in peers:
+        add_row(f"reading speed against {name}", spread(each[name][0] / each["own"][0] for each in rounds))
+    for peer in (own, *peers.values()):
+        peer.end()
+
+
+def exponent(points):
+    (first, low), (last, high) = points[0], points[-1]
+    return math.log(high / low) / math.log(last / first)
+
+
+GROWTH = {
+    "readProperties": ("Reading a property file", "bytes"),
+    "lookUpProperty": ("One lookup", "properties"),
+    "substituteProperties": ("Substituting the values of a list", "properties, half of them with a token"),
+    "substituteTokens": ("Substituting one value", "tokens"),
+    "formatText": ("Formatting a line", "characters"),
+    "logLine": ("Writing a line to the log", "characters"),
+    "convertPath": ("Converting a path", "components"),
+    "removeFiles": ("Removing a directory tree", "files"),
+}
+
+
+def plot(name, title, label, points, unit="microseconds of the processor"):
+    data = WORK / f"{name}.dat"
+    data.write_text("".join(f"{x} {y}\n" for x, y in points))
+    script = f"""set terminal svg size 480,320 font 'sans,11'
+set output '{PLOTS / (name + ".svg")}'
+set title '{title}'
+set xlabel '{label}'
+set ylabel '{unit}'
+set logscale xy
+set grid
+unset key
+plot '{data.name}' with linespoints lw 2 pt 7
+"""
+    subprocess.run(["gnuplot"], input=script.encode(), cwd=WORK, check=True)
+
+
+def growth():
+    result = json.loads(output([NATIVE / "bench_growth", "--benchmark_format=json", "--benchmark_min_time=0.1"]))
+    series = {}
+    for each in result["benchmarks"]:
+        name, size = each["name"].split("/")[:2]
+        factor = {"ns": 1e-3, "us": 1, "ms": 1e3}[each["time_unit"]]
+        series.setdefault(name, []).append((int(size), each["cpu_time"] * factor))
+    PLOTS.mkdir(exist_ok=True)
+    for name, (title, label) in GROWTH.items():
+        points = series[name]
+        plot(name, title, label, points)
+        add_row(f"growth, {title.lower()}, {points[0][0]} to {points[-1][0]} {label.split(',')[0]}",
+                f"exponent {exponent(points):.2f}")
+
+
+def lay_out(platform):
+    output(wine("cmd", "/c", "ver"))
+    shutil.rmtree(INSTALL, ignore_errors=True)
+    shutil.rmtree(DRIVE / "ws", ignore_errors=True)
+    INSTALL.parent.mkdir(parents=True, exist_ok=True)
+    shutil.copytree(ROOT / "examples/install", INSTALL)
+    executable = INSTALL / "zel/eclipse/plugins/base_1.0/win32/x86_64/eclipse.exe"
+    executable.parent.mkdir(parents=True, exist_ok=True)
+    shutil.copy(platform, executable)
+    (INSTALL / "jvm/bin").mkdir(parents=True)
+    for name in ("java.exe", "javaw.exe"):
+        (INSTALL / "jvm/bin" / name).touch()
+    shutil.copy(WINDOWS / "zellauncher.exe", INSTALL / "zel")
+    return executable
+
+
+def starts():
+    """From process start to the child, against a program that only starts it."""
+    child = WINDOWS / "bench/bench_child.exe"
+    lay_out(child)
+    measure = WINDOWS / "bench/bench_start_time.exe"
+    bare = wine(measure, WINDOWS / "bench/bench_bare_starter.exe", child)
+    own = wine(measure, LAUNCHER, "-data", r"C:\ws")
+    other = os.environ.get("ZELLAUNCHER_BENCH_OTHER")  # another build of the launcher
+    if other:
+        shutil.copy(other, INSTALL / "zel/other.exe")
+    for _ in range(3):
+        output(own)
+    rounds = []
+    for _ in range(options.rounds):
+        times = {"bare": float(output(bare)), "own": float(output(own))}
+        if other:
+            times["other"] = float(output(wine(measure, LAUNCHER.replace("zellauncher.exe", "other.exe"),
+                                               "-data", r"C:\ws")))
+        rounds.append(times)
+    add_row("from process start to the child, against a bare starter",
+            spread(each["own"] / each["bare"] for each in rounds))
+    add_row("the same, milliseconds more", f"{statistics.median((e['own'] - e['bare']) / 1e6 for e in rounds):.1f}")
+    if other:
+        add_row("against the other build", spread(each["own"] / each["other"] for each in rounds))
+
+
+def queue():
+    """Launchers that are started at once while a platform runs."""
+    executable = lay_out(WINDOWS / "standin.exe")
+    (executable.parent / "standin.script").write_text("live 120000\n")
+    at_once = WINDOWS / "bench/bench_at_once.exe"
+    points = []
+    for count in (10, 20, 50):
+        output(wine(at_once, 1, "in-turn", LAUNCHER, "-data", r"C:\ws"))  # starts the platform if none runs
+        ratios = []
+        shares = []
+        for _ in range(max(1, options.rounds // 10)):
+            in_turn = output(wine(at_once, count, "in-turn", LAUNCHER, "-data", r"C:\ws")).split()
+            together = output(wine(at_once, count, "together", LAUNCHER, "-data", r"C:\ws")).split()
+            if in_turn[2] != "0" or together[2] != "0":
+                sys.exit("a launcher failed")
+            ratios.append(float(together[0]) / float(in_turn[0]))
+            shares.append(float(together[0]))
+        points.append((count, statistics.median(shares) * 1e6))
+        add_row(f"{count} launchers at once, against one after the other", spread(ratios))
+    PLOTS.mkdir(exist_ok=True)
+    plot("launchersAtOnce", "Launchers at once on one platform", "launchers", points, "microseconds until the last one")
+    (DRIVE / "ws/standin.stop").touch()
+
+
+def fill(directory, files):
+    for number in range(files):
+        if number % 100 == 0:
+            part = directory / str(number // 100)
+            part.mkdir(parents=True)
+        (part / f"file{number}").touch()
+
+
+def removal():
+    for files in options.files:
+        ratios = []
+        for _ in range(options.removals):
+            times = {}
+            for name in ("bench_bare_remover", "bench_remove_tree"):
+                tree = DRIVE / "tree"
+                fill(tree, files)
+                times[name] = float(output(wine(WINDOWS / f"bench/{name}.exe", r"C:\tree")))
+            ratios.append(times["bench_remove_tree"] / times["bench_bare_remover"])
+        add_row(f"removal of {files} files, against a bare remover", spread(ratios))
+
+
+def size():
+    for name in ("zellauncher.exe", "zellauncherw.exe"):
+        add_row(f"size of {name}, bytes", (WINDOWS / name).stat().st_size)
+
+
+PARTS = {each.__name__: each for each in (reading, growth, starts, queue, removal, size)}
+
+
+def main():
+    os.environ["ZELLAUNCHER_WINE_PREFIX"] = PREFIX
+    WORK.mkdir(parents=True, exist_ok=True)
+    for name in options.parts or PARTS:
+        print(f"{name}:", flush=True)
+        PARTS[name]()
+    print("\n| Measured | Value |\n| --- | --- |")
+    for what, value in rows:
+        print(f"| {what} | {value} |")
+
+
+parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+parser.add_argument("parts", nargs="*", metavar="part", choices=[*PARTS, []])
+parser.add_argument("--rounds", type=int, default=50)
+parser.add_argument("--processor", type=int, default=0)
+parser.add_argument("--files", type=int, nargs="+", default=[1000, 10_000, 100_000])
+parser.add_argument("--removals", type=int, default=3, help="rounds of a removal")
+options = parser.parse_args()
+if __name__ == "__main__":
+    main()
