@@ -123,7 +123,7 @@ TEST_F(PlatformXml, PlaceholderWhoseValueGrowsWithoutEndStays) {
 
 // Each replacement completes the next placeholder and shortens the line.
 TEST_F(PlatformXml, ThousandReplacementsInALineAreTheMost) {
-    launcher[0].value = L"{jvm.feature.id}";
+    launcher.setValue(0, L"{jvm.feature.id}");
     EXPECT_EQ(seeded(std::string(1000, '$') + "{jvm.feature.id}\n"), "{jvm.feature.id}\r\n");
     const std::string longer = std::string(1001, '$') + "{jvm.feature.id}";
     EXPECT_EQ(seeded(longer + "\n"), longer + "\r\n");
