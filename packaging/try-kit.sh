@@ -40,7 +40,7 @@ mkdir -p "$results"
 # outside.
 run wine-kit '' ordinary contract endtoend endtoend_windowless endtoend_explained realplatform
 run wine-kit netapi32= supervised endtoend_supervision realplatform_supervision
-run wine-kiosk winemenubuilder.exe=d kiosk kiosk
+run wine-kiosk 'winemenubuilder.exe=d;explorer.exe=n' kiosk kiosk
 
 # The result of a suite as "tests failures skipped", from a report of GoogleTest.
 counts() {
