@@ -197,11 +197,20 @@ TEST_F(ChildCommand, RecordOfADeadOwnerIsReplaced) {
 
 TEST_F(ChildCommand, OnlyTheFirstLikelyCauseIsLogged) {
     for (const std::wstring& command : {commandOfLength(longestCommand + 1), std::wstring()}) {
-        machine.inject(launchertest::failing("createProcess", platform::errorFileNotFound));
-        start(command);
-        EXPECT_TRUE(outcome.isFatal());
-        EXPECT_EQ(outcome.linesBeginningWith("ZELLauncher> "), 1U);
+        for (const platform::ErrorCode error : {platform::errorFileNotFound, platform::errorBadProgram}) {
+            machine.inject(launchertest::failing("createProcess", error));
+            start(command);
+            EXPECT_TRUE(outcome.isFatal());
+            EXPECT_EQ(outcome.linesBeginningWith("ZELLauncher> "), 1U);
+        }
     }
+}
+
+TEST_F(ChildCommand, OtherErrorsHaveNoLikelyCause) {
+    machine.inject(launchertest::failing("createProcess", platform::errorAccessDenied));
+    start(program);
+    EXPECT_TRUE(outcome.isFatal());
+    EXPECT_EQ(outcome.linesBeginningWith("ZELLauncher> "), 0U);
 }
 
 TEST_F(ChildCommand, MissingProgramIsTheLikelyCause) {

@@ -292,12 +292,15 @@ TEST_F(Queue, PlatformThatPublishesTooLateIsStartedTwice) {
 
 TEST_F(PlatformLock, InvalidationBlanksTheProcessIdInPlace) {
     machine.writeFile(lockFile, "123456789012345678");
-    const auto invalidate = [] {
+    std::string onDisk;  // while the launcher runs
+    const auto invalidate = [&] {
         zellauncher::lockFilePath = lockFile;
         zellauncher::openLockFile();
         zellauncher::invalidateLockFile();
+        onDisk = machine.readFile(lockFile).value_or("");
     };
     outcome = run(invalidate);
+    EXPECT_EQ(onDisk, std::string(14, ' ') + "5678");
     EXPECT_EQ(machine.readFile(lockFile), std::string(14, ' ') + "5678");
     EXPECT_EQ(outcome.log, "");
     machine.inject(failing("writeStream", platform::errorAccessDenied, L".zel.lock"));

@@ -96,6 +96,25 @@ TEST_F(Rerun, WaitsForTheNewPipeFile) {
     EXPECT_EQ(machine.readFile(pipeFile), "\\\\.\\pipe\\new\r\n");
 }
 
+TEST_F(Rerun, OnlyAPipeFileThatWasSetAsideIsDeleted) {
+    outcome = run([this] {
+        zellauncher::acquirePlatformLock({L"prog"}, L"C:\\ws");
+        writePipeFile("first");
+        machine.writeFile(crashedPipeFile, "older");
+        zellauncher::recordPlatformProcess(ownPlatform);
+        EXPECT_TRUE(machine.exists(crashedPipeFile));
+        EXPECT_EQ(machine.readFile(lockFile).value_or("").substr(0, 5), "4711 ");  // already on the disk
+    });
+    claim([] {},
+          [&] {
+              writePipeFile("new");
+              zellauncher::recordPlatformProcess(4712);
+              machine.writeFile(crashedPipeFile, "older");
+              zellauncher::recordPlatformProcess(4713);
+          });
+    EXPECT_TRUE(machine.exists(crashedPipeFile));
+}
+
 TEST_F(Rerun, PlatformOfAnotherLauncherPreventsIt) {
     bool isFree = false;
     claim([this] { startOtherPlatform(); }, [&] { isFree = canLock(); });
