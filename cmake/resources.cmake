@@ -31,15 +31,20 @@ function(zellauncher_icon result drawing name)
   set(icon ${CMAKE_CURRENT_BINARY_DIR}/generated/${name}.ico)
   set(commands "")
   set(images "")
+  set(largest_plain 32)
   foreach(size 16 20 24 32 40 48 64 256)
     set(image ${CMAKE_CURRENT_BINARY_DIR}/generated/${name}-${size}.png)
-    list(APPEND images ${image})
+    if(size GREATER largest_plain)
+      list(APPEND images --raw=${image})
+    else()
+      list(APPEND images ${image})
+    endif()
     list(APPEND commands COMMAND ${RSVG_CONVERT} --width ${size} --height ${size} --output ${image} ${drawing})
   endforeach()
-  list(POP_BACK images largest)
-  # Windows wants the largest one compressed, and older programs the others plain.
+  # Windows wants the largest one compressed, and older programs the small ones plain. Those between would be a
+  # tenth of the launcher if they were plain.
   add_custom_command(OUTPUT ${icon} ${commands}
-                     COMMAND ${ICOTOOL} --create --output ${icon} ${images} --raw=${largest}
+                     COMMAND ${ICOTOOL} --create --output ${icon} ${images}
                      DEPENDS ${drawing} VERBATIM)
   set(${result} ${icon} PARENT_SCOPE)
 endfunction()

@@ -1,5 +1,6 @@
 #include "explain/encoding.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -111,6 +112,23 @@ bool isUtf8(std::string_view bytes) {
         takePoint(bytes, position, isValid);
     }
     return isValid;
+}
+
+bool isUtf16(std::string_view bytes) {
+    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
+        return true;
+    }
+    // Without a mark: every second byte of the beginning is a NUL.
+    constexpr std::size_t looked = 64;
+    const std::size_t end = std::min(bytes.size(), looked) / 2 * 2;
+    std::size_t even = 0;
+    std::size_t odd = 0;
+    for (std::size_t i = 0; i < end; i += 2) {
+        even += bytes[i] == '\0' ? 1U : 0U;
+        odd += bytes[i + 1] == '\0' ? 1U : 0U;
+    }
+    const std::size_t most = end / 2;
+    return most >= 4 && (even * 4 >= most * 3) != (odd * 4 >= most * 3);
 }
 
 std::string logLineToUtf8(std::string_view bytes) {

@@ -11,6 +11,8 @@ std::string toUtf8(std::wstring_view units);
 // A byte that is not part of valid UTF-8 becomes U+FFFD.
 std::wstring fromUtf8(std::string_view bytes);
 bool isUtf8(std::string_view bytes);
+// True if the bytes are UTF-16, so that nothing else can be said about them.
+bool isUtf16(std::string_view bytes);
 
 // The log is 8-bit text, one byte per character.
 std::string logLineToUtf8(std::string_view bytes);

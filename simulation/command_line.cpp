@@ -1,6 +1,7 @@
-#include <algorithm>
+#include "simulation/command_line.h"
 
-#include "simulation/machine_state.h"
+#include <algorithm>
+#include <cstddef>
 
 // Splitting a command line by the rules of CommandLineToArgvW.
 namespace simulation {

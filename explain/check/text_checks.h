@@ -12,7 +12,4 @@ namespace explain {
 // appends lines to a copy of it.
 void checkPropertyText(const std::string& name, const InstallFile& file, bool isTemplate, Findings& findings);
 
-// True if the bytes are UTF-16, so that nothing else can be said about them.
-bool isUtf16(std::string_view bytes);
-
 }  // namespace explain

@@ -6,7 +6,6 @@
 #include <functional>
 #include <set>
 
-#include "explain/check/text_checks.h"
 #include "explain/encoding.h"
 #include "simulation/command_line.h"
 

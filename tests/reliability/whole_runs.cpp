@@ -9,18 +9,8 @@ namespace reliability {
 
 namespace {
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define RELIABILITY_SANITIZED
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define RELIABILITY_SANITIZED
-#endif
-#ifdef RELIABILITY_SANITIZED
-constexpr std::uint64_t oneRunIn = 145;
-#else
 constexpr std::uint64_t oneRunIn = 29;
-#endif
+constexpr std::uint64_t oneSanitizedRunIn = 145;
 
 constexpr std::size_t longestLogLine = 300;
 constexpr std::size_t longestArgument = 120;
@@ -64,7 +54,8 @@ WholeRuns::WholeRuns(Tally& tally) : scenario(catalogue()[GetParam()]), rehearsa
 
 // Scenarios begin their shares at different disturbances, so that together they have all kinds of them.
 bool WholeRuns::isInShare(std::uint64_t number) const {
-    return launchertest::isLongRun() || (number + GetParam()) % oneRunIn == 0;
+    const std::uint64_t share = launchertest::isSanitized() ? oneSanitizedRunIn : oneRunIn;
+    return launchertest::isLongRun() || (number + GetParam()) % share == 0;
 }
 
 void WholeRuns::expectAccepted(const char* consequence, const std::string& what,

@@ -3,6 +3,7 @@
 #include "platform/files.h"
 #include "scenarios/story.h"
 #include "support/faults.h"
+#include "support/run_length.h"
 #include "support/text.h"
 
 namespace {
@@ -168,7 +169,8 @@ protected:
         const std::vector<std::wstring> arguments = reason == Reason::resetOption
                                                         ? std::vector<std::wstring>{L"-resetconfig"}
                                                         : std::vector<std::wstring>{};
-        for (std::uint64_t operation = 1;; ++operation) {
+        const std::uint64_t step = launchertest::isSanitized() ? 20 : 1;
+        for (std::uint64_t operation = 1;; operation += step) {
             SCOPED_TRACE(operation);
             machine.stopDeadAt(0);
             machine.remove(workspace);

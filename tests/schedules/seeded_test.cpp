@@ -19,7 +19,7 @@ std::uint64_t numberFromEnvironment(const char* name, std::uint64_t otherwise) {
 }
 
 #ifndef ZELLAUNCHER_ORDINARY_SCHEDULES
-#define ZELLAUNCHER_ORDINARY_SCHEDULES 1000
+#define ZELLAUNCHER_ORDINARY_SCHEDULES 300
 #endif
 constexpr std::uint64_t longSchedules = 1'000'000;
 

@@ -6,4 +6,7 @@ namespace launchertest {
 // run's share: any value except an empty one and 0.
 bool isLongRun();
 
+// True in a program that is built with the address sanitizer, which makes it many times slower.
+bool isSanitized();
+
 }  // namespace launchertest

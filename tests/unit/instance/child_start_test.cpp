@@ -230,7 +230,7 @@ TEST_F(ChildCommand, LongestCommandHas32766Characters) {
     machine.remove(mainRecord);
     machine.remove(pipeFile);
     start(commandOfLength(longestCommand + 1));
-    expectFailure({"CreateProcessW failed with error 206: The system has a text for this.", "",
+    expectFailure({"CreateProcessW failed with error 206: The filename or extension is too long.", "",
                    "ZELLauncher> the command is longer than the 32766 characters that the system can start"});
 }
 
