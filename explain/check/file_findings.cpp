@@ -5,6 +5,7 @@
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
 #include "explain/windows_paths.h"
+#include "foundation/text.h"
 #include "platform/files.h"
 
 namespace explain {
@@ -26,7 +27,8 @@ bool FileFindings::isReadOnly(const std::wstring& path) const {
 }
 
 bool FileFindings::isShown(const std::wstring& path) const {
-    return isWithin(path, options.install.path) ||
+    const std::wstring& install = options.install.path;
+    return zellauncher::equalIgnoringCase(path.substr(0, install.size()), install) ||
            std::any_of(options.maps.begin(), options.maps.end(),
                        [&](const Mapping& map) { return isWithin(path, map.path); });
 }

@@ -24,7 +24,8 @@ public:
     bool isFile(const std::wstring& path) const;
     bool isDirectory(const std::wstring& path) const;
     bool isReadOnly(const std::wstring& path) const;
-    // Within the install or a directory that --map shows. A path elsewhere may exist on a real machine.
+    // Within the install or a directory that --map shows, or ${zel.home} with a mistake after it. A path
+    // elsewhere may exist on a real machine.
     bool isShown(const std::wstring& path) const;
     // Names directly in a directory.
     std::vector<std::wstring> namesIn(const std::wstring& directory) const;
