@@ -84,10 +84,9 @@ ExampleInstall::ExampleInstall() : root(newDirectory()) {
     write("jvm/bin/javaw.exe", executableFile(false));
     write("jvm/bin/java.exe", executableFile(false));
     write("bin/platform.dll", executableFile(true));
-    for (const char* bundle :
-         {"org.eclipse.osgi_3.18.0", "org.eclipse.equinox.common_3.16.0",
-          "org.eclipse.equinox.registry_3.11.0", "org.eclipse.equinox.app_1.6.0",
-          "com.example.platform_1.0.0"}) {
+    for (const char* bundle : {"org.eclipse.osgi_3.18.0", "org.eclipse.equinox.common_3.16.0",
+                               "org.eclipse.equinox.registry_3.11.0", "org.eclipse.equinox.app_1.6.0",
+                               "com.example.platform_1.0.0"}) {
         write("zel/eclipse/plugins/" + std::string(bundle) + ".jar", beginningOfJar);
     }
 }
