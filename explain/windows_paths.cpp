@@ -30,18 +30,25 @@ bool isLetter(wchar_t unit) {
     return (unit >= L'a' && unit <= L'z') || (unit >= L'A' && unit <= L'Z');
 }
 
+bool hasDrive(const std::wstring& plainPath) {
+    return plainPath.size() >= 3 && isLetter(plainPath[0]) && plainPath[1] == L':' && plainPath[2] == L'\\';
+}
+
 }  // namespace
 
 std::optional<std::wstring> fullDrivePath(std::wstring path) {
     path = plainForm(std::move(path));
-    const bool hasDrive = path.size() >= 3 && isLetter(path[0]) && path[1] == L':' && path[2] == L'\\';
     const std::wstring bounded = path + L"\\";
-    if (!hasDrive || bounded.find(L"\\.\\") != std::wstring::npos ||
+    if (!hasDrive(path) || bounded.find(L"\\.\\") != std::wstring::npos ||
         bounded.find(L"\\..\\") != std::wstring::npos ||
         path.find_first_of(L"<>\"|?*:", 2) != std::wstring::npos) {
         return std::nullopt;
     }
     return path;
+}
+
+bool beginsWithDrive(const std::wstring& path) {
+    return hasDrive(plainForm(path));
 }
 
 bool isSamePath(const std::wstring& left, const std::wstring& right) {

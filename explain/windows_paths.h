@@ -16,6 +16,9 @@ inline constexpr bool ownMachineIsWindows = false;
 // separator and has no `.` or `..` in it. A drive's root keeps its separator.
 std::optional<std::wstring> fullDrivePath(std::wstring path);
 
+// True if the path begins with a drive and a separator.
+bool beginsWithDrive(const std::wstring& path);
+
 // Without regard to case and separators.
 bool isSamePath(const std::wstring& left, const std::wstring& right);
 // True if the path is the directory itself or below it.

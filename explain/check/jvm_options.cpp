@@ -154,4 +154,8 @@ std::optional<JvmOptionProblem> checkJvmOption(const std::string& option, JvmVen
     return std::nullopt;
 }
 
+bool isNamedLikeJvmOption(const std::string& option) {
+    return beginsWithOneOf(option, commonOptions) || beginsWithOneOf(option, otherOptions);
+}
+
 }  // namespace explain

@@ -4,6 +4,8 @@
 #include <set>
 
 #include "explain/catalogue.h"
+#include "explain/check/config_ini.h"
+#include "explain/check/jvm_options.h"
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
 #include "explain/similar_texts.h"
@@ -46,7 +48,10 @@ bool isRepeatable(const std::wstring& key) {
 class KeyCheck {
 public:
     KeyCheck(const InstallReading& theReading, const StartOptions& startOptions, Findings& all)
-        : reading(theReading), options(startOptions), findings(all) {}
+        : reading(theReading),
+          options(startOptions),
+          configIni(readConfigIni(theReading.configIni.bytes)),
+          findings(all) {}
 
     void run() {
         collectReferences();
@@ -54,6 +59,7 @@ public:
         checkFile(reading.launcherProperties, launcherFile);
         checkFile(reading.userTemplate, templateFile);
         checkFile(reading.jvmProperties, jvmFile);
+        checkConfigIni();
         checkDuplicates(reading.launcherProperties.entries);
         checkDuplicates(reading.made);
         checkDuplicates(reading.jvmProperties.entries);
@@ -62,6 +68,7 @@ public:
 private:
     const InstallReading& reading;
     const StartOptions& options;
+    const std::vector<ConfigIniEntry> configIni;
     Findings& findings;
     std::set<std::wstring> referenced;  // by ${prop.key}
 
@@ -143,6 +150,7 @@ private:
         }
         if (reading.userTemplate.exists) {
             checkRequiredOfTemplate();
+            checkApplication();
         }
         checkProvisioning();
     }
@@ -169,6 +177,33 @@ private:
                        "The JVM of a service has no class path, finds no class and ends at once, while the "
                        "launcher ends with 0.",
                        {});
+        }
+    }
+
+    bool hasConfigIniKey(const char* key) const { return findConfigIniEntry(configIni, key) != nullptr; }
+
+    // The product can name its application, and an application needs no product.
+    void checkApplication() {
+        const bool hasApplication =
+            reading.value(L"application") != nullptr || hasConfigIniKey("eclipse.application");
+        const bool hasProduct = hasLauncherKey(L"product") || reading.value(L"product") != nullptr ||
+                                hasConfigIniKey("eclipse.product");
+        const std::string name = nameOf(reading.userTemplate);
+        if (!hasApplication && !hasConfigIniKey("eclipse.ignoreApp")) {
+            add(rules::noApplication, hasProduct ? Severity::warning : Severity::error,
+                {installName(options, reading.userTemplate.path), 0, L""},
+                hasProduct ? "application is missing" : "application and product are missing",
+                hasProduct ? "The platform starts the application of its product. If the product names none, "
+                             "no platform comes up, although the launcher ends with 0."
+                           : "The framework does not know what to start: no platform comes up, although the "
+                             "launcher ends with 0.",
+                "Add application to " + name + ".");
+        }
+        if (hasApplication && !hasProduct) {
+            add(rules::noProduct, Severity::warning,
+                {installName(options, reading.launcherProperties.path), 0, L""}, "product is missing",
+                "The application starts without a product, so without its name, images and preferences.",
+                "Add product to " + nameOf(reading.launcherProperties) + ".");
         }
     }
 
@@ -221,7 +256,9 @@ private:
             return;
         }
         const KeyEntry* known = lookUpKey(toUtf8(key));
-        if (known == nullptr) {
+        if (known == nullptr && kind != launcherFile && isOptionWithoutHyphen(entry)) {
+            addOptionWithoutHyphen(file, entry);
+        } else if (known == nullptr) {
             checkSimilar(file, entry, key, kind);
         } else if (!isReadFrom(*known, kind)) {
             addWrongFile(file, entry, *known);
@@ -278,6 +315,51 @@ private:
                 key + " begins with neither -D nor -X", "The option does not reach the JVM.",
                 "Write vmarg.<name>=<option>, which passes any option on.");
         }
+    }
+
+    // A key that a ${prop.} token names is one of the packager. A colon ends a key, but not an option.
+    bool isOptionWithoutHyphen(const PropertyEntry& entry) const {
+        const std::wstring& key = entry.key;
+        const bool isProperty = key.size() > 1 && key[0] == L'D' && key[1] >= L'a' && key[1] <= L'z';
+        const bool isOption =
+            key.starts_with(L"X") && isNamedLikeJvmOption("-" + toUtf8(key) + ":" + toUtf8(entry.value));
+        return (isProperty || isOption) && referenced.count(key) == 0;
+    }
+
+    void addOptionWithoutHyphen(const InstallFile& file, const PropertyEntry& entry) {
+        const std::string key = toUtf8(entry.key);
+        add(rules::ignoredOption, Severity::warning, placeIn(file, entry),
+            key + " is no known key, but an option of the JVM without its hyphen",
+            "The option does not reach the JVM.",
+            "Begin the line with -" + key + ", or give a key of your own another name.");
+    }
+
+    // The keys of config.ini that decide if a platform comes up.
+    void checkConfigIni() {
+        constexpr const char* knownKeys[] = {"osgi.bundles", "osgi.bundles.defaultStartLevel",
+                                             "osgi.framework", "eclipse.application", "eclipse.product"};
+        const auto isKnown = [&](const ConfigIniEntry& entry) {
+            return std::find(std::begin(knownKeys), std::end(knownKeys), entry.key) != std::end(knownKeys);
+        };
+        for (const ConfigIniEntry& entry : configIni) {
+            const auto* meant =
+                std::find_if(std::begin(knownKeys), std::end(knownKeys),
+                             [&](const char* key) { return areSimilar(fromUtf8(entry.key), fromUtf8(key)); });
+            if (meant != std::end(knownKeys) && !isKnown(entry)) {
+                addSimilarInConfigIni(entry, *meant);
+            }
+        }
+    }
+
+    void addSimilarInConfigIni(const ConfigIniEntry& entry, const std::string& meant) {
+        const bool isFatal = meant == "osgi.bundles" && !hasConfigIniKey("osgi.bundles");
+        add(rules::similarKey, isFatal ? Severity::error : Severity::warning,
+            {installName(options, reading.configIni.path), entry.line, L""},
+            entry.key + " is no key of the framework; " + meant + " is",
+            isFatal ? "The framework starts none of the bundles: no platform comes up, although the launcher "
+                      "ends with 0."
+                    : "The framework ignores the line.",
+            "Write " + meant + ".");
     }
 
     void checkSimilar(const InstallFile& file, const PropertyEntry& entry, const std::wstring& key,

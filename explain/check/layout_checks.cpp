@@ -1,9 +1,10 @@
 #include "explain/check/layout_checks.h"
 
 #include <algorithm>
-#include <set>
 
 #include "explain/check/executable_file.h"
+#include "explain/check/file_findings.h"
+#include "explain/check/framework_checks.h"
 #include "explain/check/rules.h"
 #include "explain/check/start_checks.h"
 #include "explain/encoding.h"
@@ -20,62 +21,6 @@ namespace {
 
 using zellauncher::InstallConfigurationKind;
 
-struct NamedPath {
-    std::wstring path;
-    ValueSource source;
-};
-
-class LayoutCheck {
-public:
-    LayoutCheck(const StartOptions& startOptions, const World& theWorld, Findings& all)
-        : options(startOptions), world(theWorld), findings(all) {}
-
-    void add(const char* rule, Severity severity, const std::wstring& path, std::size_t line,
-             std::string text, std::string consequence, std::string remedy,
-             std::vector<std::string> messages = {}) {
-        findings.push_back({rule, severity, toUtf8(installName(options, path)), line, std::move(text),
-                            std::move(consequence), std::move(remedy), std::move(messages)});
-    }
-
-    bool exists(const std::wstring& path) const { return fullDrivePath(path) && world.machine->exists(path); }
-
-    bool isFile(const std::wstring& path) const { return exists(path) && !world.machine->isDirectory(path); }
-
-    bool isReadOnly(const std::wstring& path) const {
-        return (world.machine->attributes(path) & platform::attributeReadOnly) != 0;
-    }
-
-    // A missing file is reported where it should be, and where it is named.
-    void addMissing(const NamedPath& named, const std::string& what, const std::string& consequence,
-                    const std::vector<std::string>& messages = {}) {
-        const std::wstring path = fullDrivePath(named.path).value_or(named.path);
-        add(rules::missingFile, Severity::error, path, 0, what + " is missing: " + toUtf8(path), consequence,
-            "Ship the file, or correct what names it.", messages);
-        const Place place =
-            named.source.origin.value_or(Place{named.source.file, named.source.line, named.source.name});
-        if (place.line != 0) {
-            findings.push_back({rules::danglingPath, Severity::error, toUtf8(place.file), place.line,
-                                toUtf8(place.name) + " leads to a file that does not exist: " + toUtf8(path),
-                                consequence, "Correct the path, or ship the file.", messages});
-        }
-    }
-
-    void checkLength(const std::wstring& path, const std::string& what) {
-        const std::wstring full = fullDrivePath(path).value_or(path);
-        if (full.size() > longestPath) {
-            add(rules::longPath, Severity::error, full, 0,
-                "the path of " + what + " has " + std::to_string(full.size()) + " characters",
-                "Windows programs can use 259. The file cannot be opened or started.",
-                "Shorten the directories of the install.");
-        }
-    }
-
-private:
-    const StartOptions& options;
-    const World& world;
-    Findings& findings;
-};
-
 // --- The command -------------------------------------------------------------------------------------
 
 std::wstring withoutQuotes(std::wstring text) {
@@ -91,7 +36,7 @@ public:
           options(startOptions),
           world(theWorld),
           start(theStart),
-          layout(startOptions, theWorld, all) {}
+          files(startOptions, theWorld, all) {}
 
     void run() {
         if (!reading.isDirectJavaStart) {
@@ -101,7 +46,6 @@ public:
         checkJvm();
         checkClassPath("boot class path");
         checkClassPath("class path");
-        checkBundles();
     }
 
 private:
@@ -109,7 +53,7 @@ private:
     const StartOptions& options;
     const World& world;
     const Explanation& start;
-    LayoutCheck layout;
+    FileFindings files;
 
     // The elements of a section, without quotes.
     std::vector<NamedPath> elementsOf(const std::string& section) const {
@@ -128,11 +72,11 @@ private:
 
     void checkNativeLauncher() {
         const std::vector<NamedPath> program = elementsOf("program");
-        if (program.empty() || !layout.isFile(program.front().path)) {
+        if (program.empty() || !files.isFile(program.front().path)) {
             return;  // the start says so
         }
         const std::wstring path = *fullDrivePath(program.front().path);
-        layout.checkLength(path, "the native platform launcher");
+        files.checkLength(path, "the native platform launcher");
         checkProgram(
             {path, {}}, "the native platform launcher", ExecutableFile::program,
             {"CreateProcessW failed", "ZELLauncher> the file that the command names is not a program"});
@@ -149,10 +93,10 @@ private:
                                  : found == ExecutableFile::none ? what + " is no Windows program or library"
                                  : found == ExecutableFile::library ? what + " is a library, not a program"
                                                                     : what + " is a program, not a library";
-        layout.add(rules::notAProgram, Severity::error, program.path, 0, text,
-                   messages.empty() ? "The platform does not come up, although the launcher ends with 0."
-                                    : "Windows cannot start it.",
-                   "Ship the file for x64.", messages);
+        files.add(rules::notAProgram, Severity::error, program.path, 0, text,
+                  messages.empty() ? "The platform does not come up, although the launcher ends with 0."
+                                   : "Windows cannot start it.",
+                  "Ship the file for x64.", messages);
     }
 
     // The native launcher finds its library through the eclipse.ini beside it, or beside itself.
@@ -167,28 +111,28 @@ private:
         if (named) {
             const bool isFull = fullDrivePath(*named).has_value();
             const std::wstring path = isFull ? *named : directory + L"\\" + *named;
-            if (!layout.exists(path)) {
+            if (!files.exists(path)) {
                 ValueSource source;
                 source.file = installName(options, ini);
                 source.line = number;
                 source.name = L"--launcher.library";
-                layout.addMissing({path, source}, "the native launcher's library", consequence);
+                files.addMissing({path, source}, "the native launcher's library", consequence);
             } else if (!world.machine->isDirectory(path)) {
                 checkProgram({path, {}}, "the native launcher's library", ExecutableFile::library, {});
             }
             return;
         }
         if (!hasLibraryBeside(directory)) {
-            layout.add(rules::missingFile, Severity::error, ini, 0,
-                       "the native launcher's library is not named, and none is beside it", consequence,
-                       "Ship the library, and name it with --launcher.library in " +
-                           toUtf8(installName(options, ini)) + ".");
+            files.add(rules::missingFile, Severity::error, ini, 0,
+                      "the native launcher's library is not named, and none is beside it", consequence,
+                      "Ship the library, and name it with --launcher.library in " +
+                          toUtf8(installName(options, ini)) + ".");
         }
     }
 
     std::optional<std::wstring> libraryOf(const std::wstring& ini, std::size_t& number) const {
         const std::string text =
-            layout.isFile(ini) ? world.machine->readFile(ini).value_or("") : std::string();
+            files.isFile(ini) ? world.machine->readFile(ini).value_or("") : std::string();
         bool isNext = false;
         std::size_t line = 0;
         for (std::size_t begin = 0; begin < text.size();) {
@@ -207,30 +151,10 @@ private:
     }
 
     bool hasLibraryBeside(const std::wstring& directory) const {
-        const std::vector<std::wstring> names = namesIn(directory);
+        const std::vector<std::wstring> names = files.namesIn(directory);
         return std::any_of(names.begin(), names.end(), [](const std::wstring& name) {
             return name.size() > 4 && zellauncher::equalIgnoringCase(name.substr(name.size() - 4), L".dll");
         });
-    }
-
-    // Names directly in a directory of the machine.
-    std::vector<std::wstring> namesIn(const std::wstring& directory) const {
-        std::vector<std::wstring> names;
-        if (!layout.exists(directory) || !world.machine->isDirectory(directory)) {
-            return names;
-        }
-        world.machine->run({L"C:\\zelexplain"}, [&] {
-            platform::FirstMatch match = platform::findFirst(directory + L"\\*");
-            if (match.handle == platform::FindHandle::none) {
-                return 0;
-            }
-            for (auto entry = std::optional(match.entry); entry; entry = platform::findNext(match.handle)) {
-                names.push_back(entry->name);
-            }
-            platform::findClose(match.handle);
-            return 0;
-        });
-        return names;
     }
 
     void checkStartupJar() {
@@ -238,10 +162,10 @@ private:
             if (named.path.starts_with(L"-")) {
                 continue;
             }
-            if (!layout.isFile(named.path)) {
+            if (!files.isFile(named.path)) {
                 // The base location is right, because the templates were found there.
-                layout.addMissing({named.path, {}}, "the jar that the native launcher starts",
-                                  "No platform comes up, although the launcher ends with 0.");
+                files.addMissing({named.path, {}}, "the jar that the native launcher starts",
+                                 "No platform comes up, although the launcher ends with 0.");
             } else {
                 checkJar(named.path, "the jar that the native launcher starts");
             }
@@ -249,10 +173,10 @@ private:
     }
 
     void checkJar(const std::wstring& path, const std::string& what) {
-        layout.checkLength(path, what);
+        files.checkLength(path, what);
         if (!beginningOf(path).starts_with("PK")) {
-            layout.add(rules::notAJar, Severity::note, path, 0, what + " does not begin like a jar",
-                       "Java cannot read it if it is none.", "Ship the jar.");
+            files.add(rules::notAJar, Severity::note, path, 0, what + " does not begin like a jar",
+                      "Java cannot read it if it is none.", "Ship the jar.");
         }
     }
 
@@ -276,15 +200,15 @@ private:
     }
 
     void checkJvm(const NamedPath& named, const std::vector<std::string>& messages) {
-        if (!layout.isFile(named.path)) {
-            layout.addMissing(named, "the JVM",
-                              messages.empty() ? "No platform comes up, although the launcher ends with 0."
-                                               : "A start ends with -1.",
-                              messages);
+        if (!files.isFile(named.path)) {
+            files.addMissing(named, "the JVM",
+                             messages.empty() ? "No platform comes up, although the launcher ends with 0."
+                                              : "A start ends with -1.",
+                             messages);
             return;
         }
         const std::wstring path = *fullDrivePath(named.path);
-        layout.checkLength(path, "the JVM");
+        files.checkLength(path, "the JVM");
         if (path.ends_with(L".ee")) {
             return;
         }
@@ -315,131 +239,14 @@ private:
         if (named.path.empty() || named.path.ends_with(L"*")) {
             return;
         }
-        if (!layout.exists(named.path)) {
-            layout.addMissing(named, "a jar of the " + section,
-                              section == "class path"
-                                  ? "The JVM may not find the platform's main class; it then ends at once."
-                                  : "Java goes on without it.");
+        if (!files.exists(named.path)) {
+            files.addMissing(named, "a jar of the " + section,
+                             section == "class path"
+                                 ? "The JVM may not find the platform's main class; it then ends at once."
+                                 : "Java goes on without it.");
         } else if (!world.machine->isDirectory(named.path)) {
             checkJar(named.path, "a jar of the " + section);
         }
-    }
-
-    // --- Bundles ---------------------------------------------------------------------------------
-
-    void checkBundles() {
-        if (!reading.configIni.exists) {
-            return;
-        }
-        std::size_t number = 0;
-        const std::string bundles = bundleList(number);
-        if (bundles.empty()) {
-            return;
-        }
-        std::set<std::wstring> provided;
-        for (const std::wstring& directory : pluginDirectories()) {
-            for (const std::wstring& name : namesIn(directory)) {
-                provided.insert(name);
-            }
-        }
-        for (std::size_t begin = 0; begin < bundles.size();) {
-            const std::size_t end = std::min(bundles.find(',', begin), bundles.size());
-            checkBundle(bundles.substr(begin, end - begin), number, provided);
-            begin = end + 1;
-        }
-    }
-
-    // The value of osgi.bundles. config.ini is the framework's file, in Java's dialect of properties.
-    std::string bundleList(std::size_t& number) const {
-        const std::string& text = reading.configIni.bytes;
-        std::size_t line = 0;
-        bool isInValue = false;
-        std::string value;
-        for (std::size_t begin = 0; begin < text.size();) {
-            const std::size_t end = std::min(text.find('\n', begin), text.size());
-            std::string content = text.substr(begin, end - begin);
-            begin = end + 1;
-            ++line;
-            content.resize(content.find_last_not_of("\r") + 1);
-            content.erase(0, std::min(content.find_first_not_of(" \t"), content.size()));
-            if (!isInValue) {
-                constexpr std::string_view key = "osgi.bundles";
-                const std::size_t separator = content.find_first_of("=: \t");
-                if (separator == std::string::npos || content.substr(0, separator) != key) {
-                    continue;
-                }
-                number = line;
-                value.clear();
-                content.erase(0, std::min(content.find_first_not_of("=: \t", separator), content.size()));
-            }
-            isInValue = content.ends_with('\\');
-            if (isInValue) {
-                content.pop_back();
-            }
-            value += content;
-        }
-        return value;
-    }
-
-    std::set<std::wstring> pluginDirectories() const {
-        std::set<std::wstring> directories = {options.install.path + L"\\zel\\eclipse\\plugins"};
-        for (const Element& element : start.elements) {
-            constexpr std::wstring_view areas[] = {L"-Dosgi.install.area=", L"-Dosgi.syspath="};
-            for (const std::wstring_view area : areas) {
-                if (!element.text.starts_with(area)) {
-                    continue;
-                }
-                std::wstring directory = withoutQuotes(element.text.substr(area.size()));
-                if (directory.starts_with(L"file:")) {
-                    directory.erase(0, directory.find_first_not_of(L'/', 5));
-                }
-                if (const auto full = fullDrivePath(directory)) {
-                    directories.insert(*full);
-                    directories.insert(*full + L"\\plugins");
-                }
-            }
-        }
-        return directories;
-    }
-
-    void checkBundle(std::string bundle, std::size_t number, const std::set<std::wstring>& provided) {
-        bundle.resize(bundle.find_last_not_of(" \t") + 1);
-        bundle.erase(0, std::min(bundle.find_first_not_of(" \t"), bundle.size()));
-        const std::string place = bundle.substr(0, bundle.find('@'));
-        std::wstring name = fromUtf8(place);
-        if (name.starts_with(L"reference:")) {
-            name.erase(0, std::wstring_view(L"reference:").size());
-        }
-        const bool isFile = name.starts_with(L"file:");
-        if (isFile) {
-            name.erase(0, name.find_first_not_of(L'/', std::wstring_view(L"file:").size()));
-        }
-        std::erase(name, L'\\');
-        const bool isOther =
-            name.find(L"${") != std::wstring::npos || (!isFile && name.find(L':') != std::wstring::npos);
-        if (name.empty() || isOther || isProvided(name, provided)) {
-            return;
-        }
-        layout.add(rules::bundleMissing, Severity::error, reading.configIni.path, number,
-                   "no file of the plug-in directories provides the bundle " + toUtf8(name),
-                   "The framework starts without it, so the platform may not come up, although the launcher "
-                   "ends with 0.",
-                   "Ship " + toUtf8(name) + "_<version>.jar in zel/eclipse/plugins, or correct the name.");
-    }
-
-    bool isProvided(const std::wstring& bundle, const std::set<std::wstring>& provided) const {
-        const std::wstring name = bundle.substr(bundle.find_last_of(L"/") + 1);
-        if (fullDrivePath(bundle)) {
-            return layout.exists(bundle);
-        }
-        const auto found = provided.lower_bound(name);
-        for (auto entry = found; entry != provided.end() && entry->starts_with(name); ++entry) {
-            const std::wstring rest = entry->substr(name.size());
-            if (rest.empty() || rest.starts_with(L"_") || rest == L".jar") {
-                return true;
-            }
-        }
-        return false;
     }
 };
 
@@ -449,12 +256,12 @@ class TemplateCheck {
 public:
     TemplateCheck(const InstallReading& theReading, const StartOptions& startOptions, const World& theWorld,
                   Findings& all)
-        : reading(theReading), options(startOptions), world(theWorld), layout(startOptions, theWorld, all) {}
+        : reading(theReading), options(startOptions), world(theWorld), files(startOptions, theWorld, all) {}
 
     void run() {
         if (!launcher().exists) {
-            layout.addMissing({launcher().path, {}}, "zellauncher.properties",
-                              "A start ends with ZLNCH0096E.", {"ZLNCH0096E"});
+            files.addMissing({launcher().path, {}}, "zellauncher.properties", "A start ends with ZLNCH0096E.",
+                             {"ZLNCH0096E"});
             return;
         }
         checkProgram();
@@ -471,6 +278,7 @@ public:
         checkExtensionMarker();
         checkPluginCustomization();
         checkJvmProperties();
+        checkLibraryDirectories();
         checkAppendedIdentity();
     }
 
@@ -478,7 +286,7 @@ private:
     const InstallReading& reading;
     const StartOptions& options;
     const World& world;
-    LayoutCheck layout;
+    FileFindings files;
     const std::vector<std::string> copyMessages = {"ZLNCH0009E", "ZLNCH0022E", "ZLNCH0106E"};
 
     const InstallFile& launcher() const { return reading.launcherProperties; }
@@ -504,40 +312,40 @@ private:
             world.assumptions.begin(), world.assumptions.end(),
             [](const std::string& assumption) { return assumption.starts_with("zel/zellauncher.exe"); });
         if (isAssumed) {
-            layout.add(rules::missingFile, Severity::note, launcherPath(options), 0,
-                       "zellauncher.exe is missing", "There is nothing to start.", "Ship the launcher.");
+            files.add(rules::missingFile, Severity::note, launcherPath(options), 0,
+                      "zellauncher.exe is missing", "There is nothing to start.", "Ship the launcher.");
         }
     }
 
     void checkDebugMarker() {
         const std::wstring marker = options.install.path + L"\\zel\\prov.debug\\debug.txt";
-        if (layout.exists(marker)) {
-            layout.add(rules::debugMarker, Severity::error, marker, 0, "the debug marker file is shipped",
-                       "Every start waits until somebody deletes it.", "Do not ship the file.",
-                       {waitsWithoutLimit});
+        if (files.exists(marker)) {
+            files.add(rules::debugMarker, Severity::error, marker, 0, "the debug marker file is shipped",
+                      "Every start waits until somebody deletes it.", "Do not ship the file.",
+                      {waitsWithoutLimit});
         }
     }
 
     // False if there are no templates to look at.
     bool checkBaseLocation() {
         const std::wstring base = fullDrivePath(*reading.baseLocation).value_or(*reading.baseLocation);
-        if (!layout.exists(base)) {
+        if (!files.exists(base)) {
             const zellauncher::PropertyEntry* entry = launcherEntry(L"zel.base.location");
             const ValueSource source =
                 entry != nullptr ? sourceOf(L"zel.base.location", entry->value.source) : ValueSource();
-            layout.addMissing({base, source}, "the base location", "A start ends with ZLNCH0009E.",
-                              copyMessages);
+            files.addMissing({base, source}, "the base location", "A start ends with ZLNCH0009E.",
+                             copyMessages);
             return false;
         }
         const std::size_t longestName =
             std::max({reading.userTemplate.path.size(), reading.configIni.path.size(),
                       reading.platformXml.path.size()});
         if (longestName > longestPath) {
-            layout.add(rules::longPath, Severity::error, base, 0,
-                       "a template in the base location has a path of " + std::to_string(longestName) +
-                           " characters",
-                       "The launcher finds files by paths of at most 259 characters.",
-                       "Shorten the directories of the install.", {"ZLNCH"});
+            files.add(rules::longPath, Severity::error, base, 0,
+                      "a template in the base location has a path of " + std::to_string(longestName) +
+                          " characters",
+                      "The launcher finds files by paths of at most 259 characters.",
+                      "Shorten the directories of the install.", {"ZLNCH"});
         }
         return longestName <= longestPath;
     }
@@ -545,10 +353,10 @@ private:
     void checkCopiedTemplate(const InstallFile& file, const std::string& what,
                              const std::string& ifReadOnly) {
         if (!file.exists) {
-            layout.addMissing({file.path, {}}, what, "A user's first start fails.", copyMessages);
-        } else if (layout.isReadOnly(file.path)) {
-            layout.add(rules::readOnlyFile, Severity::warning, file.path, 0, what + " is read-only",
-                       ifReadOnly, "Ship the file with write permission.");
+            files.addMissing({file.path, {}}, what, "A user's first start fails.", copyMessages);
+        } else if (files.isReadOnly(file.path)) {
+            files.add(rules::readOnlyFile, Severity::warning, file.path, 0, what + " is read-only",
+                      ifReadOnly, "Ship the file with write permission.");
         }
     }
 
@@ -557,18 +365,18 @@ private:
         const bool isMade = reading.kind != InstallConfigurationKind::userpb &&
                             (managed == nullptr || managed->value != L"false");
         if (isMade && !reading.platformXml.exists) {
-            layout.add(rules::missingFile, Severity::warning, reading.platformXml.path, 0,
-                       "the template platform.xml is missing",
-                       "Users get none; nothing says so without -debug.",
-                       "Ship the file, or set update.policy.managed=false.");
+            files.add(rules::missingFile, Severity::warning, reading.platformXml.path, 0,
+                      "the template platform.xml is missing",
+                      "Users get none; nothing says so without -debug.",
+                      "Ship the file, or set update.policy.managed=false.");
         }
     }
 
     void checkExtensionMarker() {
         const std::wstring marker = options.install.path + L"\\shared\\eclipse\\.eclipseextension";
-        if (layout.isFile(marker) && layout.isReadOnly(marker)) {
-            layout.add(rules::readOnlyFile, Severity::warning, marker, 0, ".eclipseextension is read-only",
-                       "Every user gets a read-only copy.", "Ship the file with write permission.");
+        if (files.isFile(marker) && files.isReadOnly(marker)) {
+            files.add(rules::readOnlyFile, Severity::warning, marker, 0, ".eclipseextension is read-only",
+                      "Every user gets a read-only copy.", "Ship the file with write permission.");
         }
     }
 
@@ -578,8 +386,8 @@ private:
             return;
         }
         const std::wstring path = zellauncher::withBackslashes(value->text);
-        if (!layout.exists(path)) {
-            layout.addMissing(
+        if (!files.exists(path)) {
+            files.addMissing(
                 {path, sourceOf(L"plugincustomization", value->source)}, "the file of plugincustomization",
                 "A start ends with ZLNCH0050E, after it has prepared the user.", {"ZLNCH0050E:  plugin"});
         }
@@ -587,8 +395,55 @@ private:
 
     void checkJvmProperties() {
         if (!reading.jvmProperties.exists && !reading.jvmProperties.path.empty()) {
-            layout.addMissing({reading.jvmProperties.path, {}}, "jvm.properties",
-                              "A start ends with ZLNCH0096E.", {"ZLNCH0096E"});
+            files.addMissing({reading.jvmProperties.path, {}}, "jvm.properties",
+                             "A start ends with ZLNCH0096E.", {"ZLNCH0096E"});
+        }
+    }
+
+    // Each value is a list of directories. They become a part of PATH.
+    void checkLibraryDirectories() {
+        for (const wchar_t* key : {L"library.path.prepend", L"library.path.append"}) {
+            const ExpandedValue* value = reading.value(key);
+            if (value == nullptr || !value->isResolved || isMadeLater(value->raw)) {
+                continue;
+            }
+            std::wstring list = value->text;
+            std::erase(list, L'"');
+            for (std::size_t begin = 0; begin < list.size();) {
+                const std::size_t end = std::min(list.find(L';', begin), list.size());
+                checkLibraryDirectory(key, *value, list.substr(begin, end - begin));
+                begin = end + 1;
+            }
+        }
+    }
+
+    // A directory of the user is not part of the install.
+    static bool isMadeLater(const std::wstring& value) {
+        constexpr std::wstring_view tokens[] = {L"${workspace.location}", L"${zel.data}", L"${env."};
+        return std::any_of(std::begin(tokens), std::end(tokens),
+                           [&](std::wstring_view token) { return value.find(token) != std::wstring::npos; });
+    }
+
+    void checkLibraryDirectory(const wchar_t* key, const ExpandedValue& value, const std::wstring& path) {
+        const bool isNetwork = path.starts_with(L"\\\\") || path.starts_with(L"//");
+        if (path.find_first_not_of(L" \t") == std::wstring::npos || isNetwork ||
+            path.find(L'%') != std::wstring::npos) {
+            return;
+        }
+        const std::optional<std::wstring> full = fullDrivePath(path);
+        const ValueSource source = sourceOf(key, value.source);
+        if (!beginsWithDrive(path)) {
+            files.addDangling(source, Severity::warning, "has no full path: " + toUtf8(path),
+                              "Windows looks for libraries in the current directory of the platform instead.",
+                              "Begin the path with ${zel.home}.");
+        } else if (full && !files.isDirectory(*full)) {
+            const bool isShown = files.isShown(*full);
+            files.addDangling(source, isShown ? Severity::warning : Severity::note,
+                              "leads to a directory that " +
+                                  std::string(isShown ? "does not exist: " : "is not shown here: ") +
+                                  toUtf8(*full),
+                              "The platform finds no native libraries there.",
+                              "Correct the path, ship the directory with its libraries, or leave it out.");
         }
     }
 
@@ -597,19 +452,19 @@ private:
         if (reading.kind != InstallConfigurationKind::userpb || launcherEntry(L"zel.install.id") != nullptr) {
             return;
         }
-        if (layout.isReadOnly(launcher().path)) {
-            layout.add(rules::readOnlyFile, Severity::error, launcher().path, 0,
-                       "zellauncher.properties is read-only, but the launcher appends zel.install.id to it",
-                       "A start ends with ZLNCH0017E.",
-                       "Ship zel.install.id, or give users write permission.", {"ZLNCH0017E"});
+        if (files.isReadOnly(launcher().path)) {
+            files.add(rules::readOnlyFile, Severity::error, launcher().path, 0,
+                      "zellauncher.properties is read-only, but the launcher appends zel.install.id to it",
+                      "A start ends with ZLNCH0017E.", "Ship zel.install.id, or give users write permission.",
+                      {"ZLNCH0017E"});
         }
         const std::string& bytes = launcher().bytes;
         if (!bytes.empty() && !bytes.ends_with('\n')) {
-            layout.add(rules::noFinalNewline, Severity::error, launcher().path,
-                       static_cast<std::size_t>(1 + std::count(bytes.begin(), bytes.end(), '\n')),
-                       "the last line does not end, and the launcher appends zel.install.id to it",
-                       "The identity becomes part of the last value, and every start makes another one.",
-                       "End the last line.");
+            files.add(rules::noFinalNewline, Severity::error, launcher().path,
+                      static_cast<std::size_t>(1 + std::count(bytes.begin(), bytes.end(), '\n')),
+                      "the last line does not end, and the launcher appends zel.install.id to it",
+                      "The identity becomes part of the last value, and every start makes another one.",
+                      "End the last line.");
         }
     }
 };
@@ -653,6 +508,7 @@ void checkTemplates(const InstallReading& reading, const StartOptions& options, 
 void checkCommandFiles(const InstallReading& reading, const StartOptions& options, const World& world,
                        const Explanation& start, Findings& findings) {
     CommandCheck(reading, options, world, start, findings).run();
+    checkFramework(reading, options, world, start, findings);
 }
 
 }  // namespace explain

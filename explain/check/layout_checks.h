@@ -11,7 +11,7 @@ void checkTemplates(const InstallReading& reading, const StartOptions& options, 
                     Findings& findings);
 
 // The files that the platform's command names, and what the native launcher and the framework need beside
-// them. The bundles are those of the template config.ini.
+// them.
 void checkCommandFiles(const InstallReading& reading, const StartOptions& options, const World& world,
                        const Explanation& start, Findings& findings);
 

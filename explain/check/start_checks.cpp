@@ -175,6 +175,19 @@ private:
         return realPlace(source.origin.value_or(Place{source.file, source.line, source.name}));
     }
 
+    // The files of the command, with the lines of the install as their sources.
+    void checkFilesOf(const World& world, Explanation start) {
+        for (Element& element : start.elements) {
+            ValueSource& source = element.source;
+            if (source.origin) {
+                source.origin = realPlace(*source.origin);
+            } else {
+                source.line = realPlace({source.file, source.line, source.name}).line;
+            }
+        }
+        checkCommandFiles(reading, options, world, start, findings);
+    }
+
     bool isKnown(const std::string& message) const {
         return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
             return std::any_of(finding.messages.begin(), finding.messages.end(),
@@ -264,7 +277,7 @@ private:
         if (!path || repairs.newFiles.count(*path) != 0) {
             return false;
         }
-        checkCommandFiles(reading, options, world, start, findings);
+        checkFilesOf(world, start);
         repairs.newFiles[*path] = simulation::smallestProgramFile();
         brokenProgram = *path;
         return true;
@@ -289,7 +302,7 @@ private:
             Explanation start = explainNextStart(world, options);
             if (start.outcome == Outcome::started || start.outcome == Outcome::provisioned) {
                 if (!brokenProgram) {
-                    checkCommandFiles(reading, options, world, start, findings);
+                    checkFilesOf(world, start);
                 }
                 return start;
             }

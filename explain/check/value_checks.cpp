@@ -38,6 +38,11 @@ std::vector<std::wstring> tokensOf(const std::wstring& text) {
     return names;
 }
 
+// The key as the packager wrote it; the place of an option of the JVM has no name.
+std::string nameAt(const Place& place, const std::wstring& key) {
+    return toUtf8(place.name.empty() ? key : place.name);
+}
+
 std::string tokenText(const std::wstring& name) {
     return "${" + toUtf8(name) + "}";
 }
@@ -296,12 +301,12 @@ private:
             }
             if (unknown) {
                 add(rules::unknownToken, Severity::error, place,
-                    tokenText(*unknown) + " in " + toUtf8(place.name) + " is replaced by nothing",
+                    tokenText(*unknown) + " in " + nameAt(place, value.key) + " is replaced by nothing",
                     "A start ends with ZLNCH0088E.", remedyFor(*unknown))
                     .messages = {"ZLNCH0088E"};
             } else {
                 add(rules::endlessToken, Severity::error, place,
-                    "the value of " + toUtf8(place.name) + " contains itself",
+                    "the value of " + nameAt(place, value.key) + " contains itself",
                     "A start ends with ZLNCH0088E.", "Break the circle of ${prop.key} tokens.")
                     .messages = {"ZLNCH0088E"};
             }
@@ -398,7 +403,7 @@ private:
         if (hasQuote && !isHarmless && !place.file.empty() && !isReported) {
             const bool isPath = key == L"vm" || key == L"jvm.location" || key == L"zel.base.location";
             add(rules::quoteInValue, isPath ? Severity::error : Severity::warning, place,
-                "a double quote is in the value of " + toUtf8(place.name),
+                "a double quote is in the value of " + nameAt(place, key),
                 "The launcher quotes values itself, so the platform gets other arguments than meant.",
                 "Leave the quotes out.");
         }

@@ -128,9 +128,13 @@ std::string skippedText(const LogFiles& files) {
     return text;
 }
 
+std::string counted(std::size_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 std::string tableText(const LogFiles& files) {
-    std::string text = std::to_string(files.logs.size()) + " logs, " + std::to_string(files.skipped.size()) +
-                       " other files\n";
+    std::string text =
+        counted(files.logs.size(), "log") + ", " + counted(files.skipped.size(), "other file") + "\n";
     for (const Group& group : groupsOf(files)) {
         std::string count = std::to_string(group.files.size());
         count.insert(0, count.size() < 8 ? 8 - count.size() : 0, ' ');

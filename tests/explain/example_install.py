@@ -12,7 +12,7 @@ NATIVE = BASE + "win32/x86_64/"
 PROGRAMS = ("zel/zellauncher.exe", "jvm/bin/javaw.exe", "jvm/bin/java.exe", NATIVE + "eclipse.exe")
 LIBRARY = "eclipse_11919.dll"
 JARS = [BASE + "launcher.jar"] + ["zel/eclipse/plugins/" + bundle + ".jar" for bundle in (
-    "org.eclipse.equinox.common_3.16.0", "org.eclipse.equinox.registry_3.11.0", "org.eclipse.equinox.app_1.6.0",
+    "org.eclipse.osgi_3.18.0", "org.eclipse.equinox.common_3.16.0", "org.eclipse.equinox.registry_3.11.0", "org.eclipse.equinox.app_1.6.0",
     "com.example.platform_1.0.0")]
 
 
@@ -34,6 +34,7 @@ def lay_out(directory):
     shutil.copytree(os.path.join(ROOT, "examples", "install"), directory)
     files = {path: program() for path in PROGRAMS}
     files[NATIVE + LIBRARY] = program(characteristics=0x2022)
+    files["bin/platform.dll"] = program(characteristics=0x2022)
     files[NATIVE + "eclipse.ini"] = b"--launcher.library\n" + LIBRARY.encode() + b"\n"
     files.update((path, b"PK\3\4") for path in JARS)
     for path, content in files.items():

@@ -83,8 +83,10 @@ ExampleInstall::ExampleInstall() : root(newDirectory()) {
     write(std::string(base) + "launcher.jar", beginningOfJar);
     write("jvm/bin/javaw.exe", executableFile(false));
     write("jvm/bin/java.exe", executableFile(false));
-    for (const char* bundle : {"org.eclipse.equinox.common_3.16.0", "org.eclipse.equinox.registry_3.11.0",
-                               "org.eclipse.equinox.app_1.6.0", "com.example.platform_1.0.0"}) {
+    write("bin/platform.dll", executableFile(true));
+    for (const char* bundle : {"org.eclipse.osgi_3.18.0", "org.eclipse.equinox.common_3.16.0",
+                               "org.eclipse.equinox.registry_3.11.0", "org.eclipse.equinox.app_1.6.0",
+                               "com.example.platform_1.0.0"}) {
         write("zel/eclipse/plugins/" + std::string(bundle) + ".jar", beginningOfJar);
     }
 }

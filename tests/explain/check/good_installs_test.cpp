@@ -120,6 +120,7 @@ void addEveryKey(const ExampleInstall& install) {
            "env.unset.JAVA_TOOL_OPTIONS=\n"
            "resetDir.views=org.example.views\n"
            "java.home=${zel.home}/jvm\n");
+    install.write("more/codec.dll", explaintest::executableFile(true));
 }
 
 TEST(GoodInstall, WithEveryKeyHasNothingAboveANote) {

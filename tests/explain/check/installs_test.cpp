@@ -95,6 +95,8 @@ TEST(Check, FindsExactlyTheMistakesOfEachInstall) {
         for (const explain::Finding& finding : result.findings) {
             EXPECT_FALSE(finding.text.empty() || finding.consequence.empty() || finding.remedy.empty())
                 << finding.rule << " " << finding.text;
+            EXPECT_EQ((finding.text + " ").find("  "), std::string::npos)
+                << "a part is missing: " << finding.text;
         }
     }
 }

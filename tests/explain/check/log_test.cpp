@@ -196,7 +196,21 @@ TEST_F(Fleet, IsATableOfOutcomesAndCauses) {
               (json{{{"file", fileName("pc3/shutdown.log")}, {"reason", "no log of the launcher"}}}));
     EXPECT_EQ(result["logs"].size(), 3U);
     const std::string text = explain::writeLogs(read());
-    EXPECT_NE(text.find("3 logs, 1 other files\n       2  refused: ZLNCH0016E"), std::string::npos) << text;
+    EXPECT_NE(text.find("3 logs, 1 other file\n       2  refused: ZLNCH0016E"), std::string::npos) << text;
+}
+
+TEST_F(Fleet, CountsAreSingularOrPlural) {
+    const auto beginsWith = [&](const std::string& counts) {
+        const std::string text = explain::writeLogs(read());
+        EXPECT_TRUE(text.starts_with(counts + "\n")) << text;
+    };
+    write("ann.log", refused);
+    beginsWith("1 log, 0 other files");
+    write("shutdown.log", "Started Sat Jan 31 23:59:00 2026\r\n");
+    beginsWith("1 log, 1 other file");
+    write("notes.log", "text\r\n");
+    write("bob.log", refused);
+    beginsWith("2 logs, 2 other files");
 }
 
 TEST_F(Fleet, FileThatIsGivenIsShownInFull) {
