@@ -18,7 +18,9 @@ run() {
     place="$drive/Kit zażółć 漢字"
     export ZELLAUNCHER_WINE_PREFIX=$1
     shift 3
-    "$wine" cmd /c ver >/dev/null 2>&1
+    WINEDLLOVERRIDES=$overrides "$wine" cmd /c ver >/dev/null 2>&1
+    # A desktop of an earlier call may still be there.
+    WINEPREFIX=$PWD/build/$ZELLAUNCHER_WINE_PREFIX /usr/lib/wine/wineserver -w
     rm -rf "$place"
     mkdir -p "$place"
     unzip -q "$archive" -d "$place"
