@@ -48,8 +48,7 @@ ExplainedStart readExplanation(const std::string& json, Contents before);
 bool isProvisioning(const std::string& command);
 
 // Adds the differences between what the directory should have and what it has.
-void compareContents(explaintest::Differences& differences, const ExplainedStart& start,
-                     const Contents& real);
+void compareContents(explaintest::Differences& differences, const ExplainedStart& start, Contents real);
 
 // Fails the current test with the differences of its n-th explained start, unless that start is a known
 // exception. An exception without a difference fails the test, too.
