@@ -58,16 +58,30 @@ bool hasEntry(const simulation::HostDirectory& directory, const std::wstring& na
            });
 }
 
-void makeDirectoryFor(World& world, const std::wstring& path) {
-    const auto full = fullDrivePath(path);
-    if (!full) {
-        return;
+bool leadsThroughFile(const simulation::Machine& machine, const std::wstring& full) {
+    for (std::size_t end = full.find(L'\\', 3); end != std::wstring::npos; end = full.find(L'\\', end + 1)) {
+        const std::wstring directory = full.substr(0, end);
+        if (machine.exists(directory) && !machine.isDirectory(directory)) {
+            return true;
+        }
     }
-    const std::wstring drive = full->substr(0, 3);
+    return false;
+}
+
+void makeDriveFor(World& world, const std::wstring& full) {
+    const std::wstring drive = full.substr(0, 3);
     if (!world.machine->exists(drive)) {
         world.machine->makeDrive(drive[0]);
-        world.assumptions.push_back("the drive " + toUtf8(drive) + ", on which is " + toUtf8(*full));
+        world.assumptions.push_back("the drive " + toUtf8(drive) + ", on which is " + toUtf8(full));
     }
+}
+
+void makeDirectoryFor(World& world, const std::wstring& path) {
+    const auto full = fullDrivePath(path);
+    if (!full || leadsThroughFile(*world.machine, *full)) {
+        return;
+    }
+    makeDriveFor(world, *full);
     world.machine->makeDirectory(*full);
 }
 
@@ -146,6 +160,19 @@ void assumeLauncher(World& world, const StartOptions& options) {
 }
 
 }  // namespace
+
+bool putFile(World& world, const std::wstring& path, const std::string& content) {
+    const auto full = fullDrivePath(path);
+    if (!full || full->size() == 3 || leadsThroughFile(*world.machine, *full)) {
+        return false;
+    }
+    makeDriveFor(world, *full);
+    if (world.machine->exists(*full)) {
+        world.machine->setAttributes(*full, 0);
+    }
+    world.machine->writeFile(*full, content);
+    return true;
+}
 
 std::wstring launcherPath(const StartOptions& options) {
     return options.install.path + L"\\zel\\zellauncher.exe";

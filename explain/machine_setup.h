@@ -29,6 +29,10 @@ struct World {
 // directory cannot be read or INSTALL has no `zel`.
 World buildWorld(const StartOptions& options);
 
+// Writes a file whatever was there, with its directories and, as an assumption, its drive. False if no file
+// can be there, because the path is not a full one, has an impossible name or leads through a file.
+bool putFile(World& world, const std::wstring& path, const std::string& content);
+
 // The launcher's own file.
 std::wstring launcherPath(const StartOptions& options);
 

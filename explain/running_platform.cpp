@@ -32,8 +32,7 @@ bool isBlank(const std::optional<std::string>& content) {
 }
 
 void makeUpIfMissing(World& world, const std::wstring& path, const char* content, const char* what) {
-    if (isBlank(world.machine->readFile(path))) {
-        world.machine->writeFile(path, content);
+    if (isBlank(world.machine->readFile(path)) && putFile(world, path, content)) {
         world.assumptions.push_back(std::string(what) + " in " + toUtf8(path));
     }
 }

@@ -6,6 +6,7 @@
 #include "explain/host_files.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
+#include "simulation/paths.h"
 
 namespace explain {
 
@@ -38,11 +39,16 @@ bool hasDrive(const std::wstring& plainPath) {
 
 std::optional<std::wstring> fullDrivePath(std::wstring path) {
     path = plainForm(std::move(path));
-    const std::wstring bounded = path + L"\\";
-    if (!hasDrive(path) || bounded.find(L"\\.\\") != std::wstring::npos ||
-        bounded.find(L"\\..\\") != std::wstring::npos ||
-        path.find_first_of(L"<>\"|?*:", 2) != std::wstring::npos) {
+    if (!hasDrive(path)) {
         return std::nullopt;
+    }
+    for (std::size_t start = 3; start < path.size();) {
+        const std::size_t end = std::min(path.find(L'\\', start), path.size());
+        const std::wstring name = path.substr(start, end - start);
+        if (!simulation::isValidName(name) || name == L"." || name == L"..") {
+            return std::nullopt;
+        }
+        start = end + 1;
     }
     return path;
 }

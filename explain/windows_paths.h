@@ -13,7 +13,8 @@ inline constexpr bool ownMachineIsWindows = false;
 #endif
 
 // The path with backslashes and without a trailing separator or `\\?\`, if it begins with a drive and a
-// separator and has no `.` or `..` in it. A drive's root keeps its separator.
+// separator and a file can have each of its names (`.` and `..` are none). A drive's root keeps its
+// separator.
 std::optional<std::wstring> fullDrivePath(std::wstring path);
 
 // True if the path begins with a drive and a separator.

@@ -190,15 +190,8 @@ void Machine::removeDrive(wchar_t letter) {
     state->drives.erase(upperCase({letter, L':'}));
 }
 
-// Tests give full paths, without a limit of length. At a path that has no full form there is nothing.
 static Lookup find(MachineState& machine, const std::wstring& path) {
-    const bool hasPrefixOrShare = path.starts_with(L"\\\\");
-    const std::optional<std::wstring> full = makeFullPath(path, L"C:\\");
-    if (!full) {
-        return {};
-    }
-    return lookUp(machine,
-                  parsePath(hasPrefixOrShare ? *full : L"\\\\?\\" + *full, L"C:\\", full->size() + 5));
+    return lookUp(machine, parseWithoutLimit(path));
 }
 
 void Machine::makeDirectory(const std::wstring& path) {
@@ -207,6 +200,9 @@ void Machine::makeDirectory(const std::wstring& path) {
 
 void Machine::writeFile(const std::wstring& path, const std::string& content) {
     Node& file = *makeNode(*state, path, 0);
+    if (file.isDirectory()) {
+        throw std::invalid_argument("the path is a directory of the simulated machine");
+    }
     file.host.reset();
     file.content = content;
     file.onDevice.reset();

@@ -298,6 +298,8 @@ public:
 
     // --- Files, for the test; none of these are recorded as operations ---------------------------
 
+    // Both throw std::invalid_argument if the path cannot exist: an invalid name, a missing drive, or a file
+    // where a directory is needed. writeFile also throws if the path is a directory.
     void makeDirectory(const std::wstring& path);                          // all levels
     void writeFile(const std::wstring& path, const std::string& content);  // and its directories
     std::optional<std::string> readFile(const std::wstring& path) const;   // what is on the disk

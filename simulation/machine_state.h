@@ -19,6 +19,7 @@
 #include "platform/system_version.h"
 #include "simulation/command_line.h"
 #include "simulation/machine.h"
+#include "simulation/paths.h"
 
 // Inside the machine: its records, shared by the files that implement the system interface.
 namespace simulation {
@@ -316,6 +317,8 @@ struct ParsedPath {
     bool endsInSeparator = false;
 };
 ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirectory, std::size_t limit);
+// For full paths of a test, which have no limit of length.
+ParsedPath parseWithoutLimit(const std::wstring& path);
 std::optional<std::wstring> makeFullPath(const std::wstring& path, const std::wstring& currentDirectory);
 
 struct Lookup {
@@ -330,6 +333,8 @@ Lookup lookUp(MachineState& machine, const ParsedPath& path);
 // Paths may have fewer characters than the limit.
 inline constexpr std::size_t plainPathLimit = 260;
 Lookup lookUpForSelf(const std::wstring& path, std::size_t limit = plainPathLimit);
+// Makes the directories of a full path, and the last node with these attributes. Throws std::invalid_argument
+// if the path cannot exist: an invalid name, a missing drive, or a file where a directory is needed.
 NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes);
 
 // Opens a node. Null with `error` on a refusal or a sharing violation.

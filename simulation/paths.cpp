@@ -1,4 +1,7 @@
+#include "simulation/paths.h"
+
 #include <algorithm>
+#include <stdexcept>
 
 #include "simulation/machine_state.h"
 
@@ -14,13 +17,6 @@ wchar_t upperUnit(wchar_t unit) {
     const bool isGreekOrCyrillic =
         (unit >= 0x3B1 && unit <= 0x3C9 && unit != 0x3C2) || (unit >= 0x430 && unit <= 0x44F);
     return isLatin || isGreekOrCyrillic ? static_cast<wchar_t>(unit - 0x20) : unit;
-}
-
-bool isValidName(const std::wstring& name) {
-    return !name.empty() && name.size() <= longestName &&
-           std::none_of(name.begin(), name.end(), [](wchar_t unit) {
-               return unit < 0x20 || std::wstring_view(L"<>:\"/\\|?*").find(unit) != std::wstring_view::npos;
-           });
 }
 
 bool isDrive(const std::wstring& text) {
@@ -55,6 +51,13 @@ std::vector<std::wstring> split(const std::wstring& text) {
 }
 
 }  // namespace
+
+bool isValidName(const std::wstring& name) {
+    return !name.empty() && name.size() <= longestName &&
+           std::none_of(name.begin(), name.end(), [](wchar_t unit) {
+               return unit < 0x20 || std::wstring_view(L"<>:\"/\\|?*").find(unit) != std::wstring_view::npos;
+           });
+}
 
 std::wstring upperCase(const std::wstring& text) {
     std::wstring upper = text;
@@ -154,6 +157,15 @@ ParsedPath parsePath(const std::wstring& path, const std::wstring& currentDirect
     return parsed;
 }
 
+ParsedPath parseWithoutLimit(const std::wstring& path) {
+    const bool hasPrefixOrShare = path.starts_with(L"\\\\");
+    const std::optional<std::wstring> full = makeFullPath(path, L"C:\\");
+    if (!full) {
+        return {platform::errorPathNotFound, {}, false};
+    }
+    return parsePath(hasPrefixOrShare ? *full : std::wstring(longForm) + *full, L"C:\\", full->size() + 5);
+}
+
 Lookup lookUp(MachineState& machine, const ParsedPath& path) {
     Lookup found;
     found.isDirectoryName = path.endsInSeparator;
@@ -203,11 +215,19 @@ Lookup lookUpForSelf(const std::wstring& path, std::size_t limit) {
 }
 
 NodePointer makeNode(MachineState& machine, const std::wstring& path, std::uint32_t attributes) {
-    const bool isLong = path.starts_with(longForm);
-    const ParsedPath parsed =
-        parsePath(isLong ? path : L"\\\\?\\" + *makeFullPath(path, L"C:\\"), L"C:\\", plainPathLimit);
-    NodePointer node = machine.drives.at(upperCase(parsed.components.front()));
+    const ParsedPath parsed = parseWithoutLimit(path);
+    if (parsed.error != platform::errorSuccess) {
+        throw std::invalid_argument("no file of a simulated machine can have this path");
+    }
+    const auto drive = machine.drives.find(upperCase(parsed.components.front()));
+    if (drive == machine.drives.end()) {
+        throw std::invalid_argument("the simulated machine has no such drive");
+    }
+    NodePointer node = drive->second;
     for (std::size_t i = 1; i < parsed.components.size(); ++i) {
+        if (!node->isDirectory()) {
+            throw std::invalid_argument("a part of the path is a file of the simulated machine");
+        }
         loadEntries(*node);
         NodePointer& entry = node->entries[upperCase(parsed.components[i])];
         if (!entry) {

@@ -124,8 +124,11 @@ private:
         }
         for (const auto& [path, content] : repairs.newFiles) {
             if (!world.machine->exists(path)) {
-                world.machine->writeFile(path, content);
+                putFile(world, path, content);
             }
+        }
+        if (brokenProgram) {
+            putFile(world, *brokenProgram, simulation::smallestProgramFile());
         }
         for (const auto& [path, lines] : repairs.firstLines) {
             prepend(world, path, lines);
@@ -142,8 +145,7 @@ private:
             content += line + "\r\n";
         }
         const std::uint32_t attributes = world.machine->attributes(path);
-        world.machine->setAttributes(path, 0);
-        world.machine->writeFile(path, content + world.machine->readFile(path).value_or(""));
+        putFile(world, path, content + world.machine->readFile(path).value_or(""));
         world.machine->setAttributes(path, attributes);
     }
 
@@ -274,11 +276,10 @@ private:
         }
         const std::wstring program = programOf(start);
         const auto path = fullDrivePath(program);
-        if (!path || repairs.newFiles.count(*path) != 0) {
+        if (!path || path == brokenProgram || repairs.newFiles.count(*path) != 0) {
             return false;
         }
         checkFilesOf(world, start);
-        repairs.newFiles[*path] = simulation::smallestProgramFile();
         brokenProgram = *path;
         return true;
     }
@@ -295,10 +296,6 @@ private:
     std::optional<Explanation> firstStart() {
         for (int attempt = 0; attempt < mostRepairs; ++attempt) {
             World world = newWorld();
-            if (brokenProgram) {
-                world.machine->setAttributes(*brokenProgram, 0);
-                world.machine->writeFile(*brokenProgram, simulation::smallestProgramFile());
-            }
             Explanation start = explainNextStart(world, options);
             if (start.outcome == Outcome::started || start.outcome == Outcome::provisioned) {
                 if (!brokenProgram) {
@@ -405,9 +402,6 @@ private:
 
     void checkLaterStarts(bool isProvisioning) {
         World world = newWorld();
-        if (brokenProgram) {
-            world.machine->writeFile(*brokenProgram, simulation::smallestProgramFile());
-        }
         StartOptions user = options;
         if (reading.kind == InstallConfigurationKind::lockdown) {
             user.isAdministrator = true;  // a supervising launcher would stay beside the platform

@@ -71,6 +71,18 @@ TEST(HostileTree, LinkWithinTheTreeIsFollowed) {
     EXPECT_EQ(install.explain().message.value_or(""), "");
 }
 
+// Such directories do not exist, as on a real machine, and nothing else changes.
+TEST(HostileMachine, ImpossibleDirectoriesAreNotMade) {
+    const RealInstall install;
+    const std::wstring throughFile = L"C:\\Program Files\\framework\\Client\\zel\\zellauncher.properties\\t";
+    for (const std::wstring& path :
+         {throughFile, L"C:\\" + std::wstring(256, L'n'), std::wstring(L"C:\\a\x01")}) {
+        explain::StartOptions options = install.optionsFor();
+        options.environment = {{L"TEMP", path}, {L"APPDATA", path}};
+        EXPECT_EQ(install.explain({}, options).outcome, Outcome::started) << testing::PrintToString(path);
+    }
+}
+
 TEST(HostileTree, LinksThatLeadToEachOtherEnd) {
     const RealInstall install;
     fs::create_directory_symlink(install.at("zel"), install.at("zel/loop"));

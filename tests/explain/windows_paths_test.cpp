@@ -1,0 +1,38 @@
+#include "explain/windows_paths.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using explain::fullDrivePath;
+
+TEST(FullDrivePath, HasBackslashesAndNoTrailingSeparator) {
+    const std::pair<const wchar_t*, const wchar_t*> paths[] = {
+        {L"C:/a/b", L"C:\\a\\b"},   {L"c:\\a\\", L"c:\\a"},      {L"C:\\", L"C:\\"},
+        {L"C:/a//b/", L"C:\\a\\b"}, {L"\\\\?\\C:\\a", L"C:\\a"}, {L"C:\\a b.c", L"C:\\a b.c"},
+        {L"C:\\a..b", L"C:\\a..b"},
+    };
+    for (const auto& [given, expected] : paths) {
+        EXPECT_EQ(fullDrivePath(given), expected);
+    }
+}
+
+TEST(FullDrivePath, NeedsDriveAndSeparator) {
+    for (const wchar_t* path :
+         {L"", L"a", L"C:", L"C:a", L"\\a", L"\\\\server\\share", L"1:\\a", L"CC:\\a"}) {
+        EXPECT_FALSE(fullDrivePath(path)) << testing::PrintToString(std::wstring(path));
+    }
+}
+
+TEST(FullDrivePath, NeedsPossibleNames) {
+    const std::wstring names[] = {L".",   L"..", L"a\tb", L"a\x01", L"a?", L"a*",
+                                  L"a:b", L"<",  L">",    L"\"",    L"|",  std::wstring(256, L'n')};
+    for (const std::wstring& name : names) {
+        EXPECT_FALSE(fullDrivePath(L"C:\\" + name)) << testing::PrintToString(name);
+        EXPECT_FALSE(fullDrivePath(L"C:\\" + name + L"\\b")) << testing::PrintToString(name);
+        EXPECT_FALSE(fullDrivePath(L"C:\\a\\" + name)) << testing::PrintToString(name);
+    }
+    EXPECT_TRUE(fullDrivePath(L"C:\\" + std::wstring(255, L'n')));
+}
+
+}  // namespace
