@@ -43,8 +43,10 @@ void logMessageF(const std::string& format, const std::wstring& argument);
 void logDebug(std::string_view text);
 
 // Debug line with one text for `%s` or `%ls`. Dropped if format and argument together have 4000
-// characters or more; the line is cut to 4000.
+// characters or more; the line is cut to 4000. The second form has the text as bytes, which are widened only
+// if debug lines are written.
 void logDebugF(std::wstring_view format, const std::wstring& argument);
+void logDebugF(const wchar_t* format, std::string_view bytes);
 
 // Debug line `<label>="<argument>, <argument>, `: a comma and a blank after each argument, no closing
 // quote, no limit of length.

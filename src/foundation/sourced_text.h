@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/text.h"
+
 // Text that knows where it was read. A tool that explains a start needs the source of every value, so on
 // the simulated machine a SourcedText carries one all the way from a property file, an argument or a
 // variable to the element of the command that it becomes. A text that is worked out from another one takes
@@ -25,13 +27,15 @@ struct Source {
     std::wstring name;     // the key as written, the argument or the variable
 };
 
+using TextSource = std::shared_ptr<const Source>;  // null for a text of the launcher's own
+
 class SourcedText : public std::wstring {
 public:
     using std::wstring::basic_string;
     SourcedText() = default;
     SourcedText(std::wstring text) : std::wstring(std::move(text)) {}
 
-    std::shared_ptr<const Source> source;  // null for a text of the launcher's own
+    TextSource source;
 };
 
 // Where a text file is being read.
@@ -55,37 +59,43 @@ inline void takeSource(SourcedText& text, const SourcedText& origin) {
     text.source = origin.source;
 }
 
-inline SourcedText withSourceOf(const SourcedText& origin, std::wstring text) {
+inline TextSource sourceOf(const SourcedText& text) {
+    return text.source;
+}
+
+inline SourcedText withSource(const TextSource& source, std::wstring text) {
     SourcedText sourced(std::move(text));
-    sourced.source = origin.source;
+    sourced.source = source;
     return sourced;
+}
+
+inline SourcedText withSourceOf(const SourcedText& origin, std::wstring text) {
+    return withSource(origin.source, std::move(text));
 }
 
 // The sources of texts that are stored without them.
 class Sources {
 public:
-    void add(const SourcedText& text) { sources.push_back(text.source); }
-    void set(std::size_t position, const SourcedText& text) { sources[position] = text.source; }
+    void add(const TextSource& source) { sources.push_back(source); }
+    void set(std::size_t position, const TextSource& source) { sources[position] = source; }
     SourcedText applyTo(std::size_t position, std::wstring text) const {
-        SourcedText sourced(std::move(text));
-        sourced.source = sources[position];
-        return sourced;
+        return withSource(sources[position], std::move(text));
     }
 
 private:
-    std::vector<std::shared_ptr<const Source>> sources;
+    std::vector<TextSource> sources;
 };
 
-inline SourcedText atLine(const FilePosition& position, const std::wstring& key, const std::wstring& text) {
-    SourcedText sourced(text);
-    sourced.source = std::make_shared<const Source>(
-        Source{Source::Kind::file, position.path ? *position.path : L"", position.lineBegin, key});
-    return sourced;
+inline TextSource sourceAt(const FilePosition& position, std::string_view key) {
+    return std::make_shared<const Source>(
+        Source{Source::Kind::file, position.path ? *position.path : L"", position.lineBegin, widen(key)});
 }
 
 #else
 
 using SourcedText = std::wstring;
+
+struct TextSource {};
 
 struct FilePosition {
     void open(const std::wstring& /*file*/) {}
@@ -95,8 +105,8 @@ struct FilePosition {
 };
 
 struct Sources {
-    void add(const SourcedText& /*text*/) {}
-    void set(std::size_t /*position*/, const SourcedText& /*text*/) {}
+    void add(const TextSource& /*source*/) {}
+    void set(std::size_t /*position*/, const TextSource& /*source*/) {}
     SourcedText applyTo(std::size_t /*position*/, std::wstring text) const { return text; }
 };
 
@@ -107,10 +117,18 @@ Text&& withSourceOf(const SourcedText& /*origin*/, Text&& text) {
     return std::forward<Text>(text);
 }
 
-// The text is the value of this key at this position of a property file.
-inline const std::wstring& atLine(const FilePosition& /*position*/, const std::wstring& /*key*/,
-                                  const std::wstring& text) {
-    return text;
+inline TextSource sourceOf(const SourcedText& /*text*/) {
+    return {};
+}
+
+template <typename Text>
+Text&& withSource(const TextSource& /*source*/, Text&& text) {
+    return std::forward<Text>(text);
+}
+
+// The source of the value of this key at this position of a property file. The key is bytes.
+inline TextSource sourceAt(const FilePosition& /*position*/, std::string_view /*key*/) {
+    return {};
 }
 
 #endif

@@ -51,16 +51,9 @@ bool unitToByte(wchar_t unit, char& byte) {
 }
 
 std::wstring widen(std::string_view bytes) {
-    std::wstring text;
-    appendWidened(text, bytes);
+    std::wstring text(bytes.size(), L'\0');
+    std::transform(bytes.begin(), bytes.end(), text.begin(), byteToUnit);
     return text;
-}
-
-void appendWidened(std::wstring& text, std::string_view bytes) {
-    const std::size_t former = text.size();
-    text.resize(former + bytes.size());
-    std::transform(bytes.begin(), bytes.end(), text.begin() + static_cast<std::ptrdiff_t>(former),
-                   byteToUnit);
 }
 
 std::string wideToNarrow(const std::wstring& wide) {

@@ -17,7 +17,6 @@ bool unitToByte(wchar_t unit, char& byte);
 
 // byteToUnit on each byte.
 std::wstring widen(std::string_view bytes);
-void appendWidened(std::wstring& text, std::string_view bytes);
 
 // The bytes of a text for the log. A unit above 0xFF becomes `\u` and four lower-case hexadecimal
 // digits, so that every path is readable in the log.

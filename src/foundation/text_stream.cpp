@@ -4,6 +4,7 @@
 #include <cstring>
 #include <optional>
 
+#include "foundation/byte_scan.h"
 #include "foundation/text.h"
 #include "platform/errors.h"
 
@@ -27,24 +28,23 @@ bool readBlock(TextStream& text) {
 }
 
 bool cutAtEndMark(TextStream& text) {
-    const std::size_t end = text.readAhead.find(endMark);
-    if (end == std::string::npos) {
-        return false;
-    }
+    const std::size_t end = findAny<endMark>(text.readAhead);
+    const bool isFound = end < text.readAhead.size();
     text.readAhead.resize(end);
-    return true;
+    return isFound;
 }
 
 // Makes each CR LF one line feed, from one carriage return to the next.
 void foldLineEnds(std::string& bytes) {
-    std::size_t end = bytes.find("\r\n");
-    std::size_t kept = std::min(end, bytes.size());
-    while (end != std::string::npos) {
-        const std::size_t next = bytes.find("\r\n", end + 1);
-        const std::size_t count = std::min(next, bytes.size()) - end - 1;
-        std::memmove(bytes.data() + kept, bytes.data() + end + 1, count);
-        kept += count;
-        end = next;
+    std::size_t kept = 0;
+    for (std::size_t begin = 0; begin < bytes.size();) {
+        const std::size_t end = begin + findAny<'\r'>(std::string_view(bytes).substr(begin));
+        std::memmove(bytes.data() + kept, bytes.data() + begin, end - begin);
+        kept += end - begin;
+        if (end < bytes.size() && !std::string_view(bytes).substr(end).starts_with("\r\n")) {
+            bytes[kept++] = '\r';
+        }
+        begin = end + 1;
     }
     bytes.resize(kept);
 }
@@ -146,6 +146,13 @@ bool atEnd(const TextStream& text) {
 }
 
 ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
+    std::string bytes;
+    const ScanResult result = scanLine(text, blanks, bytes);
+    line = widen(bytes);
+    return result;
+}
+
+ScanResult scanLine(TextStream& text, LineBlanks blanks, std::string& line) {
     line.clear();
     if (blanks == LineBlanks::skipLeading) {
         skipWhiteSpace(text);
@@ -161,13 +168,13 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
     bool isAtLineEnd = false;
     while (!isAtLineEnd && line.size() < lineCharacters) {
         const std::string_view rest = unread(text).substr(0, lineCharacters - line.size());
-        const std::size_t length = std::min(rest.find('\n'), rest.size());
+        const std::size_t length = findAny<'\n'>(rest);
         isAtLineEnd = rest.empty() || length < rest.size();
-        appendWidened(line, rest.substr(0, length));
+        line += rest.substr(0, length);
         consume(text, length);
     }
     skipWhiteSpace(text);
-    line.resize(std::min(line.size(), line.find(L'\0')));
+    line.resize(findAny<'\0'>(line));
     return ScanResult::matched;
 }
 

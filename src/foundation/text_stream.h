@@ -52,6 +52,9 @@ bool atEnd(const TextStream& text);
 //   endOfData  the file ended before any character
 ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line);
 
+// The same with the characters as bytes, which a large file is read by.
+ScanResult scanLine(TextStream& text, LineBlanks blanks, std::string& line);
+
 // Skips white space, for example an empty first line.
 void skipWhiteSpace(TextStream& text);
 

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "foundation/byte_scan.h"
+
 namespace zellauncher {
 
 namespace {
@@ -20,6 +22,13 @@ char lead(std::uint32_t mark, std::uint32_t bits) {
 
 char following(std::uint32_t bits) {
     return static_cast<char>(0x80U | (bits & 0x3FU));
+}
+
+std::size_t packedUnitSize(std::uint32_t unit) {
+    if (unit < firstOfTwoBytes) {
+        return 1;
+    }
+    return unit < firstOfThreeBytes ? 2 : 3;
 }
 
 void appendPackedUnit(std::string& bytes, std::uint32_t unit) {
@@ -55,17 +64,38 @@ std::uint32_t unpackedUnit(std::string_view bytes, std::size_t& position) {
 
 }  // namespace
 
-void appendPacked(std::string& bytes, std::wstring_view text) {
-    std::size_t plain = 0;
-    while (plain < text.size() && valueOf(text[plain]) < firstOfTwoBytes) {
-        ++plain;
+std::size_t packedSize(std::wstring_view text) {
+    std::size_t size = 0;
+    for (const wchar_t unit : text) {
+        size += packedUnitSize(valueOf(unit));
     }
-    const std::size_t former = bytes.size();
-    bytes.resize(former + plain);
-    for (std::size_t i = 0; i < plain; ++i) {
-        bytes[former + i] = static_cast<char>(text[i]);
+    return size;
+}
+
+std::size_t packedSize(std::string_view text) {
+    if (isAscii(text)) {
+        return text.size();
     }
-    for (const wchar_t unit : text.substr(plain)) {
+    std::size_t size = 0;
+    for (const char byte : text) {
+        size += isPlain(byte) ? 1U : 2U;
+    }
+    return size;
+}
+
+void appendPacked(std::string& bytes, std::string_view text, std::size_t size) {
+    if (size == text.size()) {
+        bytes += text;
+        return;
+    }
+    for (const char byte : text) {
+        appendPackedUnit(bytes, bitsOf(byte, 0xFFU));
+    }
+}
+
+void appendPacked(std::string& bytes, std::wstring_view text, std::size_t size) {
+    bytes.reserve(bytes.size() + size);
+    for (const wchar_t unit : text) {
         appendPackedUnit(bytes, valueOf(unit));
     }
 }

@@ -17,11 +17,13 @@ public:
     template <typename KeyAt>
     void add(std::size_t position, KeyAt keyAt) {
         if (4 * (used + 1) > 3 * slots.size()) {
-            grow(keyAt);
+            grow();
         }
-        std::uint32_t& slot = slots[slotOf(keyAt(position), keyAt)];
-        if (slot == none) {
-            slot = static_cast<std::uint32_t>(position);
+        const std::string_view key = keyAt(position);
+        const std::uint32_t hash = hashOf(key);
+        Slot& slot = slots[slotOf(key, hash, keyAt)];
+        if (slot.position == none) {
+            slot = {static_cast<std::uint32_t>(position), hash};
             ++used;
         }
     }
@@ -31,7 +33,7 @@ public:
         if (slots.empty()) {
             return std::nullopt;
         }
-        const std::uint32_t position = slots[slotOf(key, keyAt)];
+        const std::uint32_t position = slots[slotOf(key, hashOf(key), keyAt)].position;
         return position == none ? std::nullopt : std::optional<std::size_t>(position);
     }
 
@@ -39,29 +41,46 @@ private:
     static constexpr std::uint32_t none = UINT32_MAX;
     static constexpr std::size_t firstSlots = 64;
 
+    // The hash of the key is here too, because a key in the list is seldom in the processor's cache.
+    struct Slot {
+        std::uint32_t position = none;
+        std::uint32_t hash = 0;
+    };
+
+    static std::uint32_t hashOf(std::string_view key) {
+        return static_cast<std::uint32_t>(std::hash<std::string_view>{}(key));
+    }
+
     // The slot of a key; a free one if the key is not in the table.
     template <typename KeyAt>
-    std::size_t slotOf(std::string_view key, KeyAt keyAt) const {
-        std::size_t i = std::hash<std::string_view>{}(key) & (slots.size() - 1);
-        while (slots[i] != none && keyAt(slots[i]) != key) {
+    std::size_t slotOf(std::string_view key, std::uint32_t hash, KeyAt keyAt) const {
+        std::size_t i = hash & (slots.size() - 1);
+        while (slots[i].position != none && (slots[i].hash != hash || keyAt(slots[i].position) != key)) {
             i = (i + 1) & (slots.size() - 1);
         }
         return i;
     }
 
     // The number of slots is a power of two.
-    template <typename KeyAt>
-    void grow(KeyAt keyAt) {
-        std::vector<std::uint32_t> former(slots.empty() ? firstSlots : 2 * slots.size(), none);
+    void grow() {
+        std::vector<Slot> former(slots.empty() ? firstSlots : 2 * slots.size());
         former.swap(slots);
-        for (const std::uint32_t position : former) {
-            if (position != none) {
-                slots[slotOf(keyAt(position), keyAt)] = position;
+        for (const Slot& slot : former) {
+            if (slot.position != none) {
+                slots[freeSlot(slot.hash)] = slot;
             }
         }
     }
 
-    std::vector<std::uint32_t> slots;
+    std::size_t freeSlot(std::uint32_t hash) const {
+        std::size_t i = hash & (slots.size() - 1);
+        while (slots[i].position != none) {
+            i = (i + 1) & (slots.size() - 1);
+        }
+        return i;
+    }
+
+    std::vector<Slot> slots;
     std::size_t used = 0;
 };
 

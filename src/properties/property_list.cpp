@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "foundation/byte_scan.h"
 #include "foundation/log_channel.h"
 #include "foundation/memory.h"
 #include "foundation/text.h"
@@ -34,8 +35,61 @@ std::wstring copyOf(const std::wstring& text) {
 
 std::string packed(std::wstring_view text) {
     std::string bytes;
-    appendPacked(bytes, text);
+    appendPacked(bytes, text, packedSize(text));
     return bytes;
+}
+
+template <typename Unit>
+void trimSpacesOf(std::basic_string<Unit>& text) {
+    if (text.empty() || (text.front() != Unit{' '} && text.back() != Unit{' '})) {
+        return;
+    }
+    const std::size_t first = text.find_first_not_of(Unit{' '});
+    if (first == text.npos) {
+        return;
+    }
+    text.resize(text.find_last_not_of(Unit{' '}) + 1);
+    text.erase(0, first);
+}
+
+// Resolves the `\u` and the digits at this position, which moves to the last of them.
+wchar_t unescapedUnit(std::wstring_view text, std::size_t& position) {
+    const std::wstring_view digits = text.substr(position + 1, escapeDigits);
+    position += digits.size();
+    return parseHexUnit(digits);
+}
+
+char unescapedUnit(std::string_view bytes, std::size_t& position) {
+    return bytes[position];
+}
+
+template <char unit>
+std::size_t findUnit(const std::wstring& text) {
+    return std::min(text.find(wchar_t{unit}), text.size());
+}
+
+template <char unit>
+std::size_t findUnit(const std::string& bytes) {
+    return findAny<unit>(bytes);
+}
+
+template <typename Unit>
+void unescape(std::basic_string<Unit>& text) {
+    std::size_t kept = findUnit<'\\'>(text);
+    for (std::size_t i = kept; i < text.size(); ++i) {
+        if (text[i] != Unit{'\\'}) {
+            text[kept++] = text[i];
+            continue;
+        }
+        if (i + 1 == text.size()) {
+            break;
+        }
+        ++i;
+        text[kept++] = text[i] == Unit{'u'} ? unescapedUnit(text, i) : text[i];
+    }
+    text.resize(kept);
+    trimSpacesOf(text);
+    text.resize(findUnit<'\0'>(text));
 }
 
 }  // namespace
@@ -66,10 +120,19 @@ PropertyList::Iterator PropertyList::end() const {
 }
 
 void PropertyList::append(const std::wstring& key, const SourcedText& value) {
+    add(std::wstring_view(key), std::wstring_view(value), sourceOf(value));
+}
+
+void PropertyList::append(std::string_view key, std::string_view value, const TextSource& source) {
+    add(key, value, source);
+}
+
+template <typename Text>
+void PropertyList::add(Text key, Text value, const TextSource& source) {
     keptValues.clear();
     try {
         entries.push_back(store(key, value));
-        sources.add(value);
+        sources.add(source);
         index.add(size() - 1, [&](std::size_t position) { return keyAt(position); });
     } catch (const std::bad_alloc&) {
         failOutOfMemory();
@@ -80,7 +143,7 @@ void PropertyList::append(const std::wstring& key, const SourcedText& value) {
 void PropertyList::setValue(std::size_t position, const std::wstring& value) {
     keptValues.erase(position);
     try {
-        entries[position] = store(unpacked(keyAt(position)), value);
+        entries[position] = store<std::wstring_view>(unpacked(keyAt(position)), value);
     } catch (const std::bad_alloc&) {
         failOutOfMemory();
     }
@@ -88,7 +151,7 @@ void PropertyList::setValue(std::size_t position, const std::wstring& value) {
 
 void PropertyList::setValueAndSource(std::size_t position, const SourcedText& value) {
     setValue(position, value);
-    sources.set(position, value);
+    sources.set(position, sourceOf(value));
 }
 
 std::optional<std::size_t> PropertyList::find(const std::wstring& key) const {
@@ -109,19 +172,19 @@ std::string_view PropertyList::keyAt(std::size_t position) const {
 }
 
 // A block never grows beyond the memory that it has got at first, and only the last one is added to.
-PropertyList::Entry PropertyList::store(std::wstring_view key, std::wstring_view value) {
-    std::string bytes = packed(key);
-    const std::size_t keyLength = bytes.size();
-    bytes.reserve(keyLength + value.size());
-    appendPacked(bytes, value);
-    if (blocks.empty() || blocks.back().capacity() - blocks.back().size() < bytes.size()) {
-        blocks.emplace_back().reserve(std::max(bytes.size(), blockSize));
+template <typename Text>
+PropertyList::Entry PropertyList::store(Text key, Text value) {
+    const std::size_t keyLength = packedSize(key);
+    const std::size_t valueLength = packedSize(value);
+    const std::size_t length = keyLength + valueLength;
+    if (blocks.empty() || blocks.back().capacity() - blocks.back().size() < length) {
+        blocks.emplace_back().reserve(std::max(length, blockSize));
     }
     std::string& block = blocks.back();
     const Entry entry{static_cast<std::uint32_t>(blocks.size() - 1), static_cast<std::uint32_t>(block.size()),
-                      static_cast<std::uint32_t>(keyLength),
-                      static_cast<std::uint32_t>(bytes.size() - keyLength)};
-    block += bytes;
+                      static_cast<std::uint32_t>(keyLength), static_cast<std::uint32_t>(valueLength)};
+    appendPacked(block, key, keyLength);
+    appendPacked(block, value, valueLength);
     return entry;
 }
 
@@ -172,37 +235,19 @@ void setPropertyValue(const std::wstring& key, const SourcedText& value, Propert
 }
 
 void unescapeValue(std::wstring& text) {
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != L'\\') {
-            text[kept++] = text[i];
-            continue;
-        }
-        if (i + 1 == text.size()) {
-            break;
-        }
-        ++i;
-        if (text[i] != L'u') {
-            text[kept++] = text[i];
-            continue;
-        }
-        const std::wstring_view digits = std::wstring_view(text).substr(i + 1, escapeDigits);
-        const wchar_t unit = parseHexUnit(digits);
-        i += digits.size();
-        text[kept++] = unit;
-    }
-    text.resize(kept);
-    trimSpaces(text);
-    text.resize(std::min(text.find(L'\0'), text.size()));
+    unescape(text);
+}
+
+void unescapeValue(std::string& bytes) {
+    unescape(bytes);
 }
 
 void trimSpaces(std::wstring& text) {
-    const std::size_t first = text.find_first_not_of(L' ');
-    if (first == std::wstring::npos) {
-        return;
-    }
-    text.resize(text.find_last_not_of(L' ') + 1);
-    text.erase(0, first);
+    trimSpacesOf(text);
+}
+
+void trimSpaces(std::string& bytes) {
+    trimSpacesOf(bytes);
 }
 
 }  // namespace zellauncher

@@ -47,6 +47,8 @@ public:
     void clear() { *this = {}; }
     void push_back(const PropertyEntry& entry) { append(entry.key, entry.value); }
     void append(const std::wstring& key, const SourcedText& value);
+    // Key and value as bytes, each of which is one character.
+    void append(std::string_view key, std::string_view value, const TextSource& source);
     // The entry keeps its source.
     void setValue(std::size_t position, const std::wstring& value);
     void setValueAndSource(std::size_t position, const SourcedText& value);
@@ -67,7 +69,10 @@ private:
     };
 
     std::string_view keyAt(std::size_t position) const;
-    Entry store(std::wstring_view key, std::wstring_view value);
+    template <typename Text>
+    void add(Text key, Text value, const TextSource& source);
+    template <typename Text>
+    Entry store(Text key, Text value);
 
     std::vector<std::string> blocks;
     std::deque<Entry> entries;
@@ -129,10 +134,13 @@ std::vector<PropertyEntry> findProperties(std::wstring_view prefix, const Proper
 void setPropertyValue(const std::wstring& key, const SourcedText& value, PropertyList& list);
 
 // Resolves the escapes of a value (`\\`, `\uXXXX`, and `\x` for any other character x), then trims
-// blanks. A NUL ends the value.
+// blanks. A NUL ends the value. Bytes, each of which is one character, must not contain `\u`, because not
+// every unit is a byte.
 void unescapeValue(std::wstring& text);
+void unescapeValue(std::string& bytes);
 
 // Removes blanks (only U+0020) at both ends. A text of blanks only stays unchanged.
 void trimSpaces(std::wstring& text);
+void trimSpaces(std::string& bytes);
 
 }  // namespace zellauncher

@@ -1,10 +1,13 @@
 #include "properties/property_reader.h"
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
+#include "foundation/byte_scan.h"
 #include "foundation/log_channel.h"
 #include "foundation/sourced_text.h"
+#include "foundation/text.h"
 #include "foundation/text_stream.h"
 
 namespace zellauncher {
@@ -13,10 +16,10 @@ namespace {
 
 constexpr std::size_t plainLineLimit = 1000;
 
-// One logical line, which may consist of several physical lines.
+// One logical line, which may consist of several physical lines. Its characters are bytes.
 struct LogicalLine {
-    std::wstring key;
-    std::wstring value;
+    std::string key;
+    std::string value;
     bool inValue = false;        // a separator has ended the key
     bool continued = false;      // the next physical line continues this one
     bool jvmOptionLine = false;  // a line such as -Xoption:value keeps its separator
@@ -24,29 +27,29 @@ struct LogicalLine {
     [[no_unique_address]] FilePosition begin;
 };
 
-bool isSeparator(wchar_t unit) {
-    return unit == L'\t' || unit == L' ' || unit == L':' || unit == L'=';
+bool isSeparator(char character) {
+    return character == '\t' || character == ' ' || character == ':' || character == '=';
 }
 
-bool losesItsBackslash(wchar_t unit) {
-    return unit == L' ' || unit == L'#' || unit == L':' || unit == L'=';
+bool losesItsBackslash(char character) {
+    return character == ' ' || character == '#' || character == ':' || character == '=';
 }
 
-bool isTooLong(const std::wstring& line) {
-    return !line.starts_with(L"arg") && line.size() > plainLineLimit;
+bool isTooLong(const std::string& line) {
+    return line.size() > plainLineLimit && !line.starts_with("arg");
 }
 
 // Appends one character to the key or the value; in a value, two backslashes are one character.
 // Returns the number of further characters consumed.
-std::size_t appendCharacter(LogicalLine& logical, const std::wstring& line, std::size_t position,
+std::size_t appendCharacter(LogicalLine& logical, const std::string& line, std::size_t position,
                             bool& valueStarted) {
     if (!logical.inValue) {
         logical.key += line[position];
         return 0;
     }
-    const bool isPair = line[position] == L'\\' && line[position + 1] == L'\\';
+    const bool isPair = line[position] == '\\' && line[position + 1] == '\\';
     if (isPair) {
-        logical.value += L'\\';
+        logical.value += '\\';
     }
     logical.continued = false;
     valueStarted = true;
@@ -55,16 +58,13 @@ std::size_t appendCharacter(LogicalLine& logical, const std::wstring& line, std:
 }
 
 // Where the characters from `begin` on end that are taken as they are.
-std::size_t plainEnd(const std::wstring& line, std::size_t begin, bool valueStarted) {
-    std::size_t end = begin;
-    while (end < line.size() && line[end] != L'\\' && line[end] != L'\r' &&
-           (valueStarted || !isSeparator(line[end]))) {
-        ++end;
-    }
-    return end;
+std::size_t plainEnd(std::string_view line, std::size_t begin, bool valueStarted) {
+    const std::string_view rest = line.substr(begin);
+    return begin +
+           (valueStarted ? findAny<'\\', '\r'>(rest) : findAny<'\\', '\r', '\t', ' ', ':', '='>(rest));
 }
 
-void appendPlain(LogicalLine& logical, std::wstring_view text, bool& valueStarted) {
+void appendPlain(LogicalLine& logical, std::string_view text, bool& valueStarted) {
     if (!logical.inValue) {
         logical.key += text;
         return;
@@ -74,26 +74,26 @@ void appendPlain(LogicalLine& logical, std::wstring_view text, bool& valueStarte
     logical.value += text;
 }
 
-void appendLine(LogicalLine& logical, const std::wstring& line) {
+void appendLine(LogicalLine& logical, const std::string& line) {
     if (!logical.isBegun && line.size() >= 2) {
-        logical.jvmOptionLine = line.starts_with(L"-X");
+        logical.jvmOptionLine = line.starts_with("-X");
     }
     logical.isBegun = true;
     bool valueStarted = false;
     for (std::size_t i = 0; i < line.size(); ++i) {
         if (const std::size_t end = plainEnd(line, i, valueStarted); end > i) {
-            appendPlain(logical, std::wstring_view(line).substr(i, end - i), valueStarted);
+            appendPlain(logical, std::string_view(line).substr(i, end - i), valueStarted);
             i = end - 1;
             continue;
         }
-        if (line[i] == L'\\' && i + 1 == line.size()) {
+        if (line[i] == '\\' && i + 1 == line.size()) {
             logical.continued = true;
             break;
         }
-        if (line[i] == L'\\' && losesItsBackslash(line[i + 1])) {
+        if (line[i] == '\\' && losesItsBackslash(line[i + 1])) {
             ++i;
         }
-        if (line[i] == L'\r') {
+        if (line[i] == '\r') {
             continue;  // only a line feed ends a line
         }
         if (!valueStarted && isSeparator(line[i])) {
@@ -107,17 +107,35 @@ void appendLine(LogicalLine& logical, const std::wstring& line) {
     }
 }
 
+// Whether an escape may be a unit that is not a byte.
+bool mayHaveWideUnit(const std::string& value) {
+    const std::size_t escape = findAny<'\\'>(value);
+    return escape < value.size() && value.find("\\u", escape) != std::string::npos;
+}
+
+void appendEntry(PropertyList& list, LogicalLine& logical) {
+    const TextSource source = sourceAt(logical.begin, logical.key);
+    if (!mayHaveWideUnit(logical.value)) {
+        unescapeValue(logical.value);
+        list.append(logical.key, logical.value, source);
+        logDebugF(L"ZLNCH0024I:   value  = \"%s\"", logical.value);
+        return;
+    }
+    std::wstring value = widen(logical.value);
+    unescapeValue(value);
+    list.append(widen(logical.key), withSource(source, value));
+    logDebugF(L"ZLNCH0024I:   value  = \"%s\"", value);
+}
+
 // Required oddities: the key arg20 never has a value, and a line of one character keeps jvmOptionLine of the
 // line before.
 void finishLine(PropertyList& list, LogicalLine& logical) {
     trimSpaces(logical.key);
     logDebugF(L"ZLNCH0023I:   attrib = \"%s\"", logical.key);
-    unescapeValue(logical.value);
-    if (logical.key == L"arg20") {
+    if (logical.key == "arg20") {
         logical.value.clear();
     }
-    appendEntry(list, logical.key, atLine(logical.begin, logical.key, logical.value));
-    logDebugF(L"ZLNCH0024I:   value  = \"%s\"", logical.value);
+    appendEntry(list, logical);
     logical.key.clear();  // both keep their memory for the next line
     logical.value.clear();
     logical.inValue = false;
@@ -138,7 +156,7 @@ void loadPropertyFile(const std::wstring& path, PropertyList& list) {
     }
     rewindTextStream(file);
     LogicalLine logical;
-    std::wstring line;
+    std::string line;
     while (!atEnd(file) && scanLine(file, LineBlanks::skipLeading, line) != ScanResult::endOfData) {
         logDebugF(L"ZLNCH0032I: Prop Line = \"%s\"", line);
         if (isTooLong(line)) {
@@ -147,7 +165,7 @@ void loadPropertyFile(const std::wstring& path, PropertyList& list) {
                 "chars ");
             continue;
         }
-        if (line.starts_with(L'#')) {
+        if (line.starts_with('#')) {
             continue;
         }
         if (!logical.isBegun) {
