@@ -8,6 +8,7 @@ turns on one processor. The table gives the median ratio and the 10th and 90th p
 """
 
 import argparse
+import contextlib
 import json
 import math
 import os
@@ -67,14 +68,27 @@ class Peer:
         self.process = subprocess.Popen(on_processor(command), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                         stderr=subprocess.DEVNULL)
 
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.process.stdin.close()
+        self.process.wait()
+
     def round(self):
         self.process.stdin.write(b"\n")
         self.process.stdin.flush()
         return [float(number) for number in self.process.stdout.readline().split()]
 
-    def end(self):
-        self.process.stdin.close()
-        self.process.wait()
+    def processor_time_of_round(self):
+        before = self.processor_time()
+        self.round()
+        return self.processor_time() - before
+
+    def processor_time(self):
+        """Nanoseconds of all threads. Other programs on the processor do not count, unlike in elapsed time."""
+        tasks = Path(f"/proc/{self.process.pid}/task").iterdir()
+        return sum(int((task / "schedstat").read_text().split()[0]) for task in tasks)
 
 
 def reading():
@@ -83,24 +97,45 @@ def reading():
     file.write_bytes(subprocess.run([NATIVE / "bench_workload", "1000000"], stdout=subprocess.PIPE,
                                     check=True).stdout)
     subprocess.run(["javac", "-d", WORK, ROOT / "bench/peers/JavaProperties.java"], check=True)
-    own = Peer(wine(WINDOWS / "bench/bench_read_properties.exe", "Z:" + str(file)))
-    peers = {
-        "java.util.Properties": Peer(["java", "-Xshare:auto", "-cp", WORK, "JavaProperties", file]),
-        "Boost.PropertyTree": Peer([NATIVE / "bench_boost_ptree", file]),
-        "Poco": Peer([NATIVE / "bench_poco_properties", file]),
+    commands = {
+        "own": wine(WINDOWS / "bench/bench_read_properties.exe", "Z:" + str(file)),
+        "java.util.Properties": ["java", "-Xshare:auto", "-cp", WORK, "JavaProperties", file],
+        "Boost.PropertyTree": [NATIVE / "bench_boost_ptree", file],
+        "Poco": [NATIVE / "bench_poco_properties", file],
     }
-    for _ in range(200):  # until Java's compiler is done
-        for peer in (own, *peers.values()):
-            peer.round()
-    rounds = [{name: peer.round() for name, peer in (("own", own), *peers.items())} for _ in range(options.rounds)]
     size = file.stat().st_size
-    speed = statistics.median(size / each["own"][0] * 1000 for each in rounds)
-    add_row("reading 1 MB, megabytes in a second", f"{speed:.0f}")
-    add_row("memory for each byte read", f"{max(each['own'][1] for each in rounds) / size:.2f}")
-    for name in peers:
-        add_row(f"reading speed against {name}", spread(each[name][0] / each["own"][0] for each in rounds))
-    for peer in (own, *peers.values()):
-        peer.end()
+    warm = warm_readings(commands)
+    add_row("reading 1 MB, megabytes in a second of the processor",
+            f"{size * 1000 / statistics.median(each['own'] for each in warm):.0f}")
+    with Peer(commands["own"]) as own:
+        add_row("memory for each byte read", f"{own.round()[1] / size:.2f}")
+    first = [first_readings(commands) for _ in range(max(5, options.rounds // 5))]
+    for name in list(commands)[1:]:
+        add_row(f"reading speed against {name}, warm", spread(each[name] / each["own"] for each in warm))
+        add_row("the same, best of each",
+                f"{min(each[name] for each in warm) / min(each['own'] for each in warm):.2f}")
+        add_row(f"the first reading of a process, against {name}",
+                spread(each[name] / each["own"] for each in first))
+
+
+def warm_readings(commands):
+    """The processor time of each round, by name, after 200 rounds for Java's compiler."""
+    with contextlib.ExitStack() as stack:
+        peers = {name: stack.enter_context(Peer(command)) for name, command in commands.items()}
+        for _ in range(200):
+            for peer in peers.values():
+                peer.round()
+        return [{name: peer.processor_time_of_round() for name, peer in peers.items()}
+                for _ in range(options.rounds)]
+
+
+def first_readings(commands):
+    """The time that each program measures for its first reading, whose processes are started for it."""
+    times = {}
+    for name, command in commands.items():
+        with Peer(command) as peer:
+            times[name] = peer.round()[0]
+    return times
 
 
 def exponent(points):
