@@ -113,7 +113,7 @@ bool mayHaveWideUnit(const std::string& value) {
     return escape < value.size() && value.find("\\u", escape) != std::string::npos;
 }
 
-void appendEntry(PropertyList& list, LogicalLine& logical) {
+void storeEntry(PropertyList& list, LogicalLine& logical) {
     const TextSource source = sourceAt(logical.begin, logical.key);
     if (!mayHaveWideUnit(logical.value)) {
         unescapeValue(logical.value);
@@ -135,7 +135,7 @@ void finishLine(PropertyList& list, LogicalLine& logical) {
     if (logical.key == "arg20") {
         logical.value.clear();
     }
-    appendEntry(list, logical);
+    storeEntry(list, logical);
     logical.key.clear();  // both keep their memory for the next line
     logical.value.clear();
     logical.inValue = false;
