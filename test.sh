@@ -185,7 +185,8 @@ run_long() {
     measure tests/mutation/run.sh --jobs 2
 }
 
-# The packages of this checkout, and what is made of them. The test kit has to have the same counts as the tests here.
+# The packages of this checkout, and the installer and the test kit that are built from them. The kit must have the
+# same counts as the tests here.
 run_package() {
     local unpacked=build/package/unpacked version
     version=$(sed -n 's/^project(zellauncher VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)

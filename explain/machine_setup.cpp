@@ -123,7 +123,7 @@ void showDirectories(World& world, const StartOptions& options) {
     }
 }
 
-// Directories that exist wherever somebody can log on.
+// Directories that exist on every machine that a user can log on to.
 void makeSystemDirectories(World& world, const System& system) {
     const auto valueOf = [&](const wchar_t* name) {
         const std::wstring* value = findVariable(system.environment, name);

@@ -63,7 +63,7 @@ std::vector<std::wstring> locationArguments(const StartOptions& options) {
     return kept;
 }
 
-// Somebody must have started the platform. True if that start works.
+// An earlier start must have started the platform. True if that start works.
 bool startBefore(World& world, StartOptions options) {
     options.arguments = locationArguments(options);
     const std::shared_ptr<LauncherRun> run = runLauncher(world, options);

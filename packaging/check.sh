@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Checks the packages in dist/: complete, whole, without traces of the machine that made them, and working.
-# Everything is tried from the archives, as somebody would who has nothing else. Ends with "N passed, N failed".
+# Everything is tried from the archives alone, as a new user would. Ends with "N passed, N failed".
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source packaging/release.sh

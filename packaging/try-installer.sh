@@ -298,7 +298,7 @@ check "a repair brings deleted files back" repairs
 check "logs are collected and read" collects_logs
 check "removed while nothing runs, the users' files stay" is_removed "$work/client-1.1.0.msi"
 check "back to the former release" goes_back
-check "an upgrade ends the platform if it is told to" upgrade_can_end_the_platform
+check "an upgrade can end the platform" upgrade_can_end_the_platform
 check "removed again" is_removed "$work/client-1.1.0.msi"
 check "removed while the platform runs" is_removed_while_running
 check "the users' files are removed" users_files_are_removed

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # try-signature.sh PROGRAMS STANDIN: signs the programs of a directory with a certificate that is made for it, verifies
-# them, and starts them. A signature by somebody else and a changed program have to be refused.
+# them, and starts them. Another signer and a changed program must be refused.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source cmake/setup.sh

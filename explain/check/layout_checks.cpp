@@ -321,7 +321,7 @@ private:
         const std::wstring marker = options.install.path + L"\\zel\\prov.debug\\debug.txt";
         if (files.exists(marker)) {
             files.add(rules::debugMarker, Severity::error, marker, 0, "the debug marker file is shipped",
-                      "Every start waits until somebody deletes it.", "Do not ship the file.",
+                      "Every start waits until the file is deleted.", "Do not ship the file.",
                       {waitsWithoutLimit});
         }
     }

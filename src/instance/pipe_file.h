@@ -29,7 +29,7 @@ void removeStalePipeFile();
 
 // Renames the pipe file of a platform that is started again to `.pipe.crashed`, trying for about a second.
 // Otherwise the wait for the new platform's would end at once. It is not deleted, because until the new
-// platform has published, it tells the next start that the last one ended badly.
+// platform has published, it shows the next start that the last one ended badly.
 void setPipeFileAside();
 
 }  // namespace zellauncher

@@ -177,7 +177,7 @@ private:
     std::string explain(const fs::path& program, const std::wstring& tail) const;
     // launchTail, compared with what zelexplain says before. A difference fails the test.
     Status launchExplained(const fs::path& program, const std::wstring& tail);
-    // What zelexplain is told about the platform: its option --platform.
+    // The value of the option --platform of zelexplain.
     std::wstring runningPlatform() const;
 
     bool isLaidOut = false;
