@@ -8,17 +8,11 @@
 #include <vector>
 
 #include "explain/check/finding.h"
+#include "explain/place.h"
 
 // What a start does, as plain data. The writers make text, JSON and a page of it. Texts are those of the
 // simulated machine, except where a comment says UTF-8.
 namespace explain {
-
-// A line of a property file. Files of the install are relative to it, with forward slashes.
-struct Place {
-    std::wstring file;
-    std::size_t line = 0;
-    std::wstring name;  // the key as written
-};
 
 // Where a value came from.
 struct ValueSource {

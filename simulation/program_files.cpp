@@ -31,19 +31,23 @@ void putNumber(std::string& bytes, std::size_t place, std::uint32_t number, std:
 
 }  // namespace
 
-bool isProgramFile(std::string_view beginning) {
+ExecutableFile executableFileOf(std::string_view beginning) {
     if (beginning.size() < headerOffsetPlace + 4 || !beginning.starts_with("MZ")) {
-        return false;
+        return ExecutableFile::none;
     }
     const std::size_t header = numberAt(beginning, headerOffsetPlace, 4);
-    if (header > beginning.size() || beginning.size() - header < headerSize) {
-        return false;
+    if (header > beginning.size() || beginning.size() - header < headerSize ||
+        beginning.substr(header, 4) != std::string_view("PE\0\0", 4)) {
+        return ExecutableFile::none;
     }
-    const std::string_view signature(beginning.data() + header, 4);
+    if (numberAt(beginning, header + machinePlace, 2) != machineX64) {
+        return ExecutableFile::otherProcessor;
+    }
     const std::uint32_t characteristics = numberAt(beginning, header + characteristicsPlace, 2);
-    return signature == std::string_view("PE\0\0", 4) &&
-           numberAt(beginning, header + machinePlace, 2) == machineX64 &&
-           (characteristics & isExecutable) != 0 && (characteristics & isLibrary) == 0;
+    if ((characteristics & isLibrary) != 0) {
+        return ExecutableFile::library;
+    }
+    return (characteristics & isExecutable) != 0 ? ExecutableFile::program : ExecutableFile::none;
 }
 
 std::string smallestProgramFile() {

@@ -10,9 +10,14 @@ namespace simulation {
 // Enough of a file to decide it.
 inline constexpr std::size_t programHeaderBytes = 4096;
 
-// True for the beginning of a program; false for a library, for a program of another processor and for
-// anything else.
-bool isProgramFile(std::string_view beginning);
+enum class ExecutableFile { program, library, otherProcessor, none };
+
+// What the beginning of a file says.
+ExecutableFile executableFileOf(std::string_view beginning);
+
+inline bool isProgramFile(std::string_view beginning) {
+    return executableFileOf(beginning) == ExecutableFile::program;
+}
 
 // The smallest file of which isProgramFile is true.
 std::string smallestProgramFile();

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "explain/place.h"
+
 namespace explain {
 
 enum class Severity {
@@ -26,5 +28,9 @@ struct Finding {
 };
 
 using Findings = std::vector<Finding>;
+
+// Adds a finding at a place of the install.
+Finding& addFinding(Findings& findings, const char* rule, Severity severity, const Place& place,
+                    std::string text, std::string consequence, std::string remedy);
 
 }  // namespace explain

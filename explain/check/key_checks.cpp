@@ -74,19 +74,6 @@ private:
 
     std::string nameOf(const InstallFile& file) const { return toUtf8(installName(options, file.path)); }
 
-    Finding& add(const char* rule, Severity severity, const Place& place, std::string text,
-                 std::string consequence, std::string remedy) {
-        findings.push_back({rule,
-                            severity,
-                            toUtf8(place.file),
-                            place.line,
-                            std::move(text),
-                            std::move(consequence),
-                            std::move(remedy),
-                            {}});
-        return findings.back();
-    }
-
     Place placeIn(const InstallFile& file, const PropertyEntry& entry) const {
         return {installName(options, file.path), lineOf(entry), entry.key};
     }
@@ -116,9 +103,9 @@ private:
     void requireKey(const InstallFile& file, const char* key, Severity severity,
                     const std::string& consequence, std::vector<std::string> messages,
                     const std::string& remedy = {}) {
-        add(rules::missingKey, severity, {installName(options, file.path), 0, L""},
-            std::string(key) + " is missing", consequence,
-            remedy.empty() ? "Add " + std::string(key) + " to " + nameOf(file) + "." : remedy)
+        addFinding(findings, rules::missingKey, severity, {installName(options, file.path), 0, L""},
+                   std::string(key) + " is missing", consequence,
+                   remedy.empty() ? "Add " + std::string(key) + " to " + nameOf(file) + "." : remedy)
             .messages = std::move(messages);
     }
 
@@ -190,17 +177,19 @@ private:
                                 hasConfigIniKey("eclipse.product");
         const std::string name = nameOf(reading.userTemplate);
         if (!hasApplication && !hasConfigIniKey("eclipse.ignoreApp")) {
-            add(rules::noApplication, hasProduct ? Severity::warning : Severity::error,
-                {installName(options, reading.userTemplate.path), 0, L""},
-                hasProduct ? "application is missing" : "application and product are missing",
-                hasProduct ? "The platform starts the application of its product. If the product names none, "
+            addFinding(findings, rules::noApplication, hasProduct ? Severity::warning : Severity::error,
+                       {installName(options, reading.userTemplate.path), 0, L""},
+                       hasProduct ? "application is missing" : "application and product are missing",
+                       hasProduct
+                           ? "The platform starts the application of its product. If the product names none, "
                              "no platform comes up, although the launcher ends with 0."
                            : "The framework does not know what to start: no platform comes up, although the "
                              "launcher ends with 0.",
-                "Add application to " + name + ".");
+                       "Add application to " + name + ".");
         }
         if (hasApplication && !hasProduct) {
-            add(rules::noProduct, Severity::warning,
+            addFinding(
+                findings, rules::noProduct, Severity::warning,
                 {installName(options, reading.launcherProperties.path), 0, L""}, "product is missing",
                 "The application starts without a product, so without its name, images and preferences.",
                 "Add product to " + nameOf(reading.launcherProperties) + ".");
@@ -263,8 +252,9 @@ private:
         } else if (!isReadFrom(*known, kind)) {
             addWrongFile(file, entry, *known);
         } else if (entry.value.empty() && needsValue(known->key)) {
-            add(rules::emptyValue, Severity::warning, placeIn(file, entry), known->key + " has no value",
-                "The launcher uses the empty text.", "Give it a value, or leave the line out.");
+            addFinding(findings, rules::emptyValue, Severity::warning, placeIn(file, entry),
+                       known->key + " has no value", "The launcher uses the empty text.",
+                       "Give it a value, or leave the line out.");
         }
     }
 
@@ -295,25 +285,25 @@ private:
             files += (files.empty() ? "" : " or ") + name;
         }
         const bool isWritten = known.files.front() == "args.properties";
-        add(known.key == "arg20" ? rules::numberedList : rules::wrongFile, Severity::warning,
-            placeIn(file, entry),
-            known.key == "arg20" ? "the value of arg20 is always lost"
-                                 : toUtf8(entry.key) + " is not read from this file",
-            "The line has no effect.",
-            isWritten ? "Remove the line: the launcher itself writes this key, into " + files + "."
-                      : "Move the line to " + files + ".");
+        addFinding(findings, known.key == "arg20" ? rules::numberedList : rules::wrongFile, Severity::warning,
+                   placeIn(file, entry),
+                   known.key == "arg20" ? "the value of arg20 is always lost"
+                                        : toUtf8(entry.key) + " is not read from this file",
+                   "The line has no effect.",
+                   isWritten ? "Remove the line: the launcher itself writes this key, into " + files + "."
+                             : "Move the line to " + files + ".");
     }
 
     void checkOption(const InstallFile& file, const PropertyEntry& entry, const char* kind) {
         const std::string key = toUtf8(entry.key);
         if (kind == launcherFile) {
-            add(rules::wrongFile, Severity::warning, placeIn(file, entry),
-                key + ": options of the JVM are not read from this file", "The line has no effect.",
-                "Move the line to jvm.properties or zelinstall.properties.");
+            addFinding(findings, rules::wrongFile, Severity::warning, placeIn(file, entry),
+                       key + ": options of the JVM are not read from this file", "The line has no effect.",
+                       "Move the line to jvm.properties or zelinstall.properties.");
         } else if (!entry.key.starts_with(L"-D") && !entry.key.starts_with(L"-X")) {
-            add(rules::ignoredOption, Severity::warning, placeIn(file, entry),
-                key + " begins with neither -D nor -X", "The option does not reach the JVM.",
-                "Write vmarg.<name>=<option>, which passes any option on.");
+            addFinding(findings, rules::ignoredOption, Severity::warning, placeIn(file, entry),
+                       key + " begins with neither -D nor -X", "The option does not reach the JVM.",
+                       "Write vmarg.<name>=<option>, which passes any option on.");
         }
     }
 
@@ -328,10 +318,10 @@ private:
 
     void addOptionWithoutHyphen(const InstallFile& file, const PropertyEntry& entry) {
         const std::string key = toUtf8(entry.key);
-        add(rules::ignoredOption, Severity::warning, placeIn(file, entry),
-            key + " is no known key, but an option of the JVM without its hyphen",
-            "The option does not reach the JVM.",
-            "Begin the line with -" + key + ", or give a key of your own another name.");
+        addFinding(findings, rules::ignoredOption, Severity::warning, placeIn(file, entry),
+                   key + " is no known key, but an option of the JVM without its hyphen",
+                   "The option does not reach the JVM.",
+                   "Begin the line with -" + key + ", or give a key of your own another name.");
     }
 
     // The keys of config.ini that decide if a platform comes up.
@@ -353,7 +343,8 @@ private:
 
     void addSimilarInConfigIni(const ConfigIniEntry& entry, const std::string& meant) {
         const bool isFatal = meant == "osgi.bundles" && !hasConfigIniKey("osgi.bundles");
-        add(rules::similarKey, isFatal ? Severity::error : Severity::warning,
+        addFinding(
+            findings, rules::similarKey, isFatal ? Severity::error : Severity::warning,
             {installName(options, reading.configIni.path), entry.line, L""},
             entry.key + " is no key of the framework; " + meant + " is",
             isFatal ? "The framework starts none of the bundles: no platform comes up, although the launcher "
@@ -370,9 +361,9 @@ private:
         for (const KeyEntry& known : keyEntries()) {
             const std::optional<std::wstring> meant = meantKey(key, fromUtf8(known.key));
             if (meant && isReadFrom(known, kind)) {
-                add(rules::similarKey, Severity::warning, placeIn(file, entry),
-                    toUtf8(entry.key) + " is no known key; " + toUtf8(*meant) + " is",
-                    "The launcher ignores the line.", "Write " + toUtf8(*meant) + ".");
+                addFinding(findings, rules::similarKey, Severity::warning, placeIn(file, entry),
+                           toUtf8(entry.key) + " is no known key; " + toUtf8(*meant) + " is",
+                           "The launcher ignores the line.", "Write " + toUtf8(*meant) + ".");
                 return;
             }
         }
@@ -445,12 +436,12 @@ private:
         }
         const bool isSame = first.value == second.value;
         const bool isOption = second.key.starts_with(L"-D");
-        add(rules::duplicateKey, isSame ? Severity::note : Severity::warning, place,
-            toUtf8(second.key) + " is there twice, first in line " + std::to_string(firstPlace.line),
-            isSame     ? "Both lines say the same."
-            : isOption ? "Both go to the JVM, which uses the last one."
-                       : "The launcher uses the first line, \"" + toUtf8(first.value) + "\".",
-            "Remove one of the lines.");
+        addFinding(findings, rules::duplicateKey, isSame ? Severity::note : Severity::warning, place,
+                   toUtf8(second.key) + " is there twice, first in line " + std::to_string(firstPlace.line),
+                   isSame     ? "Both lines say the same."
+                   : isOption ? "Both go to the JVM, which uses the last one."
+                              : "The launcher uses the first line, \"" + toUtf8(first.value) + "\".",
+                   "Remove one of the lines.");
     }
 
     // The template's key comes before the one that the launcher appends.
@@ -458,7 +449,8 @@ private:
         const std::string key = toUtf8(second.key);
         const bool isHarmless = first.value == second.value || second.key == L"vm";
         const bool isIdentity = second.key == L"zel.install.id" && first.value != second.value;
-        add(rules::overriddenKey,
+        addFinding(
+            findings, rules::overriddenKey,
             isIdentity ? Severity::error : (isHarmless ? Severity::note : Severity::warning), place,
             key + " of the template wins over the one of zellauncher.properties",
             isIdentity

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "explain/check/executable_file.h"
 #include "explain/check/file_findings.h"
 #include "explain/check/framework_checks.h"
 #include "explain/check/rules.h"
@@ -19,6 +18,8 @@ namespace explain {
 
 namespace {
 
+using simulation::ExecutableFile;
+using simulation::executableFileOf;
 using zellauncher::InstallConfigurationKind;
 
 // --- The command -------------------------------------------------------------------------------------

@@ -151,18 +151,6 @@ private:
 
     // --- Findings ------------------------------------------------------------------------------------
 
-    void add(const char* rule, Severity severity, const Place& place, std::string text,
-             std::string consequence, std::string remedy) {
-        findings.push_back({rule,
-                            severity,
-                            toUtf8(place.file),
-                            place.line,
-                            std::move(text),
-                            std::move(consequence),
-                            std::move(remedy),
-                            {}});
-    }
-
     // A place in the install; lines that the repairs have added are not counted.
     Place realPlace(Place place) const {
         for (const auto& [path, lines] : repairs.firstLines) {
@@ -217,7 +205,8 @@ private:
             consequence = start.failure->meaning;
             remedy = start.failure->remedy.empty() ? remedy : start.failure->remedy;
         }
-        add(rules::startFails, Severity::error, place, which + " ends with: " + message, consequence, remedy);
+        addFinding(findings, rules::startFails, Severity::error, place, which + " ends with: " + message,
+                   consequence, remedy);
         findings.back().messages = {message};
     }
 
@@ -331,13 +320,13 @@ private:
             longest = longest == nullptr || element.text.size() > longest->text.size() ? &element : longest;
         }
         const Place place = longest != nullptr ? realPlace(longest->source) : Place{};
-        add(rules::commandLength, isTooLong ? Severity::error : Severity::warning,
-            place.line != 0 ? place : Place{L"zel/zellauncher.properties", 0, L""},
-            "the command has " + std::to_string(length) + " characters" +
-                (isTooLong ? "" : ", so " + std::to_string(longestCommand - length) + " are left"),
-            isTooLong ? "Windows starts a command of at most 32766: a start ends with -1."
-                      : "For a user with a longer name or workspace, the start may fail.",
-            "Shorten values; its longest element comes from here.");
+        addFinding(findings, rules::commandLength, isTooLong ? Severity::error : Severity::warning,
+                   place.line != 0 ? place : Place{L"zel/zellauncher.properties", 0, L""},
+                   "the command has " + std::to_string(length) + " characters" +
+                       (isTooLong ? "" : ", so " + std::to_string(longestCommand - length) + " are left"),
+                   isTooLong ? "Windows starts a command of at most 32766: a start ends with -1."
+                             : "For a user with a longer name or workspace, the start may fail.",
+                   "Shorten values; its longest element comes from here.");
         findings.back().messages = {"CreateProcessW failed", "ZELLauncher> the command is longer"};
     }
 
@@ -348,8 +337,8 @@ private:
             const std::optional<JvmOptionProblem> problem = checkJvmOption(toUtf8(option), jvmVendor(start));
             const Place place = realPlace(element.source);
             if (problem && place.line != 0) {
-                add(rules::jvmOption, problem->isFatal ? Severity::error : Severity::warning, place,
-                    problem->text, problem->consequence, problem->remedy);
+                addFinding(findings, rules::jvmOption, problem->isFatal ? Severity::error : Severity::warning,
+                           place, problem->text, problem->consequence, problem->remedy);
             }
         }
     }
@@ -387,7 +376,8 @@ private:
         }
         for (const wchar_t* key : {L"library.path.prepend", L"library.path.append"}) {
             if (const ExpandedValue* value = reading.value(key)) {
-                add(rules::pathLimit, Severity::warning, placeOf(reading, options, value->source),
+                addFinding(
+                    findings, rules::pathLimit, Severity::warning, placeOf(reading, options, value->source),
                     "the platform's PATH loses the inherited one, which has " +
                         std::to_string(inherited->size()) + " characters",
                     "Its line in args.properties has more than 1000 characters and is skipped. The platform "
@@ -480,10 +470,11 @@ private:
             return file.kind == FileChange::Kind::moved && file.path.ends_with(L".configbak");
         });
         if (isReset && !isResetKnown()) {
-            add(rules::resetsUser, Severity::error, {installName(options, reading.userTemplate.path), 0, L""},
-                "a second start moves the user's configuration away and makes it anew",
-                "Every start after the first resets the user's configuration.",
-                "Run zelexplain start --starts 2 to see why.");
+            addFinding(findings, rules::resetsUser, Severity::error,
+                       {installName(options, reading.userTemplate.path), 0, L""},
+                       "a second start moves the user's configuration away and makes it anew",
+                       "Every start after the first resets the user's configuration.",
+                       "Run zelexplain start --starts 2 to see why.");
         }
         return isReset;
     }

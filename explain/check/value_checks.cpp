@@ -69,19 +69,6 @@ private:
     const StartOptions& options;
     Findings& findings;
 
-    Finding& add(const char* rule, Severity severity, const Place& place, std::string text,
-                 std::string consequence, std::string remedy) {
-        findings.push_back({rule,
-                            severity,
-                            toUtf8(place.file),
-                            place.line,
-                            std::move(text),
-                            std::move(consequence),
-                            std::move(remedy),
-                            {}});
-        return findings.back();
-    }
-
     const Entries& launcherList() const { return reading.launcherProperties.entries; }
 
     Place placeOfEntry(const PropertyEntry& entry) const {
@@ -91,7 +78,8 @@ private:
     void checkKind() {
         const PropertyEntry* entry = find(L"install.configuration", launcherList());
         if (entry != nullptr && reading.kind == InstallConfigurationKind::unknown) {
-            add(rules::kind, Severity::error, placeOfEntry(*entry),
+            addFinding(
+                findings, rules::kind, Severity::error, placeOfEntry(*entry),
                 "install.configuration is no kind: \"" + toUtf8(entry->value) + "\"",
                 "A start ends with ZLNCH0025E, which speaks of the identity, after it has prepared the user.",
                 "Write service, lockdown, user, serial.multiuser, multiuser or userpb, in lower case and "
@@ -109,7 +97,8 @@ private:
         const std::wstring& id = entry->value;
         const bool isDirectory = !reading.isDirectJavaStart && find(L"zel.data", launcherList()) == nullptr;
         if (id.find(L'%') != std::wstring::npos) {
-            add(rules::identity, Severity::error, placeOfEntry(*entry), "zel.install.id contains %",
+            addFinding(
+                findings, rules::identity, Severity::error, placeOfEntry(*entry), "zel.install.id contains %",
                 "The copy in a user's properties loses it, so every start after the first renews the user's "
                 "configuration; if the copy is empty, a later change is not noticed.",
                 "Leave the character out.");
@@ -117,21 +106,24 @@ private:
         const bool isStorable =
             std::all_of(id.begin(), id.end(), [](wchar_t unit) { return unit >= 0x20 && unit <= 0xFF; });
         if (!isStorable) {
-            add(rules::identity, Severity::error, placeOfEntry(*entry),
-                "zel.install.id has a character that a user's properties cannot hold",
-                "They end before it: a start fails, or resets the user's configuration.",
-                "Use letters, digits, dots, hyphens and underscores.")
+            addFinding(findings, rules::identity, Severity::error, placeOfEntry(*entry),
+                       "zel.install.id has a character that a user's properties cannot hold",
+                       "They end before it: a start fails, or resets the user's configuration.",
+                       "Use letters, digits, dots, hyphens and underscores.")
                 .messages = {"ZLNCH0011E", "ZLNCH0005E", "ZLNCH0083E", "ZLNCH0117E", "ZLNCH0020E"};
             return;
         }
         if (id.find(L'\\') != std::wstring::npos) {
-            add(rules::identity, Severity::error, placeOfEntry(*entry), "zel.install.id contains a backslash",
+            addFinding(
+                findings, rules::identity, Severity::error, placeOfEntry(*entry),
+                "zel.install.id contains a backslash",
                 "The copy in a user's properties loses it, so every start after the first renews the user's "
                 "configuration.",
                 "Leave the character out.");
         } else if (id.find_first_of(L"<>:\"|?*/") != std::wstring::npos) {
             const bool isSeparator = id.find_first_of(L"<>:\"|?*") == std::wstring::npos;
-            add(rules::identity, isDirectory && !isSeparator ? Severity::error : Severity::warning,
+            addFinding(
+                findings, rules::identity, isDirectory && !isSeparator ? Severity::error : Severity::warning,
                 placeOfEntry(*entry),
                 "zel.install.id has characters that no directory can have: " + toUtf8(id),
                 isSeparator   ? "The default workspace gets more directories than one for it."
@@ -140,12 +132,14 @@ private:
                 "Use letters, digits, dots, hyphens and underscores.")
                 .messages = {"ZLNCH0083E", "ZLNCH0140E"};
         } else if (id.find(L' ') != std::wstring::npos) {
-            add(rules::identity, Severity::note, placeOfEntry(*entry), "zel.install.id contains a blank",
-                "It becomes part of the workspace's path.", "Use no blanks.");
+            addFinding(findings, rules::identity, Severity::note, placeOfEntry(*entry),
+                       "zel.install.id contains a blank", "It becomes part of the workspace's path.",
+                       "Use no blanks.");
         }
         if (isDirectory && (id.ends_with(L'.') || id == L".." || id == L".")) {
-            add(rules::identity, Severity::warning, placeOfEntry(*entry), "zel.install.id ends with a dot",
-                "Windows removes a dot at the end of a directory's name.", "Leave the dot out.");
+            addFinding(findings, rules::identity, Severity::warning, placeOfEntry(*entry),
+                       "zel.install.id ends with a dot",
+                       "Windows removes a dot at the end of a directory's name.", "Leave the dot out.");
         }
     }
 
@@ -185,10 +179,11 @@ private:
                 continue;
             }
             const bool isInitial = name == L"config.initial.";
-            add(rules::numberedList, isInitial ? Severity::error : Severity::warning, placeOfEntry(entry),
-                toUtf8(entry.key) + " is there, but " + toUtf8(missing) + " is not",
-                isInitial ? "A start ends with ZLNCH0114E." : "The launcher does not see it.",
-                "Number the list from 1 without a gap.")
+            addFinding(findings, rules::numberedList, isInitial ? Severity::error : Severity::warning,
+                       placeOfEntry(entry),
+                       toUtf8(entry.key) + " is there, but " + toUtf8(missing) + " is not",
+                       isInitial ? "A start ends with ZLNCH0114E." : "The launcher does not see it.",
+                       "Number the list from 1 without a gap.")
                 .messages = {"ZLNCH0114E"};
             return;
         }
@@ -212,9 +207,9 @@ private:
                 std::find(std::begin(copied), std::end(copied), key) != std::end(copied);
             const std::vector<std::wstring> tokens = tokensOf(entry.value);
             if (!isExpandedElsewhere && !tokens.empty() && isUsed(key)) {
-                add(rules::unexpandedToken, Severity::warning, placeOfEntry(entry),
-                    tokenText(tokens.front()) + " is not replaced in " + toUtf8(key),
-                    "The text with the token is used as it is.", "Write the value itself.");
+                addFinding(findings, rules::unexpandedToken, Severity::warning, placeOfEntry(entry),
+                           tokenText(tokens.front()) + " is not replaced in " + toUtf8(key),
+                           "The text with the token is used as it is.", "Write the value itself.");
             }
         }
         checkBaseLocation();
@@ -242,10 +237,10 @@ private:
         }
         const std::vector<std::wstring> tokens = tokensOf(*reading.baseLocation);
         if (!tokens.empty()) {
-            add(rules::unexpandedToken, Severity::error, placeOfEntry(*entry),
-                tokenText(tokens.front()) + " is not replaced in zel.base.location",
-                "The templates are looked for in a directory with this name.",
-                "Use ${zel.home} once, and nothing else.")
+            addFinding(findings, rules::unexpandedToken, Severity::error, placeOfEntry(*entry),
+                       tokenText(tokens.front()) + " is not replaced in zel.base.location",
+                       "The templates are looked for in a directory with this name.",
+                       "Use ${zel.home} once, and nothing else.")
                 .messages = {"ZLNCH0009E", "ZLNCH0022E", "ZLNCH0140E", "ZLNCH0088E"};
         }
     }
@@ -258,26 +253,26 @@ private:
         if (!reading.hasWorkspace) {
             const std::vector<std::wstring> tokens = tokensOf(entry->value);
             const std::string token = tokens.empty() ? "a token" : tokenText(tokens.front());
-            add(rules::unknownToken, Severity::error, placeOfEntry(*entry),
-                token + " is not replaced in zel.data", "A start ends with ZLNCH0099E.",
-                "Use ${env.NAME} or a path without tokens; ${zel.home} works in -data only.")
+            addFinding(findings, rules::unknownToken, Severity::error, placeOfEntry(*entry),
+                       token + " is not replaced in zel.data", "A start ends with ZLNCH0099E.",
+                       "Use ${env.NAME} or a path without tokens; ${zel.home} works in -data only.")
                 .messages = {"ZLNCH0099E"};
             return;
         }
         const std::wstring& path = reading.workspace;
         const bool isNetwork = path.starts_with(L"\\\\") || path.starts_with(L"//");
         if (!fullDrivePath(path)) {
-            add(rules::workspacePath, Severity::error, placeOfEntry(*entry),
-                std::string("the workspace ") + (isNetwork ? "is a network path: " : "is no full path: ") +
-                    toUtf8(path),
-                "A start ends with ZLNCH0140E, or writes to another place than meant.",
-                "Use a path that begins with a drive letter.")
+            addFinding(findings, rules::workspacePath, Severity::error, placeOfEntry(*entry),
+                       std::string("the workspace ") +
+                           (isNetwork ? "is a network path: " : "is no full path: ") + toUtf8(path),
+                       "A start ends with ZLNCH0140E, or writes to another place than meant.",
+                       "Use a path that begins with a drive letter.")
                 .messages = {"ZLNCH0140E", "ZLNCH0083E"};
         } else if (path[0] != L'C' && path[0] != L'c' && !hasDrive(path[0])) {
-            add(rules::workspacePath, Severity::note, placeOfEntry(*entry),
-                "the workspace is on a drive that is not shown here: " + toUtf8(path),
-                "On a machine without this drive, a start ends with ZLNCH0083E.",
-                "Check that every machine has the drive.");
+            addFinding(findings, rules::workspacePath, Severity::note, placeOfEntry(*entry),
+                       "the workspace is on a drive that is not shown here: " + toUtf8(path),
+                       "On a machine without this drive, a start ends with ZLNCH0083E.",
+                       "Check that every machine has the drive.");
         }
     }
 
@@ -300,14 +295,15 @@ private:
                 continue;
             }
             if (unknown) {
-                add(rules::unknownToken, Severity::error, place,
+                addFinding(
+                    findings, rules::unknownToken, Severity::error, place,
                     tokenText(*unknown) + " in " + nameAt(place, value.key) + " is replaced by nothing",
                     "A start ends with ZLNCH0088E.", remedyFor(*unknown))
                     .messages = {"ZLNCH0088E"};
             } else {
-                add(rules::endlessToken, Severity::error, place,
-                    "the value of " + nameAt(place, value.key) + " contains itself",
-                    "A start ends with ZLNCH0088E.", "Break the circle of ${prop.key} tokens.")
+                addFinding(findings, rules::endlessToken, Severity::error, place,
+                           "the value of " + nameAt(place, value.key) + " contains itself",
+                           "A start ends with ZLNCH0088E.", "Break the circle of ${prop.key} tokens.")
                     .messages = {"ZLNCH0088E"};
             }
         }
@@ -361,10 +357,10 @@ private:
             const bool isKept = kept.find(L"/" + part + L";") != std::wstring::npos ||
                                 kept.find(L";" + part + L";") != std::wstring::npos;
             if (!part.empty() && !isKept) {
-                add(rules::jvmLibraryPath, Severity::warning, placeOfEntry(entry),
-                    "the entry " + toUtf8(part) + " of jvm.library.path is lost",
-                    "The platform does not look for native libraries there.",
-                    "Use at most two entries; library.path.prepend takes more.");
+                addFinding(findings, rules::jvmLibraryPath, Severity::warning, placeOfEntry(entry),
+                           "the entry " + toUtf8(part) + " of jvm.library.path is lost",
+                           "The platform does not look for native libraries there.",
+                           "Use at most two entries; library.path.prepend takes more.");
             }
             begin = end + 1;
         }
@@ -374,7 +370,8 @@ private:
         for (const wchar_t* key : {L"provisioning", L"update.policy.managed"}) {
             const PropertyEntry* entry = find(key, launcherList());
             if (entry != nullptr && entry->value != L"true" && entry->value != L"false") {
-                add(rules::booleanValue, Severity::warning, placeOfEntry(*entry),
+                addFinding(
+                    findings, rules::booleanValue, Severity::warning, placeOfEntry(*entry),
                     toUtf8(entry->key) + " is neither true nor false: \"" + toUtf8(entry->value) + "\"",
                     "The launcher uses the default.", "Write true or false, in lower case.");
             }
@@ -402,10 +399,10 @@ private:
         });
         if (hasQuote && !isHarmless && !place.file.empty() && !isReported) {
             const bool isPath = key == L"vm" || key == L"jvm.location" || key == L"zel.base.location";
-            add(rules::quoteInValue, isPath ? Severity::error : Severity::warning, place,
-                "a double quote is in the value of " + nameAt(place, key),
-                "The launcher quotes values itself, so the platform gets other arguments than meant.",
-                "Leave the quotes out.");
+            addFinding(findings, rules::quoteInValue, isPath ? Severity::error : Severity::warning, place,
+                       "a double quote is in the value of " + nameAt(place, key),
+                       "The launcher quotes values itself, so the platform gets other arguments than meant.",
+                       "Leave the quotes out.");
         }
     }
 };
