@@ -178,7 +178,7 @@ run_long() {
     unset ZELLAUNCHER_LONG
     measure env -C build/windows ZELLAUNCHER_EXPLAIN=1 "$PWD/cmake/wine-run.sh" tests/endtoend/endtoend.exe --gtest_brief=1
     measure python3 tests/explain/benchmark.py build/native/zelexplain
-    measure python3 tests/explain/check/log_benchmark.py build/native/zelexplain
+    measure python3 tests/explain/log_benchmark.py build/native/zelexplain
     measure run_trapping_contract
     measure tests/fuzz/run.sh 600
     measure tests/coverage.sh

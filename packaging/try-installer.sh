@@ -8,6 +8,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source cmake/setup.sh
+source packaging/eventually.sh
 programs=$1
 drive=build/wine/drive_c
 user=$(id -un)
@@ -22,18 +23,6 @@ failed=0
 
 wine() { timeout 300 ./cmake/wine-run.sh "$@" </dev/null 2>/dev/null; }
 has_no() { [ ! -e "$1" ]; }
-
-# True if the command succeeds within a minute.
-eventually() {
-    for _ in $(seq 600); do
-        if "$@"; then
-            return 0
-        fi
-        sleep 0.1
-    done
-    echo "not within a minute: $*"
-    return 1
-}
 
 # Runs a check, as a condition, so every line of it says itself what it needs.
 check() {

@@ -3,23 +3,13 @@
 # the stand-in as the platform. Succeeds if each platform starts, gets a second start's arguments and ends.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source packaging/eventually.sh
 programs=$1
 standin=$2
 drive=build/wine/drive_c
 user=$(id -un)
 workspace=$drive/users/$user/Mivel/ZEL/1234/$user
 log=$workspace/logs/zellauncher.log
-
-# True if the command succeeds within a minute.
-eventually() {
-    for _ in $(seq 600); do
-        if "$@"; then
-            return 0
-        fi
-        sleep 0.1
-    done
-    return 1
-}
 
 fail() {
     echo "$1"

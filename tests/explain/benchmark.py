@@ -2,33 +2,21 @@
 
 usage: benchmark.py ZELEXPLAIN
 
-Fails if a measurement exceeds its bound. Each time is the best of several runs, so that other programs on the
-machine count little.
+Fails if a measurement exceeds its bound.
 """
 
 import os
 import resource
-import subprocess
 import sys
 import tempfile
-import time
 
 from example_install import lay_out
+from timing import best_time
 
 RUNS = 7
 DIRECTORIES = 1000
 FILES = 100  # in each
 MEGABYTE = 1024 * 1024
-
-
-def measure(zelexplain, install, *options):
-    best = None
-    for _ in range(RUNS):
-        begin = time.perf_counter()
-        subprocess.run([zelexplain, "start", install, *options], stdout=subprocess.DEVNULL, check=True)
-        seconds = time.perf_counter() - begin
-        best = seconds if best is None else min(best, seconds)
-    return best
 
 
 def enlarge(install):
@@ -47,11 +35,12 @@ def main():
     zelexplain = sys.argv[1]
     with tempfile.TemporaryDirectory() as directory:
         install = lay_out(os.path.join(directory, "install"))
-        results = [("the example install", measure(zelexplain, install), 0.050)]
+        start = [zelexplain, "start", install]
+        page = ["--html", os.path.join(directory, "page.html")]
+        results = [("the example install", best_time(start, RUNS), 0.050)]
         enlarge(install)
-        results.append((f"an install with {DIRECTORIES * FILES} files", measure(zelexplain, install), 1.0))
-        results.append(("the same as a page",
-                        measure(zelexplain, install, "--html", os.path.join(directory, "page.html")), 1.0))
+        results.append((f"an install with {DIRECTORIES * FILES} files", best_time(start, RUNS), 1.0))
+        results.append(("the same as a page", best_time(start + page, RUNS), 1.0))
     memory = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss * 1024
     is_good = memory < 100 * MEGABYTE
     for what, seconds, bound in results:

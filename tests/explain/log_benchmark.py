@@ -2,15 +2,14 @@
 
 usage: log_benchmark.py ZELEXPLAIN
 
-Fails if a measurement exceeds its bound. Each time is the best of several runs, so that other programs on the
-machine count little.
+Fails if a measurement exceeds its bound.
 """
 
 import os
-import subprocess
 import sys
 import tempfile
-import time
+
+from timing import best_time
 
 RUNS = 3
 LOGS = 10_000
@@ -42,22 +41,12 @@ def lay_out(directory):
             log.write(KINDS[i % len(KINDS)])
 
 
-def measure(zelexplain, directory, *options):
-    best = None
-    for _ in range(RUNS):
-        begin = time.perf_counter()
-        subprocess.run([zelexplain, "log", directory, *options], stdout=subprocess.DEVNULL, check=True)
-        seconds = time.perf_counter() - begin
-        best = seconds if best is None else min(best, seconds)
-    return best
-
-
 def main():
     zelexplain = sys.argv[1]
     with tempfile.TemporaryDirectory() as directory:
         lay_out(directory)
-        results = [("as a table", measure(zelexplain, directory)),
-                   ("as JSON", measure(zelexplain, directory, "--json"))]
+        results = [("as a table", best_time([zelexplain, "log", directory], RUNS)),
+                   ("as JSON", best_time([zelexplain, "log", directory, "--json"], RUNS))]
     for name, seconds in results:
         print(f"{LOGS} logs {name}: {seconds:.2f} s (bound {BOUND_SECONDS:.0f} s)")
     return 1 if any(seconds > BOUND_SECONDS for _, seconds in results) else 0
