@@ -167,10 +167,11 @@ bool putFile(World& world, const std::wstring& path, const std::string& content)
         return false;
     }
     makeDriveFor(world, *full);
-    if (world.machine->exists(*full)) {
-        world.machine->setAttributes(*full, 0);
+    if (world.machine->isDirectory(*full)) {
+        world.machine->remove(*full);
     }
     world.machine->writeFile(*full, content);
+    world.machine->setAttributes(*full, 0);
     return true;
 }
 

@@ -73,7 +73,7 @@ private:
 
     void checkNativeLauncher() {
         const std::vector<NamedPath> program = elementsOf("program");
-        if (program.empty() || !files.isFile(program.front().path)) {
+        if (program.empty() || !files.exists(program.front().path)) {
             return;  // the start says so
         }
         const std::wstring path = *fullDrivePath(program.front().path);

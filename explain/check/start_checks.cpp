@@ -137,7 +137,8 @@ private:
     }
 
     static void prepend(World& world, const std::wstring& path, const std::vector<std::string>& lines) {
-        if (lines.empty() || !world.machine->exists(path)) {
+        const std::optional<std::string> former = world.machine->readFile(path);
+        if (lines.empty() || !former) {
             return;
         }
         std::string content;
@@ -145,7 +146,7 @@ private:
             content += line + "\r\n";
         }
         const std::uint32_t attributes = world.machine->attributes(path);
-        putFile(world, path, content + world.machine->readFile(path).value_or(""));
+        putFile(world, path, content + *former);
         world.machine->setAttributes(path, attributes);
     }
 
@@ -258,7 +259,7 @@ private:
         return true;
     }
 
-    // A program that cannot be started becomes one that can.
+    // A program that cannot be started becomes one that can. False if no finding says why it cannot.
     bool repairNoProgram(const World& world, const Explanation& start) {
         if (!start.message || !isAboutTheProgramFile(*start.message)) {
             return false;
@@ -270,7 +271,7 @@ private:
         }
         checkFilesOf(world, start);
         brokenProgram = *path;
-        return true;
+        return isKnown(*start.message);
     }
 
     static std::wstring programOf(const Explanation& start) {
