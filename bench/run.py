@@ -151,6 +151,9 @@ GROWTH = {
     "formatText": ("Formatting a line", "characters"),
     "logLine": ("Writing a line to the log", "characters"),
     "convertPath": ("Converting a path", "components"),
+    "assembleCommand": ("Writing the command", "arguments"),
+    "writeBootClassPath": ("Writing the boot class path", "jars"),
+    "writeExtensionJars": ("Listing the extension jars", "jars, of which the launcher takes 100"),
     "removeFiles": ("Removing a directory tree", "files"),
 }
 
