@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "child_process.h"
+
 namespace {
 
 double seconds(const FILETIME& time) {
@@ -17,12 +19,9 @@ double seconds(const FILETIME& time) {
     return static_cast<double>(value.QuadPart) / 1e7;
 }
 
-HANDLE start(std::wstring command) {
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof startup;
+HANDLE start(const std::wstring& command) {
     PROCESS_INFORMATION process = {};
-    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr,
-                       &startup, &process) == 0) {
+    if (!bench::startProcess(command, CREATE_NO_WINDOW, process)) {
         return nullptr;
     }
     CloseHandle(process.hThread);
@@ -56,10 +55,7 @@ int wmain(int count, wchar_t* arguments[]) {
     }
     const int launchers = std::stoi(arguments[1]);
     const bool areTogether = std::wcscmp(arguments[2], L"together") == 0;
-    std::wstring command;
-    for (int i = 3; i < count; ++i) {
-        command += (i > 3 ? L" \"" : L"\"") + std::wstring(arguments[i]) + L"\"";
-    }
+    const std::wstring command = bench::commandLine(count, arguments, 3);
     Totals totals;
     std::vector<HANDLE> running;
     const ULONGLONG begin = GetTickCount64();

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <string>
 
+#include "stopwatch.h"
+
 namespace {
 
 bool isDots(const wchar_t* name) {
@@ -35,14 +37,8 @@ int wmain(int count, wchar_t* arguments[]) {
     if (count != 2) {
         return 1;
     }
-    LARGE_INTEGER frequency;
-    LARGE_INTEGER begin;
-    LARGE_INTEGER end;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&begin);
+    const bench::Stopwatch stopwatch;
     const bool isGone = removeTree(arguments[1]);
-    QueryPerformanceCounter(&end);
-    std::printf("%.0f\n", static_cast<double>(end.QuadPart - begin.QuadPart) * 1e9 /
-                              static_cast<double>(frequency.QuadPart));
+    std::printf("%.0f\n", stopwatch.nanoseconds());
     return isGone ? 0 : 1;
 }

@@ -4,20 +4,15 @@
 #include <cstdio>
 
 #include "foundation/directory_removal.h"
+#include "stopwatch.h"
 
 int wmain(int count, wchar_t* arguments[]) {
     if (count != 2) {
         return 1;
     }
-    LARGE_INTEGER frequency;
-    LARGE_INTEGER begin;
-    LARGE_INTEGER end;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&begin);
+    const bench::Stopwatch stopwatch;
     std::wstring errors;
     const bool isGone = zellauncher::removeDirectory(arguments[1], errors);
-    QueryPerformanceCounter(&end);
-    std::printf("%.0f\n", static_cast<double>(end.QuadPart - begin.QuadPart) * 1e9 /
-                              static_cast<double>(frequency.QuadPart));
+    std::printf("%.0f\n", stopwatch.nanoseconds());
     return isGone ? 0 : 1;
 }

@@ -3,32 +3,23 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <string>
+
+#include "child_process.h"
+#include "stopwatch.h"
 
 int wmain(int count, wchar_t* arguments[]) {
-    std::wstring command;
-    for (int i = 1; i < count; ++i) {
-        command += (i > 1 ? L" \"" : L"\"") + std::wstring(arguments[i]) + L"\"";
-    }
     constexpr DWORD patienceMilliseconds = 30'000;
     HANDLE event = CreateEventW(nullptr, FALSE, FALSE, L"zellauncher-bench-child");
-    LARGE_INTEGER frequency;
-    LARGE_INTEGER begin;
-    LARGE_INTEGER end;
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&begin);
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof startup;
+    const std::wstring command = bench::commandLine(count, arguments, 1);
     PROCESS_INFORMATION process = {};
-    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                       &process) == 0) {
+    const bench::Stopwatch stopwatch;
+    if (!bench::startProcess(command, 0, process)) {
         return 1;
     }
     const bool hasStarted = WaitForSingleObject(event, patienceMilliseconds) == WAIT_OBJECT_0;
-    QueryPerformanceCounter(&end);
+    const double nanoseconds = stopwatch.nanoseconds();
     TerminateProcess(process.hProcess, 0);
     WaitForSingleObject(process.hProcess, patienceMilliseconds);
-    std::printf("%.0f\n", static_cast<double>(end.QuadPart - begin.QuadPart) * 1e9 /
-                              static_cast<double>(frequency.QuadPart));
+    std::printf("%.0f\n", nanoseconds);
     return hasStarted ? 0 : 1;
 }
