@@ -1,6 +1,6 @@
-// bench_at_once <count> together|in-turn <launcher> [argument...]: starts the launcher so many times with the
-// same arguments, all at once or each after the end of the one before, and prints the seconds until the last
-// one has ended, the processor's seconds of all of them, and how many failed.
+// bench_at_once <count> together|in-turn <launcher> [argument...]: starts the launcher <count> times with the
+// same arguments, all at once or each after the end of the one before. Prints the seconds until the last one
+// has ended, the processor time of all of them in seconds, and how many failed.
 #include <windows.h>
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Stands for the platform in bench_start_time: reports that it runs, and ends.
+// bench_child: the program that bench_start_time waits for. Sets an event and ends.
 #include <windows.h>
 
 int wmain() {
