@@ -264,12 +264,16 @@ def fill(directory, files):
 
 
 def removal():
+    output(wine("cmd", "/c", "ver"))
+    tree = DRIVE / "tree"
+    shutil.rmtree(tree, ignore_errors=True)
+    removers = ["bench_bare_remover", "bench_remove_tree"]
     for files in options.files:
         ratios = []
         for _ in range(options.removals):
             times = {}
-            for name in ("bench_bare_remover", "bench_remove_tree"):
-                tree = DRIVE / "tree"
+            removers.reverse()  # each is first in every other round
+            for name in removers:
                 fill(tree, files)
                 times[name] = float(output(wine(WINDOWS / f"bench/{name}.exe", r"C:\tree")))
             ratios.append(times["bench_remove_tree"] / times["bench_bare_remover"])
@@ -299,8 +303,8 @@ parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.R
 parser.add_argument("parts", nargs="*", metavar="part", choices=[*PARTS, []])
 parser.add_argument("--rounds", type=int, default=50)
 parser.add_argument("--processor", type=int, default=0)
-parser.add_argument("--files", type=int, nargs="+", default=[1000, 10_000, 100_000])
-parser.add_argument("--removals", type=int, default=3, help="rounds of a removal")
+parser.add_argument("--files", type=int, nargs="+", default=[10_000, 100_000], help="in the removed trees")
+parser.add_argument("--removals", type=int, default=4, help="rounds of each removal, an even number")
 options = parser.parse_args()
 if __name__ == "__main__":
     main()
