@@ -3,7 +3,7 @@
 # docs/performance.md come from it. Close other programs, because they disturb what it measures.
 #
 #   ./bench.sh                   all parts
-#   ./bench.sh reading queue     some of reading, growth, starts, queue, removal, size
+#   ./bench.sh reading queue     some of reading, growth, starts, platform, queue, removal, size
 #   ./bench.sh --rounds 20 ...   see bench/run.py --help
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -17,4 +17,5 @@ for preset in native-bench windows; do
 done
 cmake --build --preset native-bench --target benchmarks >build/native-bench.build.log
 cmake --build --preset windows --target zellauncher zellauncherw standin benchmarks >build/windows.build.log
+./cmake/real-platform.sh || echo "The part platform is left out."
 python3 bench/run.py "$@"

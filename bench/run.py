@@ -3,8 +3,9 @@
 
     bench/run.py [--rounds N] [--processor N] [part...]
 
-Parts: reading, growth, starts, queue, removal, size. Each ratio compares programs of one run, whose rounds take
-turns on one processor. The table gives the median ratio and the 10th and 90th percentile over the rounds.
+Parts: reading, growth, starts, platform, queue, removal, size. Each ratio compares programs of one run,
+whose rounds take turns on one processor. The table gives the median ratio and the 10th and 90th percentile over the
+rounds.
 """
 
 import argparse
@@ -61,6 +62,12 @@ def add_row(what, value):
     print(f"  {what}: {value}", flush=True)
 
 
+def processor_time(process):
+    """Nanoseconds of all threads. Other programs on the processor do not count, unlike in elapsed time."""
+    tasks = Path(f"/proc/{process}/task").iterdir()
+    return sum(int((task / "schedstat").read_text().split()[0]) for task in tasks)
+
+
 class Peer:
     """A program that measures once for each line of its input."""
 
@@ -86,9 +93,7 @@ class Peer:
         return self.processor_time() - before
 
     def processor_time(self):
-        """Nanoseconds of all threads. Other programs on the processor do not count, unlike in elapsed time."""
-        tasks = Path(f"/proc/{self.process.pid}/task").iterdir()
-        return sum(int((task / "schedstat").read_text().split()[0]) for task in tasks)
+        return processor_time(self.process.pid)
 
 
 def reading():
@@ -280,12 +285,41 @@ def removal():
         add_row(f"removal of {files} files, against a bare remover", spread(ratios))
 
 
+def platform():
+    """Whose share of the time until the real platform is up is how large, at later starts of a user."""
+    real = WINDOWS / "real-platform"
+    if not (real / "made").exists():
+        print("  left out, because cmake/real-platform.sh has not made the platform")
+        return
+    lay_out(real / "install/zel/eclipse/plugins/base_1.0/win32/x86_64/eclipse.exe")
+    for part, place in (("install", INSTALL), ("jvm", INSTALL / "jvm")):
+        shutil.copytree(real / part, place, dirs_exist_ok=True)
+    with open(INSTALL / "zel/deploy/jvm.properties", "a") as file:
+        file.write("-Dcom.example.platform.idleSeconds=120\n")  # a platform that is left over ends
+    start = wine(WINDOWS / "bench/bench_platform_time.exe", r"C:\ws", LAUNCHER)
+    idle = wine(WINDOWS / "bench/bench_run_time.exe", r"C:\Apps\framework\Client\jvm\bin\java.exe", "-version")
+    output(start)  # the user's first start
+    shares = {}
+    seconds = []
+    for _ in range(max(3, options.rounds // 5)):
+        created, jvm_created, up = map(float, output(start).split())
+        jvm = float(output(idle)) / 1e6
+        parts = {"launcher": created, "native platform launcher": jvm_created - created, "JVM": jvm,
+                 "framework and platform": up - jvm_created - jvm}
+        for name, part in parts.items():
+            shares.setdefault(name, []).append(100 * part / up)
+        seconds.append(up / 1000)
+    for name, values in shares.items():
+        add_row(f"until the real platform is up, share of the {name}, per cent", spread(values))
+    add_row("until the real platform is up, seconds", spread(seconds))
+
+
 def size():
     for name in ("zellauncher.exe", "zellauncherw.exe"):
         add_row(f"size of {name}, bytes", (WINDOWS / name).stat().st_size)
 
 
-PARTS = {each.__name__: each for each in (reading, growth, starts, queue, removal, size)}
+PARTS = {each.__name__: each for each in (reading, growth, starts, platform, queue, removal, size)}
 
 
 def main():
