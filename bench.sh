@@ -3,7 +3,7 @@
 # docs/performance.md come from it. Close other programs, because they disturb what it measures.
 #
 #   ./bench.sh                   all parts
-#   ./bench.sh reading queue     some of reading, growth, starts, platform, queue, removal, size
+#   ./bench.sh reading queue     some of reading, growth, starts, platform, queue, waiting, removal, size
 #   ./bench.sh --rounds 20 ...   see bench/run.py --help
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"

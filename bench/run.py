@@ -3,7 +3,7 @@
 
     bench/run.py [--rounds N] [--processor N] [part...]
 
-Parts: reading, growth, starts, platform, queue, removal, size. Each ratio compares programs of one run,
+Parts: reading, growth, starts, platform, queue, waiting, removal, size. Each ratio compares programs of one run,
 whose rounds take turns on one processor. The table gives the median ratio and the 10th and 90th percentile over the
 rounds.
 """
@@ -17,6 +17,7 @@ import shutil
 import statistics
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -314,12 +315,53 @@ def platform():
     add_row("until the real platform is up, seconds", spread(seconds))
 
 
+def wine_server():
+    """The process id of the Wine server that serves the programs of this script."""
+    prefix = (ROOT / "build" / PREFIX).stat()
+    directory = f"server-{prefix.st_dev:x}-{prefix.st_ino:x}"
+    for process in Path("/proc").glob("[0-9]*"):
+        with contextlib.suppress(OSError):  # of processes that have ended
+            if (process / "comm").read_text().startswith("wineserver") and \
+                    (process / "cwd").readlink().name == directory:
+                return process.name
+    sys.exit("there is no Wine server")
+
+
+def waiting_shares(launcher):
+    """Per cent of ten seconds that the launcher uses the processor, without and with the Wine server."""
+    server = wine_server()
+    before = time.monotonic_ns(), processor_time(launcher), processor_time(server)
+    time.sleep(10)
+    elapsed, own, server_time = (after - former for after, former in zip(
+        (time.monotonic_ns(), processor_time(launcher), processor_time(server)), before))
+    return 100 * own / elapsed, 100 * (own + server_time) / elapsed
+
+
+def waiting():
+    """A launcher that finds the lock taken."""
+    lay_out(WINDOWS / "bench/bench_child.exe")
+    (DRIVE / "ws").mkdir()
+    shares = []
+    for _ in range(max(3, options.rounds // 10)):
+        with Peer(wine(WINDOWS / "bench/bench_hold_lock.exe", r"C:\ws")) as holder:
+            if not holder.round():
+                sys.exit("the lock is not held")
+            with Peer(wine(LAUNCHER, "-data", r"C:\ws")) as launcher:
+                time.sleep(2)  # until it is at the lock
+                shares.append(waiting_shares(launcher.process.pid))
+                launcher.process.kill()
+        if (DRIVE / "ws/.zel.main").exists():
+            sys.exit("the launcher did not wait")
+    add_row("processor time of a launcher that waits, per cent", spread(own for own, _ in shares))
+    add_row("the same, with the Wine server's time for its attempts", spread(both for _, both in shares))
+
+
 def size():
     for name in ("zellauncher.exe", "zellauncherw.exe"):
         add_row(f"size of {name}, bytes", (WINDOWS / name).stat().st_size)
 
 
-PARTS = {each.__name__: each for each in (reading, growth, starts, platform, queue, removal, size)}
+PARTS = {each.__name__: each for each in (reading, growth, starts, platform, queue, waiting, removal, size)}
 
 
 def main():
