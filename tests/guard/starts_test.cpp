@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "guard/allocations.h"
 #include "guard/counts.h"
 #include "reliability/scenario.h"
 
@@ -22,6 +23,17 @@ TEST(Guard, NoKindOfStartAsksTheSystemForMore) {
         counts[nameOf(scenario)] = reliability::perform(*stage, scenario.arguments).operations.size();
     }
     guard::expectNoGrowth(GUARD_DIRECTORY "/operations.txt", counts);
+}
+
+TEST(Guard, NoKindOfStartAllocatesMore) {
+    guard::Counts counts;
+    for (const reliability::Scenario& scenario : reliability::catalogue()) {
+        const reliability::Rehearsal rehearsal(scenario);
+        const auto stage = rehearsal.stage();
+        counts[nameOf(scenario)] =
+            guard::launcherAllocations([&] { reliability::perform(*stage, scenario.arguments); });
+    }
+    guard::expectNoGrowth(GUARD_DIRECTORY "/allocations.txt", counts);
 }
 
 }  // namespace
