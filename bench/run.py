@@ -246,18 +246,18 @@ def queue():
     for count in (10, 20, 50):
         output(wine(at_once, 1, "in-turn", LAUNCHER, "-data", r"C:\ws"))  # starts the platform if none runs
         ratios = []
-        shares = []
+        seconds = []
         for _ in range(max(1, options.rounds // 10)):
             in_turn = output(wine(at_once, count, "in-turn", LAUNCHER, "-data", r"C:\ws")).split()
             together = output(wine(at_once, count, "together", LAUNCHER, "-data", r"C:\ws")).split()
             if in_turn[2] != "0" or together[2] != "0":
                 sys.exit("a launcher failed")
             ratios.append(float(together[0]) / float(in_turn[0]))
-            shares.append(float(together[0]))
-        points.append((count, statistics.median(shares) * 1e6))
+            seconds.append(float(together[0]))
+        points.append((count, statistics.median(seconds)))
         add_row(f"{count} launchers at once, against one after the other", spread(ratios))
     PLOTS.mkdir(exist_ok=True)
-    plot("launchersAtOnce", "Launchers at once on one platform", "launchers", points, "microseconds until the last one")
+    plot("launchersAtOnce", "Launchers at once on one platform", "launchers", points, "seconds until the last one")
     (DRIVE / "ws/standin.stop").touch()
 
 
