@@ -2,7 +2,6 @@
 #include <cwchar>
 
 #include "configuration/user_install_properties.h"
-#include "fuzz/former_reader.h"
 #include "fuzz/launcher_runner.h"
 #include "fuzz/peak_memory.h"
 #include "fuzz/printable.h"
@@ -206,32 +205,10 @@ void expectRoundTrip(const PropertyList& list) {
     expectSame(load(runner, written), expected);
 }
 
-// The reader gives the entries and the log of the former one.
-void expectAsBefore(const std::string& bytes) {
-    LauncherRunner now;
-    LauncherRunner before;
-    now.machine.writeFile(file, bytes);
-    before.machine.writeFile(file, bytes);
-    PropertyList list;
-    former::Entries entries;
-    const std::string log = now.run([&] { zellauncher::loadPropertyFile(file, list); }).log;
-    const std::string formerLog = before.run([&] { former::loadPropertyFile(file, entries); }).log;
-    expect(log == formerLog, "the log is that of the former reader");
-    expect(list.size() == entries.size(), "the former reader finds as many entries");
-    for (std::size_t i = 0; i < std::min(list.size(), entries.size()); ++i) {
-        const PropertyEntry entry = list[i];
-        expect(entry.key == entries[i].key && entry.value == entries[i].value,
-               "the former reader gives the key " + printable(entries[i].key) + " the value " +
-                   printable(entries[i].value));
-    }
-}
-
 }  // namespace
 
 void runInput(const std::string& bytes) {
     const std::string moved = acrossBlocks(bytes);
-    expectAsBefore(bytes);
-    expectAsBefore(moved);
     PropertyList list;
     const PeakMemory memory;
     {
