@@ -10,6 +10,7 @@
 
 #include "explained_start.h"
 #include "logged_start.h"
+#include "program_files.h"
 #include "support/text.h"
 
 namespace endtoend {
@@ -129,14 +130,6 @@ std::set<std::string> madeIdentities(const std::string& launcherProperties) {
         }
     }
     return identities;
-}
-
-// The process in .zel.main, or null.
-HANDLE openRecordedProcess(const fs::path& directory, DWORD rights) {
-    std::istringstream record(bytesOf(directory / L".zel.main"));
-    DWORD processId = 0;
-    record >> processId;
-    return processId == 0 ? nullptr : OpenProcess(rights, FALSE, processId);
 }
 
 bool holdsAdministrators(const TOKEN_GROUPS& groups) {
@@ -571,6 +564,17 @@ std::wstring EndToEnd::payload(int number) const {
 
 Arguments EndToEnd::handedOver(int number) const {
     return linesOfPayload(payload(number));
+}
+
+void* EndToEnd::openRecordedProcess(const fs::path& directory, std::uint32_t rights) const {
+    std::istringstream record(bytesOf(directory / L".zel.main"));
+    std::uint32_t processId = 0;
+    record >> processId;
+    return processId == 0 ? nullptr : openProcess(processId, rights);
+}
+
+void* EndToEnd::openProcess(std::uint32_t processId, std::uint32_t rights) const {
+    return openProcessOf(processId, rights, programDirectories());
 }
 
 bool EndToEnd::isPlatformRunning(const fs::path& directory) const {

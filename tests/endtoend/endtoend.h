@@ -147,6 +147,12 @@ protected:
     // Kills the platform.
     void crashPlatform();
 
+    // The process with these rights if it runs a program of this test, otherwise null: the id may be that of
+    // a stranger by now.
+    void* openProcess(std::uint32_t processId, std::uint32_t rights) const;
+    // The directories that have, at any depth, every program that a test starts.
+    virtual std::vector<fs::path> programDirectories() const { return {root}; }
+
     // True if the next launcher of the workspace would get the lock at once.
     bool isLockFree() const;
 
@@ -166,6 +172,8 @@ protected:
 private:
     static void pause();
     static std::vector<std::string> stampedLogs(const fs::path& directory);
+    // The process in .zel.main, or null.
+    void* openRecordedProcess(const fs::path& directory, std::uint32_t rights) const;
     static void awaitRecords(const fs::path& directory);
     Running beginCommand(std::wstring command);
     // With the launcher's environment and current directory, and this output unless it is null.

@@ -134,8 +134,8 @@ std::uint32_t RealPlatform::recordedProcessId() const {
     return record.empty() ? 0 : static_cast<std::uint32_t>(std::stoul(record));
 }
 
-bool RealPlatform::isRunning(std::uint32_t processId) {
-    HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, processId);
+bool RealPlatform::isRunning(std::uint32_t processId) const {
+    HANDLE process = openProcess(processId, SYNCHRONIZE);
     if (process == nullptr) {
         return false;
     }
@@ -145,7 +145,7 @@ bool RealPlatform::isRunning(std::uint32_t processId) {
 }
 
 void RealPlatform::awaitEndOf(std::uint32_t processId) {
-    HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, processId);
+    HANDLE process = openProcess(processId, SYNCHRONIZE | PROCESS_TERMINATE);
     if (process == nullptr) {
         return;
     }
@@ -157,7 +157,7 @@ void RealPlatform::awaitEndOf(std::uint32_t processId) {
 }
 
 void RealPlatform::crash(std::uint32_t processId) {
-    HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, processId);
+    HANDLE process = openProcess(processId, PROCESS_TERMINATE | SYNCHRONIZE);
     ASSERT_NE(process, nullptr);
     EXPECT_NE(TerminateProcess(process, 1), 0);
     EXPECT_EQ(WaitForSingleObject(process, endMilliseconds), WAIT_OBJECT_0);

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "endtoend.h"
 
@@ -31,6 +32,7 @@ protected:
     ~RealPlatform() override;  // ends the platform of this test
     void SetUp() override;     // skips the test if the parts of the platform are missing
     void layOut() override;
+    std::vector<fs::path> programDirectories() const override { return {root, parts}; }
 
     // The native platform launcher starts the JVM as a second process, or loads it into its own.
     void runJvmBeside() { setJvm("bin/javaw.exe"); }
@@ -48,7 +50,7 @@ protected:
 
     std::uint32_t jvmProcessId() const;       // 0 if the platform has not run
     std::uint32_t recordedProcessId() const;  // in .zel.main
-    static bool isRunning(std::uint32_t processId);
+    bool isRunning(std::uint32_t processId) const;
     void awaitEndOf(std::uint32_t processId);
     void crash(std::uint32_t processId);
     // Waits until the platform runs in another process than this one.

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+// Which program a process runs. Process ids are reused, so a test knows the processes of its own by their
+// program files.
+namespace endtoend {
+
+// The path of an existing file or directory without links, short names and substituted drives. If it cannot
+// be opened, the path itself.
+std::filesystem::path finalPath(const std::filesystem::path& path);
+
+// True if the path is the directory or below it, however both are spelled.
+bool isWithin(const std::filesystem::path& path, const std::filesystem::path& directory);
+
+// Opens the process with these rights. Null if its program is not below one of the directories.
+void* openProcessOf(std::uint32_t processId, std::uint32_t rights,
+                    const std::vector<std::filesystem::path>& directories);
+
+// The final path of the program of a process that was opened with PROCESS_QUERY_LIMITED_INFORMATION. Empty if
+// the system does not report it.
+std::filesystem::path programOf(void* process);
+
+}  // namespace endtoend
