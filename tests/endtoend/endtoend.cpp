@@ -612,6 +612,13 @@ void EndToEnd::crashPlatform() {
     fs::remove_all(workspace() / L"standin");
 }
 
+std::string EndToEnd::whyNoSupervision() {
+    const std::optional<ForeignPlatform> other = findForeignPlatform(environmentText(L"TEMP"));
+    return other ? "another eclipse.exe runs: process " + std::to_string(other->processId) + " " +
+                       launchertest::toUtf8(other->program.wstring())
+                 : std::string();
+}
+
 bool EndToEnd::isLockFree() const {
     constexpr DWORD lockedBytes = 100;
     HANDLE file = CreateFileW((workspace() / L".zel.lock").c_str(), GENERIC_READ | GENERIC_WRITE,

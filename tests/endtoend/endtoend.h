@@ -153,6 +153,10 @@ protected:
     // The directories that have, at any depth, every program that a test starts.
     virtual std::vector<fs::path> programDirectories() const { return {root}; }
 
+    // Why no launcher that supervises its platform can be tested now: it would watch another eclipse.exe of
+    // this machine until that ends. Empty if there is none.
+    static std::string whyNoSupervision();
+
     // True if the next launcher of the workspace would get the lock at once.
     bool isLockFree() const;
 

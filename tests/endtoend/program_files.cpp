@@ -1,6 +1,8 @@
 #include "program_files.h"
 
 #include <windows.h>
+// Needs the header above.
+#include <tlhelp32.h>
 
 #include <algorithm>
 
@@ -11,6 +13,22 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr DWORD longestPath = 32768;
+
+// A process of another user cannot be opened. One that has ended may still be listed.
+std::optional<ForeignPlatform> asForeign(DWORD processId, const fs::path& directory) {
+    HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, processId);
+    if (process == nullptr) {
+        return GetLastError() == ERROR_INVALID_PARAMETER ? std::nullopt
+                                                         : std::optional(ForeignPlatform{processId, {}});
+    }
+    const bool isRunning = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
+    const fs::path program = programOf(process);
+    CloseHandle(process);
+    if (!isRunning || (!program.empty() && isWithin(program, directory))) {
+        return std::nullopt;
+    }
+    return ForeignPlatform{processId, program};
+}
 
 }  // namespace
 
@@ -60,6 +78,21 @@ void* openProcessOf(std::uint32_t processId, std::uint32_t rights, const std::ve
         return nullptr;
     }
     return process;
+}
+
+std::optional<ForeignPlatform> findForeignPlatform(const fs::path& directory) {
+    std::optional<ForeignPlatform> found;
+    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof(entry);
+    for (BOOL isEntry = Process32FirstW(snapshot, &entry); isEntry != 0 && !found;
+         isEntry = Process32NextW(snapshot, &entry)) {
+        if (CompareStringOrdinal(entry.szExeFile, -1, L"eclipse.exe", -1, TRUE) == CSTR_EQUAL) {
+            found = asForeign(entry.th32ProcessID, directory);
+        }
+    }
+    CloseHandle(snapshot);
+    return found;
 }
 
 }  // namespace endtoend

@@ -25,4 +25,12 @@ void* openProcessOf(std::uint32_t processId, std::uint32_t rights,
 // the system does not report it.
 std::filesystem::path programOf(void* process);
 
+// A process of the machine that is called eclipse.exe and does not run a program below the directory. A
+// launcher that supervises its platform watches each process of this name, whoever started it, until it ends.
+struct ForeignPlatform {
+    std::uint32_t processId = 0;
+    std::filesystem::path program;  // empty if the system does not report it
+};
+std::optional<ForeignPlatform> findForeignPlatform(const std::filesystem::path& directory);
+
 }  // namespace endtoend

@@ -56,6 +56,9 @@ protected:
         if (canReadGroups() && endtoend::isUserAdministrator()) {
             GTEST_SKIP() << "needs a user who is not an administrator";
         }
+        if (!whyNoSupervision().empty()) {
+            GTEST_SKIP() << whyNoSupervision();
+        }
     }
 
     Running beginSupervised(const endtoend::Arguments& arguments) {

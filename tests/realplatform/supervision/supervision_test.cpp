@@ -35,6 +35,9 @@ protected:
         if (canReadGroups() && endtoend::isUserAdministrator()) {
             GTEST_SKIP() << "needs a user who is not an administrator";
         }
+        if (!whyNoSupervision().empty()) {
+            GTEST_SKIP() << whyNoSupervision();
+        }
     }
 
     void beginSupervised(const Arguments& arguments) {
