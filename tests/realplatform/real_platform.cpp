@@ -24,6 +24,14 @@ Facts factsOf(const std::string& text) {
     return facts;
 }
 
+endtoend::Variables variablesOf(const std::string& text) {
+    endtoend::Variables variables;
+    for (const auto& [name, value] : factsOf(text)) {
+        variables.emplace(launchertest::fromUtf8(name), launchertest::fromUtf8(value));
+    }
+    return variables;
+}
+
 Arguments splitCommand(const std::wstring& command) {
     int count = 0;
     wchar_t** arguments = CommandLineToArgvW(command.c_str(), &count);
@@ -102,7 +110,7 @@ StartReport RealPlatform::readReport(const std::wstring& name) const {
     const fs::path records = platformWorkspace() / name;
     StartReport report;
     report.properties = factsOf(read(records / L"properties.txt"));
-    report.environment = factsOf(read(records / L"environment.txt"));
+    report.environment = variablesOf(read(records / L"environment.txt"));
     report.summary = factsOf(read(records / L"platform.txt"));
     report.framework = endtoend::linesOf(read(records / L"arguments.txt"));
     report.application = endtoend::linesOf(read(records / L"application-arguments.txt"));

@@ -18,12 +18,12 @@ using Facts = std::map<std::string, std::string>;
 
 // What the platform recorded at its start.
 struct StartReport {
-    Facts properties;       // Java's system properties
-    Facts environment;      // of the platform's process
-    Facts summary;          // framework, java, pid, product, workspace, configuration, memory, boot
-    Arguments framework;    // those that the framework got
-    Arguments application;  // the part of them that the framework gave to the application
-    Arguments command;      // the process's command line, split by the system's rules
+    Facts properties;                 // Java's system properties
+    endtoend::Variables environment;  // of the platform's process
+    Facts summary;                    // framework, java, pid, product, workspace, configuration, memory, boot
+    Arguments framework;              // those that the framework got
+    Arguments application;            // the part of them that the framework gave to the application
+    Arguments command;                // the process's command line, split by the system's rules
 };
 
 class RealPlatform : public endtoend::EndToEnd {

@@ -37,9 +37,9 @@ TEST_F(RealStarts, NativeLauncherStartsTheJvmBeside) {
     EXPECT_TRUE(report.properties.at("java.library.path")
                     .starts_with(toUtf8(jvmDirectory()) + "/bin;" + toUtf8(forward(install)) + "/bin;"))
         << report.properties.at("java.library.path");
-    EXPECT_TRUE(report.environment.at("PATH").starts_with(toUtf8(forward(install)) + "/bin;"));
-    EXPECT_EQ(report.environment.at("GREETING"), "hello");
-    EXPECT_EQ(report.environment.count("UNWANTED"), 0U);
+    EXPECT_TRUE(report.environment.at(L"PATH").starts_with(forward(install) + L"/bin;"));
+    EXPECT_EQ(report.environment.at(L"GREETING"), L"hello");
+    EXPECT_EQ(report.environment.count(L"UNWANTED"), 0U);
     EXPECT_EQ(report.summary.at("workspace"), toUtf8(backward(workspace())));
     EXPECT_EQ(report.summary.at("configuration"), toUtf8(backward(workspace() / L".config")));
     EXPECT_EQ(report.summary.at("product"), "com.example.platform.product");
@@ -90,7 +90,7 @@ TEST_F(RealStarts, NamesOutsideOfEveryCodePageArrive) {
     EXPECT_EQ(argumentAfter(L"-data", report.command), workspaceArgument());
     EXPECT_EQ(argumentAfter(L"-data", report.framework), workspaceArgument());
     EXPECT_EQ(report.summary.at("workspace"), toUtf8(backward(workspace())));
-    EXPECT_EQ(report.environment.at("USERNAME"), toUtf8(userName));
+    EXPECT_EQ(report.environment.at(L"USERNAME"), userName);
     EXPECT_EQ(report.application, Arguments{L"\u0436"});
     EXPECT_EQ(launch({L"\u4f5c\u696d"}), 0U) << log();
     EXPECT_TRUE(contains(handOff(1), L"\u4f5c\u696d"));
