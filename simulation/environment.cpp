@@ -35,7 +35,9 @@ bool putEnvironmentText(const std::wstring& assignment) {
     if (value.empty()) {
         self().environment.erase(upperCase(name));
     } else {
-        self().environment[upperCase(name)] = {name, value};
+        // A variable that exists keeps the case of its name.
+        const auto variable = self().environment.try_emplace(upperCase(name), name, L"").first;
+        variable->second.second = value;
     }
     return true;
 }

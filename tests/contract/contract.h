@@ -54,6 +54,8 @@ std::vector<std::string> servedTexts(const std::wstring& name, std::size_t count
 wchar_t missingDrive();
 // True if the user's account is on this machine, not in a domain, so that the machine knows its groups.
 bool isUserOfThisMachine();
+// The names of this process's variables with this upper-case name, as they are spelled.
+std::vector<std::wstring> spellingsOf(const std::wstring& variable);
 // Gives the process a console window of its own.
 void takeConsole();
 

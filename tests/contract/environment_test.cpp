@@ -22,6 +22,21 @@ TEST_F(Environment, NamesIgnoreCaseAndAnEmptyValueRemoves) {
     });
 }
 
+TEST_F(Environment, ExistingVariableKeepsTheCaseOfItsName) {
+    SKIP_UNDER_WINE("gives it the new name");
+    onMachine([&] {
+        EXPECT_TRUE(putEnvironmentText(L"Zl_Contract=one"));
+        EXPECT_TRUE(putEnvironmentText(L"ZL_CONTRACT=two"));
+        EXPECT_EQ(spellingsOf(L"ZL_CONTRACT"), std::vector<std::wstring>{L"Zl_Contract"});
+        EXPECT_EQ(environmentValue(L"zl_contract"), L"two");
+        EXPECT_TRUE(putEnvironmentText(L"ZL_CONTRACT="));
+        EXPECT_EQ(spellingsOf(L"ZL_CONTRACT"), std::vector<std::wstring>());
+        EXPECT_TRUE(putEnvironmentText(L"ZL_CONTRACT=three"));
+        EXPECT_EQ(spellingsOf(L"ZL_CONTRACT"), std::vector<std::wstring>{L"ZL_CONTRACT"});
+        EXPECT_TRUE(putEnvironmentText(L"ZL_CONTRACT="));
+    });
+}
+
 TEST_F(Environment, RemovingAVariableKeepsOthersWithLongerNames) {
     onMachine([&] {
         EXPECT_TRUE(putEnvironmentText(L"ZL_CONTRACT=one"));

@@ -100,7 +100,7 @@ explaintest::Lines changesOf(const Variables& before, const Variables& after) {
             unset.push_back(name);
         }
     }
-    return explaintest::environmentLines(set, unset);
+    return changedVariables(set, unset);
 }
 
 // Those of the simulated machine and of the platforms that have recorded theirs.

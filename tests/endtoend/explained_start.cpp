@@ -131,7 +131,7 @@ explaintest::Lines environmentOf(const Json& environment) {
     for (const Json& name : environment.at("unset")) {
         unset.push_back(fromUtf8(name.get<std::string>()));
     }
-    return explaintest::environmentLines(set, unset);
+    return changedVariables(set, unset);
 }
 
 std::string textOrNothing(const Json& text) {
@@ -139,6 +139,17 @@ std::string textOrNothing(const Json& text) {
 }
 
 }  // namespace
+
+explaintest::Lines changedVariables(const std::map<std::wstring, std::wstring>& set,
+                                    const std::vector<std::wstring>& unset) {
+    std::map<std::wstring, std::wstring> lowerSet;
+    std::vector<std::wstring> lowerUnset;
+    for (const auto& [name, value] : set) {
+        lowerSet[lowerCase(name)] = value;
+    }
+    std::transform(unset.begin(), unset.end(), std::back_inserter(lowerUnset), lowerCase);
+    return explaintest::environmentLines(lowerSet, lowerUnset);
+}
 
 Contents contentsOf(const fs::path& directory) {
     return entriesOf(directory, isListed);

@@ -14,6 +14,11 @@ namespace endtoend {
 // Content by full path in lower case; the path of a directory ends in a backslash, and its content is empty.
 using Contents = std::map<std::wstring, std::string>;
 
+// A change of the environment as lines, with names in lower case: a variable that is set again keeps its name
+// on Windows, and under Wine gets the new one.
+explaintest::Lines changedVariables(const std::map<std::wstring, std::wstring>& set,
+                                    const std::vector<std::wstring>& unset);
+
 // Everything below a test's directory except what zelexplain does not list: the launcher's logs, pipe files,
 // and what the stand-in records.
 Contents contentsOf(const std::filesystem::path& directory);

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cwctype>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -5,6 +7,7 @@
 #include "contract/children.h"
 #include "contract/contract.h"
 #include "platform/clock.h"
+#include "platform/own_process.h"
 #include "simulation/machine.h"
 
 namespace contract {
@@ -133,6 +136,18 @@ wchar_t missingDrive() {
 
 bool isUserOfThisMachine() {
     return true;
+}
+
+std::vector<std::wstring> spellingsOf(const std::wstring& variable) {
+    std::vector<std::wstring> names;
+    for (const auto& [name, value] : currentMachine()->environmentOf(platform::currentProcessId())) {
+        std::wstring upper = name;
+        std::transform(upper.begin(), upper.end(), upper.begin(), std::towupper);
+        if (upper == variable) {
+            names.push_back(name);
+        }
+    }
+    return names;
 }
 
 void takeConsole() {

@@ -181,6 +181,19 @@ bool isUserOfThisMachine() {
            CompareStringOrdinal(domain, -1, machine, -1, TRUE) == CSTR_EQUAL;
 }
 
+std::vector<std::wstring> spellingsOf(const std::wstring& variable) {
+    std::vector<std::wstring> names;
+    wchar_t* block = GetEnvironmentStringsW();
+    for (const wchar_t* entry = block; *entry != L'\0'; entry += std::wstring(entry).size() + 1) {
+        const std::wstring name = std::wstring(entry).substr(0, std::wstring(entry).find(L'=', 1));
+        if (CompareStringOrdinal(name.c_str(), -1, variable.c_str(), -1, TRUE) == CSTR_EQUAL) {
+            names.push_back(name);
+        }
+    }
+    FreeEnvironmentStringsW(block);
+    return names;
+}
+
 void takeConsole() {
     FreeConsole();
     EXPECT_NE(AllocConsole(), 0) << GetLastError();
