@@ -71,9 +71,8 @@ extern "C" int wmain() {
     const std::wstring workspace = workspaceOf(standin::commandLineArguments());
     const std::wstring records = workspace + L"\\standin";
     const standin::Script script = standin::readScript(ownDirectory() + L"\\standin.script");
-    for (const wchar_t* former : {L"\\running.txt", L"\\ended.txt"}) {
-        DeleteFileW((records + former).c_str());
-    }
+    standin::removeRecord(records, L"running.txt");
+    standin::removeRecord(records, L"ended.txt");
     standin::writeStartRecords(records);
     standin::writeRecord(records, L"running.txt", "");
     live(script, workspace, records);

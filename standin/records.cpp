@@ -20,6 +20,19 @@ std::string utf8(const std::wstring& text) {
     return bytes;
 }
 
+bool isFileHeld() {
+    return GetLastError() == ERROR_ACCESS_DENIED || GetLastError() == ERROR_SHARING_VIOLATION;
+}
+
+template <typename Operation>
+void repeatWhileFileIsHeld(Operation operation) {
+    constexpr int attempts = 200;
+    constexpr DWORD pauseMilliseconds = 25;
+    for (int i = 0; i < attempts && !operation() && isFileHeld(); ++i) {
+        Sleep(pauseMilliseconds);
+    }
+}
+
 std::string argumentLines() {
     std::string lines;
     for (const std::wstring& argument : commandLineArguments()) {
@@ -82,7 +95,13 @@ void writeRecord(const std::wstring& directory, const std::wstring& name, const 
         std::ofstream file(std::filesystem::path(part), std::ios::binary);
         file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
-    MoveFileExW(part.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING);
+    repeatWhileFileIsHeld(
+        [&] { return MoveFileExW(part.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING) != 0; });
+}
+
+void removeRecord(const std::wstring& directory, const std::wstring& name) {
+    const std::wstring path = directory + L"\\" + name;
+    repeatWhileFileIsHeld([&] { return DeleteFileW(path.c_str()) != 0; });
 }
 
 }  // namespace standin

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <fstream>
 #include <sstream>
 
 #include "explained_start.h"
+#include "held_files.h"
 #include "logged_start.h"
 #include "program_files.h"
 #include "support/text.h"
@@ -238,7 +238,7 @@ void EndToEnd::removeProperty(const std::string& key) {
 void EndToEnd::placeProgram(const std::wstring& name, const fs::path& target) {
     fs::create_directories(target.parent_path());
     if (!fs::exists(target)) {
-        fs::copy_file(builtPrograms() / name, target);
+        copyOver(builtPrograms() / name, target);
     }
 }
 
@@ -410,7 +410,7 @@ std::string EndToEnd::explain(const fs::path& program, const std::wstring& tail)
     EXPECT_EQ(waitFor(beginProcess(command, output)), 0U);
     CloseHandle(output);
     const std::string text = bytesOf(file);
-    fs::remove(file);
+    removeAll(file);
     return text;
 }
 
@@ -505,8 +505,7 @@ std::string EndToEnd::read(const fs::path& path) {
 
 void EndToEnd::write(const fs::path& path, const std::string& content) {
     fs::create_directories(path.parent_path());
-    std::ofstream file(path, std::ios::binary);
-    file << content;
+    replaceContent(path, content);
 }
 
 // The standin writes running.txt when its other records are complete.
@@ -592,15 +591,14 @@ void EndToEnd::askPlatform(const std::string& request, const fs::path& directory
 }
 
 void EndToEnd::stopPlatform(const fs::path& directory) {
-    std::error_code ignored;
     HANDLE process = openRecordedProcess(directory, SYNCHRONIZE);
     if (process != nullptr) {
         askPlatform("stop", directory);
         WaitForSingleObject(process, platformMilliseconds);
         CloseHandle(process);
     }
-    fs::remove(directory / L"standin.stop", ignored);
-    fs::remove_all(directory / L"standin", ignored);
+    removeAll(directory / L"standin.stop");
+    removeAll(directory / L"standin");
 }
 
 void EndToEnd::crashPlatform() {
@@ -609,7 +607,7 @@ void EndToEnd::crashPlatform() {
     EXPECT_NE(TerminateProcess(process, 1), 0);
     EXPECT_EQ(WaitForSingleObject(process, platformMilliseconds), WAIT_OBJECT_0);
     CloseHandle(process);
-    fs::remove_all(workspace() / L"standin");
+    removeAll(workspace() / L"standin");
 }
 
 std::string EndToEnd::whyNoSupervision() {

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "endtoend.h"
+#include "held_files.h"
 
 // What a start writes, and that it writes nothing else: compares all files before and after.
 namespace {
@@ -70,7 +71,7 @@ TEST_F(Footprint, LaterStartsHandOffsAndResetsWriteOnlyTheWorkspace) {
         stopPlatform();
     }
     write(workspace() / L".config" / L"zelinstall.properties", "damaged");
-    fs::remove(workspace() / L".config" / L"zelinstall.properties.bak");
+    endtoend::removeAll(workspace() / L".config" / L"zelinstall.properties.bak");
     EXPECT_EQ(launch(), 0U) << log();
     EXPECT_EQ(changesOutside(workspace(), before), nothing);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "endtoend.h"
+#include "held_files.h"
 #include "support/text.h"
 
 // Starts while the platform runs: the launcher hands its arguments over, and the platform records them.
@@ -169,7 +170,7 @@ TEST_F(HandOff, PipeFileWithoutAUsableNameIsReplaced) {
 
 TEST_F(HandOff, CommandOnlyHandsOverAndChangesNothing) {
     EXPECT_EQ(launch(), 0U);
-    fs::remove_all(workspace() / L"applications");
+    endtoend::removeAll(workspace() / L"applications");
     const Tree before = treeOf(workspace() / L".config");
     EXPECT_EQ(launch({L"-dcommand_only", L"hello"}), 0U);
     EXPECT_EQ(payload(1), expectedText(L"-dcommand_only\nhello\n"));
@@ -181,7 +182,7 @@ TEST_F(HandOff, CommandOnlyHandsOverAndChangesNothing) {
 TEST_F(HandOff, CommandOnlyWithoutPlatformIsFatal) {
     EXPECT_EQ(launch(), 0U);
     stopPlatform();
-    fs::remove_all(workspace() / L"applications");
+    endtoend::removeAll(workspace() / L"applications");
     const Tree before = treeOf(workspace() / L".config");
     EXPECT_EQ(launch({L"-dcommand_only"}), fatalStatus);
     EXPECT_TRUE(log().ends_with("ZLNCH0145E: eclipse.exe process is not running\n"));

@@ -1,4 +1,5 @@
 #include "endtoend.h"
+#include "held_files.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ protected:
 TEST_F(Kinds, ServiceStartsJavaDirectly) {
     setProperty("install.configuration", "service");
     layOut();
-    fs::remove(install / L"jvm" / L"bin" / L"javaw.exe");
+    endtoend::removeAll(install / L"jvm" / L"bin" / L"javaw.exe");
     fs::copy_file(base / L"win32" / L"x86_64" / L"eclipse.exe", install / L"jvm" / L"bin" / L"javaw.exe");
     EXPECT_EQ(launch({L"-data", (root / L"other").wstring()}), 0U) << tempLog();
     EXPECT_FALSE(fs::exists(root / L"other"));

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "endtoend.h"
+#include "held_files.h"
 
 // Libraries with the names of system libraries are planted beside the launcher, in the install, beside the
 // platform and in the current directory. Each leaves a mark when it is loaded, a file with the program's
@@ -70,7 +71,7 @@ protected:
             std::error_code error;
             fs::create_hard_link(root / L"planted.dll", directory / name, error);
             if (error) {  // a file has at most 1024 names, and not every file system has links
-                fs::remove(root / L"planted.dll");
+                endtoend::removeAll(root / L"planted.dll");
                 fs::copy_file(endtoend::builtPrograms() / L"planted.dll", root / L"planted.dll");
                 fs::copy_file(root / L"planted.dll", directory / name);
             }
@@ -138,7 +139,7 @@ TEST_F(PlantedDll, StartsLoadNone) {
 
 TEST_F(PlantedDll, RefusedStartsLoadNone) {
     EXPECT_EQ(launch({L"-maxargcnt", L"9"}), fatalStatus);
-    fs::remove(base / L"win32" / L"x86_64" / L"eclipse.exe");
+    endtoend::removeAll(base / L"win32" / L"x86_64" / L"eclipse.exe");
     EXPECT_EQ(launch(), fatalStatus);
     EXPECT_EQ(marksOf(launcherName), std::vector<std::wstring>());
 }

@@ -1,4 +1,5 @@
 #include "endtoend.h"
+#include "held_files.h"
 
 namespace {
 
@@ -33,7 +34,7 @@ TEST_F(Refusals, NextGoodStartDeletesTheTempLog) {
 
 TEST_F(Refusals, MissingLauncherPropertiesAreFatal) {
     layOut();
-    fs::remove(install / L"zel" / L"zellauncher.properties");
+    endtoend::removeAll(install / L"zel" / L"zellauncher.properties");
     EXPECT_EQ(launch(), fatalStatus);
     EXPECT_TRUE(contains(tempLog(), "\\zel\\zellauncher.properties file!\n"));
 }
@@ -58,7 +59,7 @@ TEST_F(Refusals, InstallOutsideFrameworkIsAnAccessViolation) {
 
 TEST_F(Refusals, MissingPlatformProgramIsFatal) {
     layOut();
-    fs::remove(base / L"win32" / L"x86_64" / L"eclipse.exe");
+    endtoend::removeAll(base / L"win32" / L"x86_64" / L"eclipse.exe");
     EXPECT_EQ(launch(), fatalStatus);
     EXPECT_TRUE(contains(log(), "ZLNCH0007E: "));
     EXPECT_TRUE(isLockFree());
@@ -71,7 +72,7 @@ TEST_F(Refusals, InvalidPlatformProgramIsFatal) {
     EXPECT_TRUE(contains(log(), "CreateProcessW failed with error 193: "));
     EXPECT_TRUE(contains(log(), "ZLNCH0306I: lock file released @ "));
     EXPECT_FALSE(fs::exists(workspace() / L".zel.main"));
-    fs::remove(base / L"win32" / L"x86_64" / L"eclipse.exe");
+    endtoend::removeAll(base / L"win32" / L"x86_64" / L"eclipse.exe");
     layOut();
     EXPECT_EQ(launch(), 0U) << log();
 }
@@ -96,14 +97,14 @@ TEST_F(Refusals, WorkspaceThatCannotBeCreatedIsFatal) {
 
 TEST_F(Refusals, MissingTemplateIsFatal) {
     layOut();
-    fs::remove(base / L"zelinstall.properties");
+    endtoend::removeAll(base / L"zelinstall.properties");
     EXPECT_EQ(launch(), fatalStatus);
     EXPECT_TRUE(log().ends_with("ZLNCH0022E: Unable to copy zelinstall.properties to the user directory.\n"));
 }
 
 TEST_F(Refusals, MissingJvmPropertiesAreFatal) {
     layOut();
-    fs::remove(install / L"zel" / L"deploy" / L"jvm.properties");
+    endtoend::removeAll(install / L"zel" / L"deploy" / L"jvm.properties");
     EXPECT_EQ(launch(), fatalStatus);
     EXPECT_TRUE(log().ends_with("ZLNCH0096E: Unable to load " + install.generic_string() +
                                 "/zel/deploy/jvm.properties file!\n"));
@@ -155,7 +156,7 @@ TEST_F(Refusals, DamagedLauncherPropertiesAreFatal) {
         EXPECT_EQ(launch(), fatalStatus);
         EXPECT_TRUE(contains(tempLog(), "ZLNCH0016E: "));
     }
-    fs::remove(properties);
+    endtoend::removeAll(properties);
     fs::create_directory(properties);
     EXPECT_EQ(launch(), fatalStatus);
     EXPECT_TRUE(contains(tempLog(), "ZLNCH0096E: Unable to load "));

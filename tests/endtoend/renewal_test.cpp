@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include "endtoend.h"
+#include "held_files.h"
 
 namespace {
 
@@ -62,7 +63,7 @@ TEST_F(Renewals, TruncatedPropertiesWithoutBackupAreRenewed) {
     startOnce();
     const std::string good = read(config() / L"zelinstall.properties");
     write(config() / L"zelinstall.properties", good.substr(0, good.size() / 2));
-    fs::remove(config() / L"zelinstall.properties.bak");
+    endtoend::removeAll(config() / L"zelinstall.properties.bak");
     EXPECT_EQ(launch(), 0U) << log();
     expectRenewed();
     EXPECT_EQ(read(config() / L"zelinstall.properties"), good);

@@ -1,4 +1,5 @@
 #include "endtoend.h"
+#include "held_files.h"
 
 namespace {
 
@@ -120,7 +121,7 @@ TEST_F(Starts, ConsoleChoosesTheConsoleExecutable) {
 
 TEST_F(Starts, MissingConsoleExecutableIsFatal) {
     layOut();
-    fs::remove(install / L"jvm" / L"bin" / L"java.exe");
+    endtoend::removeAll(install / L"jvm" / L"bin" / L"java.exe");
     EXPECT_EQ(launch({L"-console"}), fatalStatus);
     EXPECT_TRUE(contains(log(), "ZLNCH0003E: Specified vm ("));
 }

@@ -4,6 +4,7 @@
 // shellapi.h needs the header above.
 #include <shellapi.h>
 
+#include "held_files.h"
 #include "support/text.h"
 
 namespace realplatform {
@@ -46,11 +47,9 @@ fs::path preparedParts() {
     return directory != nullptr ? fs::path(directory) : endtoend::builtPrograms() / L"real-platform";
 }
 
-// Replaces an existing target.
 void placeFile(const fs::path& source, const fs::path& target) {
     fs::create_directories(target.parent_path());
-    fs::remove(target);
-    fs::copy_file(source, target);
+    endtoend::copyOver(source, target);
 }
 
 }  // namespace
@@ -84,7 +83,7 @@ void RealPlatform::setJvm(const std::string& program) {
 
 void RealPlatform::layOut() {
     EndToEnd::layOut();
-    fs::remove_all(install / L"jvm");
+    endtoend::removeAll(install / L"jvm");
     const fs::path example =
         endtoend::builtPrograms() / L"example-install" / L"zel" / L"eclipse" / L"plugins";
     for (const fs::path& configuration : {base / L"config" / L"user" / L"config.ini", base / L"config.ini"}) {
@@ -170,7 +169,7 @@ void RealPlatform::crash(std::uint32_t processId) {
     EXPECT_NE(TerminateProcess(process, 1), 0);
     EXPECT_EQ(WaitForSingleObject(process, endMilliseconds), WAIT_OBJECT_0);
     CloseHandle(process);
-    fs::remove_all(platformWorkspace() / L"platform");
+    endtoend::removeAll(platformWorkspace() / L"platform");
 }
 
 void RealPlatform::awaitSuccessorOf(std::uint32_t processId) {
@@ -202,8 +201,7 @@ void RealPlatform::endPlatform() {
     if (recorded != 0) {
         awaitEndOf(recorded);
     }
-    std::error_code ignored;
-    fs::remove_all(platformWorkspace() / L"platform", ignored);
+    endtoend::removeAll(platformWorkspace() / L"platform");
 }
 
 }  // namespace realplatform
