@@ -14,6 +14,15 @@ namespace {
 
 constexpr DWORD longestPath = 32768;
 
+fs::path withoutLongForm(const std::wstring& path) {
+    const std::wstring ofShare = L"\\\\?\\UNC\\";
+    const std::wstring ofDrive = L"\\\\?\\";
+    if (path.starts_with(ofShare)) {
+        return L"\\\\" + path.substr(ofShare.size());
+    }
+    return path.starts_with(ofDrive) ? path.substr(ofDrive.size()) : path;
+}
+
 // A process of another user cannot be opened. One that has ended may still be listed.
 std::optional<ForeignPlatform> asForeign(DWORD processId, const fs::path& directory) {
     HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, processId);
@@ -42,12 +51,12 @@ fs::path finalPath(const fs::path& path) {
     const DWORD length = GetFinalPathNameByHandleW(file, text.data(), longestPath, FILE_NAME_NORMALIZED);
     CloseHandle(file);
     text.resize(length);
-    return length == 0 || length >= longestPath ? path : fs::path(text);
+    return length == 0 || length >= longestPath ? path : withoutLongForm(text);
 }
 
-bool isWithin(const fs::path& path, const fs::path& directory) {
+bool isWithin(const fs::path& path, const fs::path& place) {
     const std::wstring inner = finalPath(path).wstring();
-    const std::wstring outer = finalPath(directory).wstring();
+    const std::wstring outer = finalPath(place).wstring();
     const bool hasPrefix = inner.size() >= outer.size() &&
                            CompareStringOrdinal(inner.c_str(), static_cast<int>(outer.size()), outer.c_str(),
                                                 static_cast<int>(outer.size()), TRUE) == CSTR_EQUAL;
@@ -64,14 +73,14 @@ fs::path programOf(void* process) {
     return finalPath(text);
 }
 
-void* openProcessOf(std::uint32_t processId, std::uint32_t rights, const std::vector<fs::path>& directories) {
+void* openProcessOf(std::uint32_t processId, std::uint32_t rights, const std::vector<fs::path>& places) {
     HANDLE process = OpenProcess(rights | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId);
     if (process == nullptr) {
         return nullptr;
     }
     const fs::path program = programOf(process);
-    const bool isOwn = std::any_of(directories.begin(), directories.end(), [&](const fs::path& directory) {
-        return !program.empty() && isWithin(program, directory);
+    const bool isOwn = std::any_of(places.begin(), places.end(), [&](const fs::path& place) {
+        return !program.empty() && isWithin(program, place);
     });
     if (!isOwn) {
         CloseHandle(process);

@@ -14,12 +14,12 @@ namespace endtoend {
 // be opened, the path itself.
 std::filesystem::path finalPath(const std::filesystem::path& path);
 
-// True if the path is the directory or below it, however both are spelled.
-bool isWithin(const std::filesystem::path& path, const std::filesystem::path& directory);
+// True if the path is the place or below it, however both are spelled.
+bool isWithin(const std::filesystem::path& path, const std::filesystem::path& place);
 
-// Opens the process with these rights. Null if its program is not below one of the directories.
+// Opens the process with these rights. Null if its program is neither one of the places nor below one.
 void* openProcessOf(std::uint32_t processId, std::uint32_t rights,
-                    const std::vector<std::filesystem::path>& directories);
+                    const std::vector<std::filesystem::path>& places);
 
 // The final path of the program of a process that was opened with PROCESS_QUERY_LIMITED_INFORMATION. Empty if
 // the system does not report it.

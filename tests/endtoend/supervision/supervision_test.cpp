@@ -3,6 +3,7 @@
 #include <tlhelp32.h>
 
 #include "endtoend.h"
+#include "program_files.h"
 
 // A locked-down desktop, whose launchers supervise the platform of a user who is no administrator. Under Wine
 // every user is one, so CTest runs this program without netapi32.dll: the launcher then cannot read the
@@ -83,16 +84,14 @@ protected:
 
 private:
     bool isOfInstall(DWORD processId) const {
-        HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION | SYNCHRONIZE, FALSE, processId);
+        const fs::path platform = base / L"win32" / L"x86_64" / L"eclipse.exe";
+        HANDLE process = endtoend::openProcessOf(processId, SYNCHRONIZE, {platform});
         if (process == nullptr) {
             return false;
         }
-        wchar_t path[MAX_PATH] = {};
-        DWORD size = MAX_PATH;
-        const bool isRunningProgram = WaitForSingleObject(process, 0) == WAIT_TIMEOUT &&
-                                      QueryFullProcessImageNameW(process, 0, path, &size) != 0;
+        const bool isRunningProgram = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
         CloseHandle(process);
-        return isRunningProgram && fs::path(path) == base / L"win32" / L"x86_64" / L"eclipse.exe";
+        return isRunningProgram;
     }
 };
 
