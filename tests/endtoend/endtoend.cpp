@@ -1,6 +1,8 @@
 #include "endtoend.h"
 
 #include <windows.h>
+// Needs the header above.
+#include <lm.h>
 
 #include <algorithm>
 #include <array>
@@ -132,13 +134,46 @@ std::set<std::string> madeIdentities(const std::string& launcherProperties) {
     return identities;
 }
 
-bool holdsAdministrators(const TOKEN_GROUPS& groups) {
-    std::array<std::byte, SECURITY_MAX_SID_SIZE> administrators{};
-    DWORD size = SECURITY_MAX_SID_SIZE;
-    CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators.data(), &size);
-    return std::any_of(
-        groups.Groups, groups.Groups + groups.GroupCount,
-        [&](const SID_AND_ATTRIBUTES& group) { return EqualSid(group.Sid, administrators.data()) != 0; });
+// In the system's language.
+std::wstring nameOfAdministrators() {
+    std::array<std::byte, SECURITY_MAX_SID_SIZE> id{};
+    auto size = static_cast<DWORD>(id.size());
+    std::array<wchar_t, UNLEN + 1> name{};
+    std::array<wchar_t, UNLEN + 1> domain{};
+    auto nameSize = static_cast<DWORD>(name.size());
+    auto domainSize = static_cast<DWORD>(domain.size());
+    SID_NAME_USE use = SidTypeUnknown;
+    EXPECT_NE(CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, id.data(), &size), 0);
+    EXPECT_NE(LookupAccountSidW(nullptr, id.data(), name.data(), &nameSize, domain.data(), &domainSize, &use),
+              0);
+    return name.data();
+}
+
+template <typename Function>
+Function* functionOf(HMODULE library, const char* name) {
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+}
+
+// The local groups that the machine lists for an account of its own with the user's name.
+std::set<std::wstring> groupsOfUser(HMODULE library) {
+    std::array<wchar_t, UNLEN + 1> user{};
+    auto size = static_cast<DWORD>(user.size());
+    BYTE* list = nullptr;
+    DWORD count = 0;
+    DWORD total = 0;
+    std::set<std::wstring> groups;
+    const bool isListed = GetUserNameW(user.data(), &size) != 0 &&
+                          functionOf<decltype(NetUserGetLocalGroups)>(library, "NetUserGetLocalGroups")(
+                              nullptr, user.data(), 0, LG_INCLUDE_INDIRECT, &list, MAX_PREFERRED_LENGTH,
+                              &count, &total) == NERR_Success;
+    if (isListed) {
+        const auto* entries = reinterpret_cast<const LOCALGROUP_USERS_INFO_0*>(list);
+        for (DWORD i = 0; i < count; ++i) {
+            groups.insert(entries[i].lgrui0_name);
+        }
+        functionOf<decltype(NetApiBufferFree)>(library, "NetApiBufferFree")(list);
+    }
+    return groups;
 }
 
 // Wine links these names to the home directory of its user, where other programs write.
@@ -721,17 +756,13 @@ bool isWine() {
 }
 
 bool isUserAdministrator() {
-    HANDLE token = nullptr;
-    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) == 0) {
+    HMODULE library = LoadLibraryExW(L"netapi32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    if (library == nullptr) {
         return false;
     }
-    DWORD size = 0;
-    GetTokenInformation(token, TokenGroups, nullptr, 0, &size);
-    // Elements of type void*, because the groups need that alignment.
-    std::vector<void*> groups(size / sizeof(void*) + 1);
-    const bool isRead = GetTokenInformation(token, TokenGroups, groups.data(), size, &size) != 0;
-    CloseHandle(token);
-    return isRead && holdsAdministrators(*reinterpret_cast<const TOKEN_GROUPS*>(groups.data()));
+    const bool isMember = groupsOfUser(library).count(nameOfAdministrators()) != 0;
+    FreeLibrary(library);
+    return isMember;
 }
 
 }  // namespace endtoend

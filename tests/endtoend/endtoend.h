@@ -222,7 +222,8 @@ std::wstring backward(const fs::path& path);  // with backslashes
 
 bool isWine();
 
-// True if the user of the tests is in the local Administrators group. Under Wine every user is.
+// True if the machine lists the user's name in the local Administrators group, which is what the launcher
+// asks. A user of a domain is not listed, even with an administrator's rights; under Wine every user is.
 bool isUserAdministrator();
 
 }  // namespace endtoend

@@ -44,7 +44,7 @@ TEST_F(Kinds, ServiceStartsJavaDirectly) {
 // For other users the launcher would stay and supervise the platform.
 TEST_F(Kinds, LockdownOfAnAdministratorStarts) {
     if (!endtoend::isUserAdministrator()) {
-        GTEST_SKIP() << "needs an administrator";
+        GTEST_SKIP() << "needs a user whom the machine lists as an administrator";
     }
     expectKind("lockdown", "user");
     EXPECT_TRUE(isPlatformRunning());

@@ -102,7 +102,7 @@ TEST_F(RealLives, RestartWithTheJvmBesideUsesTheRecordedProcessId) {
 // here, and later starts must find it.
 TEST_F(RealLives, LockdownPlatformIsFoundAfterItsOwnRestart) {
     if (!endtoend::isUserAdministrator()) {
-        GTEST_SKIP() << "needs an administrator";
+        GTEST_SKIP() << "needs a user whom the machine lists as an administrator";
     }
     setProperty("install.configuration", "lockdown");
     expectStart({L"hello"});

@@ -88,7 +88,7 @@ protected:
 // The first test, because Wine starts an explorer.exe of its own as soon as a program has windows.
 TEST_F(Kiosk, AdministratorWithoutADesktopGetsOne) {
     if (!endtoend::isUserAdministrator()) {
-        GTEST_SKIP() << "needs an administrator";
+        GTEST_SKIP() << "needs a user whom the machine lists as an administrator";
     }
     if (isDesktopRunning()) {
         GTEST_SKIP() << "needs a session without a desktop";
