@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include "contract/contract.h"
 
 namespace contract {
@@ -71,7 +73,9 @@ TEST_F(Copies, InvalidTargetFailsWithoutBeingCreated) {
     onMachine([&] {
         write(in(L"f"), "x");
         EXPECT_TRUE(createDirectory(in(L"d")));
-        EXPECT_FAILS(copyFile(in(L"f"), in(L"d"), ExistingTarget::isFailure), errorFileExists);
+        // Which of two errors comes first depends on the file system.
+        EXPECT_FALSE(copyFile(in(L"f"), in(L"d"), ExistingTarget::isFailure));
+        EXPECT_THAT(lastError(), testing::AnyOf(errorFileExists, errorAccessDenied));
         EXPECT_FAILS(copyFile(in(L"f"), in(L"d"), ExistingTarget::isReplaced), errorAccessDenied);
         EXPECT_FALSE(copyFile(in(L"f"), in(L"gone\\g"), ExistingTarget::isReplaced));
         EXPECT_FALSE(copyFile(in(L"f"), in(L"e\\"), ExistingTarget::isReplaced));
