@@ -3,7 +3,8 @@
 #include "endtoend.h"
 
 // The text of a link becomes part of the launcher's command line. These tests show what a link can and
-// cannot do, first through a handler with -maxargcnt, then without.
+// cannot do, first through a handler with -maxargcnt, then without. Shares are those of this machine: the
+// launcher looks for files beside the JVM, and Windows would search the network for another machine.
 namespace {
 
 using endtoend::Arguments;
@@ -57,10 +58,10 @@ TEST_F(Links, LinkIsOneArgumentOfThePlatform) {
 
 TEST_F(Links, LinkThatAddsArgumentsIsFatal) {
     for (const wchar_t* link :
-         {L"zel:x\" \"y", L"zel:x\" -vm \"\\\\server\\share\\javaw.exe", L"zel:x\" -data \"C:\\elsewhere",
-          L"zel:x\" -vmargs \"-Dx=y", L"zel:x\" \"vmarg.x=-Dx", L"zel:x\" -config \"other",
-          L"zel:x\" \"-resetconfig", L"zel:x\" -maxargcnt \"6", L"zel:x\" -restart \"-restart", L"zel:x\" \"",
-          L"zel:x\"\t\"y"}) {
+         {L"zel:x\" \"y", L"zel:x\" -vm \"\\\\localhost\\zl-no-share\\javaw.exe",
+          L"zel:x\" -data \"C:\\elsewhere", L"zel:x\" -vmargs \"-Dx=y", L"zel:x\" \"vmarg.x=-Dx",
+          L"zel:x\" -config \"other", L"zel:x\" \"-resetconfig", L"zel:x\" -maxargcnt \"6",
+          L"zel:x\" -restart \"-restart", L"zel:x\" \"", L"zel:x\"\t\"y"}) {
         expectLinkRefused(link, "ZLNCH0069E: ");
     }
 }
@@ -177,7 +178,7 @@ TEST_F(Links, ArgumentsAfterTheLinkCanBeReplaced) {
 // --- Without -maxargcnt ---------------------------------------------------------------------------
 
 TEST_F(Links, VmIsTakenFromAnywhere) {
-    const std::wstring vm = L"\\\\server\\share\\javaw.exe";
+    const std::wstring vm = L"\\\\localhost\\zl-no-share\\javaw.exe";
     EXPECT_EQ(launch({L"-vm", vm}), 0U) << log();
     EXPECT_EQ(argumentAfter(L"-vm"), vm);
     stopPlatform();
@@ -202,8 +203,8 @@ TEST_F(Links, VmOfAServiceIsTheProgramThatRuns) {
 }
 
 TEST_F(Links, ArgumentsAfterVmargsGoToTheJvm) {
-    expectPlatformArguments({L"-vmargs", L"-javaagent:\\\\server\\share\\a.jar", L"-Xmx1m"},
-                            {L"-vmargs", L"-javaagent:\\\\server\\share\\a.jar", L"-Xmx1m"});
+    expectPlatformArguments({L"-vmargs", L"-javaagent:\\\\localhost\\zl-no-share\\a.jar", L"-Xmx1m"},
+                            {L"-vmargs", L"-javaagent:\\\\localhost\\zl-no-share\\a.jar", L"-Xmx1m"});
 }
 
 TEST_F(Links, OverrideAddsOrRemovesAJvmOption) {
@@ -263,13 +264,14 @@ TEST_F(Links, ForeignWorkspaceBringsItsProperties) {
     const fs::path prepared = root / L"prepared";
     write(prepared / L".config" / L"zelinstall.properties",
           "zel.install.id=1234\r\nzel.base.location=${zel.home}/zel/eclipse/plugins/base_1.0\r\n"
-          "vm=//server/share/javaw.exe\r\nXbootclasspath.append=//server/share/boot.jar\r\n"
+          "vm=//localhost/zl-no-share/javaw.exe\r\nXbootclasspath.append=//localhost/zl-no-share/boot.jar\r\n"
           "plugincustomization=${zel.home}/custom.ini\r\n-Dprepared=true\r\nenv.set.PREPARED=yes\r\n");
     EXPECT_EQ(launch({L"-data", prepared.wstring()}), 0U) << log() << tempLog();
     const Arguments arguments = platformArguments(prepared);
-    EXPECT_EQ(std::count(arguments.begin(), arguments.end(), L"//server/share/javaw.exe"), 1);
-    EXPECT_EQ(std::count(arguments.begin(), arguments.end(), L"-Xbootclasspath/a://server/share/boot.jar"),
-              1);
+    EXPECT_EQ(std::count(arguments.begin(), arguments.end(), L"//localhost/zl-no-share/javaw.exe"), 1);
+    EXPECT_EQ(
+        std::count(arguments.begin(), arguments.end(), L"-Xbootclasspath/a://localhost/zl-no-share/boot.jar"),
+        1);
     stopPlatform(prepared);
 }
 
@@ -293,12 +295,13 @@ TEST_F(Links, ConfigurationDirectoryIsTheLaunchersOwn) {
 }
 
 TEST_F(Links, ApplicationProductAndStartupJarCanBeChosen) {
-    EXPECT_EQ(launch({L"-application", L"a", L"-product", L"p", L"-perfJar", L"\\\\server\\share\\s.jar"}),
-              0U)
+    EXPECT_EQ(
+        launch({L"-application", L"a", L"-product", L"p", L"-perfJar", L"\\\\localhost\\zl-no-share\\s.jar"}),
+        0U)
         << log();
     EXPECT_EQ(argumentAfter(L"-application"), L"a");
     EXPECT_EQ(argumentAfter(L"-product"), L"p");
-    EXPECT_EQ(argumentAfter(L"-startup"), L"\\\\server\\share\\s.jar");
+    EXPECT_EQ(argumentAfter(L"-startup"), L"\\\\localhost\\zl-no-share\\s.jar");
     // The program itself is still the install's.
     EXPECT_EQ(platformArguments().at(0), forward(base) + L"\\win32\\x86_64\\eclipse.exe");
 }
