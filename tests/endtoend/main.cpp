@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <cstdio>
 
@@ -6,6 +7,8 @@
 #include "support/summary.h"
 
 extern "C" int wmain(int count, wchar_t** arguments) {
+    // A program that crashes or lacks a library must not wait at a dialog. Processes inherit this.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     testing::InitGoogleTest(&count, arguments);
     launchertest::writeSummaryAtEnd();
     const int status = RUN_ALL_TESTS();

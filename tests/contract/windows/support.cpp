@@ -205,6 +205,8 @@ extern "C" int wmain(int count, wchar_t** arguments) {
     if (count > 2 && std::wstring_view(arguments[1]) == L"--child") {
         return contract::runAsChild();
     }
+    // A child that crashes must not wait at a dialog. Processes inherit this.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     testing::InitGoogleTest(&count, arguments);
     launchertest::writeSummaryAtEnd();
     return RUN_ALL_TESTS();
