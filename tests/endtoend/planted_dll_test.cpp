@@ -25,7 +25,27 @@ bool isKnownLibrary(const std::wstring& name) {
     });
 }
 
-std::vector<std::wstring> systemLibraries() {
+// Libraries that the launcher uses, that those load, and that attackers plant most often.
+std::vector<std::wstring> usualLibraries() {
+    return {L"advapi32.dll", L"apphelp.dll", L"bcrypt.dll",    L"bcryptprimitives.dll",
+            L"combase.dll",  L"crypt32.dll", L"cryptbase.dll", L"cryptsp.dll",
+            L"dbghelp.dll",  L"dnsapi.dll",  L"dsrole.dll",    L"dwmapi.dll",
+            L"gdi32.dll",    L"imm32.dll",   L"iphlpapi.dll",  L"logoncli.dll",
+            L"mpr.dll",      L"msimg32.dll", L"netapi32.dll",  L"netutils.dll",
+            L"ntmarta.dll",  L"ole32.dll",   L"oleaut32.dll",  L"powrprof.dll",
+            L"profapi.dll",  L"propsys.dll", L"rpcrt4.dll",    L"samcli.dll",
+            L"sechost.dll",  L"secur32.dll", L"shcore.dll",    L"shell32.dll",
+            L"shlwapi.dll",  L"srvcli.dll",  L"sspicli.dll",   L"ucrtbase.dll",
+            L"umpdc.dll",    L"user32.dll",  L"userenv.dll",   L"uxtheme.dll",
+            L"version.dll",  L"win32u.dll",  L"winmm.dll",     L"winsta.dll",
+            L"wkscli.dll",   L"wldp.dll",    L"ws2_32.dll",    L"wtsapi32.dll"};
+}
+
+// Under Wine all that the system has. Windows has thousands, each copy of which its virus scanner would read.
+std::vector<std::wstring> plantedLibraries() {
+    if (!endtoend::isWine()) {
+        return usualLibraries();
+    }
     wchar_t directory[MAX_PATH] = {};
     GetSystemDirectoryW(directory, MAX_PATH);
     std::vector<std::wstring> names;
@@ -40,7 +60,7 @@ std::vector<std::wstring> systemLibraries() {
 
 class PlantedDll : public EndToEnd {
 protected:
-    const std::vector<std::wstring> names = systemLibraries();
+    const std::vector<std::wstring> names = plantedLibraries();
     const std::vector<std::wstring> programs = {launcherName, L"library_probe.exe", L"contract.exe"};
     fs::path elsewhere;  // the current directory of the launchers
 
@@ -127,7 +147,7 @@ TEST_F(PlantedDll, OrdinaryProgramLoadsThem) {
 }
 
 TEST_F(PlantedDll, StartsLoadNone) {
-    EXPECT_GT(names.size(), 100U);
+    EXPECT_GT(names.size(), endtoend::isWine() ? 100U : 40U);
     EXPECT_EQ(launch({L"-version"}), fatalStatus);
     EXPECT_EQ(launch(), 0U) << log() << tempLog();
     EXPECT_EQ(launch({L"handed over"}), 0U) << log();
