@@ -58,6 +58,15 @@ std::vector<std::wstring> plantedLibraries() {
     return names;
 }
 
+// Administrators can take the current directory out of the search for libraries.
+bool isCurrentDirectorySearched() {
+    DWORD setting = 0;
+    DWORD size = sizeof(setting);
+    RegGetValueW(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Control\\Session Manager",
+                 L"CWDIllegalInDllSearch", RRF_RT_REG_DWORD, nullptr, &setting, &size);
+    return setting == 0;
+}
+
 class PlantedDll : public EndToEnd {
 protected:
     const std::vector<std::wstring> names = plantedLibraries();
@@ -133,6 +142,9 @@ private:
 
 // The control: an ordinary program does load them.
 TEST_F(PlantedDll, OrdinaryProgramLoadsThem) {
+    if (!isCurrentDirectorySearched()) {
+        GTEST_SKIP() << "CWDIllegalInDllSearch is set on this machine";
+    }
     placeProgram(L"library_probe.exe", install / L"zel" / L"library_probe.exe");
     fs::copy_file(root / L"planted.dll", elsewhere / L"zl-of-no-system.dll");
     for (const wchar_t* name : {L"netapi32.dll", L"version.dll", L"userenv.dll", L"zl-of-no-system.dll"}) {
