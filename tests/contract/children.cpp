@@ -113,6 +113,10 @@ int sendToPipe(const Arguments& arguments) {
 int useConsole(const Arguments& arguments) {
     const std::wstring& title = arguments.at(0);
     takeConsole();
+    if (!hasConsoleWindow()) {
+        write(arguments.at(1), "terminal");
+        return 0;
+    }
     platform::setConsoleTitle(title);
     std::string results = narrow(platform::consoleTitle(4096));
     // A title takes a moment to reach the window.

@@ -22,6 +22,9 @@ TEST_F(Console, WindowIsFoundByItsTitleEvenWhenHidden) {
     SKIP_UNDER_WINE("has no console window without a display");
     onMachine([&] {
         EXPECT_EQ(runChild(L"console zl-contract-title" + quoted(L"f")), 0U);
+        if (read(in(L"f")) == "terminal") {
+            GTEST_SKIP() << "consoles are tabs of a terminal on this machine";
+        }
         EXPECT_EQ(read(in(L"f")), "zl-contract-title found kept another ano");
     });
 }

@@ -58,6 +58,9 @@ bool isUserOfThisMachine();
 std::vector<std::wstring> spellingsOf(const std::wstring& variable);
 // Gives the process a console window of its own.
 void takeConsole();
+// True if the process's console is a window of its own, not a tab of a terminal. A tab's title is not its
+// window's.
+bool hasConsoleWindow();
 
 class Contract : public ::testing::Test {
 protected:

@@ -154,6 +154,10 @@ void takeConsole() {
     currentMachine()->setConsole(L"a console");
 }
 
+bool hasConsoleWindow() {
+    return true;
+}
+
 }  // namespace contract
 
 int main(int count, char** arguments) {

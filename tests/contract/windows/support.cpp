@@ -199,6 +199,12 @@ void takeConsole() {
     EXPECT_NE(AllocConsole(), 0) << GetLastError();
 }
 
+bool hasConsoleWindow() {
+    wchar_t name[100] = {};
+    GetClassNameW(GetConsoleWindow(), name, 100);
+    return std::wstring_view(name) == L"ConsoleWindowClass";
+}
+
 }  // namespace contract
 
 extern "C" int wmain(int count, wchar_t** arguments) {
