@@ -48,8 +48,9 @@ bool copyFile(const std::wstring& source, const std::wstring& target, ExistingTa
 bool flushFile(const std::wstring& path);
 
 // Renames a file or directory (MoveFileExW with these two flags or none). An existing target is a failure,
-// unless both are files and moveReplaceExisting is given. With moveWriteThrough the names are on the
-// device when the call returns; without it, or without flushFile, a power loss can bring the old ones back.
+// unless both are files and moveReplaceExisting is given; with it, a directory may or may not replace a file.
+// With moveWriteThrough the names are on the device when the call returns; without it, or without flushFile,
+// a power loss can bring the old ones back.
 bool moveFile(const std::wstring& source, const std::wstring& target, std::uint32_t flags);
 
 // Deletes a file (DeleteFileW). Fails for a read-only file, for a directory, and for a file that is
