@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # try-kit.sh KIT.zip: runs the test kit under Wine, unpacked into a path with blanks and letters outside Latin-1, and
-# compares its counts with those of CTest in build/windows, which have to be there. Succeeds if every suite has the same
-# counts, and the report has the results.
+# compares its counts with those of CTest in build/windows, which have to be there. Succeeds if every suite except
+# `guard` has the same counts, and the report has the results.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source cmake/setup.sh
@@ -50,7 +50,8 @@ counts() {
     grep -c '<skipped' "$1" || true
 }
 
-suites=$(ctest --test-dir build/windows -N | sed -n 's/^ *Test *#[0-9]*: \(.*\)$/\1/p')
+# The kit lacks one suite: `guard` compares the programs with files of the source tree.
+suites=$(ctest --test-dir build/windows -N --exclude-regex '^guard$' | sed -n 's/^ *Test *#[0-9]*: \(.*\)$/\1/p')
 for suite in $suites; do
     here=$(counts "build/windows/results/$suite.xml")
     there=$(counts "$results/report/$suite.xml")
