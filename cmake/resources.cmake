@@ -3,7 +3,7 @@
 #
 #   cmake --preset windows -DZELLAUNCHER_COMPANY="Example Ltd" -DZELLAUNCHER_ICON=/path/to/own.svg
 set(ZELLAUNCHER_FILE_VERSION "" CACHE STRING
-    "FileVersion of the programs, four numbers. An installer replaces a file only by a higher one. Empty: the project's")
+    "FileVersion of the programs, four numbers up to 65535. An installer replaces a file only by a higher one. Empty: the project's")
 set(ZELLAUNCHER_PRODUCT_VERSION "" CACHE STRING "ProductVersion of the programs, any text. Empty: what -version reports")
 set(ZELLAUNCHER_COMPANY "The zellauncher authors" CACHE STRING "CompanyName of the programs")
 set(ZELLAUNCHER_PRODUCT "zellauncher" CACHE STRING "ProductName of the programs")
@@ -62,8 +62,16 @@ function(zellauncher_resource result name description drawing)
   if(NOT version)
     set(version ${PROJECT_VERSION})
   endif()
-  if(NOT version MATCHES "^[0-9]+\\.[0-9]+\\.[0-9]+\\.[0-9]+$")
-    message(FATAL_ERROR "ZELLAUNCHER_FILE_VERSION is not four numbers: ${version}")
+  # The resource compiler reads 010 as 8, and keeps only the low 16 bits of a larger number.
+  string(REPLACE "." ";" parts "${version}")
+  list(LENGTH parts count)
+  foreach(part IN LISTS parts)
+    if(NOT part MATCHES "^(0|[1-9][0-9]?[0-9]?[0-9]?[0-9]?)$" OR part GREATER 65535)
+      set(count 0)
+    endif()
+  endforeach()
+  if(NOT count EQUAL 4)
+    message(FATAL_ERROR "ZELLAUNCHER_FILE_VERSION is not four numbers up to 65535: ${version}")
   endif()
   string(REPLACE "." "," version_numbers ${version})
   set(product_version ${ZELLAUNCHER_PRODUCT_VERSION})

@@ -71,7 +71,9 @@ has_no_traces() {
         done
 }
 
-resources_are_there() { python3 packaging/check_resources.py "$unpacked/$product" "$version"; }
+resources_are_there() {
+    python3 packaging/check_resources.py "$unpacked/$product" "$(file_version build/package/windows)"
+}
 links_lead_somewhere() { python3 packaging/check_links.py "$unpacked/$product" "$unpacked/$linux" "$unpacked/$kit"; }
 bill_is_consistent() { python3 packaging/check_bill.py "$unpacked/$product" "$unpacked/$linux"; }
 

@@ -3,6 +3,13 @@
 
 version=$(sed -n 's/^project(zellauncher VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 
+# FileVersion of the programs of a build directory: the project's version, unless the packager set another one.
+file_version() {
+    local own
+    own=$(sed -n 's/^ZELLAUNCHER_FILE_VERSION:[A-Z]*=//p' "$1/CMakeCache.txt")
+    echo "${own:-$version}"
+}
+
 # Every time in a package is the date of the release, so that it does not depend on when or where it was made.
 release_date=$(sed -n "s/^## ${version//./\\.} (\([0-9-]*\))\$/\1/p" CHANGELOG.md)
 SOURCE_DATE_EPOCH=$(date -u -d "${release_date:-1980-01-01}" +%s)
