@@ -3,8 +3,8 @@
 # this directory, and installs, uses, upgrades, repairs and removes them under Wine, with the commands of
 # docs/rollout.md. Ends with "N passed, N failed".
 #
-# What Wine's installer cannot show: a rollback, a restart for files in use, the rights of other users, and the menu of
-# all users (Wine puts the shortcut into the user's own).
+# What Wine's installer cannot show: a rollback, a restart for files in use, the Restart Manager, the rights of other
+# users, and the menu of all users (Wine puts the shortcut into the user's own).
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source cmake/setup.sh
@@ -126,6 +126,18 @@ refuses_a_broken_install() {
     has_no "$work/broken.msi" && rm -rf "$work/broken"
 }
 
+# has_property PACKAGE NAME VALUE
+has_property() {
+    msiinfo export "$1" Property | tr -d '\r' | grep -qxF "$2"$'\t'"$3" || { echo "$2 is not $3"; return 1; }
+}
+
+never_restarts_the_machine() {
+    has_property "$work/client-1.0.0.msi" REBOOT ReallySuppress &&
+        has_property "$work/client-1.0.0.msi" MSIRESTARTMANAGERCONTROL Disable || return 1
+    # Nor does a command on the page.
+    ! grep -n 'msiexec .*/qn' docs/rollout.md | grep -v '/norestart'
+}
+
 # By its version the installer decides if a program is replaced.
 programs_have_versions() {
     local release
@@ -139,7 +151,7 @@ programs_have_versions() {
 installs() {
     local log=$drive/users/$user/Temp/client.log
     rm -f "$log"
-    works 'msiexec /i client-1.0.0.msi /qn /l*v "%TEMP%\client.log"' || return 1
+    works 'msiexec /i client-1.0.0.msi /qn /norestart /l*v "%TEMP%\client.log"' || return 1
     [ -s "$log" ] || { echo "there is no $log"; return 1; }
     diff -r "$work/client-1" "$install" || return 1
     has_entry "$work/client-1.0.0.msi" 1.0.0 || return 1
@@ -183,14 +195,14 @@ has_settings() { grep -qx "colour=green" "$workspace/.metadata/.plugins/com.exam
 
 upgrade_waits_for_the_platform() {
     make_settings
-    has_status 1627 'msiexec /i client-1.1.0.msi /qn' || return 1 # 1603 with Windows' installer
+    has_status 1627 'msiexec /i client-1.1.0.msi /qn /norestart' || return 1 # 1603 with Windows' installer
     is_running || return 1
     diff -r "$work/client-1" "$install" && has_entry "$work/client-1.0.0.msi" 1.0.0
 }
 
 upgrades() {
     end_platform || return 1
-    works 'msiexec /i client-1.1.0.msi /qn' || return 1
+    works 'msiexec /i client-1.1.0.msi /qn /norestart' || return 1
     diff -r "$work/client-2" "$install" || return 1
     has_entry "$work/client-1.1.0.msi" 1.1.0 && has_no_entry "$work/client-1.0.0.msi"
 }
@@ -203,21 +215,21 @@ settings_survive_the_upgrade() {
 }
 
 does_not_go_back_by_itself() {
-    has_status 1603 'msiexec /i client-1.0.0.msi /qn' || return 1
+    has_status 1603 'msiexec /i client-1.0.0.msi /qn /norestart' || return 1
     diff -r "$work/client-2" "$install"
 }
 
 repairs() {
     end_platform || return 1
     rm "$install/zel/zellauncherw.exe" "$install/zel/zellauncher.properties"
-    works 'msiexec /i {product code} REINSTALL=ALL REINSTALLMODE=omus /qn' "$(product_code "$work/client-1.1.0.msi")" || return 1
+    works 'msiexec /i {product code} REINSTALL=ALL REINSTALLMODE=omus /qn /norestart' "$(product_code "$work/client-1.1.0.msi")" || return 1
     diff -r "$work/client-2" "$install"
 }
 
 goes_back() {
-    works 'msiexec /i client-1.1.0.msi /qn' || return 1
-    works 'msiexec /x {product code of the newer one} /qn' "$(product_code "$work/client-1.1.0.msi")" || return 1
-    works 'msiexec /i client-1.0.0.msi /qn' || return 1
+    works 'msiexec /i client-1.1.0.msi /qn /norestart' || return 1
+    works 'msiexec /x {product code of the newer one} /qn /norestart' "$(product_code "$work/client-1.1.0.msi")" || return 1
+    works 'msiexec /i client-1.0.0.msi /qn /norestart' || return 1
     start_from_shortcut || return 1
     has_settings && grep -q '^zel.install.id=2026.1' "$workspace/.config/zelinstall.properties" &&
         grep -q '^zel.install.id=2026.2' "$workspace/.configbak/zelinstall.properties"
@@ -225,7 +237,7 @@ goes_back() {
 
 upgrade_can_end_the_platform() {
     is_running || return 1
-    works 'msiexec /i client-1.1.0.msi /qn ENDPROGRAMS=1' || return 1
+    works 'msiexec /i client-1.1.0.msi /qn /norestart ENDPROGRAMS=1' || return 1
     no_program_runs && diff -r "$work/client-2" "$install" && has_settings
 }
 
@@ -238,14 +250,14 @@ is_gone() {
 }
 
 is_removed() {
-    works 'msiexec /x {product code} /qn' "$(product_code "$1")" || return 1
+    works 'msiexec /x {product code} /qn /norestart' "$(product_code "$1")" || return 1
     no_program_runs || { echo "a program still runs"; return 1; }
     is_gone || return 1
     has_settings && [ -f "$workspace/.config/zelinstall.properties" ]
 }
 
 is_removed_while_running() {
-    works 'msiexec /i client-1.1.0.msi /qn' || return 1
+    works 'msiexec /i client-1.1.0.msi /qn /norestart' || return 1
     start_from_shortcut || return 1
     is_removed "$work/client-1.1.0.msi"
 }
@@ -260,7 +272,7 @@ users_files_are_removed() {
 clean_up() {
     for package in "$work"/client-1.*.msi; do
         if [ -f "$package" ]; then
-            wine msiexec /x "$(product_code "$package")" /qn || true
+            wine msiexec /x "$(product_code "$package")" /qn /norestart || true
         fi
     done
     rm -rf "$workspace" "$drive/Program Files/Example" "$drive/users/$user/report.exampleclient"
@@ -274,6 +286,7 @@ make_packages
 check "an install with an error is not packed" refuses_a_broken_install
 check "zelexplain finds what an upgrade does" finds_what_the_upgrade_does
 check "the installer knows the versions of programs" programs_have_versions
+check "the installer never restarts the machine" never_restarts_the_machine
 check "installs every file, the shortcut and the entry" installs
 check "the shortcut starts the platform" starts_from_the_shortcut
 check "a link reaches the running platform" link_reaches_the_platform
