@@ -200,8 +200,40 @@ upgrade_waits_for_the_platform() {
     diff -r "$work/client-1" "$install" && has_entry "$work/client-1.0.0.msi" 1.0.0
 }
 
+# A program that keeps a library loaded until it reads a line.
+make_holder() {
+    cat >"$work/holder.cpp" <<'END'
+#include <windows.h>
+#include <cstdio>
+extern "C" int wmain(int, wchar_t** arguments) {
+    if (LoadLibraryExW(arguments[1], nullptr, DONT_RESOLVE_DLL_REFERENCES) == nullptr) return 1;
+    std::puts("loaded");
+    std::fflush(stdout);
+    return std::getchar() == '\n' ? 0 : 1;
+}
+END
+    x86_64-w64-mingw32-g++-posix -static -municode "$work/holder.cpp" -o "$work/holder.exe"
+}
+
+# As with a process of a user who may not be asked for its program: no program of the install is seen to run.
+upgrade_waits_for_a_library_in_use() {
+    local status=0 holder
+    end_platform && make_holder || return 1
+    rm -f "$work/holder.fifo"
+    mkfifo "$work/holder.fifo" || return 1
+    timeout 300 ./cmake/wine-run.sh "$work/holder.exe" 'C:\Program Files\Example\framework\Client\bin\platformbridge.dll' \
+        <"$work/holder.fifo" >"$work/holder.txt" 2>/dev/null &
+    holder=$!
+    exec 7>"$work/holder.fifo"
+    eventually grep -q loaded "$work/holder.txt" || status=1
+    has_status 1627 'msiexec /i client-1.1.0.msi /qn /norestart' || status=1
+    echo >&7
+    exec 7>&-
+    wait "$holder" || status=1
+    [ "$status" -eq 0 ] && diff -r "$work/client-1" "$install"
+}
+
 upgrades() {
-    end_platform || return 1
     works 'msiexec /i client-1.1.0.msi /qn /norestart' || return 1
     diff -r "$work/client-2" "$install" || return 1
     has_entry "$work/client-1.1.0.msi" 1.1.0 && has_no_entry "$work/client-1.0.0.msi"
@@ -293,6 +325,7 @@ check "a link reaches the running platform" link_reaches_the_platform
 check "a link adds no arguments" link_adds_no_arguments
 check "a file of the type reaches the running platform" file_type_reaches_the_platform
 check "an upgrade does not begin while the platform runs" upgrade_waits_for_the_platform
+check "an upgrade does not begin while a library is in use" upgrade_waits_for_a_library_in_use
 check "an upgrade replaces everything" upgrades
 check "the user's settings survive, the old configuration is in .configbak" settings_survive_the_upgrade
 check "the former release does not replace the newer one" does_not_go_back_by_itself

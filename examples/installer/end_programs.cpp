@@ -2,30 +2,51 @@
 // tlhelp32.h needs the header above.
 #include <tlhelp32.h>
 
+#include <cwchar>
 #include <string>
 #include <vector>
 
 // end_programs [--are-none] DIRECTORY: ends every process whose program is in the directory or below it, in
-// all sessions, and waits for that. With --are-none it ends none; the status is 1 if there is one.
+// all sessions, and waits for that. With --are-none it ends none; the status is 1 if there is one, or if a
+// program or library of the directory is in use by another process.
 //
 // The installer of the example runs it. It is a program of Windows' subsystem, so nobody sees a window.
 namespace {
 
 constexpr DWORD endMilliseconds = 10000;
 constexpr DWORD pathCapacity = 32768;
+// Before a path that may have more than 260 characters.
+constexpr wchar_t longPaths[] = L"\\\\?\\";
 
-// With a backslash at the end. The long form of the path, because a process may have been started by the
-// short one.
+// Without this privilege, an administrator may not ask for the programs of other users' processes. It is
+// there but switched off. An account without it goes on without it.
+void enableDebugPrivilege() {
+    HANDLE token = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, &token) == 0) {
+        return;
+    }
+    TOKEN_PRIVILEGES privileges = {};
+    privileges.PrivilegeCount = 1;
+    privileges.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
+    if (LookupPrivilegeValueW(nullptr, SE_DEBUG_NAME, &privileges.Privileges[0].Luid) != 0) {
+        AdjustTokenPrivileges(token, FALSE, &privileges, 0, nullptr, nullptr);
+    }
+    CloseHandle(token);
+}
+
+// The path itself if it has no long form.
+std::wstring longForm(const std::wstring& path) {
+    std::wstring result(pathCapacity, L'\0');
+    const DWORD length = GetLongPathNameW(path.c_str(), result.data(), pathCapacity);
+    return length == 0 ? path : result.substr(0, length);
+}
+
+// With a backslash at the end.
 std::wstring fullPath(const std::wstring& path) {
     std::wstring full(pathCapacity, L'\0');
     full.resize(GetFullPathNameW(path.c_str(), pathCapacity, full.data(), nullptr));
-    std::wstring longPath(pathCapacity, L'\0');
-    const DWORD length = GetLongPathNameW(full.c_str(), longPath.data(), pathCapacity);
-    longPath.resize(length);
-    if (length == 0) {
-        longPath = full;
-    }
-    return longPath.ends_with(L'\\') ? longPath : longPath + L'\\';
+    full = longForm(full);
+    return full.ends_with(L'\\') ? full : full + L'\\';
 }
 
 bool isBelow(const std::wstring& path, const std::wstring& directory) {
@@ -34,11 +55,13 @@ bool isBelow(const std::wstring& path, const std::wstring& directory) {
                                 static_cast<int>(directory.size()), TRUE) == CSTR_EQUAL;
 }
 
+// In its long form, because a process may have been started by the short one.
 std::wstring programOf(HANDLE process) {
     std::wstring path(pathCapacity, L'\0');
     DWORD length = pathCapacity;
-    return QueryFullProcessImageNameW(process, 0, path.data(), &length) != 0 ? path.substr(0, length)
-                                                                             : std::wstring();
+    return QueryFullProcessImageNameW(process, 0, path.data(), &length) != 0
+               ? longForm(path.substr(0, length))
+               : std::wstring();
 }
 
 std::vector<DWORD> processesBelow(const std::wstring& directory) {
@@ -57,6 +80,47 @@ std::vector<DWORD> processesBelow(const std::wstring& directory) {
         }
     }
     CloseHandle(snapshot);
+    return found;
+}
+
+// Windows lets nobody write to a program or library that a process has loaded.
+bool isInUse(const std::wstring& path) {
+    HANDLE file =
+        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return GetLastError() == ERROR_SHARING_VIOLATION;
+    }
+    CloseHandle(file);
+    return false;
+}
+
+bool isProgramOrLibrary(const std::wstring& name) {
+    constexpr size_t length = 4;
+    const std::wstring extension = name.size() > length ? name.substr(name.size() - length) : std::wstring();
+    return _wcsicmp(extension.c_str(), L".exe") == 0 || _wcsicmp(extension.c_str(), L".dll") == 0;
+}
+
+// Finds what processesBelow cannot see: a process that may not be asked for its program, and a program from
+// elsewhere that has loaded a library of the directory.
+bool isAnyFileInUse(const std::wstring& directory) {
+    WIN32_FIND_DATAW entry = {};
+    HANDLE search = FindFirstFileW((directory + L"*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    bool found = false;
+    do {
+        const std::wstring name = entry.cFileName;
+        const bool isDirectory = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        if (isDirectory && !isLink && name != L"." && name != L"..") {
+            found = isAnyFileInUse(directory + name + L'\\');
+        } else if (!isDirectory && isProgramOrLibrary(name)) {
+            found = isInUse(directory + name);
+        }
+    } while (!found && FindNextFileW(search, &entry) != 0);
+    FindClose(search);
     return found;
 }
 
@@ -92,6 +156,10 @@ extern "C" int wmain(int count, wchar_t** arguments) {
     if (count != 2 && !isQuestion) {
         return 2;
     }
+    enableDebugPrivilege();
     const std::wstring directory = fullPath(arguments[count - 1]);
-    return (isQuestion ? processesBelow(directory).empty() : endAll(directory)) ? 0 : 1;
+    if (isQuestion) {
+        return processesBelow(directory).empty() && !isAnyFileInUse(longPaths + directory) ? 0 : 1;
+    }
+    return endAll(directory) ? 0 : 1;
 }
