@@ -39,6 +39,7 @@ check() {
 
 product_code() { msiinfo export "$1" Property | sed -n 's/^ProductCode\t\({[^}]*}\).*/\1/p'; }
 has_entry() { wine reg query "$uninstall\\$(product_code "$1")" | grep -q "DisplayVersion.*$2"; }
+has_location() { wine reg query "$uninstall\\$(product_code "$1")" | grep -q 'InstallLocation.*framework.Client'; }
 has_no_entry() { ! wine reg query "$uninstall\\$(product_code "$1")" >/dev/null; }
 
 # Runs a line of a batch file in Wine's prompt and prints its status.
@@ -113,6 +114,8 @@ make_packages() {
     ./packaging/client-install.sh "$programs" "$work/client-2" 2026.2
     echo 'new in this release' >"$work/client-2/new.txt"
     rm "$work/client-2/boot.jar" # and one file less
+    mkdir -p "$work/client-2/empty" "$work/client-2/R&D/empty"
+    echo 'a name that XML writes in another way' >"$work/client-2/R&D/a & b.txt"
     sed -i 's|^vmfix.noconsole=.*|&s|' "$work/client-2/zel/eclipse/plugins/base_1.0/zelinstall.properties"
     ./examples/installer/build.sh "$work/client-1" 1.0.0 "$work/client-1.0.0.msi"
     ./examples/installer/build.sh "$work/client-2" 1.1.0 "$work/client-1.1.0.msi"
@@ -138,6 +141,43 @@ never_restarts_the_machine() {
     ! grep -n 'msiexec .*/qn' docs/rollout.md | grep -v '/norestart'
 }
 
+refuses_other_versions() {
+    for version in 2026.1.0 1.256.0 1.2.65536 01.2.3 1.2 1.2.3.4; do
+        if ./examples/installer/build.sh "$work/client-1" "$version" "$work/refused.msi"; then
+            echo "version $version is not refused"
+            return 1
+        fi
+    done
+    has_no "$work/refused.msi"
+}
+
+package_code() { msiinfo suminfo "$1" | sed -n 's/^Revision number (UUID): //p'; }
+
+# Windows Installer repairs with the same package, and refuses another one of the same version.
+same_files_make_the_same_package() {
+    ./examples/installer/build.sh "$work/client-1" 1.0.0 "$work/again.msi" || return 1
+    cmp "$work/client-1.0.0.msi" "$work/again.msi" || return 1
+    ./examples/installer/build.sh "$work/client-2" 1.0.0 "$work/again.msi" || return 1
+    [ "$(product_code "$work/client-1.0.0.msi")" = "$(product_code "$work/again.msi")" ] || return 1
+    [ "$(package_code "$work/client-1.0.0.msi")" != "$(package_code "$work/again.msi")" ] || return 1
+    rm "$work/again.msi"
+}
+
+is_signed() { osslsigncode verify -CAfile "$work/key.pem" -in "$1" >/dev/null; }
+
+signs_its_program_and_itself() {
+    openssl req -x509 -newkey rsa:2048 -nodes -days 30 -subj "/CN=maker" -addext extendedKeyUsage=codeSigning \
+        -keyout "$work/key.key" -out "$work/key.pem" 2>/dev/null || return 1
+    openssl pkcs12 -export -inkey "$work/key.key" -in "$work/key.pem" -passout pass: -out "$work/key.p12" || return 1
+    SIGN=packaging/sign.sh ZELLAUNCHER_SIGN_PKCS12=$work/key.p12 \
+        ./examples/installer/build.sh "$work/client-1" 1.0.0 "$work/signed.msi" || return 1
+    is_signed "$work/signed.msi" || return 1
+    msiinfo extract "$work/signed.msi" Binary.EndPrograms >"$work/signed.exe" || return 1
+    is_signed "$work/signed.exe" || return 1
+    ! is_signed "$work/client-1.0.0.msi" || return 1
+    rm "$work"/signed.* "$work"/key.*
+}
+
 # By its version the installer decides if a program is replaced.
 programs_have_versions() {
     local release
@@ -146,6 +186,9 @@ programs_have_versions() {
         msiinfo export "$work/client-1.0.0.msi" File | tr '|' '\t' | grep -P "\t$program\t.*\t${release//./\\.}\t" ||
             { msiinfo export "$work/client-1.0.0.msi" File | grep "$program"; return 1; }
     done
+    # A file has a version or a hash.
+    diff <(msiinfo export "$work/client-1.0.0.msi" File | tr -d '\r' | tail -n +4 | awk -F '\t' '$5 == "" { print $1 }' | sort) \
+        <(msiinfo export "$work/client-1.0.0.msi" MsiFileHash | tail -n +4 | cut -f 1 | sort)
 }
 
 installs() {
@@ -154,7 +197,7 @@ installs() {
     works 'msiexec /i client-1.0.0.msi /qn /norestart /l*v "%TEMP%\client.log"' || return 1
     [ -s "$log" ] || { echo "there is no $log"; return 1; }
     diff -r "$work/client-1" "$install" || return 1
-    has_entry "$work/client-1.0.0.msi" 1.0.0 || return 1
+    has_entry "$work/client-1.0.0.msi" 1.0.0 && has_location "$work/client-1.0.0.msi" || return 1
     [ -f "$(find "$drive/users/$user/AppData" -name 'Example Client.lnk')" ]
 }
 
@@ -310,7 +353,7 @@ clean_up() {
     rm -rf "$workspace" "$drive/Program Files/Example" "$drive/users/$user/report.exampleclient"
 }
 
-ensure_packages wixl msitools librsvg2-bin icoutils g++-mingw-w64-x86-64-posix procps
+ensure_packages wixl msitools librsvg2-bin icoutils g++-mingw-w64-x86-64-posix procps osslsigncode openssl
 mkdir -p "$work"
 wine cmd /c ver >/dev/null
 clean_up
@@ -318,6 +361,9 @@ make_packages
 check "an install with an error is not packed" refuses_a_broken_install
 check "zelexplain finds what an upgrade does" finds_what_the_upgrade_does
 check "the installer knows the versions of programs" programs_have_versions
+check "versions that Windows Installer cannot compare are refused" refuses_other_versions
+check "the same files make the same package" same_files_make_the_same_package
+check "a key signs the installer and its program" signs_its_program_and_itself
 check "the installer never restarts the machine" never_restarts_the_machine
 check "installs every file, the shortcut and the entry" installs
 check "the shortcut starts the platform" starts_from_the_shortcut

@@ -4,23 +4,34 @@
 #   build.sh INSTALL VERSION OUTPUT.msi
 #
 # INSTALL is the directory that becomes C:\Program Files\Example\framework\Client, with the JVM and the platform in
-# it. VERSION has three numbers and must rise with each release, because Windows Installer compares no more.
+# it. VERSION has three numbers, at most 255.255.65535, and must rise with each release, because Windows Installer
+# compares no more. Two calls with the same version and the same files, with their times, make the same bytes.
 #
 # An install in which `zelexplain check` finds an error is not packed. The variable ZELEXPLAIN names the program; by
 # default it is the one two directories up, as in the package for Linux, or the one in PATH.
 #
+# The variable SIGN names a program that signs the file that it gets, in place, such as packaging/sign.sh of the
+# launcher's source. It signs the installer's own program, and the installer.
+#
 # It needs the Debian packages wixl, msitools, librsvg2-bin, icoutils and g++-mingw-w64-x86-64-posix.
 set -euo pipefail
-[ "$#" -eq 3 ] || { sed -n '2,12s/^# \{0,1\}//p' "$0"; exit 2; }
+[ "$#" -eq 3 ] || { sed -n '2,18s/^# \{0,1\}//p' "$0"; exit 2; }
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 install=$(cd "$1" && pwd)
 version=$2
 output=$3
-upgrade_code=7d1f7a4e-52ad-4a0c-9a5e-2f7f0d9b6c11
+upgrade_code=7D1F7A4E-52AD-4A0C-9A5E-2F7F0D9B6C11
+# Windows Installer stores times of the local zone.
+export TZ=UTC LC_ALL=C.UTF-8
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-[[ "$version" =~ ^[0-9]+\.[0-9]+\.[0-9]+$ ]] || { echo "The version has to be three numbers: $version" >&2; exit 2; }
+number='(0|[1-9][0-9]{0,4})'
+if ! [[ "$version" =~ ^$number\.$number\.$number$ ]] || [ "${BASH_REMATCH[1]}" -gt 255 ] ||
+    [ "${BASH_REMATCH[2]}" -gt 255 ] || [ "${BASH_REMATCH[3]}" -gt 65535 ]; then
+    echo "The version has to be three numbers, at most 255.255.65535: $version" >&2
+    exit 2
+fi
 
 check_install() {
     local program=${ZELEXPLAIN:-$here/../../zelexplain} status=0
@@ -32,16 +43,29 @@ check_install() {
     fi
 }
 
-# The same release has the same code, so that an installer that is built twice repairs what the first one installed.
-product_code() {
-    python3 -c 'import sys, uuid; print(uuid.uuid5(uuid.UUID(sys.argv[1]), sys.argv[2]))' "$upgrade_code" "$version"
+# uuid_of NAME: always the same for a name.
+uuid_of() {
+    python3 -c 'import sys, uuid; print(str(uuid.uuid5(uuid.UUID(sys.argv[1]), sys.argv[2])).upper())' "$upgrade_code" "$1"
 }
 
+# Lists the files for wixl. An empty directory is listed as if it had one file, which is then replaced by the directory.
 list_files() {
-    find "$install" -type f | LC_ALL=C sort |
-        wixl-heat --directory-ref CLIENT --component-group Files --var var.Install --prefix "$install/" --win64 \
-            >"$work/files.wxs"
+    (find "$install" -type f && find "$install" -mindepth 1 -type d -empty -printf '%p/empty.directory\n') | LC_ALL=C sort |
+        wixl-heat --directory-ref CLIENT --component-group Files --var var.Install --prefix "$install/" --win64 |
+        python3 -c "$complete_list" "$upgrade_code" >"$work/files.wxs"
 }
+complete_list=$(cat <<'END'
+import itertools, re, sys, uuid
+listing = sys.stdin.read().replace("&", "&amp;")  # which wixl-heat forgets
+numbers = itertools.count(1)
+listing = re.sub('<Directory Id="[^"]*"', lambda _: f'<Directory Id="dir{next(numbers)}"', listing)  # which are random
+def directory_only(match):
+    code = uuid.uuid5(uuid.UUID(sys.argv[1]), "directory " + match[3])
+    return f'{match[1]}"{code}"{match[2]}<CreateFolder/>'
+file = r'<File [^>]*Source="\$\(var\.Install\)/([^"]*)/empty\.directory"/>'
+sys.stdout.write(re.sub(r'(<Component [^>]*Guid=)"\*"(>\s*)' + file, directory_only, listing))
+END
+)
 
 make_icon() {
     local drawing=${ICON:-$here/icon.svg}
@@ -55,6 +79,7 @@ make_icon() {
 compile_end_programs() {
     x86_64-w64-mingw32-g++-posix -std=c++20 -Os -Wall -Wextra -Wconversion -Werror -DUNICODE -D_UNICODE -D_WIN32_WINNT=0x0601 \
         -static -municode -mwindows -s -Wl,--no-insert-timestamp "$here/end_programs.cpp" -o "$work/end_programs.exe"
+    [ -z "${SIGN:-}" ] || "$SIGN" "$work/end_programs.exe"
 }
 
 # What wixl cannot express: actions by a program of the installer's own, the moment at which an upgrade removes the
@@ -68,10 +93,14 @@ complete() {
     query "INSERT INTO CustomAction (Action, Type, Source, Target) VALUES ('EndRunning', 3074, 'EndPrograms', '\"[CLIENT].\"')"
     query "INSERT INTO InstallExecuteSequence (Action, Condition, Sequence) VALUES ('RefuseWhileRunning', 'WIX_UPGRADE_DETECTED AND NOT ENDPROGRAMS', 1010)"
     query "INSERT INTO InstallExecuteSequence (Action, Condition, Sequence) VALUES ('EndRunning', 'REMOVE=\"ALL\"', 3490)"
+    # Type 51 sets a property: where the product is, for programs that list installed programs.
+    query "INSERT INTO CustomAction (Action, Type, Source, Target) VALUES ('SetLocation', 51, 'ARPINSTALLLOCATION', '[CLIENT]')"
+    query "INSERT INTO InstallExecuteSequence (Action, Condition, Sequence) VALUES ('SetLocation', '', 1005)"
     query "UPDATE InstallExecuteSequence SET Sequence = 1510 WHERE Action = 'RemoveExistingProducts'"
     query "UPDATE Property SET Value = 'WIX_DOWNGRADE_DETECTED;WIX_UPGRADE_DETECTED;ENDPROGRAMS' WHERE Property = 'SecureCustomProperties'"
     while read -r file version; do
         query "UPDATE File SET Version = '$version' WHERE File = '$file'"
+        query "DELETE FROM MsiFileHash WHERE File_ = '$file'" # only for files without a version
     done < <(list_versions)
     msibuild "$work/client.msi" "${queries[@]}"
 }
@@ -79,15 +108,25 @@ complete() {
 # The identifier and the version of each file that has one, from the resource of the file.
 list_versions() {
     python3 - "$install" "$work/files.wxs" <<'END'
-import pathlib, re, struct, sys
-install, listing = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]).read_text()
-for name, source in re.findall(r'<File Id="([^"]+)"[^>]*Source="\$\(var\.Install\)/([^"]+)"', listing):
-    content = (install / source).read_bytes() if source.endswith((".exe", ".dll")) else b""
+import pathlib, struct, sys, xml.etree.ElementTree
+install, listing = pathlib.Path(sys.argv[1]), xml.etree.ElementTree.parse(sys.argv[2])
+for file in listing.iter("{http://schemas.microsoft.com/wix/2006/wi}File"):
+    source = install / file.get("Source").removeprefix("$(var.Install)/")
+    content = source.read_bytes() if source.suffix.lower() in (".exe", ".dll") else b""
     position = content.find(struct.pack("<II", 0xFEEF04BD, 0x00010000))
     if position >= 0:
         high, low = struct.unpack_from("<II", content, position + 8)
-        print(name, f"{high >> 16}.{high & 0xFFFF}.{low >> 16}.{low & 0xFFFF}")
+        print(file.get("Id"), f"{high >> 16}.{high & 0xFFFF}.{low >> 16}.{low & 0xFFFF}")
 END
+}
+
+# identify CODE: sets the package code, and the times to those of the newest file.
+identify() {
+    local time
+    time=$(find "$install" -type f -printf '%TY/%Tm/%Td %TH:%TM:%TS\n' | cut -c1-19 | sort | tail -n 1)
+    msiinfo export "$work/client.msi" _SummaryInformation |
+        sed "s|^9\t[^\r]*|9\t{$1}|; s|^1\([23]\)\t[^\r]*|1\1\t$time|" >"$work/summary.idt"
+    msibuild "$work/client.msi" -i "$work/summary.idt"
 }
 
 check_install
@@ -99,9 +138,13 @@ cp "$here/client.wxs" "$work/"
 ln -s "$install" "$work/install"
 (
     cd "$work"
-    wixl --arch x64 -D Version="$version" -D ProductCode="$(product_code)" -D UpgradeCode="$upgrade_code" -D Win64=yes \
+    wixl --arch x64 -D Version="$version" -D ProductCode="$(uuid_of "$version")" -D UpgradeCode="$upgrade_code" -D Win64=yes \
         -D Install=install -D Icon=client.ico -D EndPrograms=end_programs.exe --output client.msi client.wxs files.wxs
 )
 complete
+# The package code comes from the content: packages with other contents need other codes.
+identify 00000000-0000-0000-0000-000000000000
+identify "$(uuid_of "package $(sha256sum <"$work/client.msi")")"
+[ -z "${SIGN:-}" ] || "$SIGN" "$work/client.msi"
 mv "$work/client.msi" "$output"
 echo "$output"
