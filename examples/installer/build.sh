@@ -61,7 +61,9 @@ numbers = itertools.count(1)
 listing = re.sub('<Directory Id="[^"]*"', lambda _: f'<Directory Id="dir{next(numbers)}"', listing)  # which are random
 def directory_only(match):
     code = uuid.uuid5(uuid.UUID(sys.argv[1]), "directory " + match[3])
-    return f'{match[1]}"{code}"{match[2]}<CreateFolder/>'
+    # Removed with the files, because their directories are removed only if they are empty by then.
+    remove = f'<RemoveFolder Id="remove{code.hex}" On="uninstall"/>'
+    return f'{match[1]}"{code}"{match[2]}<CreateFolder/>{remove}'
 file = r'<File [^>]*Source="\$\(var\.Install\)/([^"]*)/empty\.directory"/>'
 sys.stdout.write(re.sub(r'(<Component [^>]*Guid=)"\*"(>\s*)' + file, directory_only, listing))
 END
