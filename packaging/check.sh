@@ -53,7 +53,12 @@ is_complete() {
         licences/gcc-mingw-w64.txt licences/cli11.txt licences/nlohmann-json3.txt SHA256SUMS) >/dev/null || return 1
     (cd "$unpacked/$kit" && ls run-tests.cmd core-tests.txt explained-tests.txt README.html standin.exe zelexplain.exe \
         example-install/zel tests/contract.exe tests/endtoend.exe tests/endtoend_supervision.exe tests/kiosk.exe \
-        tests/realplatform.exe tests/realplatform_supervision.exe) >/dev/null || return 1
+        tests/realplatform.exe tests/realplatform_supervision.exe bill-of-materials.spdx.json licences/googletest.txt) \
+        >/dev/null || return 1
+    # The texts of the licences of what was fetched.
+    [ ! -e "$unpacked/$kit/real-platform" ] ||
+        (grep -q 'Eclipse Public License' "$unpacked/$kit/licences/equinox.txt" &&
+            grep -q 'GNU General Public License' "$unpacked/$kit/real-platform/jvm/legal/java.base/LICENSE") || return 1
     (cd "$unpacked/$linux" && ls zelexplain docs/explain.html bill-of-materials.spdx.json licences/glibc.txt) >/dev/null
 }
 
@@ -75,7 +80,7 @@ resources_are_there() {
     python3 packaging/check_resources.py "$unpacked/$product" "$(file_version build/package/windows)"
 }
 links_lead_somewhere() { python3 packaging/check_links.py "$unpacked/$product" "$unpacked/$linux" "$unpacked/$kit"; }
-bill_is_consistent() { python3 packaging/check_bill.py "$unpacked/$product" "$unpacked/$linux"; }
+bill_is_consistent() { python3 packaging/check_bill.py "$unpacked/$product" "$unpacked/$linux" "$unpacked/$kit"; }
 
 zelexplain_runs_anywhere() {
     ! ldd "$unpacked/$linux/zelexplain" 2>/dev/null | grep '=>' || return 1

@@ -8,10 +8,9 @@ import sys
 
 import jsonschema
 
-EXPECTED = {
-    ".exe": {"mingw-w64-x86-64-dev", "g++-mingw-w64-x86-64-posix", "libcli11-dev", "nlohmann-json3-dev"},
-    "": {"libc6-dev", "libcli11-dev", "nlohmann-json3-dev"},
-}
+WINDOWS = {"mingw-w64-x86-64-dev", "g++-mingw-w64-x86-64-posix", "libcli11-dev", "nlohmann-json3-dev"}
+LINUX = {"libc6-dev", "libcli11-dev", "nlohmann-json3-dev"}
+REAL_PLATFORM = {"java-runtime", "equinox-bundles", "equinox-native-launcher", "equinox-launcher-jar"}
 TEXT = {"type": "string", "minLength": 1}
 # An element, the document or another one of it.
 ELEMENT = {"type": "string", "pattern": r"^SPDXRef-[A-Za-z0-9.-]+$"}
@@ -52,6 +51,27 @@ SCHEMA = record(
         record({"licenseId": {"type": "string", "pattern": "^LicenseRef-"}, "extractedText": TEXT}, {"name": TEXT}))})
 
 
+def programs_of(directory):
+    """The names of the programs and libraries that were built: those at the top and the tests."""
+    files = {file for pattern in ("*.exe", "*.dll", "tests/*.exe") for file in directory.glob(pattern)}
+    return {file.stem for file in files} or {"zelexplain"}
+
+
+def expected_in(directory):
+    if (directory / "zelexplain").exists():
+        return LINUX
+    parts = WINDOWS
+    if (directory / "tests").exists():
+        parts = parts | {"googletest"}
+    if (directory / "real-platform").exists():
+        parts = parts | REAL_PLATFORM
+    return parts
+
+
+def has_text(path):
+    return any(file.is_file() and file.stat().st_size > 500 for file in [path, *path.rglob("*")])
+
+
 def problems_of(directory):
     bill = json.loads((directory / "bill-of-materials.spdx.json").read_text())
     for error in jsonschema.Draft7Validator(SCHEMA).iter_errors(bill):
@@ -62,9 +82,8 @@ def problems_of(directory):
         yield "the licences with texts of their own are others than those of the packages"
     names = {package["name"] for package in bill["packages"]}
     ids = [package["SPDXID"] for package in bill["packages"]] + [bill["SPDXID"]]
-    suffix = ".exe" if (directory / "zelexplain.exe").exists() else ""
-    programs = {file.stem for file in directory.glob("zel*" + suffix) if file.is_file() and file.suffix == suffix}
-    for missing in sorted((EXPECTED[suffix] | programs) - names):
+    programs = programs_of(directory)
+    for missing in sorted((expected_in(directory) | programs) - names):
         yield f"{missing} is missing"
     if len(ids) != len(set(ids)):
         yield "identifiers are not unique"
@@ -73,7 +92,7 @@ def problems_of(directory):
             yield f"nothing has the identifier in {relation}"
     for package in bill["packages"]:
         text = package.get("comment", "").rpartition(" ")[2]
-        if package["name"] not in programs and not (directory / text).is_file():
+        if package["name"] not in programs and package["primaryPackagePurpose"] == "LIBRARY" and not has_text(directory / text):
             yield f"{package['name']} has no licence text"
 
 
