@@ -62,9 +62,34 @@ is_complete() {
     (cd "$unpacked/$linux" && ls zelexplain docs/explain.html bill-of-materials.spdx.json licences/glibc.txt) >/dev/null
 }
 
-# The build directory, the builder's name and the time of the build are nobody's business, and differ.
+# What the archives say about the owners of the files.
+belong_to_root() {
+    python3 - "dist/$linux.tar.gz" "dist/$product.zip" "dist/$kit.zip" <<'END'
+import sys, tarfile, zipfile
+tar, *zips = sys.argv[1:]
+owners = {(file.uid, file.gid, file.uname, file.gname) for file in tarfile.open(tar)}
+ok = owners == {(0, 0, "root", "root")}
+for name in zips:
+    with zipfile.ZipFile(name) as archive:
+        # A field of kind 0x7875: its length, its version, and the numbers of user and group, each with a size.
+        fields = {bytes(file.extra).partition(b"ux\x0b\0")[2][:11] for file in archive.infolist()}
+    ok = ok and fields == {b"\1\4\0\0\0\0\4\0\0\0\0"}
+    owners |= fields
+if not ok:
+    sys.exit(f"the files belong to {owners}")
+END
+}
+
+# Where, when and by whom the packages were made is nobody's business, and differs.
 has_no_traces() {
-    ! grep -rlF -e "$PWD" -e "${PWD//[^A-Za-z0-9]/_}" "$unpacked" || return 1
+    # With a directory of the checkout after it, because a short path such as /src is part of other ones. Linkers make
+    # symbols of paths.
+    local directory patterns=()
+    for directory in build src tests packaging simulation explain standin cmake; do
+        patterns+=(-e "$PWD/$directory/" -e "${PWD//[^A-Za-z0-9]/_}_${directory}_")
+    done
+    ! grep -rlF "${patterns[@]}" "$unpacked" || return 1
+    belong_to_root || return 1
     # Every file has the time of the release.
     ! find "$unpacked" -type f ! -newermt "@$((SOURCE_DATE_EPOCH - 1))" -print | grep . || return 1
     ! find "$unpacked" -type f -newermt "@$((SOURCE_DATE_EPOCH + 1))" -print | grep . || return 1
