@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Checks the packages in dist/: complete, whole, without traces of the machine that made them, and working.
-# Everything is tried from the archives alone, as a new user would. Ends with "N passed, N failed".
+# check.sh [DIRECTORY [UNPACKED]]: checks the packages in DIRECTORY, which is dist by default: complete, whole, without
+# traces of the machine that made them, and working. Everything is tried from the archives alone, as a new user would;
+# they are unpacked into UNPACKED. Ends with "N passed, N failed".
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source packaging/release.sh
@@ -8,7 +9,8 @@ source packaging/release.sh
 product=zellauncher-$version-win64
 kit=zellauncher-$version-windows-tests
 linux=zelexplain-$version-linux-x64
-unpacked=build/package/unpacked
+dist=${1:-dist}
+unpacked=${2:-build/package/unpacked}
 passed=0
 failed=0
 
@@ -28,17 +30,17 @@ check() {
 unpack() {
     rm -rf "$unpacked"
     mkdir -p "$unpacked"
-    unzip -q "dist/$product.zip" -d "$unpacked"
-    unzip -q "dist/$kit.zip" -d "$unpacked"
-    tar -xzf "dist/$linux.tar.gz" -C "$unpacked"
+    unzip -q "$dist/$product.zip" -d "$unpacked"
+    unzip -q "$dist/$kit.zip" -d "$unpacked"
+    tar -xzf "$dist/$linux.tar.gz" -C "$unpacked"
 }
 
 has_only_the_packages() {
-    diff <(ls dist) <(printf '%s\n' SHA256SUMS "$product.zip" "$kit.zip" "$linux.tar.gz" | sort)
+    diff <(ls "$dist") <(printf '%s\n' SHA256SUMS "$product.zip" "$kit.zip" "$linux.tar.gz" | sort)
 }
 
 sums_are_right() {
-    (cd dist && sha256sum --check --quiet --strict SHA256SUMS) || return 1
+    (cd "$dist" && sha256sum --check --quiet --strict SHA256SUMS) || return 1
     for package in "$product" "$kit" "$linux"; do
         (cd "$unpacked/$package" && sha256sum --check --quiet --strict SHA256SUMS) || return 1
         diff <(cd "$unpacked/$package" && find . -type f ! -name SHA256SUMS -printf '%P\n' | sort) \
@@ -64,7 +66,7 @@ is_complete() {
 
 # What the archives say about the owners of the files.
 belong_to_root() {
-    python3 - "dist/$linux.tar.gz" "dist/$product.zip" "dist/$kit.zip" <<'END'
+    python3 - "$dist/$linux.tar.gz" "$dist/$product.zip" "$dist/$kit.zip" <<'END'
 import sys, tarfile, zipfile
 tar, *zips = sys.argv[1:]
 owners = {(file.uid, file.gid, file.uname, file.gname) for file in tarfile.open(tar)}
@@ -123,13 +125,22 @@ zelexplain_agrees() {
 programs_start() { ./packaging/try-programs.sh "$unpacked/$product" "$unpacked/$kit/standin.exe"; }
 
 is_signed() {
-    for program in zellauncher zellauncherw zelexplain; do
-        osslsigncode verify -CAfile "$1" -in "$unpacked/$product/$program.exe" >/dev/null || return 1
+    local authorities=${ZELLAUNCHER_SIGN_CA_FILE:-build/package/authorities.pem} program
+    [ -n "${ZELLAUNCHER_SIGN_CA_FILE:-}" ] || list_authorities >"$authorities" || return 1
+    for program in "$unpacked/$product"/*.exe "$unpacked/$kit"/zel*.exe; do
+        osslsigncode verify -CAfile "$authorities" -in "$program" || return 1
     done
 }
 
+# The certificates beside the key, and the authorities that this machine trusts.
+list_authorities() {
+    openssl pkcs12 -in "$ZELLAUNCHER_SIGN_PKCS12" -nokeys \
+        -passin "${ZELLAUNCHER_SIGN_PASSWORD_FILE:+file:}${ZELLAUNCHER_SIGN_PASSWORD_FILE:-pass:}" || return 1
+    cat /etc/ssl/certs/ca-certificates.crt 2>/dev/null || true
+}
+
 unpack
-check "other files in dist" has_only_the_packages
+check "other files in the directory" has_only_the_packages
 check "sums" sums_are_right
 check "missing files" is_complete
 check "traces of the build" has_no_traces
@@ -139,8 +150,8 @@ check "bill of materials" bill_is_consistent
 check "zelexplain for Linux" zelexplain_runs_anywhere
 check "zelexplain for Linux and for Windows" zelexplain_agrees
 check "the programs under Wine" programs_start
-if [ -n "${ZELLAUNCHER_SIGN_CA_FILE:-}" ]; then
-    check "signatures" is_signed "$ZELLAUNCHER_SIGN_CA_FILE"
+if [ -n "${ZELLAUNCHER_SIGN_PKCS12:-}${ZELLAUNCHER_SIGN_CA_FILE:-}" ]; then
+    check "signatures" is_signed
 fi
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]

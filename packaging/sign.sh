@@ -6,6 +6,9 @@
 #   ZELLAUNCHER_SIGN_PASSWORD_FILE   a file with its password; without it, the password is empty
 #   ZELLAUNCHER_SIGN_TIMESTAMP_URL   a server that states when the program was signed. Without it, the signature
 #                                    is worthless once the certificate has expired
+#
+# packaging/check.sh verifies the signatures with the authorities in the file ZELLAUNCHER_SIGN_CA_FILE; without it, with
+# the certificates beside the key and those that this machine trusts.
 set -euo pipefail
 program=$1
 options=(-pkcs12 "$ZELLAUNCHER_SIGN_PKCS12" -h sha256)
