@@ -51,7 +51,8 @@ REAL_PLATFORM = [
      f"{NPM}/@node-plantuml-2/jre-win32-x64/-/jre-win32-x64-1.1.8.tgz", "GPL-2.0-only WITH Classpath-exception-2.0",
      "Java 17 runtime for Windows, with what it bundles", "real-platform/jvm/legal"),
     ("equinox-bundles", *EQUINOX, "EPL-2.0 AND Apache-2.0", "framework and three more bundles", "licences/equinox.txt"),
-    ("equinox-native-launcher", *EQUINOX, "EPL-2.0", "native platform launcher and its library", "licences/equinox.txt"),
+    ("equinox-native-launcher", *EQUINOX, "EPL-2.0", "native platform launcher and its library",
+     "licences/equinox.txt"),
     ("equinox-launcher-jar", "pkg:deb/debian/libequinox-launcher-java@1.6.400%2Beclipse4.26-4",
      "https://sources.debian.org/src/eclipse-equinox/4.26-4/", "EPL-2.0", "launcher jar", "licences/equinox.txt"),
 ]
@@ -162,8 +163,8 @@ def write_platform_licences(fetched, directory):
     if len(packages) != 1:
         sys.exit(f"the licence of Equinox is not in {fetched}; delete build/windows/real-platform and try again")
     content = subprocess.run(["dpkg-deb", "--fsys-tarfile", packages[0]], check=True, capture_output=True).stdout
-    text = subprocess.run(["tar", "-xO", "./usr/share/doc/libequinox-launcher-java/copyright"], input=content, check=True,
-                          capture_output=True).stdout.decode()
+    text = subprocess.run(["tar", "-xO", "./usr/share/doc/libequinox-launcher-java/copyright"], input=content,
+                          check=True, capture_output=True).stdout.decode()
     if "Eclipse Public License - v 2.0" not in text:
         sys.exit(f"{packages[0]} does not have the text of the licence")
     (directory / "equinox.txt").write_text(with_common_texts(text))
