@@ -195,8 +195,7 @@ run_package() {
     measure ./package.sh
     measure packaging/compare-builds.sh
     measure packaging/try-changelog.sh
-    measure packaging/try-signature.sh "$unpacked/zellauncher-$version-win64" \
-        "$unpacked/zellauncher-$version-windows-tests/standin.exe"
+    measure packaging/try-signature.sh "$unpacked/zellauncher-$version-win64"
     measure packaging/try-branding.sh
     ZELEXPLAIN=$PWD/$unpacked/zelexplain-$version-linux-x64/zelexplain \
         measure packaging/try-installer.sh "$unpacked/zellauncher-$version-win64"
