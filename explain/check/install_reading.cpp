@@ -90,6 +90,7 @@ private:
     PropertyList completed;  // zellauncher.properties, with what is missing
     std::wstring zelHome;
     PropertyList runProperties;
+    zellauncher::VmargOverrides overrides;
 
     void readLauncherProperties(const std::wstring& path) {
         zellauncher::loadPropertyFile(path, completed);
@@ -170,25 +171,33 @@ private:
         reading.jvmProperties = fileAt(world, reading.jvmProperties.path);
         if (reading.jvmProperties.exists) {
             reading.jvmProperties.entries = loadEntries(reading.jvmProperties.path);
-            zellauncher::VmargOverrides overrides;
             zellauncher::loadJvmProperties(runProperties, overrides, *root, zelHome);
+        } else {
+            zellauncher::collectVmProperties(overrides, runProperties);
         }
         for (std::size_t i = 0; i < runProperties.size(); ++i) {
             addValue(i);
+        }
+        for (const auto& [key, option] : overrides) {
+            reading.values.push_back(expand({key, option}));
         }
     }
 
     // The launcher replaces the values one after the other, and a later one gets what an earlier one became.
     void addValue(std::size_t position) {
-        const PropertyEntry entry = runProperties[position];
-        ExpandedValue value{entry.key, entry.value, entry.value, true, entry.value.source};
-        zellauncher::replaceLocationTokens(scratchWorkspace, zellauncher::withForwardSlashes(zelHome),
-                                           value.text);
-        value.isResolved = zellauncher::substituteProperties(value.text, runProperties);
+        ExpandedValue value = expand(runProperties[position]);
         if (value.isResolved) {
             runProperties.setValue(position, value.text);
         }
         reading.values.push_back(std::move(value));
+    }
+
+    ExpandedValue expand(const PropertyEntry& entry) const {
+        ExpandedValue value{entry.key, entry.value, entry.value, true, entry.value.source};
+        zellauncher::replaceLocationTokens(scratchWorkspace, zellauncher::withForwardSlashes(zelHome),
+                                           value.text);
+        value.isResolved = zellauncher::substituteProperties(value.text, runProperties);
+        return value;
     }
 };
 

@@ -12,6 +12,7 @@
 #include "explain/start.h"
 #include "explain/windows_paths.h"
 #include "foundation/paths.h"
+#include "simulation/command_line.h"
 #include "simulation/program_files.h"
 
 namespace explain {
@@ -36,6 +37,22 @@ struct Repairs {
     std::map<std::wstring, std::vector<std::string>> firstLines;  // before those of a file
     std::vector<wchar_t> drives;
 };
+
+// What a program gets of an argument of its command line.
+enum class Quoting {
+    whole,
+    inPieces,  // as several arguments
+    open,      // with those after it
+};
+
+Quoting quotingOf(const std::wstring& argument) {
+    const std::wstring next = L"next";
+    const std::vector<std::wstring> all = simulation::splitCommandLine(L"program " + argument + L" " + next);
+    if (all.back() != next) {
+        return Quoting::open;
+    }
+    return all.size() == 3 ? Quoting::whole : Quoting::inPieces;
+}
 
 bool hasKey(const Entries& list, const wchar_t* key) {
     return std::any_of(list.begin(), list.end(), [&](const auto& entry) { return entry.key == key; });
@@ -306,6 +323,7 @@ private:
 
     void checkTexts(const Explanation& start) {
         checkCommandLength(start);
+        checkQuotes(start);
         checkJvmOptions(start);
         checkPath(start);
     }
@@ -329,6 +347,37 @@ private:
                              : "For a user with a longer name or workspace, the start may fail.",
                    "Shorten values; its longest element comes from here.");
         findings.back().messages = {"CreateProcessW failed", "ZELLauncher> the command is longer"};
+    }
+
+    // The launcher puts values in double quotes as they are.
+    void checkQuotes(const Explanation& start) {
+        for (const Element& element : start.elements) {
+            const Quoting quoting = quotingOf(element.text);
+            const bool isLost = quoting == Quoting::open ||
+                                (quoting == Quoting::inPieces && element.section != "platform arguments");
+            const Place place = realPlace(element.source);
+            if (isLost && element.section != "program" && place.line != 0) {
+                addLostQuote(place, element.text);
+            }
+        }
+    }
+
+    void addLostQuote(const Place& place, const std::wstring& argument) {
+        // What is known of the line's quotes from its text is milder.
+        std::erase_if(findings, [&](const Finding& finding) {
+            return finding.rule == rules::quoteInValue && finding.line == place.line &&
+                   finding.file == toUtf8(place.file);
+        });
+        const bool isBackslash = argument.ends_with(L"\\\"");
+        addFinding(
+            findings, rules::quoteInValue, Severity::error, place,
+            std::string(isBackslash ? "a backslash at the end of the value escapes the quote after it: "
+                                    : "a double quote in the value breaks the argument: ") +
+                toUtf8(argument),
+            "The arguments after it are no longer those that were meant: no platform comes up, although "
+            "the launcher ends with 0.",
+            isBackslash ? "Leave the backslashes at the end of the value out."
+                        : "Leave the quotes out: the launcher itself puts values in quotes.");
     }
 
     void checkJvmOptions(const Explanation& start) {
