@@ -72,6 +72,9 @@ void FileFindings::addDangling(const ValueSource& source, Severity severity, con
 void FileFindings::addMissing(const NamedPath& named, const std::string& what, const std::string& consequence,
                               const std::vector<std::string>& messages) {
     const std::wstring path = fullDrivePath(named.path).value_or(named.path);
+    if (isWithin(path, inventedDirectory)) {
+        return;
+    }
     add(rules::missingFile, Severity::error, path, 0, what + " is missing: " + toUtf8(path), consequence,
         "Ship the file, or correct what names it.", messages);
     addDangling(named.source, Severity::error, "leads to a file that does not exist: " + toUtf8(path),

@@ -42,8 +42,9 @@ std::wstring withoutScheme(std::wstring text) {
 bool isForFramework(const std::wstring& path) {
     constexpr std::size_t drive = 1;
     const std::size_t colon = path.find(L':');
-    return path.empty() || path.front() == L'@' || path.find(L'$') != std::wstring::npos ||
-           path.find(L'%') != std::wstring::npos || path.starts_with(L"\\\\") || path.starts_with(L"//") ||
+    return path.empty() || isWithin(path, inventedDirectory) || path.front() == L'@' ||
+           path.find(L'$') != std::wstring::npos || path.find(L'%') != std::wstring::npos ||
+           path.starts_with(L"\\\\") || path.starts_with(L"//") ||
            (colon != std::wstring::npos && colon != drive);
 }
 
@@ -233,7 +234,9 @@ private:
 
     void checkBundles() {
         const ConfigIniEntry* bundles = findConfigIniEntry(configIni, "osgi.bundles");
-        if (bundles == nullptr) {
+        const std::optional<NamedPath> area = optionValue(areaOption);
+        const bool isAreaUnknown = area && isForFramework(withoutScheme(area->path));
+        if (bundles == nullptr || isAreaUnknown) {
             return;
         }
         std::set<std::wstring> provided;

@@ -17,6 +17,7 @@
 #include "launch/shared_steps.h"
 #include "properties/property_reader.h"
 #include "properties/substitution.h"
+#include "properties/token_scan.h"
 
 namespace explain {
 
@@ -55,6 +56,14 @@ void addIfMissing(PropertyList& list, const wchar_t* key, const wchar_t* value) 
     if (zellauncher::lookupProperty(key, list) == nullptr) {
         list.push_back({key, std::wstring(value)});
     }
+}
+
+std::optional<TokenText> unknownTokenOf(const std::wstring& value, const PropertyList& list) {
+    const std::vector<TokenText> tokens = tokensOf(value);
+    const auto found = std::find_if(tokens.begin(), tokens.end(), [&](const TokenText& token) {
+        return !zellauncher::resolveToken(token.name, list).isResolved;
+    });
+    return found != tokens.end() ? std::optional(*found) : std::nullopt;
 }
 
 class Reader {
@@ -112,6 +121,9 @@ private:
 
     void readWorkspace() {
         LaunchContext context = installContext();
+        if (const std::wstring* text = zellauncher::lookupProperty(L"zel.data", completed)) {
+            reading.workspaceToken = unknownTokenOf(*text, completed);
+        }
         zellauncher::resolveWorkspace(context);
         reading.workspace = context.dataDirectory;
         reading.hasWorkspace = true;
@@ -175,12 +187,31 @@ private:
         } else {
             zellauncher::collectVmProperties(overrides, runProperties);
         }
+        const std::map<std::size_t, ExpandedValue> unknown = takeUnknownValues();
         for (std::size_t i = 0; i < runProperties.size(); ++i) {
-            addValue(i);
+            const auto found = unknown.find(i);
+            found != unknown.end() ? reading.values.push_back(found->second) : addValue(i);
         }
         for (const auto& [key, option] : overrides) {
             reading.values.push_back(expand({key, option}));
         }
+    }
+
+    // The values with a token that nothing replaces, by their positions. The properties get empty ones
+    // instead, so that other values may use them.
+    std::map<std::size_t, ExpandedValue> takeUnknownValues() {
+        std::map<std::size_t, ExpandedValue> unknown;
+        for (std::size_t i = 0; i < runProperties.size(); ++i) {
+            const PropertyEntry entry = runProperties[i];
+            ExpandedValue value = expand(entry);
+            if (!value.isResolved && unknownTokenOf(withLocations(entry.value), runProperties)) {
+                unknown.emplace(i, std::move(value));
+            }
+        }
+        for (const auto& [position, value] : unknown) {
+            runProperties.setValue(position, {});
+        }
+        return unknown;
     }
 
     // The launcher replaces the values one after the other, and a later one gets what an earlier one became.
@@ -193,15 +224,40 @@ private:
     }
 
     ExpandedValue expand(const PropertyEntry& entry) const {
-        ExpandedValue value{entry.key, entry.value, entry.value, true, entry.value.source};
-        zellauncher::replaceLocationTokens(scratchWorkspace, zellauncher::withForwardSlashes(zelHome),
-                                           value.text);
+        ExpandedValue value;
+        value.key = entry.key;
+        value.raw = entry.value;
+        value.source = entry.value.source;
+        const std::wstring original = withLocations(entry.value);
+        value.text = original;
         value.isResolved = zellauncher::substituteProperties(value.text, runProperties);
+        if (!value.isResolved) {
+            const std::optional<TokenText> own = unknownTokenOf(original, runProperties);
+            value.unknownToken = own ? own : unknownTokenOf(value.text, runProperties);
+        }
         return value;
+    }
+
+    std::wstring withLocations(std::wstring text) const {
+        zellauncher::replaceLocationTokens(scratchWorkspace, zellauncher::withForwardSlashes(zelHome), text);
+        return text;
     }
 };
 
 }  // namespace
+
+std::vector<TokenText> tokensOf(const std::wstring& value) {
+    std::vector<TokenText> tokens;
+    std::ptrdiff_t position = static_cast<std::ptrdiff_t>(value.size()) - 1;
+    while (const std::optional<zellauncher::Token> token = zellauncher::findLastToken(value, position)) {
+        const std::size_t close = value.find(L'}', token->start);
+        const bool isClosed = close != std::wstring::npos;
+        tokens.push_back(
+            {token->name, value.substr(token->start, isClosed ? close + 1 - token->start : close), isClosed});
+        position = static_cast<std::ptrdiff_t>(token->start) - 1;
+    }
+    return tokens;
+}
 
 const ExpandedValue* InstallReading::value(const std::wstring& key) const {
     const auto found = std::find_if(values.begin(), values.end(),

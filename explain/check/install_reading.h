@@ -16,6 +16,9 @@ namespace explain {
 // The longest path that Windows programs can use. The launcher finds no template at a longer one.
 inline constexpr std::size_t longestPath = 259;
 
+// What variables get that a machine may lack; nothing can be said about the files in it.
+inline constexpr const wchar_t* inventedDirectory = L"C:\\zelexplain\\variables";
+
 // A file of the install.
 struct InstallFile {
     std::wstring path;  // on the machine
@@ -24,12 +27,23 @@ struct InstallFile {
     Entries entries;  // of a property file
 };
 
+// A token of a value. One without its closing brace goes to the end of the value.
+struct TokenText {
+    std::wstring name;
+    std::wstring text;
+    bool isClosed = false;
+};
+
+// The last one first.
+std::vector<TokenText> tokensOf(const std::wstring& value);
+
 // A value of the properties of a run, with its tokens replaced.
 struct ExpandedValue {
     std::wstring key;
     std::wstring raw;
     std::wstring text;
-    bool isResolved = false;
+    bool isResolved = false;                // true of a value that only uses an unresolved one
+    std::optional<TokenText> unknownToken;  // none if an unresolved value contains itself
     std::shared_ptr<const zellauncher::Source> source;
 };
 
@@ -45,8 +59,9 @@ struct InstallReading {
     // What the launcher makes of the template; from its lines to those that they were made from.
     Entries made;
     std::map<std::size_t, Place> origins;
-    std::vector<ExpandedValue> values;  // of a run, in their order
-    bool hasWorkspace = false;          // zel.data has no token that stays
+    std::vector<ExpandedValue> values;        // of a run, in their order; the named options of the JVM follow
+    bool hasWorkspace = false;                // zel.data has no token that stays
+    std::optional<TokenText> workspaceToken;  // that stays in zel.data
     std::wstring workspace;
 
     // The first value with this key; null if there is none.

@@ -1,7 +1,9 @@
 #include "explain/check/start_checks.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
+#include <set>
 
 #include "explain/check/jvm_options.h"
 #include "explain/check/layout_checks.h"
@@ -21,9 +23,10 @@ namespace {
 
 using zellauncher::InstallConfigurationKind;
 
-// The last line of a start whose program the system refuses; the second one if it is not a program.
+// The last line of a start whose program the system refuses.
 bool isAboutTheProgramFile(const std::string& message) {
     return message.starts_with("CreateProcessW failed") ||
+           message == "ZELLauncher> the program file that the command names is missing" ||
            message == "ZELLauncher> the file that the command names is not a program";
 }
 
@@ -35,6 +38,8 @@ constexpr int mostRepairs = 5;
 struct Repairs {
     std::map<std::wstring, std::string> newFiles;
     std::map<std::wstring, std::vector<std::string>> firstLines;  // before those of a file
+    // Lines of a file that begin a value with a token that ends a start.
+    std::map<std::wstring, std::set<std::size_t>> tokenLines;
     std::vector<wchar_t> drives;
 };
 
@@ -121,16 +126,34 @@ private:
         if (!hasKey(reading.made, L"Xbootclasspath.append")) {
             lines.emplace_back("Xbootclasspath.append=");
         }
-        for (const ExpandedValue& value : reading.values) {
-            if (!value.isResolved && placeOf(reading, options, value.source).line != 0) {
-                lines.push_back(toUtf8(value.key) + "=repaired");
-            }
-        }
+        collectTokenRepairs();
         for (const InstallFile* file : {&reading.configIni, &reading.jvmProperties}) {
             if (!file->exists && !file->path.empty()) {
                 repairs.newFiles[file->path] = "";
             }
         }
+    }
+
+    void collectTokenRepairs() {
+        for (const ExpandedValue& value : reading.values) {
+            const Place place = placeOf(reading, options, value.source);
+            if (value.isResolved || place.line == 0) {
+                continue;
+            }
+            for (const InstallFile* file : propertyFiles()) {
+                if (installName(options, file->path) == place.file) {
+                    repairs.tokenLines[file->path].insert(place.line);
+                }
+            }
+            if (value.key == L"vm") {
+                repairs.firstLines[reading.userTemplate.path].emplace_back("vm=C:/Windows/javaw.exe");
+                repairs.newFiles[L"C:\\Windows\\javaw.exe"] = simulation::smallestProgramFile();
+            }
+        }
+    }
+
+    std::array<const InstallFile*, 3> propertyFiles() const {
+        return {&reading.launcherProperties, &reading.userTemplate, &reading.jvmProperties};
     }
 
     World newWorld() const {
@@ -147,6 +170,12 @@ private:
         if (brokenProgram) {
             putFile(world, *brokenProgram, simulation::smallestProgramFile());
         }
+        for (const InstallFile* file : propertyFiles()) {
+            const auto lines = repairs.tokenLines.find(file->path);
+            if (lines != repairs.tokenLines.end()) {
+                replace(world, file->path, withoutTokens(*file, lines->second));
+            }
+        }
         for (const auto& [path, lines] : repairs.firstLines) {
             prepend(world, path, lines);
         }
@@ -162,9 +191,34 @@ private:
         for (const std::string& line : lines) {
             content += line + "\r\n";
         }
+        replace(world, path, content + *former);
+    }
+
+    static void replace(World& world, const std::wstring& path, const std::string& content) {
         const std::uint32_t attributes = world.machine->attributes(path);
-        putFile(world, path, content + *former);
+        putFile(world, path, content);
         world.machine->setAttributes(path, attributes);
+    }
+
+    // The text of a file, in which the entries of these lines have no tokens. Framework checks know by the
+    // `$` that nothing can be said about such a value.
+    static std::string withoutTokens(const InstallFile& file, const std::set<std::size_t>& begins) {
+        std::set<std::size_t> entries;
+        for (const auto& entry : file.entries) {
+            entries.insert(entry.value.source ? entry.value.source->line : 0);
+        }
+        std::string text = file.bytes;
+        std::size_t line = 1;
+        bool isWithin = begins.count(line) != 0;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (text[i] == '\n') {
+                ++line;
+                isWithin = entries.count(line) != 0 ? begins.count(line) != 0 : isWithin;
+            } else if (isWithin && i > 0 && text[i] == '{' && text[i - 1] == '$') {
+                text[i] = '[';
+            }
+        }
+        return text;
     }
 
     // --- Findings ------------------------------------------------------------------------------------
@@ -183,8 +237,18 @@ private:
         return realPlace(source.origin.value_or(Place{source.file, source.line, source.name}));
     }
 
+    // What the value of such a line would be is unknown.
+    bool hasUnknownValue(const Place& place) const {
+        return std::any_of(repairs.tokenLines.begin(), repairs.tokenLines.end(), [&](const auto& lines) {
+            return installName(options, lines.first) == place.file && lines.second.count(place.line) != 0;
+        });
+    }
+
     // The files of the command, with the lines of the install as their sources.
     void checkFilesOf(const World& world, Explanation start) {
+        std::erase_if(start.elements, [&](const Element& element) {
+            return element.section != "system properties" && hasUnknownValue(realPlace(element.source));
+        });
         for (Element& element : start.elements) {
             ValueSource& source = element.source;
             if (source.origin) {
@@ -286,6 +350,10 @@ private:
         if (!path || path == brokenProgram || repairs.newFiles.count(*path) != 0) {
             return false;
         }
+        if (isWithin(*path, inventedDirectory)) {
+            repairs.newFiles[*path] = simulation::smallestProgramFile();
+            return true;
+        }
         checkFilesOf(world, start);
         brokenProgram = *path;
         return isKnown(*start.message);
@@ -386,7 +454,8 @@ private:
             std::erase(option, L'"');
             const std::optional<JvmOptionProblem> problem = checkJvmOption(toUtf8(option), jvmVendor(start));
             const Place place = realPlace(element.source);
-            if (problem && place.line != 0) {
+            const bool isInvented = option.find(inventedDirectory) != std::wstring::npos;
+            if (problem && place.line != 0 && !isInvented && !hasUnknownValue(place)) {
                 addFinding(findings, rules::jvmOption, problem->isFatal ? Severity::error : Severity::warning,
                            place, problem->text, problem->consequence, problem->remedy);
             }

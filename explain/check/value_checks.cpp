@@ -9,7 +9,6 @@
 #include "explain/windows_paths.h"
 #include "foundation/text.h"
 #include "properties/substitution.h"
-#include "properties/token_scan.h"
 
 namespace explain {
 
@@ -17,9 +16,9 @@ namespace {
 
 using zellauncher::InstallConfigurationKind;
 using zellauncher::PropertyEntry;
-using zellauncher::Token;
 
 constexpr std::wstring_view variablePrefix = L"env.";
+constexpr const char* closeToken = "Write } after the name of the token.";
 
 const PropertyEntry* find(const std::wstring& key, const Entries& list) {
     const auto found =
@@ -27,24 +26,9 @@ const PropertyEntry* find(const std::wstring& key, const Entries& list) {
     return found != list.end() ? &*found : nullptr;
 }
 
-// The tokens of a text, the last one first.
-std::vector<std::wstring> tokensOf(const std::wstring& text) {
-    std::vector<std::wstring> names;
-    std::ptrdiff_t position = static_cast<std::ptrdiff_t>(text.size()) - 1;
-    while (const std::optional<Token> token = zellauncher::findLastToken(text, position)) {
-        names.push_back(token->name);
-        position = static_cast<std::ptrdiff_t>(token->start) - 1;
-    }
-    return names;
-}
-
 // The key as the packager wrote it; the place of an option of the JVM has no name.
 std::string nameAt(const Place& place, const std::wstring& key) {
     return toUtf8(place.name.empty() ? key : place.name);
-}
-
-std::string tokenText(const std::wstring& name) {
-    return "${" + toUtf8(name) + "}";
 }
 
 class ValueCheck {
@@ -205,10 +189,10 @@ private:
             const bool isExpandedElsewhere =
                 key == L"zel.data" || key.starts_with(L"config.") ||
                 std::find(std::begin(copied), std::end(copied), key) != std::end(copied);
-            const std::vector<std::wstring> tokens = tokensOf(entry.value);
+            const std::vector<TokenText> tokens = tokensOf(entry.value);
             if (!isExpandedElsewhere && !tokens.empty() && isUsed(key)) {
                 addFinding(findings, rules::unexpandedToken, Severity::warning, placeOfEntry(entry),
-                           tokenText(tokens.front()) + " is not replaced in " + toUtf8(key),
+                           toUtf8(tokens.front().text) + " is not replaced in " + toUtf8(key),
                            "The text with the token is used as it is.", "Write the value itself.");
             }
         }
@@ -235,10 +219,10 @@ private:
         if (entry == nullptr || !reading.baseLocation) {
             return;
         }
-        const std::vector<std::wstring> tokens = tokensOf(*reading.baseLocation);
+        const std::vector<TokenText> tokens = tokensOf(*reading.baseLocation);
         if (!tokens.empty()) {
             addFinding(findings, rules::unexpandedToken, Severity::error, placeOfEntry(*entry),
-                       tokenText(tokens.front()) + " is not replaced in zel.base.location",
+                       toUtf8(tokens.front().text) + " is not replaced in zel.base.location",
                        "The templates are looked for in a directory with this name.",
                        "Use ${zel.home} once, and nothing else.")
                 .messages = {"ZLNCH0009E", "ZLNCH0022E", "ZLNCH0140E", "ZLNCH0088E"};
@@ -251,11 +235,14 @@ private:
             return;
         }
         if (!reading.hasWorkspace) {
-            const std::vector<std::wstring> tokens = tokensOf(entry->value);
-            const std::string token = tokens.empty() ? "a token" : tokenText(tokens.front());
+            const std::optional<TokenText>& token = reading.workspaceToken;
+            const bool isOpen = token && !token->isClosed;
             addFinding(findings, rules::unknownToken, Severity::error, placeOfEntry(*entry),
-                       token + " is not replaced in zel.data", "A start ends with ZLNCH0099E.",
-                       "Use ${env.NAME} or a path without tokens; ${zel.home} works in -data only.")
+                       (token ? toUtf8(token->text) : "a token") +
+                           (isOpen ? " has no closing brace in zel.data" : " is not replaced in zel.data"),
+                       "A start ends with ZLNCH0099E.",
+                       isOpen ? closeToken
+                              : "Use ${env.NAME} or a path without tokens; ${zel.home} works in -data only.")
                 .messages = {"ZLNCH0099E"};
             return;
         }
@@ -290,36 +277,25 @@ private:
                 continue;
             }
             const Place place = placeOf(reading, options, value.source);
-            const std::optional<std::wstring> unknown = firstUnknown(value.text);
             if (place.file.empty()) {
                 continue;
             }
-            if (unknown) {
+            const std::string name = nameAt(place, value.key);
+            if (value.unknownToken) {
+                const TokenText& unknown = *value.unknownToken;
                 addFinding(
                     findings, rules::unknownToken, Severity::error, place,
-                    tokenText(*unknown) + " in " + nameAt(place, value.key) + " is replaced by nothing",
-                    "A start ends with ZLNCH0088E.", remedyFor(*unknown))
+                    toUtf8(unknown.text) + (unknown.isClosed ? " in " + name + " is replaced by nothing"
+                                                             : " has no closing brace in " + name),
+                    "A start ends with ZLNCH0088E.", unknown.isClosed ? remedyFor(unknown.name) : closeToken)
                     .messages = {"ZLNCH0088E"};
             } else {
                 addFinding(findings, rules::endlessToken, Severity::error, place,
-                           "the value of " + nameAt(place, value.key) + " contains itself",
-                           "A start ends with ZLNCH0088E.", "Break the circle of ${prop.key} tokens.")
+                           "the value of " + name + " contains itself", "A start ends with ZLNCH0088E.",
+                           "Break the circle of ${prop.key} tokens.")
                     .messages = {"ZLNCH0088E"};
             }
         }
-    }
-
-    // A token of the text that no value has.
-    std::optional<std::wstring> firstUnknown(const std::wstring& text) const {
-        constexpr std::wstring_view propertyPrefix = L"prop.";
-        for (const std::wstring& name : tokensOf(text)) {
-            const bool isKnown = name.starts_with(propertyPrefix) &&
-                                 reading.value(name.substr(propertyPrefix.size())) != nullptr;
-            if (!isKnown) {
-                return name;
-            }
-        }
-        return std::nullopt;
     }
 
     std::string remedyFor(const std::wstring& name) const {
@@ -407,9 +383,38 @@ private:
     }
 };
 
-// Every text file whose values may have tokens.
-std::vector<const Entries*> listsWithTokens(const InstallReading& reading) {
-    return {&reading.launcherProperties.entries, &reading.made, &reading.jvmProperties.entries};
+struct UnresolvedValue {
+    std::wstring text;
+    Place place;
+};
+
+// Of the values that the launcher replaces tokens in.
+std::vector<UnresolvedValue> unresolvedValues(const InstallReading& reading, const StartOptions& options) {
+    std::vector<UnresolvedValue> unresolved;
+    for (const ExpandedValue& value : reading.values) {
+        Place place = placeOf(reading, options, value.source);
+        if (!value.isResolved && place.line != 0) {
+            unresolved.push_back({value.raw, std::move(place)});
+        }
+    }
+    const PropertyEntry* workspace = find(L"zel.data", reading.launcherProperties.entries);
+    if (!reading.hasWorkspace && workspace != nullptr) {
+        unresolved.push_back({workspace->value, placeOf(reading, options, workspace->value.source)});
+    }
+    return unresolved;
+}
+
+// The variable without a default that a token needs; empty if there is none.
+std::wstring neededVariable(const TokenText& token) {
+    const bool isVariable = token.isClosed && token.name.starts_with(variablePrefix) &&
+                            token.name.find_first_of(std::wstring_view(L",=\0", 3)) == std::wstring::npos;
+    return isVariable ? token.name.substr(variablePrefix.size()) : std::wstring();
+}
+
+void setInventedVariable(StartOptions& options, const std::wstring& name) {
+    std::erase_if(options.unsetVariables,
+                  [&](const std::wstring& unset) { return zellauncher::equalIgnoringCase(unset, name); });
+    options.environment.emplace_back(name, inventedDirectory + (L"\\" + name));
 }
 
 }  // namespace
@@ -422,33 +427,20 @@ void checkVariables(StartOptions& options, Findings& findings) {
     const World world = buildWorld(options);
     const InstallReading reading = readInstall(options);
     std::set<std::wstring> given;
-    for (const Entries* list : listsWithTokens(reading)) {
-        for (const PropertyEntry& entry : *list) {
-            for (const std::wstring& token : tokensOf(entry.value)) {
-                const bool isVariable =
-                    token.starts_with(variablePrefix) && token.find(L',') == std::wstring::npos;
-                const std::wstring name = isVariable ? token.substr(variablePrefix.size()) : std::wstring();
-                if (name.empty() || name.find(L'=') != std::wstring::npos ||
-                    name.find(L'\0') != std::wstring::npos ||
-                    findVariable(world.environment, name) != nullptr) {
-                    continue;
-                }
-                const Place place = placeOf(reading, options, entry.value.source);
-                findings.push_back(
-                    {rules::environmentVariable,
-                     Severity::warning,
-                     toUtf8(place.file),
-                     place.line,
-                     "the variable " + toUtf8(name) + " is needed, which not every Windows has",
-                     "On a machine without it, a start ends with ZLNCH0088E or ZLNCH0099E.",
-                     "Give a default: ${env." + toUtf8(name) + ",default}.",
-                     {}});
-                if (given.insert(name).second) {
-                    std::erase_if(options.unsetVariables, [&](const std::wstring& unset) {
-                        return zellauncher::equalIgnoringCase(unset, name);
-                    });
-                    options.environment.emplace_back(name, L"C:\\" + name);
-                }
+    for (const UnresolvedValue& value : unresolvedValues(reading, options)) {
+        std::set<std::wstring> reported;
+        for (const TokenText& token : tokensOf(value.text)) {
+            const std::wstring name = neededVariable(token);
+            if (name.empty() || findVariable(world.environment, name) != nullptr ||
+                !reported.insert(name).second) {
+                continue;
+            }
+            addFinding(findings, rules::environmentVariable, Severity::warning, value.place,
+                       "the variable " + toUtf8(name) + " is needed, which not every Windows has",
+                       "On a machine without it, a start ends with ZLNCH0088E or ZLNCH0099E.",
+                       "Give a default: ${env." + toUtf8(name) + ",default}.");
+            if (given.insert(name).second) {
+                setInventedVariable(options, name);
             }
         }
     }
