@@ -77,7 +77,7 @@ void makeDriveFor(World& world, const std::wstring& full) {
 }
 
 void makeDirectoryFor(World& world, const std::wstring& path) {
-    const auto full = fullDrivePath(path);
+    const auto full = resolvedDrivePath(*world.machine, path);
     if (!full || leadsThroughFile(*world.machine, *full)) {
         return;
     }
@@ -162,7 +162,7 @@ void assumeLauncher(World& world, const StartOptions& options) {
 }  // namespace
 
 bool putFile(World& world, const std::wstring& path, const std::string& content) {
-    const auto full = fullDrivePath(path);
+    const auto full = resolvedDrivePath(*world.machine, path);
     if (!full || full->size() == 3 || leadsThroughFile(*world.machine, *full)) {
         return false;
     }

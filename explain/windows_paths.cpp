@@ -6,6 +6,7 @@
 #include "explain/host_files.h"
 #include "foundation/paths.h"
 #include "foundation/text.h"
+#include "simulation/machine.h"
 #include "simulation/paths.h"
 
 namespace explain {
@@ -51,6 +52,11 @@ std::optional<std::wstring> fullDrivePath(std::wstring path) {
         start = end + 1;
     }
     return path;
+}
+
+std::optional<std::wstring> resolvedDrivePath(const simulation::Machine& machine, const std::wstring& path) {
+    const bool isResolved = beginsWithDrive(path) && !path.starts_with(zellauncher::longPathPrefix);
+    return fullDrivePath(isResolved ? machine.fullPath(path) : path);
 }
 
 bool beginsWithDrive(const std::wstring& path) {

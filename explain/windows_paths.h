@@ -3,6 +3,10 @@
 #include <optional>
 #include <string>
 
+namespace simulation {
+class Machine;
+}
+
 // Paths of the simulated machine as text.
 namespace explain {
 
@@ -16,6 +20,9 @@ inline constexpr bool ownMachineIsWindows = false;
 // separator and a file can have each of its names (`.` and `..` are none). A drive's root keeps its
 // separator.
 std::optional<std::wstring> fullDrivePath(std::wstring path);
+
+// The same for a path as a program gives it to Windows, which resolves `.` and `..` except after `\\?\`.
+std::optional<std::wstring> resolvedDrivePath(const simulation::Machine& machine, const std::wstring& path);
 
 // True if the path begins with a drive and a separator.
 bool beginsWithDrive(const std::wstring& path);

@@ -10,8 +10,13 @@
 
 namespace explain {
 
+std::optional<std::wstring> FileFindings::fullPath(const std::wstring& path) const {
+    return resolvedDrivePath(*world.machine, path);
+}
+
 bool FileFindings::exists(const std::wstring& path) const {
-    return fullDrivePath(path) && world.machine->exists(path);
+    const std::optional<std::wstring> full = fullPath(path);
+    return full && world.machine->exists(*full);
 }
 
 bool FileFindings::isFile(const std::wstring& path) const {
@@ -71,7 +76,7 @@ void FileFindings::addDangling(const ValueSource& source, Severity severity, con
 
 void FileFindings::addMissing(const NamedPath& named, const std::string& what, const std::string& consequence,
                               const std::vector<std::string>& messages) {
-    const std::wstring path = fullDrivePath(named.path).value_or(named.path);
+    const std::wstring path = fullPath(named.path).value_or(named.path);
     if (isWithin(path, inventedDirectory)) {
         return;
     }
@@ -82,7 +87,7 @@ void FileFindings::addMissing(const NamedPath& named, const std::string& what, c
 }
 
 void FileFindings::checkLength(const std::wstring& path, const std::string& what) {
-    const std::wstring full = fullDrivePath(path).value_or(path);
+    const std::wstring full = fullPath(path).value_or(path);
     if (full.size() > longestPath) {
         add(rules::longPath, Severity::error, full, 0,
             "the path of " + what + " has " + std::to_string(full.size()) + " characters",

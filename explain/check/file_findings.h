@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ public:
     FileFindings(const StartOptions& startOptions, const World& theWorld, Findings& all)
         : options(startOptions), world(theWorld), findings(all) {}
 
+    // resolvedDrivePath on the machine.
+    std::optional<std::wstring> fullPath(const std::wstring& path) const;
     bool exists(const std::wstring& path) const;
     bool isFile(const std::wstring& path) const;
     bool isDirectory(const std::wstring& path) const;

@@ -117,7 +117,7 @@ private:
         if (isForFramework(path)) {
             return;
         }
-        const std::optional<std::wstring> full = fullDrivePath(path);
+        const std::optional<std::wstring> full = files.fullPath(path);
         if (!full && beginsWithDrive(path)) {
             return;
         }
@@ -167,7 +167,7 @@ private:
             return;
         }
         for (const Element& element : start.elements) {
-            const std::wstring jar = fullDrivePath(withoutQuotes(element.text)).value_or(L"");
+            const std::wstring jar = files.fullPath(withoutQuotes(element.text)).value_or(L"");
             if (element.section != "startup" || jar.empty()) {
                 continue;
             }
@@ -217,7 +217,7 @@ private:
         if (isForFramework(path) || (!isFull && !area)) {
             return;
         }
-        const auto full = fullDrivePath(isFull ? path : *area + L"\\" + path);
+        const auto full = files.fullPath(isFull ? path : *area + L"\\" + path);
         if (!full || files.exists(*full)) {
             return;
         }
@@ -257,7 +257,7 @@ private:
         std::set<std::wstring> directories = {options.install.path + L"\\zel\\eclipse\\plugins"};
         for (const std::wstring_view option : {areaOption, std::wstring_view(L"-Dosgi.syspath=")}) {
             const std::optional<NamedPath> named = optionValue(option);
-            if (const auto full = named ? fullDrivePath(withoutScheme(named->path)) : std::nullopt) {
+            if (const auto full = named ? files.fullPath(withoutScheme(named->path)) : std::nullopt) {
                 directories.insert(*full);
                 directories.insert(*full + L"\\plugins");
             }
@@ -285,7 +285,7 @@ private:
 
     bool isProvided(const std::wstring& bundle, const std::set<std::wstring>& provided) const {
         const std::wstring name = bundle.substr(bundle.find_last_of(L"/\\") + 1);
-        if (fullDrivePath(bundle)) {
+        if (files.fullPath(bundle)) {
             return files.exists(bundle);
         }
         const auto found = provided.lower_bound(name);

@@ -76,7 +76,7 @@ private:
         if (program.empty() || !files.exists(program.front().path)) {
             return;  // the start says so
         }
-        const std::wstring path = *fullDrivePath(program.front().path);
+        const std::wstring path = *files.fullPath(program.front().path);
         files.checkLength(path, "the native platform launcher");
         checkProgram(
             {path, {}}, "the native platform launcher", ExecutableFile::program,
@@ -110,7 +110,7 @@ private:
         std::size_t number = 0;
         const std::optional<std::wstring> named = libraryOf(ini, number);
         if (named) {
-            const bool isFull = fullDrivePath(*named).has_value();
+            const bool isFull = files.fullPath(*named).has_value();
             const std::wstring path = isFull ? *named : directory + L"\\" + *named;
             if (!files.exists(path)) {
                 ValueSource source;
@@ -208,7 +208,7 @@ private:
                              messages);
             return;
         }
-        const std::wstring path = *fullDrivePath(named.path);
+        const std::wstring path = *files.fullPath(named.path);
         files.checkLength(path, "the JVM");
         if (path.ends_with(L".ee")) {
             return;
@@ -329,7 +329,7 @@ private:
 
     // False if there are no templates to look at.
     bool checkBaseLocation() {
-        const std::wstring base = fullDrivePath(*reading.baseLocation).value_or(*reading.baseLocation);
+        const std::wstring base = files.fullPath(*reading.baseLocation).value_or(*reading.baseLocation);
         if (!files.exists(base)) {
             const zellauncher::PropertyEntry* entry = launcherEntry(L"zel.base.location");
             const ValueSource source =
@@ -431,7 +431,7 @@ private:
             path.find(L'%') != std::wstring::npos) {
             return;
         }
-        const std::optional<std::wstring> full = fullDrivePath(path);
+        const std::optional<std::wstring> full = files.fullPath(path);
         const ValueSource source = sourceOf(key, value.source);
         if (!beginsWithDrive(path)) {
             files.addDangling(source, Severity::warning, "has no full path: " + toUtf8(path),

@@ -346,7 +346,7 @@ private:
             return false;
         }
         const std::wstring program = programOf(start);
-        const auto path = fullDrivePath(program);
+        const auto path = resolvedDrivePath(*world.machine, program);
         if (!path || path == brokenProgram || repairs.newFiles.count(*path) != 0) {
             return false;
         }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "simulation/machine.h"
+
 namespace {
 
 using explain::fullDrivePath;
@@ -33,6 +35,22 @@ TEST(FullDrivePath, NeedsPossibleNames) {
         EXPECT_FALSE(fullDrivePath(L"C:\\a\\" + name)) << testing::PrintToString(name);
     }
     EXPECT_TRUE(fullDrivePath(L"C:\\" + std::wstring(255, L'n')));
+}
+
+TEST(ResolvedDrivePath, LeavesParentDirectories) {
+    const simulation::Machine machine;
+    const std::pair<const wchar_t*, const wchar_t*> paths[] = {
+        {L"C:/a/../b", L"C:\\b"},
+        {L"C:/./a/.", L"C:\\a"},
+        {L"C:\\a/b/../..", L"C:\\"},
+        {L"\\\\?\\C:\\a", L"C:\\a"},
+    };
+    for (const auto& [given, expected] : paths) {
+        EXPECT_EQ(explain::resolvedDrivePath(machine, given), expected);
+    }
+    for (const wchar_t* path : {L"a/../b", L"\\\\?\\C:\\a\\..\\b", L"C:\\a?\\b", L""}) {
+        EXPECT_FALSE(explain::resolvedDrivePath(machine, path)) << testing::PrintToString(std::wstring(path));
+    }
 }
 
 }  // namespace
