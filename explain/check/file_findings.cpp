@@ -64,14 +64,20 @@ void FileFindings::add(const char* rule, Severity severity, const std::wstring& 
                         std::move(consequence), std::move(remedy), std::move(messages)});
 }
 
+void FileFindings::addAt(const ValueSource& source, const char* rule, Severity severity,
+                         const std::string& text, const std::string& consequence, const std::string& remedy,
+                         const std::vector<std::string>& messages) {
+    const Place place = source.origin.value_or(Place{source.file, source.line, source.name});
+    if (place.line != 0) {
+        findings.push_back({rule, severity, toUtf8(place.file), place.line, toUtf8(place.name) + " " + text,
+                            consequence, remedy, messages});
+    }
+}
+
 void FileFindings::addDangling(const ValueSource& source, Severity severity, const std::string& text,
                                const std::string& consequence, const std::string& remedy,
                                const std::vector<std::string>& messages) {
-    const Place place = source.origin.value_or(Place{source.file, source.line, source.name});
-    if (place.line != 0) {
-        findings.push_back({rules::danglingPath, severity, toUtf8(place.file), place.line,
-                            toUtf8(place.name) + " " + text, consequence, remedy, messages});
-    }
+    addAt(source, rules::danglingPath, severity, text, consequence, remedy, messages);
 }
 
 void FileFindings::addMissing(const NamedPath& named, const std::string& what, const std::string& consequence,

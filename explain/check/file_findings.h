@@ -36,7 +36,11 @@ public:
     void add(const char* rule, Severity severity, const std::wstring& path, std::size_t line,
              std::string text, std::string consequence, std::string remedy,
              std::vector<std::string> messages = {});
-    // A finding where the path is named. None if no line names it.
+    // A finding at the line of a value. None if no line has it.
+    void addAt(const ValueSource& source, const char* rule, Severity severity, const std::string& text,
+               const std::string& consequence, const std::string& remedy,
+               const std::vector<std::string>& messages = {});
+    // The same where a path is named.
     void addDangling(const ValueSource& source, Severity severity, const std::string& text,
                      const std::string& consequence, const std::string& remedy,
                      const std::vector<std::string>& messages = {});

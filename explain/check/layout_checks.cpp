@@ -24,6 +24,9 @@ using zellauncher::InstallConfigurationKind;
 
 // --- The command -------------------------------------------------------------------------------------
 
+constexpr const char* noMainClass =
+    "The JVM may not find the platform's main class; it then ends at once, while the launcher ends with 0.";
+
 std::wstring withoutQuotes(std::wstring text) {
     std::erase(text, L'"');
     return text;
@@ -219,6 +222,8 @@ private:
     }
 
     void checkClassPath(const std::string& section) {
+        // A native launcher names the jar of the main class itself.
+        const bool isSearched = section == "class path" && reading.isDirectJavaStart;
         for (const NamedPath& named : elementsOf(section)) {
             std::wstring paths = named.path;
             if (paths == L"-cp") {
@@ -228,25 +233,50 @@ private:
                 const bool isBootPath = paths.starts_with(L"-Xbootclasspath/");
                 paths = isBootPath ? paths.substr(paths.find(L':') + 1) : std::wstring();
             }
+            if (isSearched && paths.find_first_not_of(L"; ") == std::wstring::npos) {
+                files.addAt(named.source, rules::emptyValue, Severity::error, "names no jar", noMainClass,
+                            "Name the jar with the platform's main class.");
+            }
             for (std::size_t begin = 0; begin < paths.size();) {
                 const std::size_t end = std::min(paths.find(L';', begin), paths.size());
-                checkClassPathEntry({paths.substr(begin, end - begin), named.source}, section);
+                checkClassPathEntry({paths.substr(begin, end - begin), named.source}, section, isSearched);
                 begin = end + 1;
             }
         }
     }
 
-    void checkClassPathEntry(const NamedPath& named, const std::string& section) {
-        if (named.path.empty() || named.path.ends_with(L"*")) {
+    void checkClassPathEntry(const NamedPath& named, const std::string& section, bool isSearched) {
+        if (named.path.ends_with(L"*")) {
+            if (isSearched) {
+                checkClassPathDirectory(named);
+            }
+            return;
+        }
+        if (named.path.empty()) {
             return;
         }
         if (!files.exists(named.path)) {
             files.addMissing(named, "a jar of the " + section,
-                             section == "class path"
-                                 ? "The JVM may not find the platform's main class; it then ends at once."
-                                 : "Java goes on without it.");
-        } else if (!world.machine->isDirectory(named.path)) {
+                             section == "class path" ? noMainClass : "Java goes on without it.");
+        } else if (!files.isDirectory(named.path)) {
             checkJar(named.path, "a jar of the " + section);
+        }
+    }
+
+    // All jars of a directory, which Java looks for itself.
+    void checkClassPathDirectory(const NamedPath& named) {
+        const std::wstring path = named.path.substr(0, named.path.find_last_not_of(L"*/\\") + 1);
+        const std::wstring directory = files.fullPath(path).value_or(path);
+        const std::vector<std::wstring> names = files.namesIn(directory);
+        const bool hasJar = std::any_of(names.begin(), names.end(), [](const std::wstring& name) {
+            return name.ends_with(L".jar") || name.ends_with(L".JAR");
+        });
+        if (!hasJar && !isWithin(directory, inventedDirectory)) {
+            files.addDangling(named.source, Severity::error,
+                              (files.isDirectory(directory) ? "leads to a directory without a jar: "
+                                                            : "leads to a directory that does not exist: ") +
+                                  toUtf8(directory),
+                              noMainClass, "Correct the path, or ship the jars.");
         }
     }
 };
