@@ -59,6 +59,11 @@ Quoting quotingOf(const std::wstring& argument) {
     return all.size() == 3 ? Quoting::whole : Quoting::inPieces;
 }
 
+std::wstring withoutQuotes(std::wstring text) {
+    std::erase(text, L'"');
+    return text;
+}
+
 bool hasKey(const Entries& list, const wchar_t* key) {
     return std::any_of(list.begin(), list.end(), [&](const auto& entry) { return entry.key == key; });
 }
@@ -360,9 +365,7 @@ private:
     }
 
     static std::wstring programOf(const Explanation& start) {
-        std::wstring program = start.elements.empty() ? std::wstring() : start.elements.front().text;
-        std::erase(program, L'"');
-        return program;
+        return start.elements.empty() ? std::wstring() : withoutQuotes(start.elements.front().text);
     }
 
     std::optional<std::wstring> brokenProgram;
@@ -449,36 +452,42 @@ private:
     }
 
     void checkJvmOptions(const Explanation& start) {
+        const JvmVendor vendor = jvmVendor(start);
+        std::string former;
         for (const Element& element : start.elements) {
-            std::wstring option = element.text;
-            std::erase(option, L'"');
-            const std::optional<JvmOptionProblem> problem = checkJvmOption(toUtf8(option), jvmVendor(start));
+            const std::string argument = toUtf8(withoutQuotes(element.text));
             const Place place = realPlace(element.source);
-            const bool isInvented = option.find(inventedDirectory) != std::wstring::npos;
-            if (problem && place.line != 0 && !isInvented && !hasUnknownValue(place)) {
-                addFinding(findings, rules::jvmOption, problem->isFatal ? Severity::error : Severity::warning,
-                           place, problem->text, problem->consequence, problem->remedy);
+            const bool isInvented = element.text.find(inventedDirectory) != std::wstring::npos;
+            if (place.line != 0 && !isInvented && !hasUnknownValue(place)) {
+                addJvmProblem(checkJvmOption(argument, vendor), place);
+                if (element.section == "JVM arguments") {
+                    addJvmProblem(checkJvmArgument(argument, former), place);
+                }
             }
+            former = argument;
+        }
+    }
+
+    void addJvmProblem(const std::optional<JvmOptionProblem>& problem, const Place& place) {
+        if (problem) {
+            addFinding(findings, rules::jvmOption, problem->isFatal ? Severity::error : Severity::warning,
+                       place, problem->text, problem->consequence, problem->remedy);
         }
     }
 
     // Which kind of JVM is shipped, by the files beside the one that the command names.
     JvmVendor jvmVendor(const Explanation& start) const {
+        const World world = buildWorld(options);
+        const auto has = [&](const std::wstring& path) { return world.machine->exists(path); };
         for (const Element& element : start.elements) {
-            std::wstring text = element.text;
-            std::erase(text, L'"');
-            if (element.section != "JVM" && element.section != "program") {
-                continue;
-            }
-            const auto path = fullDrivePath(text);
-            if (path) {
-                const std::wstring directory = path->substr(0, path->rfind(L'\\'));
-                const std::wstring home = directory.substr(0, directory.rfind(L"\\bin"));
-                const World world = buildWorld(options);
-                if (world.machine->exists(home + L"\\bin\\server\\jvm.dll") &&
-                    !world.machine->exists(home + L"\\bin\\j9vm")) {
-                    return JvmVendor::hotSpot;
-                }
+            const bool isJvm = element.section == "JVM" || element.section == "program";
+            const auto path =
+                isJvm ? resolvedDrivePath(*world.machine, withoutQuotes(element.text)) : std::nullopt;
+            const std::wstring home = path ? path->substr(0, path->rfind(L"\\bin\\")) : std::wstring();
+            const bool isHotSpot =
+                path && (has(home + L"\\bin\\server\\jvm.dll") || has(home + L"\\jre\\bin\\server\\jvm.dll"));
+            if (isHotSpot && !has(home + L"\\bin\\j9vm") && !has(home + L"\\jre\\bin\\j9vm")) {
+                return JvmVendor::hotSpot;
             }
         }
         return JvmVendor::unknown;

@@ -113,7 +113,7 @@ void addEveryKey(const ExampleInstall& install) {
            "-Dmine=${prop.my.key}\n"
            "vmarg.Xss=-Xss256k\n"
            "vmarg.Dshare=-Xshareclasses:name=client,controlDir=${workspace.location}/cache\n"
-           "vmarg.CacheMaintenance.enable=true\n"
+           "vmarg.CacheMaintenance.enable=\n"
            "jvm.shareclasses.fullpath=${workspace.location}/shared\n"
            "library.path.append=${zel.home}/more\n"
            "env.set.CLIENT=1\n"
