@@ -1,6 +1,7 @@
 #include "explain/check/layout_checks.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "explain/check/file_findings.h"
 #include "explain/check/framework_checks.h"
@@ -24,6 +25,8 @@ using zellauncher::InstallConfigurationKind;
 
 // --- The command -------------------------------------------------------------------------------------
 
+constexpr const char* noJvmStart =
+    "The native platform launcher cannot start the JVM, although the launcher ends with 0.";
 constexpr const char* noMainClass =
     "The JVM may not find the platform's main class; it then ends at once, while the launcher ends with 0.";
 
@@ -106,59 +109,84 @@ private:
     // The native launcher finds its library through the eclipse.ini beside it, or beside itself.
     void checkNativeLibrary(const std::wstring& program) {
         const std::wstring directory = program.substr(0, program.rfind(L'\\'));
-        const std::size_t dot = program.rfind(L'.');
-        const std::wstring ini = program.substr(0, dot) + L".ini";
-        const char* consequence =
-            "The native platform launcher cannot start the JVM, although the launcher ends with 0.";
-        std::size_t number = 0;
-        const std::optional<std::wstring> named = libraryOf(ini, number);
-        if (named) {
-            const bool isFull = files.fullPath(*named).has_value();
-            const std::wstring path = isFull ? *named : directory + L"\\" + *named;
-            if (!files.exists(path)) {
-                ValueSource source;
-                source.file = installName(options, ini);
-                source.line = number;
-                source.name = L"--launcher.library";
-                files.addMissing({path, source}, "the native launcher's library", consequence);
-            } else if (!world.machine->isDirectory(path)) {
-                checkProgram({path, {}}, "the native launcher's library", ExecutableFile::library, {});
-            }
+        const std::wstring ini = program.substr(0, program.rfind(L'.')) + L".ini";
+        const std::optional<NamedPath> named = libraryOf(ini);
+        if (!named) {
+            const std::string file = toUtf8(installName(options, ini));
+            checkLibraryIn(directory, [&] {
+                files.add(rules::missingFile, Severity::error, ini, 0,
+                          "the native launcher's library is not named, and none is beside it", noJvmStart,
+                          "Ship the library, and name it with --launcher.library in " + file + ".");
+            });
             return;
         }
-        if (!hasLibraryBeside(directory)) {
-            files.add(rules::missingFile, Severity::error, ini, 0,
-                      "the native launcher's library is not named, and none is beside it", consequence,
-                      "Ship the library, and name it with --launcher.library in " +
-                          toUtf8(installName(options, ini)) + ".");
+        const std::wstring given =
+            beginsWithDrive(named->path) ? named->path : directory + L"\\" + named->path;
+        const std::wstring path = files.fullPath(given).value_or(given);
+        if (!files.exists(path)) {
+            files.addMissing({path, named->source}, "the native launcher's library", noJvmStart);
+        } else if (files.isDirectory(path)) {
+            checkLibraryIn(path, [&] {
+                files.addDangling(named->source, Severity::error,
+                                  "leads to a directory without a library: " + toUtf8(path), noJvmStart,
+                                  "Ship the library there, or correct the path.");
+            });
+        } else {
+            checkProgram({path, {}}, "the native launcher's library", ExecutableFile::library, {});
         }
     }
 
-    std::optional<std::wstring> libraryOf(const std::wstring& ini, std::size_t& number) const {
+    // The path after --launcher.library, each on a line of its own.
+    std::optional<NamedPath> libraryOf(const std::wstring& ini) {
+        constexpr std::string_view option = "--launcher.library";
         const std::string text =
             files.isFile(ini) ? world.machine->readFile(ini).value_or("") : std::string();
+        NamedPath named;
+        named.source.file = installName(options, ini);
+        named.source.name = fromUtf8(std::string(option));
         bool isNext = false;
-        std::size_t line = 0;
         for (std::size_t begin = 0; begin < text.size();) {
             const std::size_t end = std::min(text.find('\n', begin), text.size());
             std::string content = text.substr(begin, end - begin);
             content.resize(content.find_last_not_of(" \t\r") + 1);
-            ++line;
+            ++named.source.line;
             if (isNext) {
-                number = line;
-                return zellauncher::withBackslashes(fromUtf8(content));
+                named.path = zellauncher::withBackslashes(fromUtf8(content));
+                return named;
             }
-            isNext = content == "--launcher.library";
+            isNext = content == option;
+            if (!isNext && content.starts_with(option)) {
+                files.addAt(
+                    named.source, rules::ignoredOption, Severity::warning, "is not alone in its line",
+                    "To the native platform launcher the line is one argument, which it does not know, "
+                    "so it looks for its library beside itself.",
+                    "Write the path on the next line.");
+            }
             begin = end + 1;
         }
         return std::nullopt;
     }
 
-    bool hasLibraryBeside(const std::wstring& directory) const {
-        const std::vector<std::wstring> names = files.namesIn(directory);
-        return std::any_of(names.begin(), names.end(), [](const std::wstring& name) {
-            return name.size() > 4 && zellauncher::equalIgnoringCase(name.substr(name.size() - 4), L".dll");
+    // One library for x64 is enough.
+    void checkLibraryIn(const std::wstring& directory, const std::function<void()>& addMissing) {
+        std::vector<std::wstring> libraries;
+        for (const std::wstring& name : files.namesIn(directory)) {
+            const std::wstring path = directory + L"\\" + name;
+            const bool isNamed =
+                name.size() > 4 && zellauncher::equalIgnoringCase(name.substr(name.size() - 4), L".dll");
+            if (isNamed && files.isFile(path)) {
+                libraries.push_back(path);
+            }
+        }
+        const auto good = std::find_if(libraries.begin(), libraries.end(), [&](const std::wstring& path) {
+            return executableFileOf(beginningOf(path)) == ExecutableFile::library;
         });
+        if (libraries.empty()) {
+            addMissing();
+        } else if (good == libraries.end()) {
+            checkProgram({libraries.front(), {}}, "the native launcher's library", ExecutableFile::library,
+                         {});
+        }
     }
 
     void checkStartupJar() {
