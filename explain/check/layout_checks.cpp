@@ -392,8 +392,7 @@ private:
             const zellauncher::PropertyEntry* entry = launcherEntry(L"zel.base.location");
             const ValueSource source =
                 entry != nullptr ? sourceOf(L"zel.base.location", entry->value.source) : ValueSource();
-            files.addMissing({base, source}, "the base location", "A start ends with ZLNCH0009E.",
-                             copyMessages);
+            addWrongPath({base, source}, "the base location", "A start ends with ZLNCH0009E.", copyMessages);
             return false;
         }
         const std::size_t longestName =
@@ -407,6 +406,22 @@ private:
                       "Shorten the directories of the install.", {"ZLNCH"});
         }
         return longestName <= longestPath;
+    }
+
+    // A path at which nothing is.
+    void addWrongPath(const NamedPath& named, const std::string& what, const std::string& consequence,
+                      const std::vector<std::string>& messages) {
+        const bool isNetwork = named.path.starts_with(L"\\\\");
+        if (named.path.empty()) {
+            files.addDangling(named.source, Severity::error, "leads nowhere, because it is empty",
+                              consequence, "Write the path of the file.", messages);
+        } else if (!beginsWithDrive(named.path) && !isNetwork) {
+            files.addDangling(named.source, Severity::error, "has no full path: " + toUtf8(named.path),
+                              "The launcher looks for it in its current directory. " + consequence,
+                              "Begin the path with ${zel.home}.", messages);
+        } else {
+            files.addMissing(named, what, consequence, messages);
+        }
     }
 
     void checkCopiedTemplate(const InstallFile& file, const std::string& what,
@@ -446,7 +461,7 @@ private:
         }
         const std::wstring path = zellauncher::withBackslashes(value->text);
         if (!files.exists(path)) {
-            files.addMissing(
+            addWrongPath(
                 {path, sourceOf(L"plugincustomization", value->source)}, "the file of plugincustomization",
                 "A start ends with ZLNCH0050E, after it has prepared the user.", {"ZLNCH0050E:  plugin"});
         }
