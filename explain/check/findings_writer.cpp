@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "explain/check/findings_json.h"
 #include "explain/check/rules.h"
@@ -19,6 +20,29 @@ std::string countText(const Findings& findings, Severity severity) {
     const auto count = std::count_if(findings.begin(), findings.end(),
                                      [&](const Finding& finding) { return finding.severity == severity; });
     return std::to_string(count) + " " + nameOf(severity) + (count == 1 ? "" : "s");
+}
+
+// A value can contain what a terminal takes as a command.
+std::string withEscapes(const std::string& text) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string escaped;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        auto unit = static_cast<unsigned char>(text[i]);
+        const unsigned char next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
+        const bool isHighControl = unit == 0xC2 && next >= 0x80 && next < 0xA0;
+        if (unit >= 0x20 && unit != 0x7F && !isHighControl) {
+            escaped += text[i];
+            continue;
+        }
+        if (isHighControl) {
+            unit = next;
+            ++i;
+        }
+        escaped += "\\u00";
+        escaped += digits[unit >> 4U];
+        escaped += digits[unit & 0xFU];
+    }
+    return escaped;
 }
 
 }  // namespace
@@ -41,8 +65,8 @@ std::string findingPlace(const Finding& finding) {
 }
 
 std::string findingText(const Finding& finding) {
-    return findingPlace(finding) + ": " + nameOf(finding.severity) + ": " + finding.text + " [" +
-           finding.rule + "]";
+    return withEscapes(findingPlace(finding) + ": " + nameOf(finding.severity) + ": " + finding.text + " [" +
+                       finding.rule + "]");
 }
 
 std::string writeFindings(const CheckResult& result) {
@@ -50,9 +74,9 @@ std::string writeFindings(const CheckResult& result) {
     for (const Finding& finding : result.findings) {
         text += findingText(finding) + "\n";
         if (!finding.consequence.empty()) {
-            text += "    " + finding.consequence + "\n";
+            text += "    " + withEscapes(finding.consequence) + "\n";
         }
-        text += "    " + finding.remedy + "\n";
+        text += "    " + withEscapes(finding.remedy) + "\n";
     }
     text += countText(result.findings, Severity::error) + ", " +
             countText(result.findings, Severity::warning) + ", " +

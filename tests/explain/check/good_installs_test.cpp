@@ -158,6 +158,14 @@ TEST(CheckCommand, StatusIsThatOfTheWorstFinding) {
     testing::internal::GetCapturedStdout();
 }
 
+TEST(CheckCommand, TextShowsControlCharactersEscaped) {
+    const explain::Finding finding = {"rule",        explain::Severity::note, "file",      1,
+                                      "a\x1B[31m\n", "b\x7F\t\xC3\xA9",       "c\xC2\x9B", {}};
+    EXPECT_EQ(explain::findingText(finding), "file:1: note: a\\u001b[31m\\u000a [rule]");
+    const std::string text = explain::writeFindings({{finding}, std::nullopt});
+    EXPECT_NE(text.find("    b\\u007f\\u0009\xC3\xA9\n    c\\u009b\n"), std::string::npos) << text;
+}
+
 TEST(CheckCommand, WithoutAnInstallCannotCheck) {
     const ExampleInstall install;
     testing::internal::CaptureStderr();
