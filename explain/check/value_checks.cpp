@@ -7,6 +7,7 @@
 #include "explain/encoding.h"
 #include "explain/environment.h"
 #include "explain/windows_paths.h"
+#include "foundation/paths.h"
 #include "foundation/text.h"
 #include "properties/substitution.h"
 
@@ -29,6 +30,48 @@ const PropertyEntry* find(const std::wstring& key, const Entries& list) {
 // The key as the packager wrote it; the place of an option of the JVM has no name.
 std::string nameAt(const Place& place, const std::wstring& key) {
     return toUtf8(place.name.empty() ? key : place.name);
+}
+
+// A name that Windows keeps for a device, also with an ending.
+bool isDeviceName(const std::wstring& name) {
+    constexpr std::wstring_view devices[] = {L"CON", L"PRN", L"AUX", L"NUL"};
+    constexpr std::wstring_view numbered[] = {L"COM", L"LPT"};
+    const std::wstring stem = name.substr(0, name.find(L'.'));
+    const bool hasNumber = stem.size() == 4 && stem.back() >= L'1' && stem.back() <= L'9';
+    const auto isStem = [&](std::wstring_view device) {
+        return zellauncher::equalIgnoringCase(stem, std::wstring(device));
+    };
+    const auto isPort = [&](std::wstring_view device) {
+        return zellauncher::equalIgnoringCase(stem.substr(0, 3), std::wstring(device));
+    };
+    return std::any_of(std::begin(devices), std::end(devices), isStem) ||
+           (hasNumber && std::any_of(std::begin(numbered), std::end(numbered), isPort));
+}
+
+// What is wrong with the text of a workspace.
+struct WorkspaceProblem {
+    std::string text;
+    Severity severity = Severity::error;
+};
+
+WorkspaceProblem workspaceProblem(const std::wstring& path) {
+    if (path.starts_with(L"\\\\") || path.starts_with(L"//")) {
+        return {"is a network path: "};
+    }
+    if (path.size() == 2 && beginsWithDrive(path + L"\\")) {
+        return {"is the root of a drive: ", Severity::warning};
+    }
+    if (!beginsWithDrive(path)) {
+        return {"is no full path: "};
+    }
+    const std::wstring names = zellauncher::withForwardSlashes(path) + L"/";
+    if (names.find(L"/../") != std::wstring::npos) {
+        return {"has a parent directory in it: "};
+    }
+    if (names.find(L"/./") != std::wstring::npos) {
+        return {"has a dot as a directory: ", Severity::note};
+    }
+    return {"has a name that no directory can have: "};
 }
 
 class ValueCheck {
@@ -65,10 +108,9 @@ private:
             addFinding(
                 findings, rules::kind, Severity::error, placeOfEntry(*entry),
                 "install.configuration is no kind: \"" + toUtf8(entry->value) + "\"",
-                "A start ends with ZLNCH0025E, which speaks of the identity, after it has prepared the user.",
+                "A start ends with ZLNCH0009E, or with ZLNCH0025E, which speaks of the identity.",
                 "Write service, lockdown, user, serial.multiuser, multiuser or userpb, in lower case and "
-                "with "
-                "nothing after it.")
+                "with nothing after it.")
                 .messages = {"ZLNCH0025E"};
         }
     }
@@ -120,10 +162,22 @@ private:
                        "zel.install.id contains a blank", "It becomes part of the workspace's path.",
                        "Use no blanks.");
         }
-        if (isDirectory && (id.ends_with(L'.') || id == L".." || id == L".")) {
+        if (isDirectory && id.ends_with(L'.')) {
+            const bool isLost = id == L".";  // the directory above is used
+            addFinding(findings, rules::identity, isLost ? Severity::warning : Severity::error,
+                       placeOfEntry(*entry), "zel.install.id ends with a dot",
+                       isLost
+                           ? "The default workspace gets no directory for it."
+                           : "Windows removes a dot at the end of a directory's name, so the launcher does "
+                             "not find its default workspace: a start ends with ZLNCH0054E or ZLNCH0084E.",
+                       "Leave the dot out.")
+                .messages = {"ZLNCH0054E", "ZLNCH0084E"};
+        }
+        if (isDirectory && isDeviceName(id)) {
             addFinding(findings, rules::identity, Severity::warning, placeOfEntry(*entry),
-                       "zel.install.id ends with a dot",
-                       "Windows removes a dot at the end of a directory's name.", "Leave the dot out.");
+                       "zel.install.id is the name of a device: " + toUtf8(id),
+                       "Most versions of Windows create no directory of this name for the default workspace.",
+                       "Choose another identity.");
         }
     }
 
@@ -247,14 +301,15 @@ private:
             return;
         }
         const std::wstring& path = reading.workspace;
-        const bool isNetwork = path.starts_with(L"\\\\") || path.starts_with(L"//");
         if (!fullDrivePath(path)) {
-            addFinding(findings, rules::workspacePath, Severity::error, placeOfEntry(*entry),
-                       std::string("the workspace ") +
-                           (isNetwork ? "is a network path: " : "is no full path: ") + toUtf8(path),
-                       "A start ends with ZLNCH0140E, or writes to another place than meant.",
-                       "Use a path that begins with a drive letter.")
-                .messages = {"ZLNCH0140E", "ZLNCH0083E"};
+            const WorkspaceProblem problem = workspaceProblem(path);
+            addFinding(findings, rules::workspacePath, problem.severity, placeOfEntry(*entry),
+                       "the workspace " + problem.text + toUtf8(path),
+                       problem.severity == Severity::error
+                           ? "A start ends with ZLNCH0083E, ZLNCH0084E or ZLNCH0140E."
+                           : "The platform may use another directory than the launcher.",
+                       "Use a path that begins with a drive letter and names each directory.")
+                .messages = {"ZLNCH0140E", "ZLNCH0083E", "ZLNCH0084E"};
         } else if (path[0] != L'C' && path[0] != L'c' && !hasDrive(path[0])) {
             addFinding(findings, rules::workspacePath, Severity::note, placeOfEntry(*entry),
                        "the workspace is on a drive that is not shown here: " + toUtf8(path),
