@@ -171,11 +171,12 @@ private:
     void checkLibraryIn(const std::wstring& directory, const std::function<void()>& addMissing) {
         std::vector<std::wstring> libraries;
         for (const std::wstring& name : files.namesIn(directory)) {
-            const std::wstring path = directory + L"\\" + name;
             const bool isNamed =
                 name.size() > 4 && zellauncher::equalIgnoringCase(name.substr(name.size() - 4), L".dll");
+            std::wstring path = directory;
+            path.append(L"\\").append(name);
             if (isNamed && files.isFile(path)) {
-                libraries.push_back(path);
+                libraries.push_back(std::move(path));
             }
         }
         const auto good = std::find_if(libraries.begin(), libraries.end(), [&](const std::wstring& path) {

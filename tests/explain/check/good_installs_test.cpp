@@ -142,6 +142,37 @@ TEST(GoodInstall, WithEveryKeyHasNothingAboveANote) {
     }
 }
 
+// --- Texts -----------------------------------------------------------------------------------------
+
+TEST(CheckTexts, ShowATokenAsItIsInItsValue) {
+    const std::pair<const char*, const char*> lines[] = {
+        {"-Da=${zel.hom", "${zel.hom has no closing brace in -Da"},
+        {"-Da=${zel.hom}/x", "${zel.hom} in -Da is replaced by nothing"},
+        {"-Da=${zel.home}/${nope}", "${nope} in -Da is replaced by nothing"},
+    };
+    for (const auto& [line, text] : lines) {
+        const ExampleInstall install;
+        append(install, jvmFile, std::string(line) + "\n");
+        EXPECT_NE(findingsOf(install).find(text), std::string::npos) << findingsOf(install);
+    }
+}
+
+TEST(CheckTexts, NameWhatIsWrongWithAWorkspace) {
+    const std::pair<const char*, const char*> workspaces[] = {
+        {"C:/a|b", "has a name that no directory can have: C:/a|b"},
+        {"C:/ws/../x", "has a parent directory in it: C:/ws/../x"},
+        {"ws", "is no full path: ws"},
+        {"//server/share", "is a network path: //server/share"},
+        {"${zel.home}/ws", "${zel.home} is not replaced in zel.data"},
+        {"${env.APPDATA/ws", "${env.APPDATA/ws has no closing brace in zel.data"},
+    };
+    for (const auto& [workspace, text] : workspaces) {
+        const ExampleInstall install;
+        append(install, launcherFile, std::string("zel.data=") + workspace + "\n");
+        EXPECT_NE(findingsOf(install).find(text), std::string::npos) << findingsOf(install);
+    }
+}
+
 // --- The command -----------------------------------------------------------------------------------
 
 TEST(CheckCommand, StatusIsThatOfTheWorstFinding) {
