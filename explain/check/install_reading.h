@@ -16,7 +16,7 @@ namespace explain {
 // The longest path that Windows programs can use. The launcher finds no template at a longer one.
 inline constexpr std::size_t longestPath = 259;
 
-// What variables get that a machine may lack; nothing can be said about the files in it.
+// A variable that the machine lacks gets a path in this directory. Whether a file is there is unknown.
 inline constexpr const wchar_t* inventedDirectory = L"C:\\zelexplain\\variables";
 
 // A file of the install.
