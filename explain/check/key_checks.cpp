@@ -9,6 +9,7 @@
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
 #include "explain/similar_texts.h"
+#include "properties/os_qualified_lines.h"
 #include "properties/substitution.h"
 #include "properties/token_scan.h"
 
@@ -225,21 +226,8 @@ private:
         }
     }
 
-    static std::wstring withoutQualifier(const std::wstring& key, const char* kind) {
-        constexpr std::wstring_view qualifiers[] = {L".win32", L".linux", L".macosx"};
-        if (kind != templateFile) {
-            return key;
-        }
-        for (const std::wstring_view qualifier : qualifiers) {
-            if (key.ends_with(qualifier)) {
-                return key.substr(0, key.size() - qualifier.size());
-            }
-        }
-        return key;
-    }
-
     void checkEntry(const InstallFile& file, const PropertyEntry& entry, const char* kind) {
-        const std::wstring key = withoutQualifier(entry.key, kind);
+        const std::wstring key = kind == templateFile ? withoutSystem(entry.key) : entry.key;
         if (key.starts_with(L"-")) {
             checkOption(file, entry, kind);
             return;
@@ -462,6 +450,12 @@ private:
 };
 
 }  // namespace
+
+std::wstring withoutSystem(const std::wstring& key) {
+    std::wstring line = key;
+    const bool isForeign = zellauncher::isForeignPlatformLine(line);
+    return isForeign ? line.substr(0, line.rfind(L'.')) : line;
+}
 
 void checkKeys(const InstallReading& reading, const StartOptions& options, Findings& findings) {
     KeyCheck(reading, options, findings).run();

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "explain/catalogue.h"
+#include "explain/check/key_checks.h"
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
 
@@ -299,6 +300,19 @@ private:
         }
     }
 
+    // The key of a line that was probably meant as an entry of its own; empty if it was not. An option of the
+    // JVM needs no value.
+    std::string keyOfOwnEntry(std::string_view text) const {
+        const std::string_view content = trimmed(text);
+        const bool isOption = content.starts_with("-D") || content.starts_with("-X");
+        if (!isOption && content.find('=') == std::string_view::npos) {
+            return {};
+        }
+        const std::string key(keyBefore(content, isOption ? "=: \t" : "="));
+        const std::string known = isTemplate ? toUtf8(withoutSystem(fromUtf8(key))) : key;
+        return lookUpKey(known) != nullptr ? key : std::string();
+    }
+
     void checkContinuations() {
         for (std::size_t number = 1; number <= lines.size(); ++number) {
             const Line& checked = line(number);
@@ -315,10 +329,8 @@ private:
                     "The line is not continued: the next one is an entry of its own.",
                     "Remove what follows the backslash.");
             }
-            const std::string key(keyBefore(checked.text, "="));
-            const bool looksLikeEntry =
-                checked.text.find('=') != std::string_view::npos && lookUpKey(key) != nullptr;
-            if (checked.first != number && looksLikeEntry) {
+            const std::string key = checked.first != number ? keyOfOwnEntry(checked.text) : std::string();
+            if (!key.empty()) {
                 add(rules::continuation, Severity::error, checked.first,
                     "the backslash before line " + std::to_string(number) +
                         " joins it: " + shown(checked.text),
