@@ -265,7 +265,7 @@ private:
             if (line(number).text.size() > suspectLength) {
                 std::string text(line(number).text);
                 if (endsInBackslash(text)) {
-                    text.pop_back();
+                    text.back() = 'x';  // alone, the line is not continued, but as long
                 }
                 numbers.push_back(number);
                 texts.push_back(text.substr(0, suspectLength));
