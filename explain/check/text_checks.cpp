@@ -282,13 +282,14 @@ private:
         const Line& checked = line(number);
         const bool isWhole =
             whole.size() == 1 && beginning.size() == 1 && whole[0].key.starts_with(beginning[0].key);
-        const bool isHash = trimmed(checked.text).starts_with('#');
         const std::string length = std::to_string(checked.text.size()) + " characters";
-        if (isHash && !whole.empty()) {
-            add(rules::longLine, Severity::warning, number, "the remark has " + length,
-                "The launcher reads what follows the first 2024 as a line of its own.",
-                "Divide the remark into shorter lines.");
-        } else if (!isHash && !isWhole && checked.text.find('\0') == std::string_view::npos) {
+        if (checked.isRemark) {
+            if (!whole.empty() && !isWhole) {
+                add(rules::longLine, Severity::warning, number, "the remark has " + length,
+                    "The launcher reads what follows the first 2024 as a line of its own.",
+                    "Divide the remark into shorter lines.");
+            }
+        } else if (!isWhole && checked.text.find('\0') == std::string_view::npos) {
             add(rules::longLine, Severity::error, checked.first, "a line has " + length,
                 whole.empty()
                     ? "The launcher skips a line of more than 1000 characters, and says so only with "
