@@ -18,12 +18,16 @@ namespace explain {
 namespace {
 
 void checkTexts(const InstallReading& reading, const StartOptions& options, Findings& findings) {
-    const auto check = [&](const InstallFile& file, bool isTemplate) {
-        checkPropertyText(toUtf8(installName(options, file.path)), file, isTemplate, findings);
+    const auto check = [&](const InstallFile& file, Appended appended) {
+        checkPropertyText(toUtf8(installName(options, file.path)), file, appended, findings);
     };
-    check(reading.launcherProperties, false);
-    check(reading.userTemplate, true);
-    check(reading.jvmProperties, false);
+    const bool makesIdentity =
+        reading.kind == zellauncher::InstallConfigurationKind::userpb &&
+        std::none_of(reading.launcherProperties.entries.begin(), reading.launcherProperties.entries.end(),
+                     [](const auto& entry) { return entry.key == L"zel.install.id"; });
+    check(reading.launcherProperties, makesIdentity ? Appended::identity : Appended::nothing);
+    check(reading.userTemplate, Appended::linesOfACopy);
+    check(reading.jvmProperties, Appended::nothing);
 }
 
 // Nothing else can be said about such files.

@@ -4,10 +4,14 @@
 #include <string_view>
 #include <vector>
 
+#include "configuration/install_identity.h"
+#include "configuration/install_kind.h"
 #include "explain/catalogue.h"
 #include "explain/check/key_checks.h"
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
+#include "explain/property_files.h"
+#include "simulation/machine.h"
 
 namespace explain {
 
@@ -84,10 +88,28 @@ std::string_view keyBefore(std::string_view text, std::string_view separators) {
     return trimmed(content.substr(0, std::min(content.find_first_of(separators), content.size())));
 }
 
+// The launcher makes an identity, appends it to a file of these bytes, and reads the file again.
+bool isAppendedIdentityFound(const std::string& bytes) {
+    constexpr const wchar_t* path = L"C:\\texts\\zellauncher.properties";
+    simulation::Machine machine;
+    machine.writeFile(path, bytes);
+    bool isFound = false;
+    machine.run({L"C:\\texts\\launcher"}, [&] {
+        zellauncher::PropertyList list = {{L"install.configuration", std::wstring(L"userpb")}};
+        zellauncher::readInstallConfiguration(list);
+        zellauncher::resolveInstallId(path, list);
+        const Entries entries = loadEntries(path);
+        isFound = std::any_of(entries.begin(), entries.end(),
+                              [](const PropertyEntry& entry) { return entry.key == L"zel.install.id"; });
+        return 0;
+    });
+    return isFound;
+}
+
 class TextCheck {
 public:
-    TextCheck(const std::string& fileName, const InstallFile& checked, bool hasLinesAppended, Findings& all)
-        : name(fileName), file(checked), isTemplate(hasLinesAppended), findings(all) {}
+    TextCheck(const std::string& fileName, const InstallFile& checked, Appended added, Findings& all)
+        : name(fileName), file(checked), appended(added), findings(all) {}
 
     void run() {
         if (isUtf16(file.bytes)) {
@@ -97,6 +119,7 @@ public:
             findings.back().messages = {"ZLNCH"};
             return;
         }
+        isIdentityLost = appended == Appended::identity && !isAppendedIdentityFound(file.bytes);
         checkMark();
         const std::size_t end = file.bytes.find(endMark);
         lines = linesOf(std::string_view(file.bytes).substr(0, end));
@@ -109,6 +132,7 @@ public:
         checkLongLines();
         checkContinuations();
         checkLastLine();
+        checkFinalNewline();
         checkBackslashes();
         for (const PropertyEntry& entry : file.entries) {
             checkEntry(entry);
@@ -118,9 +142,10 @@ public:
 private:
     const std::string& name;
     const InstallFile& file;
-    const bool isTemplate;
+    const Appended appended;
     Findings& findings;
-    std::vector<Line> lines;  // up to a Ctrl-Z
+    bool isIdentityLost = false;  // the launcher appends it, but does not find it afterwards
+    std::vector<Line> lines;      // up to a Ctrl-Z
 
     void add(const char* rule, Severity severity, std::size_t line, std::string text, std::string consequence,
              std::string remedy) {
@@ -129,6 +154,11 @@ private:
     }
 
     const Line& line(std::size_t number) const { return lines[number - 1]; }
+
+    std::size_t lineAt(std::size_t position) const {
+        const auto end = file.bytes.begin() + static_cast<std::ptrdiff_t>(position);
+        return 1 + static_cast<std::size_t>(std::count(file.bytes.begin(), end, '\n'));
+    }
 
     static std::size_t lineOf(const PropertyEntry& entry) {
         return entry.value.source ? entry.value.source->line : 0;
@@ -184,8 +214,15 @@ private:
         const std::string_view rest = std::string_view(file.bytes).substr(end + 1);
         const bool isLast = std::all_of(rest.begin(), rest.end(),
                                         [](char letter) { return isBlank(letter) || letter == endMark; });
-        const auto number = static_cast<std::size_t>(
-            1 + std::count(file.bytes.begin(), file.bytes.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
+        const std::size_t number = lineAt(end);
+        if (isLast && isIdentityLost && !rest.empty()) {
+            add(rules::ctrlZ, Severity::error, number, "there is a Ctrl-Z (0x1A) before the end of the file",
+                "The launcher appends zel.install.id after it and never reads it, so every start makes "
+                "another "
+                "identity.",
+                "Remove the character.");
+            return;
+        }
         add(rules::ctrlZ, isLast ? Severity::note : Severity::error, number,
             isLast ? "the file ends with a Ctrl-Z (0x1A)" : "there is a Ctrl-Z (0x1A) in the file",
             isLast ? "The launcher stops there, as meant." : "The launcher ignores everything after it.",
@@ -310,7 +347,8 @@ private:
             return {};
         }
         const std::string key(keyBefore(content, isOption ? "=: \t" : "="));
-        const std::string known = isTemplate ? toUtf8(withoutSystem(fromUtf8(key))) : key;
+        const std::string known =
+            appended == Appended::linesOfACopy ? toUtf8(withoutSystem(fromUtf8(key))) : key;
         return lookUpKey(known) != nullptr ? key : std::string();
     }
 
@@ -353,12 +391,27 @@ private:
         }
         add(rules::continuation, Severity::error, line(last).first,
             "the last line of the file ends in a backslash",
-            isTemplate
+            appended == Appended::linesOfACopy
                 ? "The first line that the launcher appends to a user's copy, zel.install.id, becomes part "
                   "of it."
+            : appended == Appended::identity
+                ? "The line that the launcher appends, zel.install.id, becomes part of it, and every start "
+                  "makes another identity."
                 : "The launcher waits for another line and drops the whole entry.",
             "Remove the backslash.");
         findings.back().messages = {"ZLNCH0016E", "ZLNCH0050E", "ZLNCH0008E", "ZLNCH0005E"};
+    }
+
+    // The launcher's append replaces a Ctrl-Z that is the last byte.
+    void checkFinalNewline() {
+        std::string_view text = file.bytes;
+        text.remove_suffix(text.ends_with(endMark) ? 1 : 0);
+        if (isIdentityLost && !text.ends_with('\n') && text.find(endMark) == std::string_view::npos) {
+            add(rules::noFinalNewline, Severity::error, lineAt(text.size()),
+                "the last line does not end, and the launcher appends zel.install.id to it",
+                "The identity becomes part of the last value, and every start makes another one.",
+                "End the last line.");
+        }
     }
 
     // Doubles the backslashes that look like separators of a path; empty if there is none.
@@ -480,10 +533,10 @@ private:
 
 }  // namespace
 
-void checkPropertyText(const std::string& name, const InstallFile& file, bool isTemplate,
+void checkPropertyText(const std::string& name, const InstallFile& file, Appended appended,
                        Findings& findings) {
     if (file.exists) {
-        TextCheck(name, file, isTemplate, findings).run();
+        TextCheck(name, file, appended, findings).run();
     }
 }
 

@@ -8,8 +8,15 @@
 
 namespace explain {
 
-// Encoding and dialect of a property file, which has this name in the findings. `isTemplate`: the launcher
-// appends lines to a copy of it.
-void checkPropertyText(const std::string& name, const InstallFile& file, bool isTemplate, Findings& findings);
+// What the launcher appends to a property file.
+enum class Appended {
+    nothing,
+    identity,      // zel.install.id, to the file itself
+    linesOfACopy,  // to each user's copy of the template
+};
+
+// Encoding and dialect of a property file, which has this name in the findings.
+void checkPropertyText(const std::string& name, const InstallFile& file, Appended appended,
+                       Findings& findings);
 
 }  // namespace explain
