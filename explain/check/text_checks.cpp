@@ -242,7 +242,7 @@ private:
                     "Save the file with Windows line ends (CR LF) or line feeds.");
                 return;
             }
-            if (lone != std::string::npos && line(number).isRemark && lone + 1 < line(number).text.size()) {
+            if (lone != std::string::npos && line(number).isRemark && hidesKey(line(number).text)) {
                 add(rules::lineEnd, Severity::warning, number,
                     "a carriage return without a line feed is in a remark",
                     "It does not end the line: what follows belongs to the remark.",
@@ -250,6 +250,17 @@ private:
                 return;
             }
         }
+    }
+
+    // Whether an entry follows a carriage return of a remark.
+    bool hidesKey(std::string_view remark) const {
+        for (std::size_t end = remark.find('\r'); end != std::string_view::npos; end = remark.find('\r')) {
+            remark.remove_prefix(end + 1);
+            if (!keyOfOwnEntry(remark.substr(0, remark.find('\r'))).empty()) {
+                return true;
+            }
+        }
+        return false;
     }
 
     void checkLine(std::size_t number) {
