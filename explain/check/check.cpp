@@ -39,6 +39,7 @@ bool hasUtf16(const InstallReading& reading) {
 void checkFiles(const InstallReading& reading, const StartOptions& options, Findings& findings) {
     const World world = buildWorld(options);
     checkTexts(reading, options, findings);
+    checkOtherTexts(reading, options, world, findings);
     if (hasUtf16(reading)) {
         return;
     }

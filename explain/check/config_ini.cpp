@@ -64,7 +64,7 @@ private:
         if (begin < line.size() && (line[begin] == '=' || line[begin] == ':')) {
             begin = std::min(line.find_first_not_of(blanks, begin + 1), line.size());
         }
-        return {withoutEscapes(line.substr(0, end)), withoutEscapes(line.substr(begin)), number};
+        return {withoutEscapes(line.substr(0, end)), withoutEscapes(line.substr(begin)), number, line};
     }
 
     static bool isBlank(char letter) { return blanks.find(letter) != std::string_view::npos; }

@@ -11,6 +11,7 @@ struct ConfigIniEntry {
     std::string key;
     std::string value;
     std::size_t line = 0;  // the first physical line, from 1
+    std::string written;   // bytes of the logical line, with escapes
 };
 
 // config.ini is the framework's file, in Java's dialect of properties.

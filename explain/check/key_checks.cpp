@@ -23,11 +23,7 @@ using zellauncher::PropertyEntry;
 constexpr const char* launcherFile = "zellauncher.properties";
 constexpr const char* templateFile = "zelinstall.properties";
 constexpr const char* jvmFile = "jvm.properties";
-
-struct RequiredKey {
-    const wchar_t* key;
-    std::vector<std::string> messages;
-};
+constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
 
 // Whether a key is there is a question about the text, so nothing is recorded for it.
 const PropertyEntry* find(const std::wstring& key, const Entries& list) {
@@ -320,6 +316,9 @@ private:
             return std::find(std::begin(knownKeys), std::end(knownKeys), entry.key) != std::end(knownKeys);
         };
         for (const ConfigIniEntry& entry : configIni) {
+            if (entry.key.starts_with(byteOrderMark)) {
+                continue;  // the check of the text says so
+            }
             const auto* meant =
                 std::find_if(std::begin(knownKeys), std::end(knownKeys),
                              [&](const char* key) { return areSimilar(fromUtf8(entry.key), fromUtf8(key)); });

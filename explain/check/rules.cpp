@@ -10,7 +10,7 @@ namespace {
 constexpr Rule allRules[] = {
     {rules::booleanValue, "a value that must be true or false is something else"},
     {rules::bundleMissing, "config.ini starts a bundle that no file of the plug-in directories provides"},
-    {rules::byteOrderMark, "a byte-order mark becomes part of the first key"},
+    {rules::byteOrderMark, "a byte-order mark becomes part of the first line"},
     {rules::commandLength, "the command is longer than the system can start, or nearly so"},
     {rules::continuation, "a backslash at the end of a line joins a line that was meant to be its own"},
     {rules::ctrlZ, "a Ctrl-Z ends the file for the launcher"},
@@ -55,7 +55,7 @@ constexpr Rule allRules[] = {
     {rules::trailingSpace, "a tab at the end of a value is part of it"},
     {rules::unexpandedToken, "a token stands where nothing replaces it"},
     {rules::unknownToken, "nothing replaces a token, which ends a start"},
-    {rules::utf16, "a property file is UTF-16"},
+    {rules::utf16, "a text file is UTF-16"},
     {rules::workspacePath, "the workspace is relative, a network path, or on a drive that is missing here"},
     {rules::wrongFile, "a key is in a file in which the launcher does not look for it"},
     {rules::zelDirectory, "the directory zel is missing or not in lower case"},
