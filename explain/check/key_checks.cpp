@@ -9,6 +9,7 @@
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
 #include "explain/similar_texts.h"
+#include "foundation/text.h"
 #include "properties/os_qualified_lines.h"
 #include "properties/substitution.h"
 #include "properties/token_scan.h"
@@ -34,6 +35,13 @@ const PropertyEntry* find(const std::wstring& key, const Entries& list) {
 
 std::size_t lineOf(const PropertyEntry& entry) {
     return entry.value.source ? entry.value.source->line : 0;
+}
+
+// What is written between the parts of a key, if not a dot.
+constexpr std::wstring_view joints = L".-_";
+
+bool isLetter(wchar_t unit) {
+    return (unit >= L'a' && unit <= L'z') || (unit >= L'A' && unit <= L'Z');
 }
 
 // A key that may be repeated, because each line is an option of its own.
@@ -346,14 +354,47 @@ private:
             return;
         }
         for (const KeyEntry& known : keyEntries()) {
-            const std::optional<std::wstring> meant = meantKey(key, fromUtf8(known.key));
-            if (meant && isReadFrom(known, kind)) {
+            if (!isReadFrom(known, kind)) {
+                continue;
+            }
+            const std::wstring name = fromUtf8(known.key);
+            std::optional<std::wstring> meant = meantKey(key, name);
+            if (!meant && kind == templateFile) {
+                meant = meantWithSystem(entry.key, name);
+            }
+            if (!meant && lacksDot(key, name)) {
+                meant = name;
+            }
+            if (meant) {
                 addFinding(findings, rules::similarKey, Severity::warning, placeIn(file, entry),
                            toUtf8(entry.key) + " is no known key; " + toUtf8(*meant) + " is",
                            "The launcher ignores the line.", "Write " + toUtf8(*meant) + ".");
                 return;
             }
         }
+    }
+
+    // As meantKey, for a key of the template whose end was meant to name an operating system.
+    static std::optional<std::wstring> meantWithSystem(const std::wstring& key, const std::wstring& known) {
+        struct System {
+            std::wstring_view written;
+            std::wstring_view meant;
+        };
+        constexpr System systems[] = {{L"win32", L"win32"},   {L"win64", L"win32"},  {L"windows", L"win32"},
+                                      {L"win", L"win32"},     {L"linux", L"linux"},  {L"unix", L"linux"},
+                                      {L"macosx", L"macosx"}, {L"macos", L"macosx"}, {L"mac", L"macosx"}};
+        const std::wstring_view written = key;
+        if (!zellauncher::equalIgnoringCase(written.substr(0, known.size()), known)) {
+            return std::nullopt;
+        }
+        std::wstring_view end = written.substr(known.size());
+        end.remove_prefix(std::min(end.find_first_not_of(joints), end.size()));
+        for (const System& system : systems) {
+            if (zellauncher::equalIgnoringCase(end, system.written)) {
+                return known + L"." + std::wstring(system.meant);
+            }
+        }
+        return std::nullopt;
     }
 
     // The key as it would be if it were meant to be the known one; nothing if it is not similar.
@@ -380,6 +421,33 @@ private:
             return std::nullopt;
         }
         return withMeantEnd(beginning + key.substr(end), known, isSame);
+    }
+
+    // The part that the packager chooses is missing or not separated by a dot, as in vmarg, vmarg_x and
+    // envset.X. The launcher takes any character after env.set, env.unset and config.initial, and
+    // a name may be empty.
+    static bool lacksDot(std::wstring_view key, const std::wstring& known) {
+        const std::size_t dot = known.find(L".<");
+        if (dot == std::wstring::npos || known.find(L'>') + 1 != known.size()) {
+            return false;
+        }
+        const std::wstring_view word = std::wstring_view(known).substr(0, dot);
+        const bool hasDotInside = word.find(L'.') != std::wstring_view::npos;
+        if (key.starts_with(hasDotInside ? word : std::wstring_view(known).substr(0, dot + 1))) {
+            return false;
+        }
+        for (const wchar_t unit : word) {
+            key.remove_prefix(std::min(key.find_first_not_of(joints), key.size()));
+            if (unit == L'.') {
+                continue;
+            }
+            if (key.empty() || !zellauncher::equalIgnoringCase(key.substr(0, 1), {&unit, 1})) {
+                return false;
+            }
+            key.remove_prefix(1);
+        }
+        key.remove_prefix(key.starts_with(L's') ? 1 : 0);
+        return key.empty() || !isLetter(key.front());
     }
 
     static std::optional<std::wstring> withMeantEnd(const std::wstring& key, const std::wstring& known,
