@@ -65,6 +65,7 @@ public:
         checkFile(reading.userTemplate, templateFile);
         checkFile(reading.jvmProperties, jvmFile);
         checkConfigIni();
+        checkBundleList();
         checkDuplicates(reading.launcherProperties.entries);
         checkDuplicates(reading.made);
         checkDuplicates(reading.jvmProperties.entries);
@@ -334,6 +335,76 @@ private:
                 addSimilarInConfigIni(entry, *meant);
             }
         }
+    }
+
+    // <bundle>@<start level>:start, separated by commas; each part after the bundle may be missing.
+    void checkBundleList() {
+        const ConfigIniEntry* bundles = findConfigIniEntry(configIni, "osgi.bundles");
+        const std::string_view list = bundles != nullptr ? bundles->value : std::string_view();
+        for (std::size_t begin = 0; begin < list.size();) {
+            const std::size_t end = std::min(list.find(',', begin), list.size());
+            checkBundleStart(list.substr(begin, end - begin), bundles->line);
+            begin = end + 1;
+        }
+    }
+
+    void checkBundleStart(std::string_view bundle, std::size_t line) {
+        std::string_view rest = bundle.substr(std::min(endOfBundleName(bundle), bundle.size()));
+        while (!rest.empty()) {
+            rest.remove_prefix(1);
+            const std::string_view part = firstPart(rest);
+            if (!isStartLevel(part) && part != "start") {
+                addBundleStart(std::string(withoutBlanks(bundle)), std::string(part), line);
+                return;
+            }
+            rest.remove_prefix(std::min(rest.find(':'), rest.size()));
+        }
+    }
+
+    // The name of a file may contain @.
+    static std::size_t endOfBundleName(std::string_view bundle) {
+        std::size_t at = bundle.find('@');
+        const bool isFile = bundle.find_first_of("/\\:") < at;
+        while (isFile && at != std::string_view::npos) {
+            const std::string_view part = firstPart(bundle.substr(at + 1));
+            if ((isStartLevel(part) && !part.empty()) || part.starts_with("start")) {
+                break;
+            }
+            at = bundle.find('@', at + 1);
+        }
+        return at;
+    }
+
+    static std::string_view firstPart(std::string_view text) {
+        return withoutBlanks(text.substr(0, text.find(':')));
+    }
+
+    void addBundleStart(const std::string& bundle, const std::string& part, std::size_t line) {
+        const std::size_t dot = part.find('.') + 1;
+        const bool isBundle =
+            part.find('@') != std::string::npos ||
+            (dot != 0 && dot < part.size() && isLetter(wchar_t{static_cast<unsigned char>(part[dot])}));
+        addFinding(findings, rules::bundleStart, isBundle ? Severity::error : Severity::warning,
+                   {installName(options, reading.configIni.path), line, L""},
+                   (isBundle ? "a comma is missing in osgi.bundles: "
+                             : "osgi.bundles has an unknown word after a bundle: ") +
+                       bundle,
+                   isBundle
+                       ? "The framework starts neither of the two bundles, so the platform may not come up, "
+                         "although the launcher ends with 0."
+                       : "The framework ignores " + part + ".",
+                   isBundle ? "Separate bundles by commas."
+                            : "Write @start, @<start level> or @<start level>:start.");
+    }
+
+    static std::string_view withoutBlanks(std::string_view text) {
+        constexpr std::string_view blanks = " \t";
+        text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+        return text.substr(0, text.find_last_not_of(blanks) + 1);
+    }
+
+    static bool isStartLevel(std::string_view text) {
+        return text.find_first_not_of("0123456789") == std::string_view::npos;
     }
 
     void addSimilarInConfigIni(const ConfigIniEntry& entry, const std::string& meant) {

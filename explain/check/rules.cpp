@@ -10,6 +10,7 @@ namespace {
 constexpr Rule allRules[] = {
     {rules::booleanValue, "a value that must be true or false is something else"},
     {rules::bundleMissing, "config.ini starts a bundle that no file of the plug-in directories provides"},
+    {rules::bundleStart, "what follows a bundle in osgi.bundles is neither a start level nor start"},
     {rules::byteOrderMark, "a byte-order mark becomes part of the first line"},
     {rules::commandLength, "the command is longer than the system can start, or nearly so"},
     {rules::continuation, "a backslash at the end of a line joins a line that was meant to be its own"},

@@ -19,6 +19,7 @@ namespace rules {
 
 inline constexpr const char* booleanValue = "boolean-value";
 inline constexpr const char* bundleMissing = "bundle-missing";
+inline constexpr const char* bundleStart = "bundle-start";
 inline constexpr const char* byteOrderMark = "byte-order-mark";
 inline constexpr const char* commandLength = "command-length";
 inline constexpr const char* continuation = "continuation";
