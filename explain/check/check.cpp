@@ -12,6 +12,9 @@
 #include "explain/check/text_checks.h"
 #include "explain/check/value_checks.h"
 #include "explain/encoding.h"
+#include "launch/entry.h"
+#include "simulation/machine.h"
+#include "simulation/program_files.h"
 
 namespace explain {
 
@@ -48,8 +51,37 @@ void checkFiles(const InstallReading& reading, const StartOptions& options, Find
     checkValues(reading, options, findings);
 }
 
+constexpr std::uint64_t longestStartMilliseconds = 60'000;
+
+// Starts a small install without a mistake at the path, so that no mistake of the checked one ends the start
+// before.
+bool isRefusedAt(const std::wstring& install) {
+    const std::wstring launcher = install + L"\\zel\\zellauncher.exe";
+    simulation::Machine machine;
+    machine.makeDrive(install.front());
+    const auto write = [&](const wchar_t* name, const std::string& content) {
+        machine.writeFile(install + name, content);
+    };
+    write(L"\\zel\\zellauncher.exe", simulation::smallestProgramFile());
+    write(L"\\zel\\zellauncher.properties",
+          "zel.install.id=1\ninstall.configuration=user\nzel.data=C:/zelexplain\n"
+          "zel.base.location=${zel.home}/base\njvm.location=${zel.home}/jvm/bin/javaw.exe\n");
+    write(L"\\zel\\deploy\\jvm.properties", "");
+    write(L"\\base\\zelinstall.properties",
+          "plugincustomization=${zel.home}/base/config.ini\nXbootclasspath.append=\n");
+    write(L"\\base\\config.ini", "");
+    write(L"\\base\\win32\\x86_64\\eclipse.exe", simulation::smallestProgramFile());
+    const simulation::ProcessId process = machine.start({launcher}, [] { return zellauncher::wmain(); });
+    machine.setModule(process, launcher);
+    const std::optional<simulation::ProcessEnd> end = machine.waitFor(process, longestStartMilliseconds);
+    if (!end) {
+        machine.stop(process);
+    }
+    return end && end->kind == simulation::EndKind::accessViolation;
+}
+
 void checkFrameworkPath(const StartOptions& options, Findings& findings) {
-    if (options.install.path.find(L"framework") == std::wstring::npos) {
+    if (isRefusedAt(options.install.path)) {
         findings.push_back(
             {rules::frameworkPath,
              Severity::error,
