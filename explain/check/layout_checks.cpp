@@ -533,14 +533,6 @@ private:
                       "A start ends with ZLNCH0017E.", "Ship zel.install.id, or give users write permission.",
                       {"ZLNCH0017E"});
         }
-        const std::string& bytes = launcher().bytes;
-        if (!bytes.empty() && !bytes.ends_with('\n')) {
-            files.add(rules::noFinalNewline, Severity::error, launcher().path,
-                      static_cast<std::size_t>(1 + std::count(bytes.begin(), bytes.end(), '\n')),
-                      "the last line does not end, and the launcher appends zel.install.id to it",
-                      "The identity becomes part of the last value, and every start makes another one.",
-                      "End the last line.");
-        }
     }
 };
 
