@@ -82,8 +82,11 @@ bool isWithin(const std::wstring& path, const std::wstring& directory) {
 
 std::wstring relativeTo(const std::wstring& path, const std::wstring& directory) {
     const std::wstring plain = plainForm(path);
-    const std::size_t length = plainForm(directory).size();
-    return plain.size() > length ? plain.substr(length + 1) : std::wstring();
+    std::wstring beginning = plainForm(directory);
+    if (!beginning.ends_with(L'\\')) {  // only a drive's root does
+        beginning += L'\\';
+    }
+    return plain.size() > beginning.size() ? plain.substr(beginning.size()) : std::wstring();
 }
 
 std::wstring ownPath(const std::string& directory) {

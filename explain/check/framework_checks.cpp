@@ -1,6 +1,7 @@
 #include "explain/check/framework_checks.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "explain/check/config_ini.h"
@@ -232,6 +233,9 @@ private:
 
     // --- Bundles ---------------------------------------------------------------------------------
 
+    // Names in the plug-in directories; true for those of directories.
+    using Provided = std::map<std::wstring, bool>;
+
     void checkBundles() {
         const ConfigIniEntry* bundles = findConfigIniEntry(configIni, "osgi.bundles");
         const std::optional<NamedPath> area = optionValue(areaOption);
@@ -239,10 +243,10 @@ private:
         if (bundles == nullptr || isAreaUnknown) {
             return;
         }
-        std::set<std::wstring> provided;
+        Provided provided;
         for (const std::wstring& directory : pluginDirectories()) {
             for (const std::wstring& name : files.namesIn(directory)) {
-                provided.insert(name);
+                provided[name] = files.isDirectory(directory + L"\\" + name);
             }
         }
         const std::string& list = bundles->value;
@@ -265,7 +269,7 @@ private:
         return directories;
     }
 
-    void checkBundle(std::string bundle, std::size_t number, const std::set<std::wstring>& provided) {
+    void checkBundle(std::string bundle, std::size_t number, const Provided& provided) {
         bundle.resize(bundle.find_last_not_of(" \t") + 1);
         bundle.erase(0, std::min(bundle.find_first_not_of(" \t"), bundle.size()));
         const std::wstring place = fromUtf8(bundle.substr(0, bundle.find('@')));
@@ -283,15 +287,16 @@ private:
                   "Ship " + toUtf8(name) + "_<version>.jar in zel/eclipse/plugins, or correct the name.");
     }
 
-    bool isProvided(const std::wstring& bundle, const std::set<std::wstring>& provided) const {
+    bool isProvided(const std::wstring& bundle, const Provided& provided) const {
         const std::wstring name = bundle.substr(bundle.find_last_of(L"/\\") + 1);
         if (files.fullPath(bundle)) {
             return files.exists(bundle);
         }
         const auto found = provided.lower_bound(name);
-        for (auto entry = found; entry != provided.end() && entry->starts_with(name); ++entry) {
-            const std::wstring rest = entry->substr(name.size());
-            if (rest.empty() || rest.starts_with(L"_") || rest == L".jar") {
+        for (auto entry = found; entry != provided.end() && entry->first.starts_with(name); ++entry) {
+            const std::wstring rest = entry->first.substr(name.size());
+            const bool isBundle = entry->second || rest.ends_with(L".jar");
+            if (rest.empty() || rest == L".jar" || (rest.starts_with(L"_") && isBundle)) {
                 return true;
             }
         }

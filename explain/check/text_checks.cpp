@@ -489,7 +489,7 @@ private:
                 add(rules::eatenBackslash, Severity::warning, trials[i].line,
                     "a single backslash is in the value: " + shown(trials[i].text),
                     "It is an escape and disappears: the value is \"" + toUtf8(once.front().value) + "\".",
-                    "Write forward slashes in paths, or each backslash twice.");
+                    "Write forward slashes in paths, or each backslash twice and none at the end.");
             }
         }
     }
@@ -502,8 +502,9 @@ private:
         const std::string key = toUtf8(entry.key);
         if (!entry.value.empty() && isBlank(static_cast<char>(entry.value.back() & 0x7F)) &&
             entry.value.back() <= L' ') {
-            add(rules::trailingSpace, Severity::warning, number, "a tab is at the end of the value of " + key,
-                "It is part of the value: only blanks are removed.", "Remove it.");
+            const std::string what = entry.value.back() == L' ' ? "a blank" : "a tab";
+            add(rules::trailingSpace, Severity::warning, number,
+                what + " is at the end of the value of " + key, "It is part of the value.", "Remove it.");
         }
         const bool hasRemark =
             entry.value.find(L" #") != std::wstring::npos || entry.value.find(L"\t#") != std::wstring::npos;

@@ -53,4 +53,11 @@ TEST(ResolvedDrivePath, LeavesParentDirectories) {
     }
 }
 
+TEST(RelativePath, IsWhatFollowsTheDirectory) {
+    EXPECT_EQ(explain::relativeTo(L"C:/a/b/c", L"C:\\a\\"), L"b\\c");
+    EXPECT_EQ(explain::relativeTo(L"C:\\a\\b", L"C:\\"), L"a\\b");
+    EXPECT_EQ(explain::relativeTo(L"C:\\a", L"C:\\a"), L"");
+    EXPECT_EQ(explain::relativeTo(L"C:\\", L"C:\\"), L"");
+}
+
 }  // namespace
