@@ -90,7 +90,9 @@ private:
             "The letter after the number of a message is no severity: many `E` lines are ordinary steps of "
             "a");
         line("good start, and some `I` lines report failures. The number is no identity either: several");
-        line("messages share one, so look for the words. `%ls`, `%s` and `%d` are replaced by what the message is");
+        line(
+            "messages share one, so look for the words. `%ls`, `%s` and `%d` are replaced by what the "
+            "message is");
         line("about. The log has no times, except in the lines of the lock.");
         line();
         line("Every good start logs these:");
