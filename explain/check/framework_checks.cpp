@@ -245,8 +245,9 @@ private:
         }
         Provided provided;
         for (const std::wstring& directory : pluginDirectories()) {
+            const std::wstring beginning = directory + L"\\";
             for (const std::wstring& name : files.namesIn(directory)) {
-                provided[name] = files.isDirectory(directory + L"\\" + name);
+                provided[name] = files.isDirectory(beginning + name);
             }
         }
         const std::string& list = bundles->value;
