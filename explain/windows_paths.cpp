@@ -59,6 +59,15 @@ std::optional<std::wstring> resolvedDrivePath(const simulation::Machine& machine
     return fullDrivePath(isResolved ? machine.fullPath(path) : path);
 }
 
+std::wstring withoutQuotes(std::wstring element) {
+    std::erase(element, L'"');
+    return element;
+}
+
+std::wstring iniBeside(const std::wstring& program) {
+    return program.substr(0, program.rfind(L'.')) + L".ini";
+}
+
 bool beginsWithDrive(const std::wstring& path) {
     return hasDrive(plainForm(path));
 }

@@ -24,6 +24,12 @@ std::optional<std::wstring> fullDrivePath(std::wstring path);
 // The same for a path as a program gives it to Windows, which resolves `.` and `..` except after `\\?\`.
 std::optional<std::wstring> resolvedDrivePath(const simulation::Machine& machine, const std::wstring& path);
 
+// An element of a command line without its double quotes, which no path has.
+std::wstring withoutQuotes(std::wstring element);
+
+// The path of the .ini file beside a program, from which it reads its options.
+std::wstring iniBeside(const std::wstring& program);
+
 // True if the path begins with a drive and a separator.
 bool beginsWithDrive(const std::wstring& path);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "explain/check/encoding_checks.h"
 #include "explain/check/install_reading.h"
 #include "explain/check/key_checks.h"
 #include "explain/check/layout_checks.h"
@@ -42,7 +43,7 @@ bool hasUtf16(const InstallReading& reading) {
 void checkFiles(const InstallReading& reading, const StartOptions& options, Findings& findings) {
     const World world = buildWorld(options);
     checkTexts(reading, options, findings);
-    checkOtherTexts(reading, options, world, findings);
+    checkOtherEncodings(reading, options, world, findings);
     if (hasUtf16(reading)) {
         return;
     }

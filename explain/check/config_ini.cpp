@@ -106,6 +106,40 @@ private:
     }
 };
 
+std::string_view withoutBlanks(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+std::string_view firstPart(std::string_view text) {
+    return withoutBlanks(text.substr(0, text.find(':')));
+}
+
+// The name of a file may contain @.
+std::size_t endOfBundleName(std::string_view written) {
+    std::size_t at = written.find('@');
+    const bool isFile = written.find_first_of("/\\:") < at;
+    while (isFile && at != std::string_view::npos) {
+        const std::string_view part = firstPart(written.substr(at + 1));
+        if ((isStartLevel(part) && !part.empty()) || part.starts_with("start")) {
+            break;
+        }
+        at = written.find('@', at + 1);
+    }
+    return std::min(at, written.size());
+}
+
+ConfiguredBundle bundleOf(std::string_view written) {
+    const std::size_t end = endOfBundleName(written);
+    ConfiguredBundle bundle{std::string(written), std::string(withoutBlanks(written.substr(0, end))), {}};
+    for (std::string_view rest = written.substr(end); !rest.empty();) {
+        rest.remove_prefix(1);
+        bundle.start.emplace_back(firstPart(rest));
+        rest.remove_prefix(std::min(rest.find(':'), rest.size()));
+    }
+    return bundle;
+}
+
 }  // namespace
 
 std::vector<ConfigIniEntry> readConfigIni(const std::string& bytes) {
@@ -116,6 +150,20 @@ const ConfigIniEntry* findConfigIniEntry(const std::vector<ConfigIniEntry>& entr
     const auto found = std::find_if(entries.rbegin(), entries.rend(),
                                     [&](const ConfigIniEntry& entry) { return entry.key == key; });
     return found != entries.rend() ? &*found : nullptr;
+}
+
+std::vector<ConfiguredBundle> readBundles(const std::string& list) {
+    std::vector<ConfiguredBundle> bundles;
+    for (std::size_t begin = 0; begin < list.size();) {
+        const std::size_t end = std::min(list.find(',', begin), list.size());
+        bundles.push_back(bundleOf(withoutBlanks(std::string_view(list).substr(begin, end - begin))));
+        begin = end + 1;
+    }
+    return bundles;
+}
+
+bool isStartLevel(std::string_view text) {
+    return text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 }  // namespace explain

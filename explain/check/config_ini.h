@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace explain {
@@ -19,5 +20,17 @@ std::vector<ConfigIniEntry> readConfigIni(const std::string& bytes);
 
 // The entry with this key that the framework uses, which is the last one; null if there is none.
 const ConfigIniEntry* findConfigIniEntry(const std::vector<ConfigIniEntry>& entries, const std::string& key);
+
+// A bundle of osgi.bundles: <bundle>@<start level>:start, of which each part after the bundle may be missing.
+struct ConfiguredBundle {
+    std::string written;             // without the blanks around it
+    std::string bundle;              // what comes before the @
+    std::vector<std::string> start;  // the parts after it
+};
+
+std::vector<ConfiguredBundle> readBundles(const std::string& list);
+
+// True for a number, and for the empty text.
+bool isStartLevel(std::string_view text);
 
 }  // namespace explain

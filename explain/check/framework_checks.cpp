@@ -21,11 +21,6 @@ constexpr const char* noPlatform =
     "The framework's launcher does not find the framework: no platform comes up, although the launcher ends "
     "with 0.";
 
-std::wstring withoutQuotes(std::wstring text) {
-    std::erase(text, L'"');
-    return text;
-}
-
 // The path of a `file:` URL, or the text itself.
 std::wstring withoutScheme(std::wstring text) {
     constexpr std::wstring_view reference = L"reference:";
@@ -97,7 +92,7 @@ private:
             std::find_if(start.elements.begin(), start.elements.end(),
                          [](const Element& element) { return element.section == "program"; });
         const std::wstring path = program != start.elements.end() ? withoutQuotes(program->text) : L"";
-        const std::wstring ini = path.substr(0, path.rfind(L'.')) + L".ini";
+        const std::wstring ini = iniBeside(path);
         const std::string text = files.isFile(ini) ? world.machine->readFile(ini).value_or("") : "";
         return text.find("-install") != std::string::npos || text.find("osgi.") != std::string::npos;
     }
@@ -250,11 +245,8 @@ private:
                 provided[name] = files.isDirectory(beginning + name);
             }
         }
-        const std::string& list = bundles->value;
-        for (std::size_t begin = 0; begin < list.size();) {
-            const std::size_t end = std::min(list.find(',', begin), list.size());
-            checkBundle(list.substr(begin, end - begin), bundles->line, provided);
-            begin = end + 1;
+        for (const ConfiguredBundle& bundle : readBundles(bundles->value)) {
+            checkBundle(fromUtf8(bundle.bundle), bundles->line, provided);
         }
     }
 
@@ -270,10 +262,7 @@ private:
         return directories;
     }
 
-    void checkBundle(std::string bundle, std::size_t number, const Provided& provided) {
-        bundle.resize(bundle.find_last_not_of(" \t") + 1);
-        bundle.erase(0, std::min(bundle.find_first_not_of(" \t"), bundle.size()));
-        const std::wstring place = fromUtf8(bundle.substr(0, bundle.find('@')));
+    void checkBundle(const std::wstring& place, std::size_t number, const Provided& provided) {
         const std::wstring name = withoutScheme(place);
         const bool isFile = place.starts_with(L"file:") || place.starts_with(L"reference:file:");
         const bool isOther =

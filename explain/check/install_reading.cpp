@@ -18,6 +18,7 @@
 #include "properties/property_reader.h"
 #include "properties/substitution.h"
 #include "properties/token_scan.h"
+#include "provisioning/platform_xml.h"
 
 namespace explain {
 
@@ -66,6 +67,18 @@ std::optional<TokenText> unknownTokenOf(const std::wstring& value, const Propert
     return found != tokens.end() ? std::optional(*found) : std::nullopt;
 }
 
+// Whether the launcher makes a user's platform.xml: it tries, with a template that is there.
+bool makesPlatformXml(const PropertyList& launcherProperties) {
+    simulation::Machine machine;
+    machine.writeFile(L"C:\\base\\platform.xml", "");
+    machine.run({L"C:\\launcher"}, [&] {
+        zellauncher::readInstallConfiguration(launcherProperties);
+        zellauncher::seedPlatformXml(L"C:\\user", L"C:\\base", launcherProperties, true);
+        return 0;
+    });
+    return machine.exists(L"C:\\user\\org.eclipse.update\\platform.xml");
+}
+
 class Reader {
 public:
     explicit Reader(const StartOptions& startOptions) : options(startOptions), world(buildWorld(options)) {
@@ -84,6 +97,7 @@ public:
             reading.userTemplate = fileAt(world, reading.userTemplate.path);
             reading.configIni = fileAt(world, reading.configIni.path);
             reading.platformXml = fileAt(world, reading.platformXml.path);
+            reading.makesPlatformXml = makesPlatformXml(completed);
             runAsLauncher(world, options, [&] { makeUserProperties(); });
             runAsLauncher(world, options, [&] { readRunProperties(); });
         }

@@ -55,6 +55,7 @@ struct InstallReading {
     InstallFile userTemplate;  // zelinstall.properties of the base location, as the next two
     InstallFile configIni;
     InstallFile platformXml;
+    bool makesPlatformXml = false;  // for each user, if the template is there
     InstallFile jvmProperties;
     // What the launcher makes of the template; from its lines to those that they were made from.
     Entries made;

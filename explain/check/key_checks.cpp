@@ -24,7 +24,6 @@ using zellauncher::PropertyEntry;
 constexpr const char* launcherFile = "zellauncher.properties";
 constexpr const char* templateFile = "zelinstall.properties";
 constexpr const char* jvmFile = "jvm.properties";
-constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
 
 // Whether a key is there is a question about the text, so nothing is recorded for it.
 const PropertyEntry* find(const std::wstring& key, const Entries& list) {
@@ -325,7 +324,7 @@ private:
             return std::find(std::begin(knownKeys), std::end(knownKeys), entry.key) != std::end(knownKeys);
         };
         for (const ConfigIniEntry& entry : configIni) {
-            if (entry.key.starts_with(byteOrderMark)) {
+            if (entry.key.starts_with(utf8Mark)) {
                 continue;  // the check of the text says so
             }
             const auto* meant =
@@ -337,46 +336,16 @@ private:
         }
     }
 
-    // <bundle>@<start level>:start, separated by commas; each part after the bundle may be missing.
     void checkBundleList() {
-        const ConfigIniEntry* bundles = findConfigIniEntry(configIni, "osgi.bundles");
-        const std::string_view list = bundles != nullptr ? bundles->value : std::string_view();
-        for (std::size_t begin = 0; begin < list.size();) {
-            const std::size_t end = std::min(list.find(',', begin), list.size());
-            checkBundleStart(list.substr(begin, end - begin), bundles->line);
-            begin = end + 1;
-        }
-    }
-
-    void checkBundleStart(std::string_view bundle, std::size_t line) {
-        std::string_view rest = bundle.substr(std::min(endOfBundleName(bundle), bundle.size()));
-        while (!rest.empty()) {
-            rest.remove_prefix(1);
-            const std::string_view part = firstPart(rest);
-            if (!isStartLevel(part) && part != "start") {
-                addBundleStart(std::string(withoutBlanks(bundle)), std::string(part), line);
-                return;
+        const ConfigIniEntry* list = findConfigIniEntry(configIni, "osgi.bundles");
+        for (const ConfiguredBundle& bundle : readBundles(list != nullptr ? list->value : "")) {
+            const auto unknown =
+                std::find_if(bundle.start.begin(), bundle.start.end(),
+                             [](const std::string& part) { return !isStartLevel(part) && part != "start"; });
+            if (unknown != bundle.start.end()) {
+                addBundleStart(bundle.written, *unknown, list->line);
             }
-            rest.remove_prefix(std::min(rest.find(':'), rest.size()));
         }
-    }
-
-    // The name of a file may contain @.
-    static std::size_t endOfBundleName(std::string_view bundle) {
-        std::size_t at = bundle.find('@');
-        const bool isFile = bundle.find_first_of("/\\:") < at;
-        while (isFile && at != std::string_view::npos) {
-            const std::string_view part = firstPart(bundle.substr(at + 1));
-            if ((isStartLevel(part) && !part.empty()) || part.starts_with("start")) {
-                break;
-            }
-            at = bundle.find('@', at + 1);
-        }
-        return at;
-    }
-
-    static std::string_view firstPart(std::string_view text) {
-        return withoutBlanks(text.substr(0, text.find(':')));
     }
 
     void addBundleStart(const std::string& bundle, const std::string& part, std::size_t line) {
@@ -395,16 +364,6 @@ private:
                        : "The framework ignores " + part + ".",
                    isBundle ? "Separate bundles by commas."
                             : "Write @start, @<start level> or @<start level>:start.");
-    }
-
-    static std::string_view withoutBlanks(std::string_view text) {
-        constexpr std::string_view blanks = " \t";
-        text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-        return text.substr(0, text.find_last_not_of(blanks) + 1);
-    }
-
-    static bool isStartLevel(std::string_view text) {
-        return text.find_first_not_of("0123456789") == std::string_view::npos;
     }
 
     void addSimilarInConfigIni(const ConfigIniEntry& entry, const std::string& meant) {

@@ -30,11 +30,6 @@ constexpr const char* noJvmStart =
 constexpr const char* noMainClass =
     "The JVM may not find the platform's main class; it then ends at once, while the launcher ends with 0.";
 
-std::wstring withoutQuotes(std::wstring text) {
-    std::erase(text, L'"');
-    return text;
-}
-
 class CommandCheck {
 public:
     CommandCheck(const InstallReading& theReading, const StartOptions& startOptions, const World& theWorld,
@@ -109,7 +104,7 @@ private:
     // The native launcher finds its library through the eclipse.ini beside it, or beside itself.
     void checkNativeLibrary(const std::wstring& program) {
         const std::wstring directory = program.substr(0, program.rfind(L'\\'));
-        const std::wstring ini = program.substr(0, program.rfind(L'.')) + L".ini";
+        const std::wstring ini = iniBeside(program);
         const std::optional<NamedPath> named = libraryOf(ini);
         if (!named) {
             const std::string file = toUtf8(installName(options, ini));
@@ -436,10 +431,7 @@ private:
     }
 
     void checkPlatformXml() {
-        const zellauncher::PropertyEntry* managed = launcherEntry(L"update.policy.managed");
-        const bool isMade = reading.kind != InstallConfigurationKind::userpb &&
-                            (managed == nullptr || managed->value != L"false");
-        if (isMade && !reading.platformXml.exists) {
+        if (reading.makesPlatformXml && !reading.platformXml.exists) {
             files.add(rules::missingFile, Severity::warning, reading.platformXml.path, 0,
                       "the template platform.xml is missing",
                       "Users get none; nothing says so without -debug.",

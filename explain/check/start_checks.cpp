@@ -59,11 +59,6 @@ Quoting quotingOf(const std::wstring& argument) {
     return all.size() == 3 ? Quoting::whole : Quoting::inPieces;
 }
 
-std::wstring withoutQuotes(std::wstring text) {
-    std::erase(text, L'"');
-    return text;
-}
-
 bool hasKey(const Entries& list, const wchar_t* key) {
     return std::any_of(list.begin(), list.end(), [&](const auto& entry) { return entry.key == key; });
 }

@@ -7,16 +7,10 @@
 #include "configuration/install_identity.h"
 #include "configuration/install_kind.h"
 #include "explain/catalogue.h"
-#include "explain/check/config_ini.h"
-#include "explain/check/file_findings.h"
 #include "explain/check/key_checks.h"
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
 #include "explain/property_files.h"
-#include "explain/windows_paths.h"
-#include "javalaunch/launch_command.h"
-#include "javalaunch/platform_arguments.h"
-#include "provisioning/platform_xml.h"
 #include "simulation/machine.h"
 
 namespace explain {
@@ -25,17 +19,12 @@ namespace {
 
 using zellauncher::PropertyEntry;
 
-constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 constexpr char endMark = '\x1A';            // Ctrl-Z, which ends a file in text mode
 constexpr std::size_t suspectLength = 500;  // shorter lines are never too long
 constexpr std::size_t shownLength = 60;
 
 bool isBlank(char letter) {
     return letter == ' ' || (letter >= '\t' && letter <= '\r');
-}
-
-bool isAscii(char letter) {
-    return static_cast<unsigned char>(letter) < 0x80;
 }
 
 bool isHexDigit(char letter) {
@@ -228,8 +217,7 @@ private:
         if (isLast && isIdentityLost && !rest.empty()) {
             add(rules::ctrlZ, Severity::error, number, "there is a Ctrl-Z (0x1A) before the end of the file",
                 "The launcher appends zel.install.id after it and never reads it, so every start makes "
-                "another "
-                "identity.",
+                "another identity.",
                 "Remove the character.");
             return;
         }
@@ -287,7 +275,7 @@ private:
         if (number == 1 && content.starts_with(utf8Mark)) {
             content.remove_prefix(utf8Mark.size());
         }
-        if (!std::all_of(content.begin(), content.end(), isAscii)) {
+        if (!isAscii(content)) {
             addNonAscii(checked);
         }
     }
@@ -550,169 +538,7 @@ private:
     }
 };
 
-// --- Files that others read --------------------------------------------------------------------------
-
-class OtherTextCheck {
-public:
-    OtherTextCheck(const InstallReading& theReading, const StartOptions& startOptions, const World& theWorld,
-                   Findings& all)
-        : reading(theReading), options(startOptions), world(theWorld), findings(all) {}
-
-    void run() {
-        findNativeIni();
-        checkConfigIni();
-        if (isUtf16(reading.platformXml.bytes) && isPlatformXmlCopied()) {
-            add(rules::utf16, Severity::error, reading.platformXml.path, 1, "the file is UTF-16",
-                "The launcher copies it as text of one byte per character: a user's copy is damaged.",
-                "Save the file as UTF-8.");
-        }
-        if (isUtf16(nativeIni.bytes)) {
-            add(rules::utf16, Severity::warning, nativeIni.path, 1, "the file is UTF-16",
-                "The native platform launcher reads one byte as one character and finds none of the options.",
-                "Save the file as plain ASCII or UTF-8.");
-        }
-    }
-
-private:
-    const InstallReading& reading;
-    const StartOptions& options;
-    const World& world;
-    Findings& findings;
-    InstallFile nativeIni;
-
-    void findNativeIni() {
-        const std::wstring program = nativeLauncher();
-        nativeIni.path = program.substr(0, program.rfind(L'.')) + L".ini";
-        nativeIni.exists = FileFindings(options, world, findings).isFile(nativeIni.path);
-        if (nativeIni.exists) {
-            nativeIni.bytes = world.machine->readFile(nativeIni.path).value_or("");
-        }
-    }
-
-    void add(const char* rule, Severity severity, const std::wstring& path, std::size_t line,
-             std::string text, std::string consequence, std::string remedy) {
-        addFinding(findings, rule, severity, {installName(options, path), line, L""}, std::move(text),
-                   std::move(consequence), std::move(remedy));
-    }
-
-    // Java reads one byte as one character, too.
-    void checkConfigIni() {
-        const std::wstring& path = reading.configIni.path;
-        if (isUtf16(reading.configIni.bytes)) {
-            add(rules::utf16, Severity::error, path, 1, "the file is UTF-16",
-                "The framework reads one byte as one character and finds none of the keys: no platform comes "
-                "up, although the launcher ends with 0.",
-                "Save the file as plain ASCII, with \\uXXXX for other characters.");
-            return;
-        }
-        const std::vector<ConfigIniEntry> entries = readConfigIni(reading.configIni.bytes);
-        if (reading.configIni.exists && !reading.isDirectJavaStart && entries.empty() &&
-            isFrameworkShipped() && !isBundleListElsewhere()) {
-            add(rules::missingKey, Severity::error, path, 0, "the file has no keys",
-                "The framework starts no bundle: no platform comes up, although the launcher ends with 0.",
-                "Add osgi.bundles to " + toUtf8(installName(options, path)) + ".");
-        }
-        for (const ConfigIniEntry& entry : entries) {
-            std::string_view written = entry.written;
-            if (entry.line == 1 && written.starts_with(utf8Mark)) {
-                written.remove_prefix(utf8Mark.size());
-                checkMark(std::string(keyBefore(written, "=: \t")));
-            }
-            if (std::all_of(written.begin(), written.end(), isAscii)) {
-                continue;
-            }
-            if (isUtf8(written)) {
-                add(rules::nonAscii, Severity::warning, path, entry.line, "the line has characters in UTF-8",
-                    "The framework reads one byte as one character: each becomes two or more others.",
-                    "Write \\uXXXX for each of these characters.");
-            } else {
-                add(rules::nonAscii, Severity::note, path, entry.line, "the line has bytes above 0x7F",
-                    "The framework reads them as ISO 8859-1.", "If something else is meant, write \\uXXXX.");
-            }
-        }
-    }
-
-    // Otherwise the platform may have another framework, which needs no such file.
-    bool isFrameworkShipped() const {
-        const ExpandedValue* area = reading.value(L"-Dosgi.install.area");
-        const auto path = area != nullptr ? fullDrivePath(area->text) : std::nullopt;
-        const std::vector<std::wstring> names =
-            path ? FileFindings(options, world, findings).namesIn(*path + L"\\plugins")
-                 : std::vector<std::wstring>();
-        return std::any_of(names.begin(), names.end(),
-                           [](const std::wstring& name) { return name.starts_with(L"org.eclipse.osgi_"); });
-    }
-
-    bool isBundleListElsewhere() const {
-        const bool isInIni = nativeIni.bytes.find("osgi.") != std::string::npos;
-        return isInIni ||
-               std::any_of(reading.values.begin(), reading.values.end(), [](const ExpandedValue& value) {
-                   const std::wstring line = value.key + L"=" + value.text;
-                   return line.find(L"osgi.bundles") != std::wstring::npos ||
-                          line.find(L"osgi.framework") != std::wstring::npos ||
-                          line.find(L"osgi.sharedConfiguration") != std::wstring::npos;
-               });
-    }
-
-    void checkMark(const std::string& key) {
-        const bool isKey = !key.empty() && key.front() != '#' && key.front() != '!';
-        const bool isFatal = key == "osgi.bundles";
-        add(rules::byteOrderMark, isFatal ? Severity::error : (isKey ? Severity::warning : Severity::note),
-            reading.configIni.path, 1, "the file begins with a byte-order mark",
-            isFatal ? "It becomes part of the first key, so the framework does not find osgi.bundles: no "
-                      "platform comes up, although the launcher ends with 0."
-            : isKey ? "It becomes part of the first key, so the framework does not find " + key + "."
-                    : "To the framework the first line is a key of its own, which does no harm.",
-            "Save the file without a byte-order mark (\"UTF-8 without BOM\" or ASCII).");
-    }
-
-    // Not every install has a platform.xml of the launcher for its users.
-    bool isPlatformXmlCopied() const {
-        constexpr const wchar_t* user = L"C:\\zelexplain\\platform";
-        world.machine->run({launcherPath(options)}, [&] {
-            const zellauncher::PropertyList list = listOf(reading.launcherProperties.entries);
-            zellauncher::readInstallConfiguration(list);
-            zellauncher::seedPlatformXml(user, reading.baseLocation.value_or(L""), list, true);
-            return 0;
-        });
-        return world.machine->exists(std::wstring(user) + L"\\org.eclipse.update\\platform.xml");
-    }
-
-    // As the launcher puts it into the command; empty if there is none.
-    std::wstring nativeLauncher() const {
-        std::wstring program;
-        if (reading.isDirectJavaStart) {
-            return program;
-        }
-        world.machine->run({launcherPath(options)}, [&] {
-            zellauncher::PropertyList user;
-            for (const ExpandedValue& value : reading.values) {
-                user.push_back({value.key, value.text});
-            }
-            zellauncher::resetLaunchCommand();
-            zellauncher::appendLauncherProgram(user, listOf(reading.launcherProperties.entries));
-            program = zellauncher::launchCommand;
-            return 0;
-        });
-        std::erase_if(program, [](wchar_t unit) { return unit == L'"' || unit == L'\0'; });
-        return program;
-    }
-
-    static zellauncher::PropertyList listOf(const Entries& entries) {
-        zellauncher::PropertyList list;
-        for (const PropertyEntry& entry : entries) {
-            list.push_back(entry);
-        }
-        return list;
-    }
-};
-
 }  // namespace
-
-void checkOtherTexts(const InstallReading& reading, const StartOptions& options, const World& world,
-                     Findings& findings) {
-    OtherTextCheck(reading, options, world, findings).run();
-}
 
 void checkPropertyText(const std::string& name, const InstallFile& file, Appended appended,
                        Findings& findings) {

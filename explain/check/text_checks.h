@@ -19,9 +19,4 @@ enum class Appended {
 void checkPropertyText(const std::string& name, const InstallFile& file, Appended appended,
                        Findings& findings);
 
-// Encoding of the files that others than the launcher read: config.ini, platform.xml, and the .ini file
-// beside the native platform launcher. `world` is a machine that shows the install.
-void checkOtherTexts(const InstallReading& reading, const StartOptions& options, const World& world,
-                     Findings& findings);
-
 }  // namespace explain
