@@ -17,9 +17,6 @@ bool isUtf16(std::string_view bytes);
 // The byte-order mark of a text in UTF-8.
 inline constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
-// True if all bytes are below 0x80.
-bool isAscii(std::string_view bytes);
-
 // The log is 8-bit text, one byte per character.
 std::string logLineToUtf8(std::string_view bytes);
 

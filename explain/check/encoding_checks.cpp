@@ -8,6 +8,7 @@
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
 #include "explain/windows_paths.h"
+#include "foundation/byte_scan.h"
 #include "javalaunch/launch_command.h"
 #include "javalaunch/platform_arguments.h"
 
@@ -80,7 +81,7 @@ private:
                 written.remove_prefix(utf8Mark.size());
                 checkMark(entry.key.substr(utf8Mark.size()));
             }
-            if (isAscii(written)) {
+            if (zellauncher::isAscii(written)) {
                 continue;
             }
             if (isUtf8(written)) {

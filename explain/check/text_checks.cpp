@@ -11,6 +11,7 @@
 #include "explain/check/rules.h"
 #include "explain/encoding.h"
 #include "explain/property_files.h"
+#include "foundation/byte_scan.h"
 #include "simulation/machine.h"
 
 namespace explain {
@@ -275,7 +276,7 @@ private:
         if (number == 1 && content.starts_with(utf8Mark)) {
             content.remove_prefix(utf8Mark.size());
         }
-        if (!isAscii(content)) {
+        if (!zellauncher::isAscii(content)) {
             addNonAscii(checked);
         }
     }
