@@ -1,7 +1,6 @@
 #include "foundation/text_stream.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 
 #include "foundation/byte_scan.h"
@@ -34,23 +33,8 @@ bool cutAtEndMark(TextStream& text) {
     return isFound;
 }
 
-// Makes each CR LF one line feed, from one carriage return to the next.
-void foldLineEnds(std::string& bytes) {
-    std::size_t kept = 0;
-    for (std::size_t begin = 0; begin < bytes.size();) {
-        const std::size_t end = begin + findAny<'\r'>(std::string_view(bytes).substr(begin));
-        std::memmove(bytes.data() + kept, bytes.data() + begin, end - begin);
-        kept += end - begin;
-        if (end < bytes.size() && !std::string_view(bytes).substr(end).starts_with("\r\n")) {
-            bytes[kept++] = '\r';
-        }
-        begin = end + 1;
-    }
-    bytes.resize(kept);
-}
-
-// Replaces the text that was read ahead by the next characters of the file in text mode. A block that ends
-// with a CR is read on, because a line feed may follow.
+// Replaces the bytes that were read ahead by the next ones of the file. A block that ends with a CR is read
+// on, because a line feed may follow.
 void readAhead(TextStream& text) {
     text.readAhead.clear();
     text.readPosition = 0;
@@ -60,16 +44,21 @@ void readAhead(TextStream& text) {
             break;
         }
     }
-    foldLineEnds(text.readAhead);
     text.endOfFile = text.readAhead.empty();
 }
 
-// The next characters in text mode, without consuming them; none only at the end.
+// The next bytes, without consuming them; none only at the end. The first is a character in text mode: the CR
+// of a CR LF is skipped.
 std::string_view unread(TextStream& text) {
     if (text.readPosition == text.readAhead.size() && !atEnd(text)) {
         readAhead(text);
     }
-    return std::string_view(text.readAhead).substr(text.readPosition);
+    std::string_view next = std::string_view(text.readAhead).substr(text.readPosition);
+    if (next.starts_with("\r\n")) {
+        ++text.readPosition;
+        next.remove_prefix(1);
+    }
+    return next;
 }
 
 void consume(TextStream& text, std::size_t count) {
@@ -98,6 +87,37 @@ bool removeFinalEndMark(platform::Stream* stream, bool appends) {
 
 bool isWhiteSpace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+std::size_t whiteSpaceEnd(std::string_view bytes, std::size_t begin) {
+    while (begin < bytes.size() && isWhiteSpace(bytes[begin])) {
+        ++begin;
+    }
+    return begin;
+}
+
+// As many of the bytes as belong to a line that has this many characters already.
+std::string_view lineAt(std::string_view bytes, std::size_t already = 0) {
+    const std::size_t most = lineCharacters - already;
+    const std::size_t end = findAny<'\n'>(bytes.substr(0, most + 2));
+    const std::string_view line = bytes.substr(0, end);
+    const bool endsInCrLf = end < bytes.size() && line.ends_with('\r');
+    return line.substr(0, std::min(most, end - (endsInCrLf ? 1 : 0)));
+}
+
+// Reads a line and the white space after it that do not end in what was read ahead.
+std::string_view gatheredLine(TextStream& text) {
+    text.gathered.clear();
+    for (std::string_view next = unread(text); !next.empty(); next = unread(text)) {
+        const std::string_view part = lineAt(next, text.gathered.size());
+        if (part.empty()) {
+            break;
+        }
+        text.gathered += part;
+        consume(text, part.size());
+    }
+    skipWhiteSpace(text);
+    return text.gathered;
 }
 
 bool isDigit(int character) {
@@ -146,46 +166,40 @@ bool atEnd(const TextStream& text) {
 }
 
 ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
-    std::string bytes;
+    std::string_view bytes;
     const ScanResult result = scanLine(text, blanks, bytes);
     line = widen(bytes);
     return result;
 }
 
-ScanResult scanLine(TextStream& text, LineBlanks blanks, std::string& line) {
-    line.clear();
+ScanResult scanLine(TextStream& text, LineBlanks blanks, std::string_view& line) {
+    line = {};
     if (blanks == LineBlanks::skipLeading) {
         skipWhiteSpace(text);
     }
-    const int first = peekCharacter(text);
-    if (first == noCharacter) {
+    const std::string_view next = unread(text);
+    if (next.empty()) {
         return ScanResult::endOfData;
     }
-    if (first == '\n') {
+    if (next.front() == '\n') {
         return ScanResult::nothing;
     }
     text.position.beginLine();
-    bool isAtLineEnd = false;
-    while (!isAtLineEnd && line.size() < lineCharacters) {
-        const std::string_view rest = unread(text).substr(0, lineCharacters - line.size());
-        const std::size_t length = findAny<'\n'>(rest);
-        isAtLineEnd = rest.empty() || length < rest.size();
-        line += rest.substr(0, length);
-        consume(text, length);
+    line = lineAt(next);
+    const std::size_t end = whiteSpaceEnd(next, line.size());
+    if (end < next.size()) {
+        consume(text, end);
+    } else {
+        line = gatheredLine(text);
     }
-    skipWhiteSpace(text);
-    line.resize(findAny<'\0'>(line));
+    line = line.substr(0, findAny<'\0'>(line));
     return ScanResult::matched;
 }
 
 void skipWhiteSpace(TextStream& text) {
     for (std::string_view next = unread(text); !next.empty() && isWhiteSpace(next.front());
          next = unread(text)) {
-        std::size_t count = 1;
-        while (count < next.size() && isWhiteSpace(next[count])) {
-            ++count;
-        }
-        consume(text, count);
+        consume(text, whiteSpaceEnd(next, 0));
     }
 }
 

@@ -17,9 +17,10 @@ namespace zellauncher {
 // closeTextStream. The reading state is valid until the next rewind.
 struct TextStream {
     platform::Stream* stream = nullptr;
-    std::string readAhead;         // characters in text mode, read from the file block by block
-    std::size_t readPosition = 0;  // index of the next character in readAhead
-    bool hasEndMark = false;       // a Ctrl-Z follows the characters in readAhead
+    std::string readAhead;         // bytes, read from the file block by block
+    std::size_t readPosition = 0;  // index of the next byte in readAhead
+    std::string gathered;          // a line of which readAhead has had only parts
+    bool hasEndMark = false;       // a Ctrl-Z follows the bytes in readAhead
     bool endOfFile = false;        // a read reached the end of the file or a Ctrl-Z
     bool hasFailed = false;        // a read failed, which also ends the file
     [[no_unique_address]] FilePosition position;
@@ -52,8 +53,9 @@ bool atEnd(const TextStream& text);
 //   endOfData  the file ended before any character
 ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line);
 
-// The same with the characters as bytes, which a large file is read by.
-ScanResult scanLine(TextStream& text, LineBlanks blanks, std::string& line);
+// The same with the characters as bytes, which a large file is read by. `line` is valid until the next call
+// for this stream.
+ScanResult scanLine(TextStream& text, LineBlanks blanks, std::string_view& line);
 
 // Skips white space, for example an empty first line.
 void skipWhiteSpace(TextStream& text);

@@ -13,13 +13,12 @@ namespace zellauncher {
 // keys stay in the list: `keyAt(position)` is the key of an entry.
 class PropertyIndex {
 public:
-    // Adds the entry at this position, unless an earlier entry has its key.
+    // Adds the entry at this position with this key, unless an earlier entry has the key.
     template <typename KeyAt>
-    void add(std::size_t position, KeyAt keyAt) {
+    void add(std::size_t position, std::string_view key, KeyAt keyAt) {
         if (4 * (used + 1) > 3 * slots.size()) {
             grow();
         }
-        const std::string_view key = keyAt(position);
         const std::uint32_t hash = hashOf(key);
         Slot& slot = slots[slotOf(key, hash, keyAt)];
         if (slot.position == none) {

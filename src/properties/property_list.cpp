@@ -63,20 +63,11 @@ char unescapedUnit(std::string_view bytes, std::size_t& position) {
     return bytes[position];
 }
 
-template <char unit>
-std::size_t findUnit(const std::wstring& text) {
-    return std::min(text.find(wchar_t{unit}), text.size());
-}
-
-template <char unit>
-std::size_t findUnit(const std::string& bytes) {
-    return findAny<unit>(bytes);
-}
-
+// Resolves the escapes, of which the first is at this position.
 template <typename Unit>
-void unescape(std::basic_string<Unit>& text) {
-    std::size_t kept = findUnit<'\\'>(text);
-    for (std::size_t i = kept; i < text.size(); ++i) {
+void unescapeFrom(std::basic_string<Unit>& text, std::size_t first) {
+    std::size_t kept = first;
+    for (std::size_t i = first; i < text.size(); ++i) {
         if (text[i] != Unit{'\\'}) {
             text[kept++] = text[i];
             continue;
@@ -88,8 +79,6 @@ void unescape(std::basic_string<Unit>& text) {
         text[kept++] = text[i] == Unit{'u'} ? unescapedUnit(text, i) : text[i];
     }
     text.resize(kept);
-    trimSpacesOf(text);
-    text.resize(findUnit<'\0'>(text));
 }
 
 }  // namespace
@@ -133,7 +122,7 @@ void PropertyList::add(Text key, Text value, const TextSource& source) {
     try {
         entries.push_back(store(key, value));
         sources.add(source);
-        index.add(size() - 1, [&](std::size_t position) { return keyAt(position); });
+        index.add(size() - 1, keyOf(entries.back()), [&](std::size_t position) { return keyAt(position); });
     } catch (const std::bad_alloc&) {
         failOutOfMemory();
     }
@@ -166,8 +155,7 @@ const SourcedText& PropertyList::keptValueAt(std::size_t position) const {
     return known->second;
 }
 
-std::string_view PropertyList::keyAt(std::size_t position) const {
-    const Entry& entry = entries[position];
+std::string_view PropertyList::keyOf(const Entry& entry) const {
     return std::string_view(blocks[entry.block]).substr(entry.begin, entry.keyLength);
 }
 
@@ -235,11 +223,21 @@ void setPropertyValue(const std::wstring& key, const SourcedText& value, Propert
 }
 
 void unescapeValue(std::wstring& text) {
-    unescape(text);
+    unescapeFrom(text, std::min(text.find(L'\\'), text.size()));
+    trimSpaces(text);
+    text.resize(std::min(text.find(L'\0'), text.size()));
 }
 
-void unescapeValue(std::string& bytes) {
-    unescape(bytes);
+bool unescapeBytes(std::string& bytes) {
+    const std::size_t first = findAny<'\\'>(bytes);
+    if (first < bytes.size()) {
+        if (bytes.find("\\u", first) != std::string::npos) {
+            return false;
+        }
+        unescapeFrom(bytes, first);
+    }
+    trimSpaces(bytes);
+    return true;
 }
 
 void trimSpaces(std::wstring& text) {

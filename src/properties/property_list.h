@@ -68,7 +68,8 @@ private:
         std::uint32_t valueLength;
     };
 
-    std::string_view keyAt(std::size_t position) const;
+    std::string_view keyOf(const Entry& entry) const;
+    std::string_view keyAt(std::size_t position) const { return keyOf(entries[position]); }
     template <typename Text>
     void add(Text key, Text value, const TextSource& source);
     template <typename Text>
@@ -134,10 +135,12 @@ std::vector<PropertyEntry> findProperties(std::wstring_view prefix, const Proper
 void setPropertyValue(const std::wstring& key, const SourcedText& value, PropertyList& list);
 
 // Resolves the escapes of a value (`\\`, `\uXXXX`, and `\x` for any other character x), then trims
-// blanks. A NUL ends the value. Bytes, each of which is one character, must not contain `\u`, because not
-// every unit is a byte.
+// blanks. A NUL ends the value.
 void unescapeValue(std::wstring& text);
-void unescapeValue(std::string& bytes);
+
+// The same for bytes without NUL, each of which is one character. False, and nothing is changed, if they
+// contain `\u`, because not every unit is a byte.
+bool unescapeBytes(std::string& bytes);
 
 // Removes blanks (only U+0020) at both ends. A text of blanks only stays unchanged.
 void trimSpaces(std::wstring& text);

@@ -35,13 +35,13 @@ bool losesItsBackslash(char character) {
     return character == ' ' || character == '#' || character == ':' || character == '=';
 }
 
-bool isTooLong(const std::string& line) {
+bool isTooLong(std::string_view line) {
     return line.size() > plainLineLimit && !line.starts_with("arg");
 }
 
 // Appends one character to the key or the value; in a value, two backslashes are one character.
 // Returns the number of further characters consumed.
-std::size_t appendCharacter(LogicalLine& logical, const std::string& line, std::size_t position,
+std::size_t appendCharacter(LogicalLine& logical, std::string_view line, std::size_t position,
                             bool& valueStarted) {
     if (!logical.inValue) {
         logical.key += line[position];
@@ -74,7 +74,7 @@ void appendPlain(LogicalLine& logical, std::string_view text, bool& valueStarted
     logical.value += text;
 }
 
-void appendLine(LogicalLine& logical, const std::string& line) {
+void appendLine(LogicalLine& logical, std::string_view line) {
     if (!logical.isBegun && line.size() >= 2) {
         logical.jvmOptionLine = line.starts_with("-X");
     }
@@ -82,7 +82,7 @@ void appendLine(LogicalLine& logical, const std::string& line) {
     bool valueStarted = false;
     for (std::size_t i = 0; i < line.size(); ++i) {
         if (const std::size_t end = plainEnd(line, i, valueStarted); end > i) {
-            appendPlain(logical, std::string_view(line).substr(i, end - i), valueStarted);
+            appendPlain(logical, line.substr(i, end - i), valueStarted);
             i = end - 1;
             continue;
         }
@@ -107,16 +107,9 @@ void appendLine(LogicalLine& logical, const std::string& line) {
     }
 }
 
-// Whether an escape may be a unit that is not a byte.
-bool mayHaveWideUnit(const std::string& value) {
-    const std::size_t escape = findAny<'\\'>(value);
-    return escape < value.size() && value.find("\\u", escape) != std::string::npos;
-}
-
 void storeEntry(PropertyList& list, LogicalLine& logical) {
     const TextSource source = sourceAt(logical.begin, logical.key);
-    if (!mayHaveWideUnit(logical.value)) {
-        unescapeValue(logical.value);
+    if (unescapeBytes(logical.value)) {
         list.append(logical.key, logical.value, source);
         logDebugF(L"ZLNCH0024I:   value  = \"%s\"", logical.value);
         return;
@@ -156,7 +149,7 @@ void loadPropertyFile(const std::wstring& path, PropertyList& list) {
     }
     rewindTextStream(file);
     LogicalLine logical;
-    std::string line;
+    std::string_view line;
     while (!atEnd(file) && scanLine(file, LineBlanks::skipLeading, line) != ScanResult::endOfData) {
         logDebugF(L"ZLNCH0032I: Prop Line = \"%s\"", line);
         if (isTooLong(line)) {

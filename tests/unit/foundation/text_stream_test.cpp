@@ -201,6 +201,16 @@ TEST_F(TextStreams, LineHasAtMost2024Characters) {
     EXPECT_EQ(skippedLines("  " + longest + "y"), (Lines{wide, L"y"}));
 }
 
+TEST_F(TextStreams, CarriageReturnCountsTowardsTheLineLengthUnlessALineFeedFollows) {
+    const std::string almost(lineCharacters - 1, 'x');
+    const std::wstring wide(lineCharacters - 1, L'x');
+    EXPECT_EQ(keptLines(almost + "\ry\nnext"), (Lines{wide + L"\r", L"y", L"next"}));
+    EXPECT_EQ(keptLines(almost + "\r\r\nnext"), (Lines{wide + L"\r", L"next"}));
+    EXPECT_EQ(keptLines(almost + "x\r\r\nnext"), (Lines{wide + L"x", L"next"}));
+    EXPECT_EQ(keptLines(almost + "x\ry\nnext"), (Lines{wide + L"x", L"y", L"next"}));
+    EXPECT_EQ(keptLines(almost + "\r"), (Lines{wide + L"\r"}));
+}
+
 TEST_F(TextStreams, BlanksAfterACutLineAreLost) {
     const std::string longest(lineCharacters, 'x');
     const std::wstring wide(lineCharacters, L'x');

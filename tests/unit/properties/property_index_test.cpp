@@ -17,7 +17,8 @@ protected:
 
     void add(const std::string& key) {
         keys.push_back(key);
-        index.add(keys.size() - 1, [&](std::size_t position) { return std::string_view(keys[position]); });
+        index.add(keys.size() - 1, key,
+                  [&](std::size_t position) { return std::string_view(keys[position]); });
     }
 
     std::optional<std::size_t> find(const std::string& key) const {

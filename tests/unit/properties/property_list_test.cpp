@@ -160,6 +160,22 @@ TEST(Unescaping, ResolvesPairsUnitsAndOtherCharacters) {
     }
 }
 
+TEST(Unescaping, BytesAreResolvedUnlessTheyMayHaveAWideUnit) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"\\\\", "\\"}, {"a\\", "a"}, {" a\\ b ", "a b"}, {" \xE4 ", "\xE4"}, {"\\n\\U", "nU"},
+        {"u", "u"},     {"", ""}};
+    for (const auto& [bytes, expected] : cases) {
+        std::string unescaped = bytes;
+        EXPECT_TRUE(zellauncher::unescapeBytes(unescaped));
+        EXPECT_EQ(unescaped, expected);
+    }
+    for (const std::string bytes : {" \\u0041 ", " a\\\\u "}) {
+        std::string kept = bytes;
+        EXPECT_FALSE(zellauncher::unescapeBytes(kept));
+        EXPECT_EQ(kept, bytes);
+    }
+}
+
 TEST(Trimming, RemovesOnlyBlanks) {
     EXPECT_EQ(trimmed(L"  a b  "), L"a b");
     EXPECT_EQ(trimmed(L"\ta\t"), L"\ta\t");
