@@ -127,12 +127,6 @@ void logDebugF(std::wstring_view format, const std::wstring& argument) {
     }
 }
 
-void logDebugF(const wchar_t* format, std::string_view bytes) {
-    if (channel.isDebug) {
-        logDebugF(format, widen(bytes));
-    }
-}
-
 void logDebugArgs(const std::wstring& label, const std::vector<std::wstring>& words) {
     if (!channel.isDebug) {
         return;

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/text.h"
+
 // The launcher's log, its only output. Lines are held back in memory until a log file is open; the
 // first file gets the held-back lines, and all later lines go to it. Lines have no time and no level.
 // The launcher never closes the file; the normal end of the process does.
@@ -46,7 +48,11 @@ void logDebug(std::string_view text);
 // characters or more; the line is cut to 4000. The second form has the text as bytes, which are widened only
 // if debug lines are written.
 void logDebugF(std::wstring_view format, const std::wstring& argument);
-void logDebugF(const wchar_t* format, std::string_view bytes);
+inline void logDebugF(const wchar_t* format, std::string_view bytes) {
+    if (isLogDebug()) {
+        logDebugF(format, widen(bytes));
+    }
+}
 
 // Debug line `<label>="<argument>, <argument>, `: a comma and a blank after each argument, no closing
 // quote, no limit of length.
