@@ -218,23 +218,22 @@ def starts():
     measure = WINDOWS / "bench/bench_start_time.exe"
     bare = wine(measure, WINDOWS / "bench/bench_bare_starter.exe", child)
     own = wine(measure, LAUNCHER, "-data", r"C:\ws")
-    other = os.environ.get("ZELLAUNCHER_BENCH_OTHER")  # another build of the launcher
-    if other:
-        shutil.copy(other, INSTALL / "zel/other.exe")
+    if options.other:
+        shutil.copy(options.other, INSTALL / "zel/other.exe")
     for _ in range(3):
         output(own)
     rounds = []
     for _ in range(options.rounds):
         times = {"bare": float(output(bare)), "own": float(output(own))}
-        if other:
+        if options.other:
             times["other"] = float(output(wine(measure, LAUNCHER.replace("zellauncher.exe", "other.exe"),
                                                "-data", r"C:\ws")))
         rounds.append(times)
     add_row("from process start to the child, against a bare starter",
             spread(each["own"] / each["bare"] for each in rounds))
     add_row("the same, milliseconds more", f"{statistics.median((e['own'] - e['bare']) / 1e6 for e in rounds):.1f}")
-    if other:
-        add_row("against the other build", spread(each["own"] / each["other"] for each in rounds))
+    if options.other:
+        add_row("against the other launcher", spread(each["own"] / each["other"] for each in rounds))
 
 
 def queue():
@@ -379,6 +378,7 @@ parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.R
 parser.add_argument("parts", nargs="*", metavar="part", choices=[*PARTS, []])
 parser.add_argument("--rounds", type=int, default=50)
 parser.add_argument("--processor", type=int, default=0)
+parser.add_argument("--other", type=Path, help="another launcher, whose start is measured beside")
 parser.add_argument("--files", type=int, nargs="+", default=[10_000, 100_000], help="in the removed trees")
 parser.add_argument("--removals", type=int, default=4, help="rounds of each removal, an even number")
 options = parser.parse_args()
