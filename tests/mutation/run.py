@@ -19,7 +19,7 @@ import shlex
 import subprocess
 import sys
 import threading
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from pathlib import Path
 
 from mutants import mutants_of, read_operators
@@ -38,22 +38,32 @@ WHOLE_STARTS = ("scenarios", "faults", "stops")
 MEMORY_LIMIT = 4 << 30
 STACK_LIMIT = 1 << 20
 REQUIRED = 95  # per cent of each subsystem
+SLOW_TEST = 0.2  # seconds; slower ones run after the others
 # An index out of bounds ends the program.
 CHECKS = ["-w", "-D_GLIBCXX_ASSERTIONS"]
+
+
+@dataclass
+class Part:
+    """Some tests of a program."""
+
+    tests: str  # as a filter
+    seconds: float  # of processor time, without a mutant
+
+    def limit(self):
+        return int(self.seconds * 5) + 2
 
 
 @dataclass
 class Program:
     name: str
     link: list  # the command that links it
-    seconds: float = 0  # of processor time, without a mutant
+    parts: list = field(default_factory=list)  # the quick tests come first
+    times: dict = field(default_factory=dict)  # seconds of each test, without a mutant
 
-    def limit(self):
-        return int(self.seconds * 5) + 2
-
-    def limit_of_one_test(self):
-        """For a test that is run alone because the whole program took too long: far more than all of it takes."""
-        return int(self.seconds * 20) + 10
+    def limit_of_one_test(self, test):
+        """For a test that is run alone because its part took too long: far more than it takes."""
+        return int(self.times.get(test, sum(self.times.values())) * 20) + 10
 
 
 def run(command, **options):
@@ -122,6 +132,7 @@ class End:
 
     how: str  # empty if every test passed
     test: str = ""
+    times: dict = field(default_factory=dict)  # seconds of each test that passed
 
 
 def run_tests(executable, cpu_seconds, directory, test="*"):
@@ -140,7 +151,8 @@ def run_tests(executable, cpu_seconds, directory, test="*"):
     except subprocess.TimeoutExpired as expired:
         status, output = None, expired.stdout or b""
     if status == 0:
-        return End("")
+        return End("", times={name.decode(): int(time) / 1000
+                              for name, time in re.findall(rb"\[       OK \] ([\w/.]+) \((\d+) ms\)", output)})
     begun = re.findall(rb"\[ RUN      \] ([\w/.]+)", output)
     running = begun[-1].decode() if begun else ""
     if status in (None, -24, -9):  # SIGXCPU, SIGKILL
@@ -199,7 +211,7 @@ class Laboratory:
         names = [f"unit_{name}" for name in sorted({Path(file).parent.name for file in files})]
         self.programs = {name: Program(name, link_command(name))
                          for name in [*names, *(() if units_only else WHOLE_STARTS)]}
-        self.original_code = {}
+        self.original_code, self.optimised = {}, {}
         self.local = threading.local()
 
     def directory(self):
@@ -218,18 +230,22 @@ class Laboratory:
             mutant, code = self.builder.compile(self.directory(), file, Path(file).read_text())
             self.original_code[file] = code
             for program in self.programs_for(file):
-                if not program.seconds:
+                if not program.parts:
                     self.measure(program, mutant)
 
     def measure(self, program, mutant):
         executable = self.builder.link(self.directory(), program, mutant)
-        before = resource.getrusage(resource.RUSAGE_CHILDREN)
         end = run_tests(executable, 300, self.directory())
-        after = resource.getrusage(resource.RUSAGE_CHILDREN)
         if end.how:
             sys.exit(f"{program.name}: {end.test} {end.how} without a mutant")
-        program.seconds = after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
-        print(f"{program.name}: {program.seconds:.1f} s of processor time", flush=True)
+        program.times = end.times
+        slow = ":".join(test for test, seconds in end.times.items() if seconds > SLOW_TEST)
+        for tests in ("-" + slow, slow) if slow else ("*",):
+            before = resource.getrusage(resource.RUSAGE_CHILDREN)
+            run_tests(executable, 300, self.directory(), tests)
+            after = resource.getrusage(resource.RUSAGE_CHILDREN)
+            program.parts.append(Part(tests, after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime))
+        print(f"{program.name}: {sum(part.seconds for part in program.parts):.1f} s of processor time", flush=True)
 
     def examine(self, mutant):
         compiled = self.builder.compile(self.directory(), mutant.file, mutant.text)
@@ -248,23 +264,35 @@ class Laboratory:
             end = self.run_mutant(executable, program, killer_test if program.name == killer else "")
             if end.how:
                 return self.results.store(mutant, "killed", program.name, end)
-        original = Path(mutant.file).read_text()
-        optimised = self.builder.optimised_code(self.directory(), mutant.file, mutant.text)
-        if optimised == self.builder.optimised_code(self.directory(), mutant.file, original):
+        if self.optimised_code(mutant.file, mutant.text) == self.optimised_original(mutant.file):
             return self.results.store(mutant, "same code")
         return self.results.store(mutant, "survived")
 
+    def optimised_code(self, file, text):
+        return self.builder.optimised_code(self.directory(), file, text)
+
+    def optimised_original(self, file):
+        if file not in self.optimised:
+            self.optimised[file] = self.optimised_code(file, Path(file).read_text())
+        return self.optimised[file]
+
     def run_mutant(self, executable, program, first_test):
         if first_test:
-            end = run_tests(executable, program.limit_of_one_test(), self.directory(), first_test)
+            end = self.run_alone(executable, program, first_test)
             if end.how and end.test:
                 return end
-        end = run_tests(executable, program.limit(), self.directory())
-        if end.how != "does not end":
-            return end
-        # The whole program may only be slower. The test at which it was ended decides.
-        alone = run_tests(executable, program.limit_of_one_test(), self.directory(), end.test or "*")
-        return alone if alone.how else run_tests(executable, 10 * program.limit(), self.directory())
+        for part in program.parts:
+            end = run_tests(executable, part.limit(), self.directory(), part.tests)
+            if end.how == "does not end":
+                # The tests may only be slower. The one at which they were ended decides.
+                alone = self.run_alone(executable, program, end.test or part.tests)
+                end = alone if alone.how else run_tests(executable, 10 * part.limit(), self.directory(), part.tests)
+            if end.how:
+                return end
+        return End("")
+
+    def run_alone(self, executable, program, test):
+        return run_tests(executable, program.limit_of_one_test(test), self.directory(), test)
 
 
 def tests_digest(units_only):
