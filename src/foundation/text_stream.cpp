@@ -47,18 +47,12 @@ void readAhead(TextStream& text) {
     text.endOfFile = text.readAhead.empty();
 }
 
-// The next bytes, without consuming them; none only at the end. The first is a character in text mode: the CR
-// of a CR LF is skipped.
+// The next bytes, without consuming them; none only at the end.
 std::string_view unread(TextStream& text) {
     if (text.readPosition == text.readAhead.size() && !atEnd(text)) {
         readAhead(text);
     }
-    std::string_view next = std::string_view(text.readAhead).substr(text.readPosition);
-    if (next.starts_with("\r\n")) {
-        ++text.readPosition;
-        next.remove_prefix(1);
-    }
-    return next;
+    return std::string_view(text.readAhead).substr(text.readPosition);
 }
 
 void consume(TextStream& text, std::size_t count) {
@@ -66,6 +60,7 @@ void consume(TextStream& text, std::size_t count) {
     text.readPosition += count;
 }
 
+// A CR is one character here, also before a line feed.
 int peekCharacter(TextStream& text) {
     const std::string_view next = unread(text);
     return next.empty() ? noCharacter : static_cast<unsigned char>(next.front());
@@ -173,19 +168,15 @@ ScanResult scanLine(TextStream& text, LineBlanks blanks, std::wstring& line) {
 }
 
 ScanResult scanLine(TextStream& text, LineBlanks blanks, std::string_view& line) {
-    line = {};
     if (blanks == LineBlanks::skipLeading) {
         skipWhiteSpace(text);
     }
     const std::string_view next = unread(text);
-    if (next.empty()) {
-        return ScanResult::endOfData;
-    }
-    if (next.front() == '\n') {
-        return ScanResult::nothing;
+    line = lineAt(next);
+    if (line.empty()) {
+        return next.empty() ? ScanResult::endOfData : ScanResult::nothing;
     }
     text.position.beginLine();
-    line = lineAt(next);
     const std::size_t end = whiteSpaceEnd(next, line.size());
     if (end < next.size()) {
         consume(text, end);

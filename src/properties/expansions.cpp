@@ -55,7 +55,6 @@ void OpenExpansions::close(std::wstring text, std::ptrdiff_t position, Expansion
     Value value = std::move(values.back());
     values.pop_back();
     --timesOpen[value.name];
-    firstBeforeMove = std::min(firstBeforeMove, values.size());
     addProperty(value.expansion.firstProperty, known);
     value.expansion.text = std::move(text);
     value.expansion.position = position;

@@ -139,7 +139,6 @@ bool TokenScan::replace(const Token& token) {
 
 // The replacement is scanned next. False if it would be for ever.
 bool TokenScan::expand(const Token& token, const Resolution& resolution) {
-    open.addProperty(resolution.property, known);
     const std::wstring& value = resolution.replacement;
     const bool mayHaveTokens = value.find(L'$') != std::wstring::npos;
     const std::wstring name = mayHaveTokens ? nameOfExpansion(token) : std::wstring();

@@ -362,6 +362,27 @@ TEST_F(TextStreams, LineEndAcrossTwoBlocksIsOneLineFeed) {
     }
 }
 
+TEST_F(TextStreams, NulsAreSkipped) {
+    withFile("\0\0one\0\r\n"s, "r", [](TextStream& text) {
+        std::wstring line;
+        zellauncher::skipNuls(text);
+        zellauncher::skipNuls(text);
+        EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
+        EXPECT_EQ(line, L"one");
+    });
+}
+
+TEST_F(TextStreams, LinesAreNumbered) {
+    const std::string longest(lineCharacters, 'x');
+    withFile("\r\n\none\r\ntwo\n \r\n" + longest + "rest\nlast", "r", [](TextStream& text) {
+        std::vector<std::size_t> numbers;
+        for (std::wstring line; scanLine(text, LineBlanks::skipLeading, line) == ScanResult::matched;) {
+            numbers.push_back(text.position.lineBegin);
+        }
+        EXPECT_EQ(numbers, (std::vector<std::size_t>{3, 4, 6, 6, 7}));
+    });
+}
+
 TEST_F(TextStreams, FileIsReadInBlocks) {
     std::string content;
     while (content.size() < 100000) {

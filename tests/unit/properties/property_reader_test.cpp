@@ -77,6 +77,12 @@ TEST_F(PropertyReader, BackslashesInValuesAreEscapes) {
     expectEntries("a=x\\ny\\tz\r\n", {{L"a", L"xnytz"}});
 }
 
+TEST_F(PropertyReader, EscapeBeginsTheValue) {
+    expectEntries("a=\\#=b\r\n", {{L"a", L"#=b"}});
+    expectEntries("a=\\\\=b\r\n", {{L"a", L"\\=b"}});
+    expectEntries("a=\\\\\\\\:b\r\n", {{L"a", L"\\\\:b"}});
+}
+
 TEST_F(PropertyReader, UnicodeEscapeIsOneUnit) {
     expectEntries("text=a\\u0041b\r\n", {{L"text", L"aAb"}});
     expectEntries("text=\\u12", {{L"text", L"\x12"}});

@@ -198,12 +198,15 @@ TEST_F(Substitution, TextMayGrowByFiftyMillionCharacters) {
     if (launchertest::isSanitized()) {
         GTEST_SKIP() << "takes long under the sanitizers, which see the same code with shorter texts";
     }
-    list = {{L"big", std::wstring(10'000'000, L'x')}};
-    std::wstring text = L"${prop.big}${prop.big}${prop.big}${prop.big}${prop.big}";
+    const std::wstring tokens = L"${prop.big}${prop.big}${prop.big}${prop.big}${prop.big}${prop.rest}";
+    const std::wstring rest(tokens.size(), L'x');  // as long as what the values replace
+    list = {{L"big", std::wstring(10'000'000, L'x')}, {L"rest", rest}};
+    std::wstring text = tokens;
     runQuietly([&] { EXPECT_TRUE(zellauncher::substituteProperties(text, list)); });
-    EXPECT_EQ(text.size(), 50'000'000U);
+    EXPECT_EQ(text.size(), 50'000'000U + rest.size());
 
-    text = L"${prop.big}${prop.big}${prop.big}${prop.big}${prop.big}${prop.big}";
+    list.setValue(1, rest + L"x");
+    text = tokens;
     outcome = run([&] { EXPECT_FALSE(zellauncher::substituteProperties(text, list)); });
     EXPECT_EQ(outcome.lastLine(), "ZELLauncher> a property text expands without end");
     EXPECT_EQ(text.size(), 4'000'000U);
@@ -379,6 +382,15 @@ TEST_F(Substitution, ValueIsScannedAgainAfterAnotherOneIsFinal) {
     EXPECT_EQ(outcome.processEnd().status, 0U);
     EXPECT_EQ(list[0].value, L"x1y");
     EXPECT_EQ(list[2].value, L"found}");
+}
+
+TEST_F(Substitution, ValueWithinAValueIsScannedAgainAfterAnotherOneIsFinal) {
+    list = {{L"first", L"${prop.o}"},        {L"o", L"${prop.k}"}, {L"k", L"a${prop.j}$b"}, {L"j", L"xy"},
+            {L"last", L"${prop.${prop.k}}"}, {L"axy$", L"found"}};
+    outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_EQ(list[0].value, L"axy$b");
+    EXPECT_EQ(list[4].value, L"found}");
 }
 
 TEST_F(Substitution, DollarFromAReplacementMayBeginAToken) {
