@@ -63,7 +63,7 @@ class Program:
 
     def limit_of_one_test(self, test):
         """For a test that is run alone because its part took too long: far more than it takes."""
-        return int(self.times.get(test, sum(self.times.values())) * 20) + 10
+        return int(self.times.get(test, sum(self.times.values())) * 20) + 3
 
 
 def run(command, **options):
