@@ -1,5 +1,6 @@
 #include "properties/packed_text.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -94,6 +95,13 @@ void appendPacked(std::string& bytes, std::string_view text, std::size_t size) {
 }
 
 void appendPacked(std::string& bytes, std::wstring_view text, std::size_t size) {
+    if (size == text.size()) {
+        const std::size_t former = bytes.size();
+        bytes.resize(former + size);
+        std::transform(text.begin(), text.end(), bytes.data() + former,
+                       [](wchar_t unit) { return static_cast<char>(unit); });
+        return;
+    }
     bytes.reserve(bytes.size() + size);
     for (const wchar_t unit : text) {
         appendPackedUnit(bytes, valueOf(unit));
@@ -101,6 +109,9 @@ void appendPacked(std::string& bytes, std::wstring_view text, std::size_t size) 
 }
 
 std::wstring unpacked(std::string_view bytes) {
+    if (isAscii(bytes)) {
+        return {bytes.begin(), bytes.end()};
+    }
     std::wstring text(bytes.size(), L'\0');
     std::size_t length = 0;
     for (std::size_t i = 0; i < bytes.size();) {
