@@ -26,8 +26,9 @@ bool readBlock(TextStream& text) {
     return result.count > 0;
 }
 
-bool cutAtEndMark(TextStream& text) {
-    const std::size_t end = findAny<endMark>(text.readAhead);
+// Ends the text at the first Ctrl-Z from this position on.
+bool cutAtEndMark(TextStream& text, std::size_t begin) {
+    const std::size_t end = begin + findAny<endMark>(std::string_view(text.readAhead).substr(begin));
     const bool isFound = end < text.readAhead.size();
     text.readAhead.resize(end);
     return isFound;
@@ -38,8 +39,8 @@ bool cutAtEndMark(TextStream& text) {
 void readAhead(TextStream& text) {
     text.readAhead.clear();
     text.readPosition = 0;
-    while (!text.hasEndMark && readBlock(text)) {
-        text.hasEndMark = cutAtEndMark(text);
+    for (std::size_t former = 0; !text.hasEndMark && readBlock(text); former = text.readAhead.size()) {
+        text.hasEndMark = cutAtEndMark(text, former);
         if (text.hasEndMark || text.readAhead.back() != '\r') {
             break;
         }

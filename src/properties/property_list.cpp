@@ -118,7 +118,6 @@ void PropertyList::append(std::string_view key, std::string_view value, const Te
 
 template <typename Text>
 void PropertyList::add(Text key, Text value, const TextSource& source) {
-    keptValues.clear();
     try {
         entries.push_back(store(key, value));
         sources.add(source);

@@ -25,7 +25,8 @@ struct PropertyEntry {
 };
 
 // Used like a vector, except that entries are read by value: the list stores its texts packed, because the
-// wide texts of a large file would take several times its size. Out of memory is the fatal ZLNCH0004E.
+// wide texts of a large file would take several times its size. A list has fewer than 2^32 entries, and a text
+// less than 4 GiB. Out of memory for an entry is the fatal ZLNCH0004E.
 class PropertyList {
 public:
     class Iterator;
@@ -128,7 +129,7 @@ std::optional<std::size_t> findProperty(const std::wstring& key, const PropertyL
 const SourcedText* lookupProperty(const std::wstring& name, const PropertyList& list);
 
 // The entries whose key begins with the prefix, in list order. Required oddity: stops at the first entry
-// with an empty key. Out of memory is the fatal ZLNCH0046E.
+// with an empty key. Out of memory for the first of them is the fatal ZLNCH0046E.
 std::vector<PropertyEntry> findProperties(std::wstring_view prefix, const PropertyList& list);
 
 // Replaces the value of the first entry with this key. Does nothing if there is none.

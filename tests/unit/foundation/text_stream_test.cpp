@@ -383,6 +383,12 @@ TEST_F(TextStreams, LinesAreNumbered) {
     });
 }
 
+TEST_F(TextStreams, CarriageReturnsOfManyBlocksAreOneLine) {
+    const std::string returns(100'000, '\r');
+    EXPECT_EQ(skippedLines("one\n" + returns + "\r\ntwo" + returns + "\x1A" + returns + "three"),
+              (Lines{L"one", L"two" + std::wstring(lineCharacters - 3, L'\r')}));
+}
+
 TEST_F(TextStreams, FileIsReadInBlocks) {
     std::string content;
     while (content.size() < 100000) {

@@ -44,8 +44,7 @@ TEST_F(PropertyIndexes, FirstOfSeveralEntriesIsFound) {
     EXPECT_EQ(find("c"), std::nullopt);
 }
 
-// A comparison is the only work of a lookup that can grow.
-TEST_F(PropertyIndexes, LookupTakesConstantTimeOnAverage) {
+TEST_F(PropertyIndexes, LookupHardlyEverComparesAnotherKey) {
     for (const int count : {100, 10'000, 100'000}) {
         while (keys.size() < static_cast<std::size_t>(count)) {
             add("com.example.feature." + std::to_string(keys.size()));
@@ -55,7 +54,7 @@ TEST_F(PropertyIndexes, LookupTakesConstantTimeOnAverage) {
             ASSERT_EQ(find(keys[static_cast<std::size_t>(i)]), static_cast<std::size_t>(i));
             ASSERT_EQ(find("missing." + std::to_string(i)), std::nullopt);
         }
-        EXPECT_LE(comparisons, static_cast<std::size_t>(count) * 10) << count;
+        EXPECT_LE(comparisons, static_cast<std::size_t>(count + count / 100)) << count;
     }
 }
 

@@ -30,6 +30,16 @@ TEST(Properties, LookupTakesTheFirstWholeKey) {
     EXPECT_EQ(lookupProperty(L"a", PropertyList{}), nullptr);
 }
 
+TEST(Properties, LookupSeesAChangedValue) {
+    PropertyList list = {{L"a", L"1"}, {L"b", L"2"}};
+    EXPECT_EQ(*lookupProperty(L"b", list), L"2");
+    list.setValue(1, L"3");
+    EXPECT_EQ(*lookupProperty(L"b", list), L"3");
+    list.push_back({L"c", L"4"});
+    EXPECT_EQ(*lookupProperty(L"b", list), L"3");
+    EXPECT_EQ(*lookupProperty(L"c", list), L"4");
+}
+
 TEST(Properties, PrefixSearchEndsAtTheFirstEmptyKey) {
     const PropertyList list = {{L"-Da", L"1"}, {L"x", L"2"}, {L"-D", L"3"}, {L"", L"4"}, {L"-Db", L"5"}};
     const auto found = findProperties(L"-D", list);

@@ -92,6 +92,19 @@ TEST_F(PropertyReader, UnicodeEscapeIsOneUnit) {
     expectEntries("text=x\\u0020\\u0000y\r\n", {{L"text", L"x "}});  // trimmed first, then cut
 }
 
+TEST_F(PropertyReader, EachValueHasItsSource) {
+    load("a=1\r\n\r\nb=\\u0041\\\r\nc\r\n");
+    ASSERT_EQ(list.size(), 2U);
+    const std::pair<std::wstring, std::size_t> expected[] = {{L"a", 1}, {L"b", 3}};
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        const zellauncher::TextSource source = list[i].value.source;
+        ASSERT_NE(source, nullptr);
+        EXPECT_EQ(source->path, path);
+        EXPECT_EQ(source->name, expected[i].first);
+        EXPECT_EQ(source->line, expected[i].second);
+    }
+}
+
 TEST_F(PropertyReader, KeysAreNotUnescaped) {
     expectEntries("a\\nb=c\r\n", {{L"a\\nb", L"c"}});
 }
@@ -108,6 +121,7 @@ TEST_F(PropertyReader, TrailingBackslashContinuesTheLine) {
 
 TEST_F(PropertyReader, ContinuationLastsUntilACharacterOfTheValue) {
     expectEntries("key=one\\\r\n===\r\ntwo\r\nx=y\r\n", {{L"key", L"onetwo"}, {L"x", L"y"}});
+    expectEntries("key=one\\\r\n\\\\\r\nx=y\r\n", {{L"key", L"one\\"}, {L"x", L"y"}});
     expectEntries("ke\\\r\ny\r\n=v\r\n", {{L"key", L"v"}});
 }
 
