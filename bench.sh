@@ -4,11 +4,17 @@
 #
 #   ./bench.sh                   all parts
 #   ./bench.sh reading queue     some of reading, growth, starts, platform, queue, waiting, removal, size
-#   ./bench.sh --rounds 20 ...   see bench/run.py --help
+#   ./bench.sh --help            the options
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 source cmake/setup.sh
 
+ensure_packages python3
+parts=$(python3 bench/run.py --check "$@")
+if [[ $parts == usage* ]]; then  # of --help
+    echo "$parts"
+    exit
+fi
 ensure_packages g++ cmake ninja-build googletest libbenchmark-dev libboost-dev libpoco-dev default-jdk-headless \
     gnuplot-nox python3 g++-mingw-w64-x86-64-posix wine64 libcli11-dev nlohmann-json3-dev
 mkdir -p build
@@ -17,5 +23,7 @@ for preset in native-bench windows; do
 done
 cmake --build --preset native-bench --target benchmarks >build/native-bench.build.log
 cmake --build --preset windows --target zellauncher zellauncherw standin benchmarks >build/windows.build.log
-./cmake/real-platform.sh || echo "The part platform is left out."
+if [[ " $parts " == *" platform "* ]]; then
+    ./cmake/real-platform.sh || echo "The part platform is left out."
+fi
 python3 bench/run.py "$@"

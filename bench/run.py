@@ -1,15 +1,13 @@
 #!/usr/bin/env python3
 """Runs the benchmarks that ./bench.sh has built, prints a table, and writes the plots of docs/performance.
 
-    bench/run.py [--rounds N] [--processor N] [part...]
-
-Parts: reading, growth, starts, platform, queue, waiting, removal, size. Each ratio compares programs of one run,
-whose rounds take turns on one processor. The table gives the median ratio and the 10th and 90th percentile over the
-rounds.
+Each ratio compares programs of one run, whose rounds take turns on one processor. The table gives the median ratio
+and, in parentheses, the 10th and 90th percentile over the rounds, or the lowest and the highest of fewer than ten.
 """
 
 import argparse
 import contextlib
+import itertools
 import json
 import math
 import os
@@ -54,8 +52,11 @@ def output(command):
 
 def spread(ratios):
     ordered = sorted(ratios)
-    at = lambda share: ordered[min(len(ordered) - 1, int(share * len(ordered)))]
-    return f"{statistics.median(ordered):.2f} ({at(0.1):.2f} to {at(0.9):.2f})"
+    low, high = ordered[0], ordered[-1]
+    if len(ordered) >= 10:
+        tenths = statistics.quantiles(ordered, n=10, method="inclusive")
+        low, high = tenths[0], tenths[-1]
+    return f"{statistics.median(ordered):.2f} ({low:.2f} to {high:.2f})"
 
 
 def add_row(what, value):
@@ -104,17 +105,21 @@ def reading():
                                     check=True).stdout)
     subprocess.run(["javac", "-d", WORK, ROOT / "bench/peers/JavaProperties.java"], check=True)
     commands = {
-        "own": wine(WINDOWS / "bench/bench_read_properties.exe", "Z:" + str(file)),
+        "own": own_reader(file),
         "java.util.Properties": ["java", "-Xshare:auto", "-cp", WORK, "JavaProperties", file],
         "Boost.PropertyTree": [NATIVE / "bench_boost_ptree", file],
         "Poco": [NATIVE / "bench_poco_properties", file],
     }
     size = file.stat().st_size
+    check_entries(commands)
     warm = warm_readings(commands)
     add_row("reading 1 MB, megabytes in a second of the processor",
             f"{size * 1000 / statistics.median(each['own'] for each in warm):.0f}")
-    with Peer(commands["own"]) as own:
-        add_row("memory for each byte read", f"{own.round()[1] / size:.2f}")
+    add_row("memory for each byte read", f"{memory_for_each_byte(file):.2f}")
+    for line in (40, 20):
+        short = WORK / f"lines{line}.properties"
+        short.write_text("".join(f"s{number:07}=".ljust(line - 1, "v") + "\n" for number in range(1_000_000 // line)))
+        add_row(f"the same, lines of {line} characters", f"{memory_for_each_byte(short):.2f}")
     first = [first_readings(commands) for _ in range(max(5, options.rounds // 5))]
     for name in list(commands)[1:]:
         add_row(f"reading speed against {name}, warm", spread(each[name] / each["own"] for each in warm))
@@ -122,6 +127,25 @@ def reading():
                 f"{min(each[name] for each in warm) / min(each['own'] for each in warm):.2f}")
         add_row(f"the first reading of a process, against {name}",
                 spread(each[name] / each["own"] for each in first))
+
+
+def own_reader(file):
+    return wine(WINDOWS / "bench/bench_read_properties.exe", "Z:" + str(file))
+
+
+def memory_for_each_byte(file):
+    with Peer(own_reader(file)) as own:
+        return own.round()[1] / file.stat().st_size
+
+
+def check_entries(commands):
+    """The keys of the file differ, so that both kinds of list have as many."""
+    entries = {}
+    for name in ("own", "java.util.Properties"):
+        with Peer(commands[name]) as peer:
+            entries[name] = peer.round()[2]
+    if len(set(entries.values())) != 1:
+        sys.exit(f"the readers found different numbers of entries: {entries}")
 
 
 def warm_readings(commands):
@@ -144,15 +168,21 @@ def first_readings(commands):
     return times
 
 
-def exponent(points):
-    (first, low), (last, high) = points[0], points[-1]
-    return math.log(high / low) / math.log(last / first)
+def exponent(first, last):
+    """Of the growth from one point to another."""
+    return math.log(last[1] / first[1]) / math.log(last[0] / first[0])
+
+
+def exponents(points):
+    steepest = max(itertools.pairwise(points), key=lambda pair: exponent(*pair))
+    return (f"exponent {exponent(points[0], points[-1]):.2f}, at most {exponent(*steepest):.2f}"
+            f" (from {steepest[0][0]} to {steepest[1][0]})")
 
 
 GROWTH = {
     "readProperties": ("Reading a property file", "bytes"),
     "lookUpProperty": ("One lookup", "properties"),
-    "substituteProperties": ("Substituting the values of a list", "properties, half of them with a token"),
+    "substituteProperties": ("Substituting the values of a list", "properties with a token, and as many without"),
     "substituteTokens": ("Substituting one value", "tokens"),
     "formatText": ("Formatting a line", "characters"),
     "logLine": ("Writing a line to the log", "characters"),
@@ -164,15 +194,16 @@ GROWTH = {
 }
 
 
-def plot(name, title, label, points, unit="microseconds of the processor"):
+def plot(name, title, label, points, note, unit="microseconds of the processor"):
     data = WORK / f"{name}.dat"
     data.write_text("".join(f"{x} {y}\n" for x, y in points))
     script = f"""set terminal svg size 480,320 font 'sans,11'
 set output '{PLOTS / (name + ".svg")}'
-set title '{title}'
+set title "{title}\\n{{/*0.85 {note}}}"
 set xlabel '{label}'
 set ylabel '{unit}'
 set logscale xy
+set format '10^{{%L}}'
 set grid
 unset key
 plot '{data.name}' with linespoints lw 2 pt 7
@@ -190,9 +221,9 @@ def growth():
     PLOTS.mkdir(exist_ok=True)
     for name, (title, label) in GROWTH.items():
         points = series[name]
-        plot(name, title, label, points)
+        plot(name, title, label, points, exponents(points))
         add_row(f"growth, {title.lower()}, {points[0][0]} to {points[-1][0]} {label.split(',')[0]}",
-                f"exponent {exponent(points):.2f}")
+                exponents(points))
 
 
 def lay_out(platform):
@@ -256,7 +287,8 @@ def queue():
         points.append((count, statistics.median(seconds)))
         add_row(f"{count} launchers at once, against one after the other", spread(ratios))
     PLOTS.mkdir(exist_ok=True)
-    plot("launchersAtOnce", "Launchers at once on one platform", "launchers", points, "seconds until the last one")
+    plot("launchersAtOnce", "Launchers at once on one platform", "launchers", points, exponents(points),
+         "seconds until the last one")
     (DRIVE / "ws/standin.stop").touch()
 
 
@@ -374,13 +406,21 @@ def main():
         print(f"| {what} | {value} |")
 
 
-parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-parser.add_argument("parts", nargs="*", metavar="part", choices=[*PARTS, []])
-parser.add_argument("--rounds", type=int, default=50)
-parser.add_argument("--processor", type=int, default=0)
+parser = argparse.ArgumentParser(prog="./bench.sh", description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+parser.add_argument("parts", nargs="*", metavar="part", help=f"{', '.join(PARTS)}; without one, all of them")
+parser.add_argument("--rounds", type=int, default=50, help="of each comparison (default: 50)")
+parser.add_argument("--processor", type=int, default=0, help="that the programs run on (default: 0)")
 parser.add_argument("--other", type=Path, help="another launcher, whose start is measured beside")
-parser.add_argument("--files", type=int, nargs="+", default=[10_000, 100_000], help="in the removed trees")
-parser.add_argument("--removals", type=int, default=4, help="rounds of each removal, an even number")
+parser.add_argument("--files", type=int, action="append", help="in a removed tree (default: 10000 and 100000)")
+parser.add_argument("--removals", type=int, default=4, help="rounds of each removal, an even number (default: 4)")
+parser.add_argument("--check", action="store_true", help="only check these options, and print the parts")
 options = parser.parse_args()
-if __name__ == "__main__":
+options.files = options.files or [10_000, 100_000]
+if unknown := [part for part in options.parts if part not in PARTS]:
+    parser.error(f"there is no part {unknown[0]}; the parts are {', '.join(PARTS)}")
+if options.other and not options.other.is_file():
+    parser.error(f"there is no file {options.other}")
+if options.check:
+    print(*(options.parts or PARTS))
+elif __name__ == "__main__":
     main()
