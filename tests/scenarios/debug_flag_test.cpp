@@ -54,7 +54,7 @@ TEST_F(DebugFlag, NamesTheLogOfAnEarlyFailure) {
               std::vector<std::wstring>{L"C:\\Temp\\zellauncher_20260131_235900_000.log"});
 }
 
-// Nobody looks for the cause of a problem in a log that reports failures of a good start.
+// A good start logs no failure, because a reader would take it for the cause of a problem.
 class GoodDebugLogs : public Story {
 protected:
     // Lines of the newest debug log that report a failure. Three messages with an E report progress.

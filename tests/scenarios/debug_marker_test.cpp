@@ -37,7 +37,8 @@ TEST_F(DebugMarker, ForcesADebugLog) {
     const simulation::ProcessId launcherProcess = begin();
     machine.runUntilIdle(10000);
     machine.remove(marker);
-    machine.waitFor(launcherProcess);
+    EXPECT_STARTED(machine.waitFor(launcherProcess));
+    EXPECT_TRUE(machine.exists(firstDebugLog));
     EXPECT_FALSE(machine.exists(inWorkspace(L"logs\\zellauncher.log")));
 }
 

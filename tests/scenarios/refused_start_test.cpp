@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "scenarios/story.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -178,6 +179,7 @@ TEST_F(RefusedStart, MissingTempLosesTheLog) {
     machine.unsetEnvironment(L"USERPROFILE");
     machine.unsetEnvironment(L"TEMP");
     EXPECT_FATAL(launch());
+    EXPECT_FALSE(launchertest::callsOf(machine, "environmentValue", L"TEMP").empty());
     EXPECT_EQ(tempLog(), "");
 }
 
@@ -266,6 +268,7 @@ TEST_F(RefusedStart, FullDiskIsFatal) {
     layOut();
     machine.setFreeSpace(0);
     EXPECT_FATAL(launch());
+    EXPECT_TRUE(machine.exists(workspace));
     EXPECT_TRUE(machine.startedProcesses().empty());
 }
 

@@ -165,6 +165,7 @@ TEST_F(Troubleshooting, FullDiskLeavesAnEmptyLog) {
     layOut();
     machine.setFreeSpace(0);
     EXPECT_FATAL(launch());
+    EXPECT_TRUE(machine.exists(inWorkspace(L"logs\\zellauncher.log")));
     EXPECT_EQ(log(), "");
 }
 

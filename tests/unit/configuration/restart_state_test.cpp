@@ -212,6 +212,7 @@ TEST_F(RestartState, FullDiskIsFatal) {
         zellauncher::writeRestartState({L"prog"}, L"C:/c", program, launcher, L"C:\\p");
     });
     EXPECT_TRUE(outcome.isFatal());
+    EXPECT_TRUE(machine.exists(path));
 }
 
 TEST(Assignments, AreSplitAtTheFirstEqualsSign) {

@@ -157,6 +157,8 @@ TEST_F(PlatformExecution, MissingProgramIsFatalAndTheLockReleased) {
 TEST_F(PlatformExecution, CommandWithoutAProgramStartsNothing) {
     const Outcome outcome = execute(std::wstring(1, L'\0') + L" C:\\p\\eclipse.exe");
     EXPECT_TRUE(outcome.isFatal());
+    EXPECT_TRUE(outcome.logHas(
+        "ZELLauncher> the command names no program: neither -vm nor the vm property is given"));
     for (const simulation::StartedProcess& child : machine.startedProcesses()) {
         EXPECT_FALSE(child.started);
     }
@@ -282,7 +284,8 @@ TEST_F(PlatformExecution, DaemonStartsNothing) {
         zellauncher::isMainProcess = false;
         zellauncher::handOffOrExecute(L"C:\\p\\eclipse.exe\n-x");
     });
-    EXPECT_TRUE(outcome.isFatal());
+    outcome.expectFatal(
+        "ZLNCH0142E: Unable to find pipe  Failed with error 2: The system cannot find the file specified.\r\n");
     EXPECT_TRUE(machine.startedProcesses().empty());
 }
 

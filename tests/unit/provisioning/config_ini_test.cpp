@@ -65,6 +65,7 @@ TEST_F(ConfigIni, FailedCopyIsFatal) {
         zellauncher::seedConfigIni(L"C:/c", L"C:\\b");
     });
     EXPECT_TRUE(outcome.isFatal());
+    EXPECT_EQ(launchertest::callsOf(machine, "copyFile", L"\\config.ini").size(), 1U);
     EXPECT_FALSE(machine.exists(configIni));
 }
 
