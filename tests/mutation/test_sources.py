@@ -38,8 +38,10 @@ def plain_name(test):
 
 @functools.cache
 def closure(file):
-    """The file, what it includes from the folders of the tests, and the sources of those headers."""
-    found, open_files = set(), [file]
+    """The file, the other sources of its folder that are no tests, what these include from the folders of the tests,
+    and the sources of those headers."""
+    found = set()
+    open_files = [file, *(path for path in file.parent.glob("*.cpp") if not path.name.endswith("_test.cpp"))]
     while open_files:
         path = open_files.pop()
         if path in found:

@@ -279,7 +279,6 @@ TEST_F(CommandOnly, IgnoresTheDebugMarker) {
 
 TEST_F(CommandOnly, IgnoresResetconfig) {
     EXPECT_STARTED(launch());
-    launcherProperties.set("zel.install.id", "1234");
     machine.writeFile(inConfig(L"org.eclipse.update\\registry"), "mine");
     machine.remove(inConfig(L"org.eclipse.update\\platform.xml"));
     const std::vector<std::wstring> before = machine.tree(workspace);

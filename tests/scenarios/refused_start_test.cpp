@@ -101,7 +101,7 @@ TEST_F(RefusedStart, ConfiguredArgumentsAreNotScreened) {
     EXPECT_TRUE(hasElement(L"\"-Djava.home=x\""));
 }
 
-TEST_F(RefusedStart, LogInATempWithoutADriveIsRemovedByTheNextStart) {
+TEST_F(RefusedStart, NextStartRemovesLogInTempWithoutDrive) {
     for (const wchar_t* temp : {L"\\Temp", L"\\\\localhost\\C$\\Temp"}) {
         machine.setEnvironment(L"TEMP", temp);
         EXPECT_FATAL(launch({L"a\"b"}));

@@ -258,7 +258,7 @@ TEST_F(ChildCommand, FileThatIsNoProgramIsTheLikelyCause) {
     EXPECT_EQ(outcome.linesBeginningWith("ZELLauncher>"), 1U);
 }
 
-TEST_F(ChildCommand, EndOfAChildIsNoticedWithinATenthOfASecond) {
+TEST_F(ChildCommand, EndOfAChildIsNoticedSoon) {
     simulation::ProcessId launcher = {};
     run([&] {
         launcher = platform::currentProcessId();
