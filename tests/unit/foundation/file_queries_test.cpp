@@ -88,6 +88,11 @@ TEST_F(FileQueries, PathShorterThanAnEndingIsNotExecutable) {
     });
 }
 
+TEST_F(FileQueries, PathMayBeAnEndingAlone) {
+    machine.writeFile(L"C:\\.exe", "");
+    run([] { EXPECT_TRUE(isExecutableFile(L".exe")); });
+}
+
 TEST_F(FileQueries, DirectoryIsExecutableButAMissingFileIsNot) {
     machine.makeDirectory(L"C:\\bin");
     run([] {

@@ -110,6 +110,8 @@ TEST(Formatter, UnknownConversionUsesUpItsArgument) {
                              {std::wstring(L"lost"), std::wstring(L"kept")}),
                   L"<><kept>");
     }
+    EXPECT_EQ(ofText(L"%~d", L"lost"), L"d");  // neither a flag nor a point
+    EXPECT_EQ(ofText(L"%~5d", L"lost"), L"5d");
 }
 
 TEST(Formatter, UnsupportedConversionWritesNothingAsAWhole) {

@@ -242,6 +242,13 @@ TEST_F(TextStreams, ReadNextLineSkipsAnEmptyFirstLine) {
     });
 }
 
+TEST_F(TextStreams, EmptyFileHasNoNextLine) {
+    withFile("", "r", [](TextStream& text) {
+        std::wstring line;
+        EXPECT_FALSE(zellauncher::readNextLine(text, line));
+    });
+}
+
 TEST_F(TextStreams, SkippingLeadingBlanksSkipsEmptyLines) {
     EXPECT_EQ(skippedLines("\r\n \t\v\f\r\n  one\r\n\r\n\r\ntwo"), (Lines{L"one", L"two"}));
 }
@@ -396,6 +403,12 @@ TEST_F(TextStreams, FileIsReadInBlocks) {
     }
     EXPECT_EQ(keptLines(content).size(), content.size() / 23);
     EXPECT_LE(count("readStream"), content.size() / 16384 + 3);
+    const std::size_t former = count("readStream");
+    withFile(content, "r", [&](TextStream& text) {
+        std::wstring line;
+        scanLine(text, LineBlanks::keepLeading, line);
+        EXPECT_EQ(count("readStream"), former + 1);
+    });
 }
 
 TEST_F(TextStreams, FailedReadIsTreatedAsTheEnd) {

@@ -155,6 +155,7 @@ TEST(Unescaping, ResolvesPairsUnitsAndOtherCharacters) {
         {L"\\u00411", L"A1"},
         {L"\\u", L""},
         {L"\\u0x4z", std::wstring(1, wchar_t(4))},
+        {L"\\u 0x4", std::wstring(1, wchar_t(4))},
         {L"\\u +9z", std::wstring(1, wchar_t(9))},
         {L"\\u-001", std::wstring(1, wchar_t(0xFFFF))},
         {L" a\\ b ", L"a b"},

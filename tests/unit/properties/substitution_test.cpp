@@ -324,6 +324,23 @@ TEST_F(Substitution, RandomTextsMatchThePlainScan) {
     });
 }
 
+// Six values in a row are remembered, and become part of a seventh that is remembered.
+TEST_F(Substitution, RememberedValuesCountTowardsEndlessOnes) {
+    list = {{L"0", L"${prop.1}"}, {L"1", L"${prop.2}"}, {L"2", L"${prop.3}"}, {L"3", L"${prop.4}"},
+            {L"4", L"${prop.5}"}, {L"5", L"z"},         {L"o", L"${prop.0}"}, {L"w", L"${prop.o}"},
+            {L"x", L"${prop.w}"}, {L"y", L"${prop.x}"}, {L"a", L"${prop.y}"}};
+    for (const wchar_t* text : {L"${prop.y} ${prop.o} ${prop.0}", L"${prop.a} ${prop.o} ${prop.0}"}) {
+        runQuietly([&] {
+            std::wstring expected = text;
+            std::wstring changed = text;
+            const bool isValid = scanPlainly(expected, list);
+            EXPECT_EQ(zellauncher::substituteProperties(changed, list), isValid);
+            EXPECT_EQ(changed, expected);
+            EXPECT_EQ(isValid, text[7] == L'y');
+        });
+    }
+}
+
 // The walk through a list without what it remembers of values. False if a value is invalid.
 bool substitutePlainly(PropertyList& list) {
     for (std::size_t i = 0; i < list.size(); ++i) {
