@@ -377,6 +377,10 @@ TEST_F(TextStreams, NulsAreSkipped) {
         EXPECT_EQ(scanLine(text, LineBlanks::keepLeading, line), ScanResult::matched);
         EXPECT_EQ(line, L"one");
     });
+    withFile("\0"s, "r", [](TextStream& text) {
+        zellauncher::skipNuls(text);
+        EXPECT_TRUE(atEnd(text));
+    });
 }
 
 TEST_F(TextStreams, LinesAreNumbered) {
