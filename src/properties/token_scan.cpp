@@ -199,8 +199,7 @@ void TokenScan::closeValuesAfter(std::ptrdiff_t start) {
 // character the beginning of a token.
 std::wstring TokenScan::nameOfExpansion(const Token& token) const {
     const std::size_t end = token.start + token.length;
-    const bool isBeforeBrace =
-        end < text.ahead.size() ? text.ahead[end] == L'{' : text.passed.ends_with(L'{');
+    const bool isBeforeBrace = end < text.ahead.size() && text.ahead[end] == L'{';
     return (isBeforeBrace ? L'{' : L' ') + token.name;
 }
 

@@ -326,6 +326,8 @@ TEST_F(TextStreams, ControlZEndsTheFile) {
     EXPECT_EQ(skippedLines("  \x1A"
                            "a"),
               Lines{});
+    const std::string block = std::string(16382, ' ') + "a\n";
+    EXPECT_EQ(skippedLines(block + "\x1A"), (Lines{L"a"}));
     withFile(
         "a\r\n\x1A"
         "b",
@@ -433,6 +435,8 @@ TEST_F(TextStreams, FailureIsRememberedAfterALaterRead) {
         EXPECT_EQ(line, L"one\r");
         EXPECT_TRUE(atEnd(text));
         EXPECT_TRUE(text.hasFailed);
+        rewindTextStream(text);
+        EXPECT_FALSE(text.hasFailed);
     });
     EXPECT_EQ(count("readStream"), 3U);
 }

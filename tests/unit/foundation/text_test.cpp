@@ -120,6 +120,7 @@ TEST(Text, NegativeHexNumberWrapsAround) {
 
 TEST(Text, OnlyTheCaseOfAToZIsIgnored) {
     EXPECT_TRUE(zellauncher::equalIgnoringCase(L"Explorer.EXE", L"eXPLORER.exe"));
+    EXPECT_TRUE(zellauncher::equalIgnoringCase(L"az", L"AZ"));
     EXPECT_FALSE(zellauncher::equalIgnoringCase(L"a", L"ab"));
     EXPECT_FALSE(zellauncher::equalIgnoringCase(L"\u00C9", L"\u00E9"));
     EXPECT_FALSE(zellauncher::equalIgnoringCase(L"@[", L"`{"));

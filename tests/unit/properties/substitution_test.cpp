@@ -400,6 +400,19 @@ TEST_F(Substitution, ValueIsScannedAgainAfterAnotherOneIsFinal) {
     EXPECT_EQ(list[2].value, L"found}");
 }
 
+TEST_F(Substitution, ValueOfARememberedValueIsScannedAgain) {
+    list = {{L"first", L"${prop.r}${prop.k}"},
+            {L"k", L"x${prop.m}y"},
+            {L"second", L"${prop.a${prop.r}}"},
+            {L"m", L"1"},
+            {L"r", L"${prop.k}"},
+            {L"ax1", L"found"}};
+    outcome = runQuietly([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_EQ(list[0].value, L"x1yx1y");
+    EXPECT_EQ(list[2].value, L"found}");
+}
+
 TEST_F(Substitution, ValueWithinAValueIsScannedAgainAfterAnotherOneIsFinal) {
     list = {{L"first", L"${prop.o}"},        {L"o", L"${prop.k}"}, {L"k", L"a${prop.j}$b"}, {L"j", L"xy"},
             {L"last", L"${prop.${prop.k}}"}, {L"axy$", L"found"}};
