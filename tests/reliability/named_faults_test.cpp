@@ -64,7 +64,7 @@ TEST_F(NamedFaults, SecondRenewalReplacesTheFirstBackup) {
     EXPECT_EQ(reliability::lostFiles(*stage, rehearsal->userFiles), std::vector<std::wstring>{settings});
 }
 
-TEST_F(NamedFaults, LineThatIsNotCopiedIsMissingUntilAReset) {
+TEST_F(NamedFaults, SkippedLineIsMissingUntilAReset) {
     // The second write is the line of plugincustomization.
     const simulation::Fault fault =
         failing("writeStream", platform::errorDiskFull, L"zelinstall.properties.new", 2);
@@ -85,7 +85,7 @@ TEST_F(NamedFaults, PartlyReadPropertiesAreReplacedByTheirBackup) {
     EXPECT_EQ(properties.find("provisioning.manifest.version"), std::string::npos);
 }
 
-TEST_F(NamedFaults, UserWithAnUnreadableDirectoryIsTreatedAsNew) {
+TEST_F(NamedFaults, UserWithUnreadableDirectoryIsTreatedAsNew) {
     const Performance start =
         performWith("changed_install", failing("fileAttributes", platform::errorSharingViolation, L"\\logs"));
     EXPECT_TRUE(start.endedWell());

@@ -74,7 +74,7 @@ TEST_F(NamedStops, TruncatedSeedFileStaysUntilAReset) {
 }
 
 // The next reset makes a writable copy. It cannot remove the read-only one.
-TEST_F(NamedStops, CopyOfAReadOnlyTemplateStaysReadOnlyUntilAReset) {
+TEST_F(NamedStops, ReadOnlyCopyStaysUntilAReset) {
     stopAt("read_only_templates", "setFileAttributes", L"config.ini");
     const auto isReadOnly = [this](const std::wstring& path) {
         return (stage->machine.attributes(path) & platform::attributeReadOnly) != 0;

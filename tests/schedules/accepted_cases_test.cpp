@@ -32,7 +32,7 @@ TEST(TwoPlatforms, RunIfTheFirstPublishesAfterFifteenSeconds) {
 
 // The late pipe file appears while the next platform is being started, and ends the wait for that one's.
 // So the lock is released before the second platform can be found.
-TEST(TwoPlatforms, RunIfALatePipeFileIsTakenForTheNext) {
+TEST(TwoPlatforms, RunIfALatePipeFileIsMistaken) {
     const auto slowOnePublishingAfter = [](std::uint32_t milliseconds) {
         return runWithoutSwitches(raceOf(InitialState::nothing, {0, 5000, 20000},
                                          {{.publishesAfter = milliseconds, .livesFor = 1000},
@@ -80,7 +80,7 @@ TEST(TwoPlatforms, RunIfAnotherStartPrecedesTheRestart) {
 
 // The wait for the pipe file ends when the file exists, but reading it then needs the name in it. A
 // platform that renames the finished file may stall as long without harm.
-TEST(TwoPlatforms, RunIfThePipeFileExistsBeforeItsName) {
+TEST(TwoPlatforms, RunIfThePipeFileStartsEmpty) {
     const auto stalling = [](Publishing publishing, const simulation::Stall& stall) {
         RacePlan plan = raceOf(InitialState::nothing, {0, 0},
                                {{.publishesAfter = 1000, .livesFor = 15000, .publishing = publishing}});
@@ -98,7 +98,7 @@ TEST(TwoPlatforms, RunIfThePipeFileExistsBeforeItsName) {
 // An open file cannot be moved away, and the launcher of a restart opens the pipe file without the lock.
 // If it stalls there, the next launcher stops trying after a second, takes the old pipe file for that of
 // the platform that it starts, and releases the lock.
-TEST(TwoPlatforms, RunIfARestartHoldsTheOldPipeFileOpen) {
+TEST(TwoPlatforms, RunIfTheOldPipeFileStaysOpen) {
     const auto stallingFor = [](std::uint32_t milliseconds) {
         RacePlan plan = raceOf(InitialState::runningPlatform, {4600, 6000},
                                {restartingPlatform, {.publishesAfter = 3000, .livesFor = 60000}});
@@ -111,7 +111,7 @@ TEST(TwoPlatforms, RunIfARestartHoldsTheOldPipeFileOpen) {
 
 // Two platforms that share a workspace share its one pipe file. When the one that published last ends,
 // the other cannot be found.
-TEST(TwoPlatforms, RunIfTheFirstHasLostItsPipeFile) {
+TEST(TwoPlatforms, RunIfTheFirstLosesItsPipeFile) {
     const auto arrivingAfter = [](std::uint32_t milliseconds) {
         return runWithoutSwitches(raceOf(InitialState::nothing, {0, 5000, milliseconds},
                                          {{.publishesAfter = 20000, .livesFor = 1000},
@@ -123,7 +123,7 @@ TEST(TwoPlatforms, RunIfTheFirstHasLostItsPipeFile) {
 }
 
 // A platform that restarts itself is not recorded, and no launcher holds the lock until it has published.
-TEST(TwoPlatforms, RunIfAStartComesBeforeThePipeFileOfARestartedPlatform) {
+TEST(TwoPlatforms, RunIfARestartedPlatformHasNotPublished) {
     const auto arrivingAfter = [](std::uint32_t milliseconds) {
         return runWithoutSwitches(
             raceOf(InitialState::nothing, {0, milliseconds},
@@ -140,7 +140,7 @@ TEST(TwoPlatforms, RunIfAStartComesBeforeThePipeFileOfARestartedPlatform) {
 constexpr PlatformPlan lastPlatform = {.publishesAfter = 0, .livesFor = 60000, .exitCode = 23};
 
 // The supervisor reads .exitData only once, so the second RESTART is a crash to it.
-TEST(TwoPlatforms, RunIfASupervisedPlatformRestartsItselfTwiceByTheWord) {
+TEST(TwoPlatforms, RunAfterASecondRestartByWord) {
     const auto restartingTwiceWith = [](const PlatformPlan& restart) {
         return runWithoutSwitches(supervisedRaceOf({0}, {restart, restart, lastPlatform, lastPlatform}));
     };
@@ -155,7 +155,7 @@ TEST(TwoPlatforms, RunIfASupervisedPlatformRestartsItselfTwiceByTheWord) {
 // The platform asks a launcher for its restart but ends as if it had crashed. The supervisor looks at most
 // half a second later; the launcher of the restart looks once a second, for the pipe name that it read after
 // 1 s.
-TEST(TwoPlatforms, RunIfASupervisorIsFasterThanTheRestart) {
+TEST(TwoPlatforms, RunIfASupervisorOvertakesTheRestart) {
     const auto endingAfter = [](std::uint32_t milliseconds) {
         return runWithoutSwitches(supervisedRaceOf({0}, {{.fate = Fate::restarts,
                                                           .publishesAfter = 0,
@@ -171,7 +171,7 @@ TEST(TwoPlatforms, RunIfASupervisorIsFasterThanTheRestart) {
 
 // A supervisor does not wait longer than five minutes for a launcher that holds the lock. Here a start
 // becomes the main process after the crash and stalls when it opens its log.
-TEST(TwoPlatforms, RunIfASupervisorDoesNotGetTheLockForFiveMinutes) {
+TEST(TwoPlatforms, RunIfTheLockStaysTakenTooLong) {
     const auto stallingFor = [](std::uint32_t milliseconds) {
         RacePlan plan =
             supervisedRaceOf({0, 3200}, {{.publishesAfter = 0, .livesFor = 3100, .exitCode = 1},
@@ -186,7 +186,7 @@ TEST(TwoPlatforms, RunIfASupervisorDoesNotGetTheLockForFiveMinutes) {
 
 // A launcher waits for a free instance of the pipe without a limit, and later launchers wait for the
 // lock. Once the platform has ended, the first one fails and the second starts another platform.
-TEST(LauncherWait, HasNoLimitIfThePipeIsNeverServed) {
+TEST(LauncherWait, HasNoLimitForAnUnservedPipe) {
     const RaceReport report =
         runWithoutSwitches(raceOf(InitialState::nothing, {0, 1000, 2000},
                                   {{.fate = Fate::neverServes, .publishesAfter = 0, .livesFor = 0}}));

@@ -279,7 +279,7 @@ const Race::PlatformRecord* Race::lastStartedBy(ProcessId process, std::uint64_t
 }
 
 // The decision is that of a supervisor after the end of its own platform, and the lock file still names that
-// one. The supervisor therefore takes it that no other platform runs, and does not look for a pipe file.
+// one. The supervisor therefore assumes that no other platform runs, and does not look for a pipe file.
 bool Race::knowsOnlyItsOwn(const Decision& decision) const {
     const PlatformRecord* own = lastStartedBy(decision.process, decision.locked);
     return own != nullptr && own->endedOperation < decision.locked && ownerBefore(decision.locked) == own;

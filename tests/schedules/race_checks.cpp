@@ -85,8 +85,9 @@ std::size_t Race::deliveriesOf(const std::wstring& name) const {
 }
 
 // Every earlier launcher holds the lock until its platform has published, for at most 15 seconds. A
-// restart waits 20 seconds before that, and the lock is retried once a second. A launcher with
-// -zelLauncherWait waits for the end of its platform, and so may every launcher if that is frozen.
+// restart waits 20 seconds before that, and a waiting launcher tries the lock every 50 milliseconds. A
+// launcher with -zelLauncherWait waits for the end of its platform, and so may every launcher if that is
+// frozen.
 std::uint64_t Race::longestAllowedWait() const {
     std::uint64_t longest = 22'000;
     for (const auto& [id, record] : platforms) {

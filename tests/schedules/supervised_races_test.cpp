@@ -35,7 +35,7 @@ void expectPlatforms(std::ptrdiff_t count, const RacePlan& plan) {
 }
 
 // The platform crashes after 3 seconds, and the next one needs 5 seconds for its pipe file.
-TEST(SupervisedDesktop, StartAtAnyMomentOfARerunFindsItsPlatform) {
+TEST(SupervisedDesktop, StartDuringARerunFindsItsPlatform) {
     for (std::uint32_t arrival = 2000; arrival <= 9000; arrival += 100) {
         expectPlatforms(
             2, supervisedRaceOf({0, arrival}, {{.publishesAfter = 0, .livesFor = 3000, .exitCode = crash},
@@ -45,7 +45,7 @@ TEST(SupervisedDesktop, StartAtAnyMomentOfARerunFindsItsPlatform) {
 }
 
 // The supervisor looks for the end of its platform at 3.0 s and 3.5 s.
-TEST(SupervisedDesktop, StartBetweenCrashAndRerunTakesThePlatformOver) {
+TEST(SupervisedDesktop, StartBeforeTheRerunTakesThePlatformOver) {
     for (std::uint32_t arrival = 3050; arrival <= 3600; arrival += 10) {
         expectPlatforms(
             2, supervisedRaceOf(

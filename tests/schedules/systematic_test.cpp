@@ -93,7 +93,7 @@ TEST(TwoLaunchers, NeverOverlapWhileThePlatformEnds) {
 }
 
 // On a locked-down desktop, a start arrives at the moment at which the supervisor sees the crash.
-TEST(TwoLaunchers, NeverOverlapWhileASupervisedPlatformIsStartedAgain) {
+TEST(TwoLaunchers, NeverOverlapAfterASupervisedCrash) {
     RacePlan plan = twoLaunchers(InitialState::nothing);
     plan.isLockdown = true;
     plan.launchers[1].arrivesAfter = 3540;  // the supervisor's fifth look
