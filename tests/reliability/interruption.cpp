@@ -88,15 +88,25 @@ bool Interruption::cutsFile(const std::wstring& ending) const {
     const std::uint64_t end = isCopy ? begin : firstAfter(begin, [&](const Step& step) {
         return step.name == "closeStream" && step.target.ends_with(ending);
     });
-    return !isDone(end) || (isPowerLost(stop.aftermath) && stop.nth <= flushAfter(end, ending));
+    return !isDone(end) ||
+           (isPowerLost(stop.aftermath) && stop.nth <= sameFileAfter(end, "flushFile", ending));
 }
 
-// The flush of a file that has been written; 0 if an operation on another file comes before it.
-std::uint64_t Interruption::flushAfter(std::uint64_t number, const std::wstring& ending) const {
+// The operation of this name on a file; 0 if an operation on another file comes before it.
+std::uint64_t Interruption::sameFileAfter(std::uint64_t number, const char* name,
+                                          const std::wstring& ending) const {
     const std::uint64_t next = firstAfter(
-        number, [&](const Step& step) { return !step.path.ends_with(ending) || step.name == "flushFile"; });
-    return next != 0 && steps[next - 1].name == "flushFile" && steps[next - 1].path.ends_with(ending) ? next
-                                                                                                      : 0;
+        number, [&](const Step& step) { return !step.path.ends_with(ending) || step.name == name; });
+    const bool isSameFile = next != 0 && steps[next - 1].path.ends_with(ending);
+    return isSameFile ? next : 0;
+}
+
+bool Interruption::leavesReadOnly(const std::wstring& ending) const {
+    const std::uint64_t copied = lastUpTo(stop.nth, [&](const Step& step) {
+        return step.name == "copyFile" && step.target.ends_with(ending) && isBegun(step);
+    });
+    const std::uint64_t madeWritable = sameFileAfter(copied, "setFileAttributes", ending);
+    return copied != 0 && madeWritable != 0 && !isDone(madeWritable);
 }
 
 bool Interruption::cutsUserProperties() const {

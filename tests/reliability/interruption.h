@@ -39,6 +39,9 @@ public:
     bool cutsFile(const std::wstring& ending) const;
     // The user's zelinstall.properties was being made from the template.
     bool cutsUserProperties() const;
+    // The file was a copy that still had the attributes of its read-only original. A power failure undoes no
+    // change of attributes on the simulated machine.
+    bool leavesReadOnly(const std::wstring& ending) const;
     // The configuration was moved away before.
     bool followsRenewal() const;
     // The file was copied out of the configuration for a renewal, and had not been moved back.
@@ -68,7 +71,7 @@ private:
     std::uint64_t firstAfter(std::uint64_t number, Predicate isMeant) const;
     template <typename Predicate>
     std::uint64_t lastUpTo(std::uint64_t number, Predicate isMeant) const;
-    std::uint64_t flushAfter(std::uint64_t number, const std::wstring& ending) const;
+    std::uint64_t sameFileAfter(std::uint64_t number, const char* name, const std::wstring& ending) const;
     bool isDone(std::uint64_t number) const { return number != 0 && number < stop.nth; }
     bool isBegun(const Step& step) const;
     bool losesNames() const;

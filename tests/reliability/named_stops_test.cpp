@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/files.h"
 #include "reliability/scenario.h"
 #include "reliability/user_files.h"
@@ -40,6 +42,12 @@ protected:
     void startNext(const reliability::Arguments& arguments = {}) {
         stage->closePlatforms();
         EXPECT_TRUE(perform(*stage, arguments).endedWell());
+    }
+
+    std::size_t countWorkspaces() const {
+        const std::vector<std::wstring> paths = stage->machine.tree(L"C:\\Users\\ann\\Mivel\\ZEL");
+        return static_cast<std::size_t>(std::count_if(
+            paths.begin(), paths.end(), [](const auto& path) { return path.ends_with(L".zel.lock"); }));
     }
 };
 
@@ -143,11 +151,18 @@ TEST_F(NamedStops, TruncatedIdentityCostsTheWorkspaceOfOneStart) {
            UnflushedData::partlyWritten);
     for (const std::size_t workspaces : {1U, 2U, 2U}) {
         startNext();
-        std::size_t locks = 0;
-        for (const std::wstring& path : stage->machine.tree(L"C:\\Users\\ann\\Mivel\\ZEL")) {
-            locks += path.ends_with(L".zel.lock") ? 1U : 0U;
-        }
-        EXPECT_EQ(locks, workspaces);
+        EXPECT_EQ(countWorkspaces(), workspaces);
+    }
+}
+
+// The power fails before the removal of the Ctrl-Z and the identity are on the device.
+TEST_F(NamedStops, CtrlZThatReturnsHidesEachIdentity) {
+    stopAt("userpb_with_ctrl_z", "flushFile", L"zellauncher.properties");
+    stage->machine.losePower(
+        {simulation::PowerLoss::Names::kept, simulation::PowerLoss::Contents::zeroFilled});
+    for (const std::size_t workspaces : {1U, 2U, 3U}) {
+        startNext();
+        EXPECT_EQ(countWorkspaces(), workspaces);
     }
 }
 

@@ -40,6 +40,7 @@ constexpr const char* movedFilesStay = "files that were moved aside stay";
 constexpr const char* leftoverEndsAStart = "a file that was moved aside ends the next renewal";
 constexpr const char* historyStartsAgain = "the shutdown log starts again";
 constexpr const char* truncatedIdentity = "a truncated identity is created again";
+constexpr const char* hiddenIdentities = "a Ctrl-Z hides each new identity";
 constexpr const char* resetNotContinued = "a stopped reset is not continued";
 constexpr const char* notRecorded = "the running platform is not recorded yet";
 constexpr const char* notPublished = "the running platform publishes nothing";
@@ -48,9 +49,11 @@ constexpr const char* shellStays = "the logon shell stays the administrators'";
 Tally& tally = Tally::add("stops", {},
                           {backupOfRepair, backupReplaced, copiesStay, truncatedSeed, readOnlyCopyStays,
                            movedFilesStay, leftoverEndsAStart, historyStartsAgain, truncatedIdentity,
-                           resetNotContinued, notRecorded, notPublished, shellStays});
+                           hiddenIdentities, resetNotContinued, notRecorded, notPublished, shellStays});
 
 constexpr std::uint64_t publishedWithin = 1000;
+constexpr std::string_view identityKey = "zel.install.id=";
+constexpr char endMark = '\x1A';  // Ctrl-Z ends a text file
 
 const char* nameOf(UnflushedData data) {
     switch (data) {
@@ -83,10 +86,14 @@ const char* nameOf(Aftermath aftermath) {
 
 // --- The disks after a run ----------------------------------------------------------------------
 
-using Files = std::map<std::wstring, std::string>;
+struct File {
+    std::string content;
+    bool isReadOnly = false;
 
-// At the end of the content of a read-only file.
-constexpr std::string_view readOnlyMark = "(read-only)";
+    bool operator==(const File&) const = default;
+};
+
+using Files = std::map<std::wstring, File>;
 
 // Process ids differ from run to run, and so does the number of blanks after them.
 std::string withoutProcessIds(const std::string& text) {
@@ -116,12 +123,11 @@ Files filesOf(const Stage& stage) {
                 continue;
             }
             const std::string content = stage.machine.readFile(path).value_or("");
-            files[path] = path.ends_with(L"\\logs\\shutdown.log") ? std::string()
-                          : hasProcessId(path)                    ? withoutProcessIds(content)
-                                                                  : content;
-            if ((stage.machine.attributes(path) & platform::attributeReadOnly) != 0) {
-                files[path] += readOnlyMark;
-            }
+            File& file = files[path];
+            file.content = path.ends_with(L"\\logs\\shutdown.log") ? std::string()
+                           : hasProcessId(path)                    ? withoutProcessIds(content)
+                                                                   : content;
+            file.isReadOnly = (stage.machine.attributes(path) & platform::attributeReadOnly) != 0;
         }
     }
     return files;
@@ -134,23 +140,28 @@ bool has(const std::wstring& text, const wchar_t* part) {
 struct Difference {
     std::wstring path;
     std::string what;
-    bool isReadOnly = false;  // the file is read-only now
+    bool isOfAttribute = false;  // the file is read-only and should not be, or the other way round
 };
 
+// A file that should not exist should not be read-only either.
 std::vector<Difference> differencesOf(const Files& files, const Files& expected) {
     std::vector<Difference> differences;
-    for (const auto& [path, content] : expected) {
+    for (const auto& [path, file] : expected) {
         const auto found = files.find(path);
         if (found == files.end()) {
             differences.push_back({path, "there is no " + toUtf8(path)});
-        } else if (found->second != content) {
-            differences.push_back({path, "other content of " + toUtf8(path) + ": " + found->second,
-                                   found->second.ends_with(readOnlyMark)});
+        } else if (found->second.content != file.content) {
+            differences.push_back({path, "other content of " + toUtf8(path) + ": " + found->second.content});
         }
     }
-    for (const auto& [path, content] : files) {
-        if (expected.count(path) == 0) {
-            differences.push_back({path, "there is also " + toUtf8(path), content.ends_with(readOnlyMark)});
+    for (const auto& [path, file] : files) {
+        const auto found = expected.find(path);
+        if (found == expected.end()) {
+            differences.push_back({path, "there is also " + toUtf8(path)});
+        }
+        if (file.isReadOnly != (found != expected.end() && found->second.isReadOnly)) {
+            const char* what = file.isReadOnly ? "read-only: " : "no longer read-only: ";
+            differences.push_back({path, what + toUtf8(path), true});
         }
     }
     return differences;
@@ -172,6 +183,7 @@ protected:
     Performance whilePlatformRuns;  // a start after the untouched scenario whose platform still runs
     Sequel afterStart;
     Sequel withoutStart;
+    std::string launcherProperties;  // zellauncher.properties after the untouched scenario
 
     Sequel performSequel(Stage& stage) {
         Sequel sequel;
@@ -189,6 +201,7 @@ protected:
         withoutStart = performSequel(*stage);
         stage = rehearsal.stage();
         untouched = perform(*stage, scenario.arguments);
+        launcherProperties = readLauncherProperties(*stage);
         afterStart = performSequel(*stage);
         stage = rehearsal.stage();
         perform(*stage, scenario.arguments);
@@ -242,27 +255,83 @@ protected:
         for (const std::wstring& path : lostFiles(*stage, rehearsal.userFiles)) {
             addFinding("loses " + toUtf8(path) + " at once");
         }
+        const Files left = filesOf(*stage);
+        const std::string propertiesLeft = readLauncherProperties(*stage);
         Sequel sequel = performSequel(*stage);
         if (isBlockedByLeftover(interruption, sequel.next)) {
             tally.countConsequence(leftoverEndsAStart);
             sequel = performSequel(*stage);
         }
-        if (interruption.cutsFile(L"\\zellauncher.properties")) {
-            tally.countConsequence(truncatedIdentity);
-            return;
-        }
-        if (isShellLeft(interruption, sequel.next)) {
-            tally.countConsequence(shellStays);
-            return;
-        }
-        judgeStart("the next start", sequel.next, afterStart.next, withoutStart.next);
-        judgeStart("the start after it", sequel.third, afterStart.third, withoutStart.third);
         const bool isBackupReplaced =
             interruption.cutsUserProperties() && interruption.followsRenewal() && sequel.next.renewals() > 0;
         for (const std::wstring& path : lostFiles(*stage, rehearsal.userFiles)) {
             expectAccepted(isBackupReplaced ? backupReplaced : notAccepted, "loses " + toUtf8(path));
         }
-        judgeFiles(interruption, sequel, *stage);
+        if (interruption.cutsFile(L"\\zellauncher.properties") && endsInCutIdentity(propertiesLeft)) {
+            judgeIdentities(propertiesLeft, sequel, *stage);
+            return;
+        }
+        if (isShellLeft(interruption, sequel.next)) {
+            tally.countConsequence(shellStays);
+            judgeStart("the start after it", sequel.third, sequel.next, sequel.next);
+            return;
+        }
+        judgeStart("the next start", sequel.next, afterStart.next, withoutStart.next);
+        judgeStart("the start after it", sequel.third, afterStart.third, withoutStart.third);
+        judgeFiles(interruption, left, sequel, *stage);
+    }
+
+    std::string readLauncherProperties(const Stage& stage) const {
+        const std::wstring directory = scenario.program.substr(0, scenario.program.rfind(L'\\'));
+        return stage.machine.readFile(directory + L"\\zellauncher.properties").value_or("");
+    }
+
+    // These properties are those after the untouched scenario, except that the last line, the identity, is
+    // shorter or ends in zeros. A Ctrl-Z that this line has replaced may be back.
+    bool endsInCutIdentity(std::string properties) const {
+        const std::size_t line = launcherProperties.rfind(identityKey);
+        if (line >= properties.size() || properties.size() > launcherProperties.size()) {
+            return false;
+        }
+        if (properties[line] == endMark && line + 1 < properties.size()) {
+            properties[line] = '\0';
+        }
+        const auto difference =
+            std::mismatch(properties.begin(), properties.end(), launcherProperties.begin());
+        const auto intact = static_cast<std::size_t>(difference.first - properties.begin());
+        return line <= intact && properties != launcherProperties &&
+               properties.find_first_not_of('\0', intact) == std::string::npos;
+    }
+
+    // The next start appends its identity to the cut line, where no start finds it; the start after it
+    // appends the one that stays, unless a Ctrl-Z hides it.
+    void judgeIdentities(const std::string& propertiesLeft, const Sequel& sequel, Stage& stage) {
+        const bool isHidden = propertiesLeft.find(endMark) != std::string::npos;
+        tally.countConsequence(isHidden ? hiddenIdentities : truncatedIdentity);
+        const std::string properties = readLauncherProperties(stage);
+        const Performance fourth = perform(stage, scenario.nextArguments);
+        for (const Performance* start : {&sequel.next, &sequel.third, &fourth}) {
+            if (!start->endedWell() || start->commands.size() != 1) {
+                addFinding("a start after a cut identity does not start the platform", start->logLines);
+                return;
+            }
+        }
+        if (properties != propertiesLeft + lineOfIdentityIn(sequel.next) + lineOfIdentityIn(sequel.third)) {
+            addFinding("other identities than those of the two starts: " + properties);
+        }
+        const std::string added = isHidden ? lineOfIdentityIn(fourth) : std::string();
+        if (readLauncherProperties(stage) != properties + added || fourth.didAs(sequel.third) == isHidden) {
+            addFinding("the identity of the third start does not stay", fourth.logLines);
+        }
+    }
+
+    // The line for the identity that is part of the path of the workspace in the start's command.
+    static std::string lineOfIdentityIn(const Performance& start) {
+        constexpr std::wstring_view parent = L"/ZEL/";
+        const std::wstring& command = start.commands.front();
+        const std::size_t begin = command.find(parent) + parent.size();
+        return std::string(identityKey) + toUtf8(command.substr(begin, command.find(L'/', begin) - begin)) +
+               "\r\n";
     }
 
     // A file that a renewal had moved aside keeps the next renewal from making its copy.
@@ -310,21 +379,40 @@ protected:
         }
     }
 
-    void judgeFiles(const Interruption& interruption, const Sequel& sequel, Stage& stage) {
+    void judgeFiles(const Interruption& interruption, const Files& left, const Sequel& sequel, Stage& stage) {
         const std::vector<Difference> ifDone = differencesOf(sequel.files, afterStart.files);
         const std::vector<Difference> ifNotDone = differencesOf(sequel.files, withoutStart.files);
         const std::vector<Difference>& differences = ifDone.size() <= ifNotDone.size() ? ifDone : ifNotDone;
         bool hasCopies = false;
         for (const Difference& difference : differences) {
-            const char* accepted = difference.isReadOnly
-                                       ? readOnlyCopyStays
-                                       : consequenceAt(difference.path, interruption, sequel);
+            const char* accepted = notAccepted;
+            if (!difference.isOfAttribute) {
+                accepted = consequenceAt(difference.path, interruption, sequel);
+            } else if (isReadOnlyCopy(difference.path, interruption, left, sequel.files)) {
+                accepted = readOnlyCopyStays;
+            }
             expectAccepted(accepted, difference.what);
             hasCopies = hasCopies || accepted == copiesStay;
         }
         if (hasCopies) {
             expectBroughtBack(stage);
         }
+    }
+
+    // The stop left a read-only copy of a template, which is still in its place or in the configuration's
+    // backup.
+    static bool isReadOnlyCopy(const std::wstring& path, const Interruption& interruption, const Files& left,
+                               const Files& files) {
+        const std::wstring copy = placeBeforeBackup(path);
+        const auto found = left.find(copy);
+        return interruption.leavesReadOnly(copy) && found != left.end() && found->second.isReadOnly &&
+               found->second == files.at(path);
+    }
+
+    static std::wstring placeBeforeBackup(std::wstring path) {
+        constexpr std::wstring_view backup = L"\\.configbak\\";
+        const std::size_t found = path.find(backup);
+        return found == std::wstring::npos ? path : path.replace(found, backup.size(), L"\\.config\\");
     }
 
     // The consequence of this stop to which a difference in this file belongs.
