@@ -101,12 +101,15 @@ std::uint64_t Interruption::sameFileAfter(std::uint64_t number, const char* name
     return isSameFile ? next : 0;
 }
 
-bool Interruption::leavesReadOnly(const std::wstring& ending) const {
-    const std::uint64_t copied = lastUpTo(stop.nth, [&](const Step& step) {
-        return step.name == "copyFile" && step.target.ends_with(ending) && isBegun(step);
-    });
-    const std::uint64_t madeWritable = sameFileAfter(copied, "setFileAttributes", ending);
-    return copied != 0 && madeWritable != 0 && !isDone(madeWritable);
+std::wstring Interruption::unfinishedCopy() const {
+    const std::uint64_t copied =
+        lastUpTo(stop.nth, [&](const Step& step) { return step.name == "copyFile" && isBegun(step); });
+    if (copied == 0) {
+        return L"";
+    }
+    const std::wstring& copy = steps[copied - 1].target;
+    const std::uint64_t madeWritable = sameFileAfter(copied, "setFileAttributes", copy);
+    return madeWritable != 0 && !isDone(madeWritable) ? copy : L"";
 }
 
 bool Interruption::cutsUserProperties() const {

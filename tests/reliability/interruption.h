@@ -39,9 +39,9 @@ public:
     bool cutsFile(const std::wstring& ending) const;
     // The user's zelinstall.properties was being made from the template.
     bool cutsUserProperties() const;
-    // The file was a copy that still had the attributes of its read-only original. A power failure undoes no
-    // change of attributes on the simulated machine.
-    bool leavesReadOnly(const std::wstring& ending) const;
+    // The whole path of a copy that still had the attributes of its read-only original, or nothing. A power
+    // failure leaves no other one, because it undoes no change of attributes on the simulated machine.
+    std::wstring unfinishedCopy() const;
     // The configuration was moved away before.
     bool followsRenewal() const;
     // The file was copied out of the configuration for a renewal, and had not been moved back.

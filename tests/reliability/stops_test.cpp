@@ -176,6 +176,12 @@ struct Sequel {
     Files files;
 };
 
+// The copy of a read-only template that a stop left read-only, if it did.
+struct ReadOnlyCopy {
+    std::wstring path;
+    File file;
+};
+
 class Stops : public reliability::WholeRuns {
 protected:
     Stops() : WholeRuns(tally) {}
@@ -255,7 +261,7 @@ protected:
         for (const std::wstring& path : lostFiles(*stage, rehearsal.userFiles)) {
             addFinding("loses " + toUtf8(path) + " at once");
         }
-        const Files left = filesOf(*stage);
+        const ReadOnlyCopy left = readOnlyCopyOf(interruption, *stage);
         const std::string propertiesLeft = readLauncherProperties(*stage);
         Sequel sequel = performSequel(*stage);
         if (isBlockedByLeftover(interruption, sequel.next)) {
@@ -379,7 +385,8 @@ protected:
         }
     }
 
-    void judgeFiles(const Interruption& interruption, const Files& left, const Sequel& sequel, Stage& stage) {
+    void judgeFiles(const Interruption& interruption, const ReadOnlyCopy& left, const Sequel& sequel,
+                    Stage& stage) {
         const std::vector<Difference> ifDone = differencesOf(sequel.files, afterStart.files);
         const std::vector<Difference> ifNotDone = differencesOf(sequel.files, withoutStart.files);
         const std::vector<Difference>& differences = ifDone.size() <= ifNotDone.size() ? ifDone : ifNotDone;
@@ -388,7 +395,7 @@ protected:
             const char* accepted = notAccepted;
             if (!difference.isOfAttribute) {
                 accepted = consequenceAt(difference.path, interruption, sequel);
-            } else if (isReadOnlyCopy(difference.path, interruption, left, sequel.files)) {
+            } else if (isLeft(left, difference.path, sequel.files)) {
                 accepted = readOnlyCopyStays;
             }
             expectAccepted(accepted, difference.what);
@@ -399,14 +406,15 @@ protected:
         }
     }
 
-    // The stop left a read-only copy of a template, which is still in its place or in the configuration's
-    // backup.
-    static bool isReadOnlyCopy(const std::wstring& path, const Interruption& interruption, const Files& left,
-                               const Files& files) {
-        const std::wstring copy = placeBeforeBackup(path);
-        const auto found = left.find(copy);
-        return interruption.leavesReadOnly(copy) && found != left.end() && found->second.isReadOnly &&
-               found->second == files.at(path);
+    static ReadOnlyCopy readOnlyCopyOf(const Interruption& interruption, const Stage& stage) {
+        const std::wstring path = interruption.unfinishedCopy();
+        const bool isReadOnly = (stage.machine.attributes(path) & platform::attributeReadOnly) != 0;
+        return {path, {stage.machine.readFile(path).value_or(""), isReadOnly}};
+    }
+
+    // The file is the copy as the stop left it, in its place or in the backup of the configuration.
+    static bool isLeft(const ReadOnlyCopy& copy, const std::wstring& path, const Files& files) {
+        return copy.file.isReadOnly && copy.path == placeBeforeBackup(path) && copy.file == files.at(path);
     }
 
     static std::wstring placeBeforeBackup(std::wstring path) {

@@ -23,8 +23,7 @@ std::uint64_t numberFromEnvironment(const char* name, std::uint64_t otherwise) {
 #endif
 constexpr std::uint64_t longSchedules = 1'000'000;
 
-// From these numbers of races on, counted from seed 1, an expected overlap must have happened: one that is
-// taken for a crash is rare.
+// Races from seed 1 until each overlap must have happened; a restart that is taken for a crash is the rarest.
 constexpr std::uint64_t schedulesForMostOverlaps = 300;
 constexpr std::uint64_t schedulesForEveryOverlap = 1000;
 
