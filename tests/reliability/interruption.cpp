@@ -92,7 +92,7 @@ bool Interruption::cutsFile(const std::wstring& ending) const {
            (isPowerLost(stop.aftermath) && stop.nth <= sameFileAfter(end, "flushFile", ending));
 }
 
-// The operation of this name on a file; 0 if an operation on another file comes before it.
+// The next operation of this name on a file; 0 if an operation on another file comes before it.
 std::uint64_t Interruption::sameFileAfter(std::uint64_t number, const char* name,
                                           const std::wstring& ending) const {
     const std::uint64_t next = firstAfter(

@@ -27,7 +27,6 @@ using reliability::Performance;
 using reliability::Stage;
 using reliability::StopRun;
 using reliability::Tally;
-using simulation::Operation;
 using simulation::UnflushedData;
 
 // docs/reliability.md gives the reason for each.
