@@ -167,6 +167,7 @@ bool truncateStream(Stream* stream, std::uint64_t size) {
     }
     simulation::keepOnDevice(node);
     node.content.resize(size);
+    node.intactOnDevice = std::min(node.intactOnDevice, node.content.size());
     return true;
 }
 

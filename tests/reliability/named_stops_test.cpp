@@ -155,17 +155,6 @@ TEST_F(NamedStops, TruncatedIdentityCostsTheWorkspaceOfOneStart) {
     }
 }
 
-// The power fails before the removal of the Ctrl-Z and the identity are on the device.
-TEST_F(NamedStops, CtrlZThatReturnsHidesEachIdentity) {
-    stopAt("userpb_with_ctrl_z", "flushFile", L"zellauncher.properties");
-    stage->machine.losePower(
-        {simulation::PowerLoss::Names::kept, simulation::PowerLoss::Contents::zeroFilled});
-    for (const std::size_t workspaces : {1U, 2U, 3U}) {
-        startNext();
-        EXPECT_EQ(countWorkspaces(), workspaces);
-    }
-}
-
 // The copies are flushed to the device before their source is moved away.
 TEST_F(NamedStops, PowerFailureCostsNoMoreThanAStop) {
     stopAt("changed_install", "sleepMilliseconds", L"");

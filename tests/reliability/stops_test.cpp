@@ -39,7 +39,6 @@ constexpr const char* movedFilesStay = "files that were moved aside stay";
 constexpr const char* leftoverEndsAStart = "a file that was moved aside ends the next renewal";
 constexpr const char* historyStartsAgain = "the shutdown log starts again";
 constexpr const char* truncatedIdentity = "a truncated identity is created again";
-constexpr const char* hiddenIdentities = "a Ctrl-Z hides each new identity";
 constexpr const char* resetNotContinued = "a stopped reset is not continued";
 constexpr const char* notRecorded = "the running platform is not recorded yet";
 constexpr const char* notPublished = "the running platform publishes nothing";
@@ -48,11 +47,10 @@ constexpr const char* shellStays = "the logon shell stays the administrators'";
 Tally& tally = Tally::add("stops", {},
                           {backupOfRepair, backupReplaced, copiesStay, truncatedSeed, readOnlyCopyStays,
                            movedFilesStay, leftoverEndsAStart, historyStartsAgain, truncatedIdentity,
-                           hiddenIdentities, resetNotContinued, notRecorded, notPublished, shellStays});
+                           resetNotContinued, notRecorded, notPublished, shellStays});
 
 constexpr std::uint64_t publishedWithin = 1000;
 constexpr std::string_view identityKey = "zel.install.id=";
-constexpr char endMark = '\x1A';  // Ctrl-Z ends a text file
 
 const char* nameOf(UnflushedData data) {
     switch (data) {
@@ -292,14 +290,11 @@ protected:
     }
 
     // These properties are those after the untouched scenario, except that the last line, the identity, is
-    // shorter or ends in zeros. A Ctrl-Z that this line has replaced may be back.
-    bool endsInCutIdentity(std::string properties) const {
+    // shorter or ends in zeros.
+    bool endsInCutIdentity(const std::string& properties) const {
         const std::size_t line = launcherProperties.rfind(identityKey);
         if (line >= properties.size() || properties.size() > launcherProperties.size()) {
             return false;
-        }
-        if (properties[line] == endMark && line + 1 < properties.size()) {
-            properties[line] = '\0';
         }
         const auto difference =
             std::mismatch(properties.begin(), properties.end(), launcherProperties.begin());
@@ -309,10 +304,9 @@ protected:
     }
 
     // The next start appends its identity to the cut line, where no start finds it; the start after it
-    // appends the one that stays, unless a Ctrl-Z hides it.
+    // appends the one that stays.
     void judgeIdentities(const std::string& propertiesLeft, const Sequel& sequel, Stage& stage) {
-        const bool isHidden = propertiesLeft.find(endMark) != std::string::npos;
-        tally.countConsequence(isHidden ? hiddenIdentities : truncatedIdentity);
+        tally.countConsequence(truncatedIdentity);
         const std::string properties = readLauncherProperties(stage);
         const Performance fourth = perform(stage, scenario.nextArguments);
         for (const Performance* start : {&sequel.next, &sequel.third, &fourth}) {
@@ -324,8 +318,7 @@ protected:
         if (properties != propertiesLeft + lineOfIdentityIn(sequel.next) + lineOfIdentityIn(sequel.third)) {
             addFinding("other identities than those of the two starts: " + properties);
         }
-        const std::string added = isHidden ? lineOfIdentityIn(fourth) : std::string();
-        if (readLauncherProperties(stage) != properties + added || fourth.didAs(sequel.third) == isHidden) {
+        if (readLauncherProperties(stage) != properties || !fourth.didAs(sequel.third)) {
             addFinding("the identity of the third start does not stay", fourth.logLines);
         }
     }

@@ -165,6 +165,16 @@ TEST_F(Device, OnlyWhatIsNotFlushedIsZeroFilled) {
               "older");
 }
 
+TEST_F(Device, TruncatedBytesNeverComeBack) {
+    const auto change = [] {
+        platform::Stream* stream = platform::openStream(L"C:\\f", "r+");
+        platform::truncateStream(stream, 1);
+        platform::closeStream(stream);
+        write(L"C:\\f", "a+", "new");
+    };
+    EXPECT_EQ(contentAfter(change, zeroFilled), std::string("o\0\0\0", 4));
+}
+
 TEST_F(Device, ReplacedFileIsZeroFilledToItsNewSize) {
     machine.writeFile(L"C:\\source", "longer");
     const auto copy = [] {
