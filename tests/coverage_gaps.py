@@ -20,6 +20,11 @@ from pathlib import Path
 ROOT = Path.cwd()
 
 
+# What records a start for zelexplain. tests/explain tests it.
+NOT_IN_THE_PRODUCT = ("src/foundation/explanation.cpp", "src/foundation/sourced_text.h",
+                      "src/properties/lookup_explanation.cpp")
+
+
 def relative(name, build):
     """The path in the repository; None for a file outside of src/ or without a native build. With ccache, names may
     be relative to the directory of the build."""
@@ -27,7 +32,8 @@ def relative(name, build):
         path = Path(build, name).resolve().relative_to(ROOT).as_posix()
     except ValueError:
         return None
-    return path if path.startswith("src/") and not path.startswith("src/platform/windows/") else None
+    is_measured = path.startswith("src/") and not path.startswith("src/platform/windows/")
+    return path if is_measured and path not in NOT_IN_THE_PRODUCT else None
 
 
 @functools.cache

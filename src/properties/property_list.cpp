@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <type_traits>
 
 #include "foundation/byte_scan.h"
 #include "foundation/log_channel.h"
@@ -59,11 +60,7 @@ wchar_t unescapedUnit(std::wstring_view text, std::size_t& position) {
     return parseHexUnit(digits);
 }
 
-char unescapedUnit(std::string_view bytes, std::size_t& position) {
-    return bytes[position];
-}
-
-// Resolves the escapes, of which the first is at this position.
+// Resolves the escapes, of which the first is at this position. Bytes have no `\u`.
 template <typename Unit>
 void unescapeFrom(std::basic_string<Unit>& text, std::size_t first) {
     std::size_t kept = first;
@@ -76,7 +73,11 @@ void unescapeFrom(std::basic_string<Unit>& text, std::size_t first) {
             break;
         }
         ++i;
-        text[kept++] = text[i] == Unit{'u'} ? unescapedUnit(text, i) : text[i];
+        if constexpr (std::is_same_v<Unit, wchar_t>) {
+            text[kept++] = text[i] == L'u' ? unescapedUnit(text, i) : text[i];
+        } else {
+            text[kept++] = text[i];
+        }
     }
     text.resize(kept);
 }
