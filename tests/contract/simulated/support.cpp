@@ -70,6 +70,21 @@ class EveryOperation : public testing::Environment {
     }
 };
 
+// Fails a run that has skipped a test: the simulated machine must show everything that the suite asks for.
+class NoneSkipped : public testing::Environment {
+    void TearDown() override {
+        const testing::UnitTest& run = *testing::UnitTest::GetInstance();
+        for (int i = 0; i < run.total_test_suite_count(); ++i) {
+            const testing::TestSuite& suite = *run.GetTestSuite(i);
+            for (int j = 0; j < suite.total_test_count(); ++j) {
+                const testing::TestInfo& test = *suite.GetTestInfo(j);
+                EXPECT_FALSE(test.result()->Skipped())
+                    << suite.name() << "." << test.name() << " was skipped";
+            }
+        }
+    }
+};
+
 }  // namespace
 
 bool isWine() {
@@ -163,5 +178,6 @@ bool hasConsoleWindow() {
 int main(int count, char** arguments) {
     testing::InitGoogleTest(&count, arguments);
     testing::AddGlobalTestEnvironment(new contract::EveryOperation);
+    testing::AddGlobalTestEnvironment(new contract::NoneSkipped);
     return RUN_ALL_TESTS();
 }
