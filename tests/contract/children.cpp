@@ -43,10 +43,12 @@ void waitForRelease(const std::wstring& readyFile, const std::wstring& releaseFi
     waitForFile(releaseFile);
 }
 
-int exitLater(const Arguments& arguments) {
-    if (arguments.size() > 1) {
-        platform::sleepMilliseconds(static_cast<std::uint32_t>(std::stoul(arguments[1])));
-    }
+int exitAtOnce(const Arguments& arguments) {
+    return std::stoi(arguments.at(0));
+}
+
+int stay(const Arguments& arguments) {
+    waitForRelease(arguments.at(1), arguments.at(2));
     return std::stoi(arguments.at(0));
 }
 
@@ -221,23 +223,36 @@ Holder startHolder(const std::wstring& scratch, const std::wstring& kind, const 
     for (const std::wstring& argument : {what, readyFile, holder.releaseFile, std::to_wstring(clients)}) {
         arguments += L" \"" + argument + L"\"";
     }
-    holder.process = startChild(arguments).process;
+    const platform::ChildProcess child = startChild(arguments);
+    holder.process = child.process;
+    holder.processId = child.processId;
     waitForFile(readyFile);
     return holder;
 }
 
-void release(const Holder& holder) {
+void release(const Holder& holder, std::uint32_t exitCode) {
     write(holder.releaseFile, "");
-    EXPECT_EQ(waitForExitCode(holder.process), 0U);
+    EXPECT_EQ(waitForExitCode(holder.process), exitCode);
 }
 
 int runAsChild() {
     static const std::map<std::wstring, int (*)(const Arguments&)> kinds = {
-        {L"exit", exitLater},         {L"leave", leaveUnflushed},     {L"fault", faultUnflushed},
-        {L"lock", holdLock},          {L"pipe", serveNamedPipe},      {L"semaphore", holdNamedSemaphore},
-        {L"unread", holdNamedPipe},   {L"send", sendToPipe},          {L"console", useConsole},
-        {L"id", writeProcessId},      {L"orphan", startOrphan},       {L"late", writeLate},
-        {L"variable", writeVariable}, {L"arguments", writeArguments}, {L"directory", writeDirectory},
+        {L"exit", exitAtOnce},
+        {L"stay", stay},
+        {L"leave", leaveUnflushed},
+        {L"fault", faultUnflushed},
+        {L"lock", holdLock},
+        {L"pipe", serveNamedPipe},
+        {L"semaphore", holdNamedSemaphore},
+        {L"unread", holdNamedPipe},
+        {L"send", sendToPipe},
+        {L"console", useConsole},
+        {L"id", writeProcessId},
+        {L"orphan", startOrphan},
+        {L"late", writeLate},
+        {L"variable", writeVariable},
+        {L"arguments", writeArguments},
+        {L"directory", writeDirectory},
     };
     const Arguments all = platform::commandLineArguments();
     const auto kind = kinds.find(all.at(2));

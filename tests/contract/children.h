@@ -11,9 +11,10 @@ namespace contract {
 
 // The command line of a child with these arguments:
 //
-//   exit STATUS [MILLISECONDS]      ends with this exit code, after the delay if there is one
+//   exit STATUS                     ends with this exit code
 //   leave STATUS FILE               writes to FILE without flushing it and ends normally
 //   fault FILE                      writes to FILE without flushing it and ends with an access violation
+//   stay STATUS READY RELEASE       creates READY, waits for RELEASE and ends with this exit code
 //   lock FILE READY RELEASE         locks FILE, creates READY, waits for RELEASE and ends without unlocking
 //   semaphore NAME READY RELEASE    does the same with a semaphore
 //   pipe NAME READY RELEASE COUNT   does the same with a pipe, and then writes what COUNT clients sent to
@@ -48,17 +49,19 @@ std::uint32_t runChild(const std::wstring& arguments);
 // Waits until the file exists, for at most 30 seconds.
 void waitForFile(const std::wstring& path);
 
-// A child `lock`, `semaphore`, `pipe` or `unread`, until it is released.
+// A child `stay`, `lock`, `semaphore`, `pipe` or `unread`, until it is released.
 struct Holder {
     platform::Handle process = platform::Handle::none;
+    std::uint32_t processId = 0;
     std::wstring releaseFile;
 };
 
-// Returns once the child holds `what`. `clients` is the COUNT of a pipe.
+// Returns once the child holds `what`, which is the STATUS of `stay`. `clients` is the COUNT of a pipe.
 Holder startHolder(const std::wstring& scratch, const std::wstring& kind, const std::wstring& what,
                    int clients = 0);
-// Returns once the child has ended.
-void release(const Holder& holder);
+// Returns once the child has ended, which fails the test unless it ends with this exit code. Closes its
+// handle.
+void release(const Holder& holder, std::uint32_t exitCode = 0);
 
 // The main program of a child. The first argument of its command line is `--child`.
 int runAsChild();

@@ -48,9 +48,9 @@ TEST_F(ProcessLists, ListContainsTheOwnProcess) {
 
 TEST_F(ProcessLists, ListContainsAChildUntilItEnds) {
     onMachine([&] {
-        const ChildProcess child = startChild(L"exit 0 300");
+        const Holder child = startHolder(scratch, L"stay", L"0");
         EXPECT_TRUE(isListedNow(child.processId));
-        EXPECT_EQ(waitForExitCode(child.process), 0U);
+        release(child);
         for (int i = 0; i < 200 && isListedNow(child.processId); ++i) {
             sleepMilliseconds(10);  // the system takes a moment to forget it
         }
@@ -77,10 +77,10 @@ TEST_F(ProcessLists, ListEndsAndCanBeReadAgain) {
 TEST_F(ProcessLists, LaterProcessesAreNotInTheList) {
     onMachine([&] {
         const Handle snapshot = processSnapshot();
-        const ChildProcess child = startChild(L"exit 0 500");
+        const Holder child = startHolder(scratch, L"stay", L"0");
         EXPECT_FALSE(contains(entriesOf(snapshot), child.processId));
         closeHandle(snapshot);
-        EXPECT_EQ(waitForExitCode(child.process), 0U);
+        release(child);
     });
 }
 
