@@ -18,7 +18,7 @@
 namespace contract {
 
 // True under Wine, which differs from Windows in a few places. A test that meets a difference names it: it
-// is skipped there (GTEST_SKIP), or expects the behaviour of Windows only elsewhere.
+// is skipped there (SKIP_UNDER_WINE), or expects the error code that Wine has instead.
 bool isWine();
 
 // Skips the rest of a test, whose assertion does not hold under Wine. The reason says what Wine does instead.
