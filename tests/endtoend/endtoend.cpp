@@ -415,7 +415,7 @@ Status EndToEnd::launchTail(const fs::path& program, const std::wstring& tail) {
     }
     const LoggedStart start(root);
     const Status status = waitFor(beginCommand(quoted(program.wstring()) + tail));
-    for (const std::string& difference : start.differences(status)) {
+    for (const std::string& difference : start.differences(status, hasLog ? 1 : 0)) {
         ADD_FAILURE() << difference;
     }
     return status;
@@ -490,7 +490,7 @@ Status EndToEnd::launchExplained(const fs::path& program, const std::wstring& ta
     differences.compare(
         "log", withoutSystemTexts(start.logPath.empty() ? explaintest::Lines() : start.said.log),
         withoutSystemTexts(logLines(start.logPath)), explaintest::Differences::Order::matters);
-    for (const std::string& difference : loggedStart.differences(status, real.outcome)) {
+    for (const std::string& difference : loggedStart.differences(status, hasLog ? 1 : 0, real.outcome)) {
         ADD_FAILURE() << difference;
     }
     reportDifferences(differences, ++explainedStarts);

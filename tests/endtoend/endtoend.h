@@ -71,6 +71,7 @@ protected:
     Variables environment;                    // added to the launcher's usual variables
     std::set<std::wstring> missingVariables;  // removed from them
     fs::path currentDirectory;                // of the launchers; empty means that of the tests
+    bool hasLog = true;                       // whether a start can write a log
 
     // Contents of the install's files. Set them before the first start, or call layOut afterwards.
     std::vector<std::pair<std::string, std::string>> launcherProperties;

@@ -1,5 +1,7 @@
 #include "logged_start.h"
 
+#include <windows.h>
+
 #include <set>
 
 #include "endtoend.h"
@@ -15,6 +17,14 @@ bool isSkipped(const fs::path& directory) {
     const std::set<std::wstring> names = {L"zel",     L"jvm",        L"standin",
                                           L".config", L".configbak", L".metadata"};
     return names.count(directory.filename().wstring()) != 0;
+}
+
+// In units of 100 nanoseconds. The runtime's time of a file has only seconds, and a launcher may run several
+// times in one.
+std::uint64_t writeTimeOf(const fs::path& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data);
+    return (std::uint64_t{data.ftLastWriteTime.dwHighDateTime} << 32U) | data.ftLastWriteTime.dwLowDateTime;
 }
 
 // Calls `visit` with each file; a platform may make and remove files meanwhile.
@@ -57,9 +67,8 @@ LoggedStart::LoggedStart(const fs::path& testDirectory)
 LoggedStart::Times LoggedStart::logsBelow(const fs::path& directory) {
     Times times;
     forEachFile(directory, [&](const fs::directory_entry& entry) {
-        std::error_code ignored;
         if (explaintest::isLog(entry.path().wstring())) {
-            times[entry.path()] = entry.last_write_time(ignored);
+            times[entry.path()] = writeTimeOf(entry.path());
         }
     });
     return times;
@@ -70,6 +79,7 @@ bool LoggedStart::hasStartedAProcess() const {
 }
 
 std::vector<std::string> LoggedStart::differences(std::optional<std::uint32_t> status,
+                                                  std::size_t expectedLogs,
                                                   const std::optional<std::string>& outcome) const {
     std::vector<fs::path> written;
     for (const auto& [path, time] : logsBelow(root)) {
@@ -78,7 +88,14 @@ std::vector<std::string> LoggedStart::differences(std::optional<std::uint32_t> s
             written.push_back(path);
         }
     }
-    if (written.size() != 1 || !status) {
+    if (!status) {
+        return {"the launcher did not end in time"};
+    }
+    if (written.size() != expectedLogs) {
+        return {std::to_string(written.size()) + " logs were written instead of " +
+                std::to_string(expectedLogs)};
+    }
+    if (written.empty()) {
         return {};
     }
     const explain::LogResult result = explain::readLog(bytesOf(written.front()));

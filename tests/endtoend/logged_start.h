@@ -19,13 +19,14 @@ class LoggedStart {
 public:
     explicit LoggedStart(const std::filesystem::path& testDirectory);
 
-    // What the start's log says differently. Without an outcome, whether the start was refused, or created a
-    // process.
-    std::vector<std::string> differences(std::optional<std::uint32_t> status,
+    // What the start's log says differently, or that there is not this number of logs. Without an outcome,
+    // whether the start was refused, or created a process.
+    std::vector<std::string> differences(std::optional<std::uint32_t> status, std::size_t expectedLogs,
                                          const std::optional<std::string>& outcome = {}) const;
 
 private:
-    using Times = std::map<std::filesystem::path, std::filesystem::file_time_type>;
+    // Log files, with the time of the last write in units of 100 nanoseconds.
+    using Times = std::map<std::filesystem::path, std::uint64_t>;
 
     std::filesystem::path root;
     Times logs;

@@ -136,6 +136,7 @@ TEST_F(Refusals, VeryLongUserHomeIsFatal) {
 
 TEST_F(Refusals, VersionWithoutTempEndsWithTheFatalStatus) {
     missingVariables = {L"TEMP"};
+    hasLog = false;
     EXPECT_EQ(launch({L"-version"}), fatalStatus);
 }
 
