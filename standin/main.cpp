@@ -14,6 +14,7 @@
 namespace {
 
 constexpr DWORD pollMilliseconds = 50;
+constexpr int faultyScriptStatus = 2;
 
 std::wstring ownDirectory() {
     wchar_t path[32768] = {};
@@ -74,6 +75,10 @@ extern "C" int wmain() {
     standin::removeRecord(records, L"running.txt");
     standin::removeRecord(records, L"ended.txt");
     standin::writeStartRecords(records);
+    if (!script.fault.empty()) {
+        standin::writeRecord(records, L"fault.txt", script.fault);
+        return faultyScriptStatus;
+    }
     standin::writeRecord(records, L"running.txt", "");
     live(script, workspace, records);
     standin::writeRecord(records, L"ended.txt", "exit=" + std::to_string(script.exitCode) + "\n");

@@ -17,9 +17,10 @@ struct Script {
     Semaphore semaphore = Semaphore::open;
     std::uint32_t livesMilliseconds = 20000;
     std::uint32_t exitCode = 0;
+    std::string fault;  // the command that cannot be followed; empty if there is none
 };
 
-// Reads a script file. A missing file gives the defaults; unknown commands are ignored.
+// Reads a script file, up to the first fault. A missing file gives the defaults.
 Script readScript(const std::wstring& path);
 
 }  // namespace standin

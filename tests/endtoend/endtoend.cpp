@@ -381,6 +381,15 @@ bool EndToEnd::hasEnded(const Running& running) {
     return WaitForSingleObject(running.process, 0) == WAIT_OBJECT_0;
 }
 
+bool EndToEnd::hasComeToTheLock(const Running& running) const {
+    return eventually([&] { return positionIn(running.process, workspace() / L".zel.lock").has_value(); });
+}
+
+bool EndToEnd::hasReadTheLockFile(const Running& running) const {
+    return eventually(
+        [&] { return positionIn(running.process, workspace() / L".zel.lock").value_or(0) > 0; });
+}
+
 Status EndToEnd::waitFor(const Running& running) {
     Status status;
     DWORD code = 0;
@@ -545,7 +554,15 @@ void EndToEnd::write(const fs::path& path, const std::string& content) {
 
 // The standin writes running.txt when its other records are complete.
 void EndToEnd::awaitRecords(const fs::path& directory) {
-    EXPECT_TRUE(eventually([&] { return fs::exists(directory / L"standin" / L"running.txt"); }));
+    const fs::path records = directory / L"standin";
+    EXPECT_TRUE(eventually(
+        [&] { return fs::exists(records / L"running.txt") || fs::exists(records / L"fault.txt"); }));
+}
+
+void EndToEnd::removeRecords(const fs::path& directory) {
+    const std::string fault = bytesOf(directory / L"standin" / L"fault.txt");
+    EXPECT_EQ(fault, "") << "the standin cannot follow this command of its script";
+    removeAll(directory / L"standin");
 }
 
 Arguments EndToEnd::platformArguments(const fs::path& directory) const {
@@ -633,7 +650,7 @@ void EndToEnd::stopPlatform(const fs::path& directory) {
         CloseHandle(process);
     }
     removeAll(directory / L"standin.stop");
-    removeAll(directory / L"standin");
+    removeRecords(directory);
 }
 
 void EndToEnd::crashPlatform() {
@@ -642,7 +659,7 @@ void EndToEnd::crashPlatform() {
     EXPECT_NE(TerminateProcess(process, 1), 0);
     EXPECT_EQ(WaitForSingleObject(process, platformMilliseconds), WAIT_OBJECT_0);
     CloseHandle(process);
-    removeAll(workspace() / L"standin");
+    removeRecords(workspace());
 }
 
 std::string EndToEnd::whyNoSupervision() {

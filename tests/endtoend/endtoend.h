@@ -98,6 +98,11 @@ protected:
     static Status waitFor(const Running& running);
     fs::path launcherPath() const { return install / L"zel" / launcherName; }
     static bool hasEnded(const Running& running);
+    // Waits until the launcher has the lock file open, which is just before it waits at the lock. False if it
+    // does not come there in time.
+    bool hasComeToTheLock(const Running& running) const;
+    // Waits until it has read the lock file, which a restart does before it waits for the old platform.
+    bool hasReadTheLockFile(const Running& running) const;
 
     fs::path workspace() const;              // the user's default one
     std::wstring workspaceArgument() const;  // as the launcher spells it on the command line
@@ -180,6 +185,8 @@ private:
     // The process in .zel.main, or null.
     void* openRecordedProcess(const fs::path& directory, std::uint32_t rights) const;
     static void awaitRecords(const fs::path& directory);
+    // Deletes what the standin has recorded. A fault of its script fails the test.
+    static void removeRecords(const fs::path& directory);
     Running beginCommand(std::wstring command);
     // With the launcher's environment and current directory, and this output unless it is null.
     Running beginProcess(std::wstring command, void* output) const;

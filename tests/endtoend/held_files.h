@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 // Operations on files that another program holds open for a moment, such as a virus scanner that reads new
@@ -15,5 +17,9 @@ void replaceContent(const std::filesystem::path& path, const std::string& conten
 
 // Replaces the target, whose directory must exist.
 void copyOver(const std::filesystem::path& source, const std::filesystem::path& target);
+
+// Where in the file another process would read or write next. Nothing if it does not have the file open. The
+// handle of the process needs the right to duplicate its handles.
+std::optional<std::uint64_t> positionIn(void* process, const std::filesystem::path& path);
 
 }  // namespace endtoend

@@ -137,6 +137,7 @@ TEST_F(OnePlatform, RestartWaitsForTheOldPlatform) {
     const std::string arguments = read(workspace() / L".config" / L"args.properties");
     const std::wstring processId = launchertest::fromUtf8(platformProcessId());
     const Running restart = begin({L"-restart", L"-zel_old_pid", processId});
+    EXPECT_TRUE(hasReadTheLockFile(restart));
     stopPlatform();
     EXPECT_EQ(waitFor(restart), 0U) << log();
     EXPECT_EQ(read(workspace() / L".config" / L"args.properties"), arguments);

@@ -11,6 +11,7 @@
 namespace {
 
 using endtoend::EndToEnd;
+using endtoend::Running;
 using endtoend::Status;
 namespace fs = std::filesystem;
 
@@ -30,13 +31,20 @@ protected:
         launcherName = name;
         placeProgram(launcherName, launcherPath());
     }
-    // What the probe, which has no console itself, sees of a launcher that runs for a second at least.
+    // What the probe, which has no console itself, sees of a launcher that waits for its platform.
     Status probe(const wchar_t* name) {
         use(name);
-        scriptLines = {"publish-after 1000"};
+        scriptLines = {"publish-on-request"};
         layOut();
         placeProgram(L"console_probe.exe", root / L"console_probe.exe");
-        const Status seen = launchFrom(root / L"console_probe.exe", {launcherPath().wstring()});
+        const fs::path request = root / L"console_probe.look";
+        const Running running =
+            beginFrom(root / L"console_probe.exe", {request.wstring(), launcherPath().wstring()});
+        platformArguments();
+        write(request, "");
+        EXPECT_TRUE(eventually([&] { return !fs::exists(request); }));
+        askPlatform("publish");
+        const Status seen = waitFor(running);
         EXPECT_TRUE(isPlatformRunning()) << log() << tempLog();
         return seen;
     }

@@ -113,13 +113,17 @@ TEST_F(Renewals, SecondStartWaitsWhileProvisioningRuns) {
     EXPECT_TRUE(hasArgument(L"-Xshareclasses=none"));
     const std::string provisioning = platformProcessId();
     const Running second = begin({L"-debug"});
+    EXPECT_TRUE(hasComeToTheLock(second));
     EXPECT_FALSE(hasEnded(first));
     askPlatform("stop");
     EXPECT_EQ(waitFor(first), 0U);
-    // The second start provisions again, because the standin did not record the version.
+    // The second start provisions again, because the standin did not record the version. It waits long for
+    // the
+    // `.pipe` of a platform that is asked to end before it has written one.
     EXPECT_TRUE(eventually([&] {
         const std::string record = read(workspace() / L".zel.main");
-        return !record.empty() && record != provisioning + std::string(5, ' ');
+        return !record.empty() && record != provisioning + std::string(5, ' ') &&
+               fs::exists(workspace() / L".pipe");
     }));
     askPlatform("stop");
     EXPECT_EQ(waitFor(second), 0U);

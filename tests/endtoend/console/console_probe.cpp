@@ -1,7 +1,8 @@
 // Starts a program with arguments as a shortcut does, from a process without a console, and looks for a
-// console of the program until it ends. The exit status is hasConsole, hasNone or notStarted.
+// console of the program until it ends. The exit status is hasConsole, hasNone or notStarted. A file
+// <request> that appears meanwhile is deleted after the next look.
 //
-//   console_probe <program> <arguments>...
+//   console_probe <request> <program> <arguments>...
 
 #include <windows.h>
 
@@ -28,7 +29,7 @@ bool attachTo(DWORD processId) {
 extern "C" int wmain(int count, wchar_t** arguments) {
     FreeConsole();
     std::wstring command;
-    for (int i = 1; i < count; ++i) {
+    for (int i = 2; i < count; ++i) {
         command += L"\"" + std::wstring(arguments[i]) + L"\" ";
     }
     STARTUPINFOW start = {};
@@ -40,8 +41,12 @@ extern "C" int wmain(int count, wchar_t** arguments) {
     }
     int result = hasNone;
     while (WaitForSingleObject(process.hProcess, pauseMilliseconds) == WAIT_TIMEOUT) {
+        const bool isRequested = GetFileAttributesW(arguments[1]) != INVALID_FILE_ATTRIBUTES;
         if (attachTo(process.dwProcessId)) {
             result = hasConsole;
+        }
+        if (isRequested) {
+            DeleteFileW(arguments[1]);
         }
     }
     return result;

@@ -92,13 +92,15 @@ TEST_F(Supervision, LockIsHeldUntilARestartedPlatformHasPublished) {
     const Running supervisor = beginSupervised({L"first"});
     const std::string crashed = platformProcessId();
     ASSERT_TRUE(eventually([&] { return isLockFree(); }));
-    write(base / L"win32" / L"x86_64" / L"standin.script", "publish-after 3000\r\nlive 60000\r\n");
+    write(base / L"win32" / L"x86_64" / L"standin.script", "publish-on-request\r\nlive 60000\r\n");
     crashPlatform();
     ASSERT_TRUE(eventually([&] { return fs::exists(workspace() / L".pipe.crashed"); }));
-    EXPECT_FALSE(isLockFree());
-    // Not launch(), which expects that a process that appears meanwhile was started by this launcher.
-    EXPECT_EQ(waitFor(begin({L"second"})), 0U) << log();
     EXPECT_NE(platformProcessId(), crashed);
+    EXPECT_FALSE(isLockFree());
+    const Running second = begin({L"second"});
+    EXPECT_TRUE(hasComeToTheLock(second));
+    askPlatform("publish");
+    EXPECT_EQ(waitFor(second), 0U) << log();
     EXPECT_TRUE(endtoend::contains(handedOver(1), L"second"));
     EXPECT_EQ(platforms(), 1);
     EXPECT_FALSE(fs::exists(workspace() / L".pipe.crashed"));
