@@ -381,13 +381,26 @@ bool EndToEnd::hasEnded(const Running& running) {
     return WaitForSingleObject(running.process, 0) == WAIT_OBJECT_0;
 }
 
+std::optional<std::uint64_t> EndToEnd::positionInLockFile(const Running& running) const {
+    return positionIn(running.process, workspace() / L".zel.lock");
+}
+
 bool EndToEnd::hasComeToTheLock(const Running& running) const {
-    return eventually([&] { return positionIn(running.process, workspace() / L".zel.lock").has_value(); });
+    bool hasCome = false;
+    eventually([&] {
+        hasCome = positionInLockFile(running).has_value();
+        return hasCome || hasEnded(running);
+    });
+    return hasCome;
 }
 
 bool EndToEnd::hasReadTheLockFile(const Running& running) const {
-    return eventually(
-        [&] { return positionIn(running.process, workspace() / L".zel.lock").value_or(0) > 0; });
+    bool hasRead = false;
+    eventually([&] {
+        hasRead = positionInLockFile(running).value_or(0) > 0;
+        return hasRead || hasEnded(running);
+    });
+    return hasRead;
 }
 
 Status EndToEnd::waitFor(const Running& running) {

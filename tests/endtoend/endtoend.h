@@ -99,7 +99,7 @@ protected:
     fs::path launcherPath() const { return install / L"zel" / launcherName; }
     static bool hasEnded(const Running& running);
     // Waits until the launcher has the lock file open, which is just before it waits at the lock. False if it
-    // does not come there in time.
+    // ends instead, or does not come there in time.
     bool hasComeToTheLock(const Running& running) const;
     // Waits until it has read the lock file, which a restart does before it waits for the old platform.
     bool hasReadTheLockFile(const Running& running) const;
@@ -181,6 +181,8 @@ protected:
 
 private:
     static void pause();
+    // Nothing if the launcher does not have the lock file open.
+    std::optional<std::uint64_t> positionInLockFile(const Running& running) const;
     static std::vector<std::string> stampedLogs(const fs::path& directory);
     // The process in .zel.main, or null.
     void* openRecordedProcess(const fs::path& directory, std::uint32_t rights) const;
