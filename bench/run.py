@@ -197,13 +197,17 @@ GROWTH = {
 def plot(name, title, label, points, note, unit="microseconds of the processor"):
     data = WORK / f"{name}.dat"
     data.write_text("".join(f"{x} {y}\n" for x, y in points))
+    ticks = "set format '10^{%L}'"
+    if points[-1][0] < 100 * points[0][0]:
+        ticks = f"set xtics ({', '.join(str(x) for x, _ in points)})"
     script = f"""set terminal svg size 480,320 font 'sans,11'
 set output '{PLOTS / (name + ".svg")}'
 set title "{title}\\n{{/*0.85 {note}}}"
 set xlabel '{label}'
 set ylabel '{unit}'
 set logscale xy
-set format '10^{{%L}}'
+{ticks}
+set xrange [{points[0][0]}:{points[-1][0]}]
 set grid
 unset key
 plot '{data.name}' with linespoints lw 2 pt 7
