@@ -207,7 +207,7 @@ set xlabel '{label}'
 set ylabel '{unit}'
 set logscale xy
 {ticks}
-set xrange [{points[0][0]}:{points[-1][0]}]
+set xrange [{0.9 * points[0][0]}:{1.1 * points[-1][0]}]
 set grid
 unset key
 plot '{data.name}' with linespoints lw 2 pt 7
