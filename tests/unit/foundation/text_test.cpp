@@ -86,6 +86,7 @@ TEST(Text, NumberWithoutDigitsIsZero) {
     }
     EXPECT_EQ(parseHexUnit(L""), L'\0');
     EXPECT_EQ(parseHexUnit(L"ghij"), L'\0');
+    EXPECT_EQ(parseHexUnit(L" 0x4"), wchar_t{4});
 }
 
 TEST(Text, DecimalNumberIsClampedTo32Bits) {

@@ -76,6 +76,22 @@ TEST(Properties, SettingReplacesTheFirstAndNeverAdds) {
     EXPECT_EQ(list[1].value, L"2");
 }
 
+zellauncher::SourcedText textFrom(const std::wstring& file, const std::wstring& text) {
+    zellauncher::SourcedText sourced = text;
+    sourced.source = std::make_shared<zellauncher::Source>(
+        zellauncher::Source{zellauncher::Source::Kind::file, file, 1, L"a"});
+    return sourced;
+}
+
+TEST(Properties, ReplacedValueBringsItsSource) {
+    PropertyList list;
+    list.push_back({L"a", textFrom(L"C:\\one", L"1")});
+    list.setValue(0, L"2");
+    EXPECT_EQ(list[0].value.source->path, L"C:\\one");
+    zellauncher::setPropertyValue(L"a", textFrom(L"C:\\two", L"3"), list);
+    EXPECT_EQ(list[0].value.source->path, L"C:\\two");
+}
+
 class FindingProperties : public launchertest::OnMachine {};
 
 TEST_F(FindingProperties, WithoutMemoryIsFatal) {
@@ -131,6 +147,15 @@ TEST_F(AddingProperties, TrimsTheKeyAndUnescapesTheValue) {
     EXPECT_EQ(list[1].value, L"C:\\xA");
     EXPECT_EQ(value, L"C:\\xA");
     EXPECT_EQ(outcome.log, "ZLNCH0126I:   key = \"a\"\nZLNCH0127I:   value  = \"C:\\xA\"\n");
+}
+
+TEST_F(AddingProperties, EntryKeepsTheSourceOfItsValue) {
+    PropertyList list;
+    zellauncher::SourcedText value = textFrom(L"C:\\file", L"1");
+    run([&] { zellauncher::addProperty(list, L"a", value); });
+    ASSERT_EQ(list.size(), 1U);
+    EXPECT_EQ(list[0].value.source->path, L"C:\\file");
+    EXPECT_EQ(value.source->path, L"C:\\file");
 }
 
 TEST_F(AddingProperties, Arg20KeepsItsValue) {
