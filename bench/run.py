@@ -410,18 +410,30 @@ def main():
         print(f"| {what} | {value} |")
 
 
+def positive(text):
+    number = int(text)
+    if number < 1:
+        raise ValueError
+    return number
+
+
+positive.__name__ = "positive number"  # in the message about a wrong one
 parser = argparse.ArgumentParser(prog="./bench.sh", description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
 parser.add_argument("parts", nargs="*", metavar="part", help=f"{', '.join(PARTS)}; without one, all of them")
-parser.add_argument("--rounds", type=int, default=50, help="of each comparison (default: 50)")
+parser.add_argument("--rounds", type=positive, default=50, help="of each comparison (default: 50)")
 parser.add_argument("--processor", type=int, default=0, help="that the programs run on (default: 0)")
 parser.add_argument("--other", type=Path, help="another launcher, whose start is measured beside")
-parser.add_argument("--files", type=int, action="append", help="in a removed tree (default: 10000 and 100000)")
-parser.add_argument("--removals", type=int, default=4, help="rounds of each removal, an even number (default: 4)")
+parser.add_argument("--files", type=positive, action="append", help="in a removed tree (default: 10000 and 100000)")
+parser.add_argument("--removals", type=positive, default=4, help="rounds of each removal, an even number (default: 4)")
 parser.add_argument("--check", action="store_true", help="only check these options, and print the parts")
 options = parser.parse_args()
 options.files = options.files or [10_000, 100_000]
 if unknown := [part for part in options.parts if part not in PARTS]:
     parser.error(f"there is no part {unknown[0]}; the parts are {', '.join(PARTS)}")
+if options.processor not in os.sched_getaffinity(0):
+    parser.error(f"there is no processor {options.processor}")
+if options.removals % 2 == 1:
+    parser.error("the number of removals must be even, so that each remover is first as often")
 if options.other and not options.other.is_file():
     parser.error(f"there is no file {options.other}")
 if options.check:
