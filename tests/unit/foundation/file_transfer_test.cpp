@@ -5,6 +5,7 @@
 #include "platform/files.h"
 #include "support/faults.h"
 #include "support/launcher_fixture.h"
+#include "support/operations.h"
 
 namespace {
 
@@ -35,7 +36,9 @@ TEST_F(FileTransfer, FileIsCopiedOrMoved) {
     EXPECT_EQ(machine.readFile(L"C:\\t\\f"), "text");
     EXPECT_EQ(machine.readFile(L"C:\\s\\f"), "text");
     machine.writeFile(L"C:\\s\\f", "newer");
+    const std::size_t flushes = launchertest::callsOf(machine, "flushFile").size();
     transfer(Transfer::move);
+    EXPECT_EQ(launchertest::callsOf(machine, "flushFile").size(), flushes);
     EXPECT_EQ(machine.readFile(L"C:\\t\\f"), "newer");
     EXPECT_FALSE(machine.exists(L"C:\\s\\f"));
     EXPECT_FALSE(machine.exists(L"C:\\t\\f.deleteme"));

@@ -124,6 +124,13 @@ TEST(Formatter, UnsupportedConversionWritesNothingAsAWhole) {
     }
 }
 
+TEST(Formatter, UnsupportedSizeUsesUpTheArgument) {
+    for (const wchar_t* conversion : {L"%I64d", L"%I32d", L"%Id", L"%Ld", L"%jd", L"%zd", L"%td"}) {
+        EXPECT_EQ(ofSigned(L"<" + std::wstring(conversion) + L">", 5), L"<>")
+            << launchertest::toUtf8(conversion);
+    }
+}
+
 TEST(Formatter, UnsupportedFlagUsesUpTheArgument) {
     EXPECT_EQ(formatText(L"<%-5s><%s>", {std::wstring(L"lost"), std::wstring(L"kept")}), L"<><kept>");
     EXPECT_EQ(formatText(L"<%+d><%d>", {std::int64_t{1}, std::int64_t{2}}), L"<><2>");

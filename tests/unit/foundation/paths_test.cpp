@@ -40,6 +40,7 @@ TEST_F(Paths, LongPathHasThePrefixAndBackslashes) {
     EXPECT_EQ(longPathOf(L"C:/x/y/"), L"\\\\?\\C:\\x\\y\\");
     EXPECT_EQ(longPathOf(L"C:\\x\\y"), L"\\\\?\\C:\\x\\y");
     EXPECT_EQ(longPathOf(L"C:\\x/y"), L"\\\\?\\C:\\x\\y");
+    EXPECT_EQ(longPathOf(L"C:\\PROGRA~1\\y"), L"\\\\?\\C:\\PROGRA~1\\y");
     EXPECT_EQ(outcome.log, "");
 }
 

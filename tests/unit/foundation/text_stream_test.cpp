@@ -393,6 +393,11 @@ TEST_F(TextStreams, LinesAreNumbered) {
             numbers.push_back(text.position.lineBegin);
         }
         EXPECT_EQ(numbers, (std::vector<std::size_t>{3, 4, 6, 6, 7}));
+        EXPECT_EQ(*text.position.path, path);
+        rewindTextStream(text);
+        std::wstring line;
+        scanLine(text, LineBlanks::skipLeading, line);
+        EXPECT_EQ(text.position.lineBegin, 3U);
     });
 }
 

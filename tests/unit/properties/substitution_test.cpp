@@ -295,7 +295,7 @@ bool scanPlainly(std::wstring& text, const PropertyList& list) {
 
 TEST_F(Substitution, RandomTextsMatchThePlainScan) {
     list = {{L"a", L"${prop.b}x"}, {L"b", L"$"}, {L"c", L"{prop.b}"}, {L"d", L""},          {L"e", L"prop."},
-            {L"f", L"${prop.f"},   {L"g", L"}"}, {L"", L"none"},      {L"h", L"${env.E,}$"}};
+            {L"f", L"${prop.f"},   {L"g", L"}"}, {L"", L"n$"},        {L"h", L"${env.E,}$"}};
     // Ten values in a row are allowed; with the ones that name the first of them, it is too many.
     for (int i = 0; i < 8; ++i) {
         list.push_back({std::to_wstring(i), L"${prop." + std::to_wstring(i + 1) + L"}"});
