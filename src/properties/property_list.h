@@ -25,8 +25,8 @@ struct PropertyEntry {
 };
 
 // Used like a vector, except that entries are read by value: the list stores its texts packed, because the
-// wide texts of a large file would take several times its size. A list has fewer than 2^32 entries, and a text
-// less than 4 GiB. Out of memory for an entry is the fatal ZLNCH0004E.
+// wide texts of a large file would take several times its size. A list has fewer than 2^32 entries, and a
+// text less than 4 GiB. Out of memory for an entry is the fatal ZLNCH0004E.
 class PropertyList {
 public:
     class Iterator;

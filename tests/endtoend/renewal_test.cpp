@@ -117,8 +117,8 @@ TEST_F(Renewals, SecondStartWaitsWhileProvisioningRuns) {
     EXPECT_FALSE(hasEnded(first));
     askPlatform("stop");
     EXPECT_EQ(waitFor(first), 0U);
-    // The second start provisions again, because the standin did not record the version. It would wait long for
-    // the `.pipe` of a platform that is asked to end before it has written one.
+    // The second start provisions again, because the standin did not record the version. It would wait long
+    // for the `.pipe` of a platform that is asked to end before it has written one.
     EXPECT_TRUE(eventually([&] {
         const std::string record = read(workspace() / L".zel.main");
         return !record.empty() && record != provisioning + std::string(5, ' ') &&

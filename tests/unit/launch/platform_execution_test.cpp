@@ -285,7 +285,8 @@ TEST_F(PlatformExecution, DaemonStartsNothing) {
         zellauncher::handOffOrExecute(L"C:\\p\\eclipse.exe\n-x");
     });
     outcome.expectFatal(
-        "ZLNCH0142E: Unable to find pipe  Failed with error 2: The system cannot find the file specified.\r\n");
+        "ZLNCH0142E: Unable to find pipe  Failed with error 2: The system cannot find the file "
+        "specified.\r\n");
     EXPECT_TRUE(machine.startedProcesses().empty());
 }
 
