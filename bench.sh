@@ -10,11 +10,10 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 source cmake/setup.sh
 
 ensure_packages python3
-parts=$(python3 bench/run.py --check "$@")
-if [[ $parts == usage* ]]; then  # of --help
-    echo "$parts"
-    exit
+if [[ " $* " == *" --help "* || " $* " == *" -h "* ]]; then
+    exec python3 bench/run.py --help
 fi
+parts=$(python3 bench/run.py --check "$@")  # ends the script if an option is wrong
 ensure_packages g++ cmake ninja-build googletest libbenchmark-dev libboost-dev libpoco-dev default-jdk-headless \
     gnuplot-nox python3 g++-mingw-w64-x86-64-posix wine64 libcli11-dev nlohmann-json3-dev
 mkdir -p build

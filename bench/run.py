@@ -194,7 +194,7 @@ GROWTH = {
 }
 
 
-def plot(name, title, label, points, note, unit="microseconds of the processor"):
+def plot(name, title, label, points, unit="microseconds of the processor"):
     data = WORK / f"{name}.dat"
     data.write_text("".join(f"{x} {y}\n" for x, y in points))
     ticks = "set format '10^{%L}'"
@@ -202,7 +202,7 @@ def plot(name, title, label, points, note, unit="microseconds of the processor")
         ticks = f"set xtics ({', '.join(str(x) for x, _ in points)})"
     script = f"""set terminal svg size 480,320 font 'sans,11'
 set output '{PLOTS / (name + ".svg")}'
-set title "{title}\\n{{/*0.85 {note}}}"
+set title "{title}\\n{{/*0.85 {exponents(points)}}}"
 set xlabel '{label}'
 set ylabel '{unit}'
 set logscale xy
@@ -225,7 +225,7 @@ def growth():
     PLOTS.mkdir(exist_ok=True)
     for name, (title, label) in GROWTH.items():
         points = series[name]
-        plot(name, title, label, points, exponents(points))
+        plot(name, title, label, points)
         add_row(f"growth, {title.lower()}, {points[0][0]} to {points[-1][0]} {label.split(',')[0]}",
                 exponents(points))
 
@@ -291,8 +291,7 @@ def queue():
         points.append((count, statistics.median(seconds)))
         add_row(f"{count} launchers at once, against one after the other", spread(ratios))
     PLOTS.mkdir(exist_ok=True)
-    plot("launchersAtOnce", "Launchers at once on one platform", "launchers", points, exponents(points),
-         "seconds until the last one")
+    plot("launchersAtOnce", "Launchers at once on one platform", "launchers", points, "seconds until the last one")
     (DRIVE / "ws/standin.stop").touch()
 
 
@@ -418,7 +417,8 @@ def positive(text):
 
 
 positive.__name__ = "positive number"  # in the message about a wrong one
-parser = argparse.ArgumentParser(prog="./bench.sh", description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+parser = argparse.ArgumentParser(prog="./bench.sh", description=__doc__,
+                                 formatter_class=argparse.RawDescriptionHelpFormatter)
 parser.add_argument("parts", nargs="*", metavar="part", help=f"{', '.join(PARTS)}; without one, all of them")
 parser.add_argument("--rounds", type=positive, default=50, help="of each comparison (default: 50)")
 parser.add_argument("--processor", type=int, default=0, help="that the programs run on (default: 0)")

@@ -4,7 +4,7 @@
 
 #include "schedules/race.h"
 
-// Somebody who opens many documents at once starts as many launchers, and a platform runs already.
+// A user opens many documents at once, which starts as many launchers, and a platform runs already.
 namespace {
 
 using schedules::InitialState;
