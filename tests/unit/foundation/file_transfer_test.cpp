@@ -145,6 +145,20 @@ TEST_F(FileTransfer, FiveTakenNumbersAreFatal) {
     EXPECT_TRUE(machine.exists(L"C:\\s\\d\\new"));
 }
 
+// All five numbers are free after that.
+TEST_F(FileTransfer, FirstNumberIsUsedIfAllLeftoversCanBeRemoved) {
+    machine.writeFile(L"C:\\s\\d\\new", "");
+    makeUndeletable(L"C:\\t\\d");
+    for (int number = 1; number <= 5; ++number) {
+        machine.writeFile(L"C:\\t\\ddeleteme000" + std::to_wstring(number) + L"\\old", "");
+    }
+    transfer(Transfer::move, L"d");
+    EXPECT_EQ(outcome.processEnd().status, 0U);
+    EXPECT_EQ(machine.tree(L"C:\\t"),
+              (std::vector<std::wstring>{L"C:\\t\\d\\", L"C:\\t\\d\\new", L"C:\\t\\ddeleteme0001\\",
+                                         L"C:\\t\\ddeleteme0001\\held"}));
+}
+
 TEST_F(FileTransfer, FailedTransferIsFatal) {
     machine.writeFile(L"C:\\s\\f", "text");
     machine.inject(launchertest::failing("moveFile", platform::errorAccessDenied, L"\\s\\f"));

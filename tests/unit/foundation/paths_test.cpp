@@ -41,6 +41,7 @@ TEST_F(Paths, LongPathHasThePrefixAndBackslashes) {
     EXPECT_EQ(longPathOf(L"C:\\x\\y"), L"\\\\?\\C:\\x\\y");
     EXPECT_EQ(longPathOf(L"C:\\x/y"), L"\\\\?\\C:\\x\\y");
     EXPECT_EQ(longPathOf(L"C:\\PROGRA~1\\y"), L"\\\\?\\C:\\PROGRA~1\\y");
+    EXPECT_EQ(longPathOf(L"C:\\~x\\~y"), L"\\\\?\\C:\\~x\\~y");
     EXPECT_EQ(outcome.log, "");
 }
 
@@ -114,7 +115,7 @@ TEST_F(Paths, LongPathHasNoLengthLimit) {
 TEST_F(Paths, PathWithoutADriveIsFatal) {
     for (const wchar_t* path :
          {L"x\\y", L".\\y", L"..\\y", L".", L"..", L"\\\\server\\share", L"\\\\?\\UNC\\server\\share", L"\\x",
-          L"x", L"\\\\?\\", L"\\\\?", L"\\", L"/", L""}) {
+          L"x", L"~C:\\x", L"\\\\?\\", L"\\\\?", L"\\", L"/", L""}) {
         SCOPED_TRACE(launchertest::toUtf8(path));
         EXPECT_EQ(longPathOf(path), L"");
         EXPECT_TRUE(outcome.isFatal());

@@ -109,8 +109,11 @@ TEST_F(TempLog, LeftoverOnADriveIsMovedAsideFirst) {
         machine.setEnvironment(L"TEMP", temp);
         machine.writeFile(L"C:\\Temp\\zellauncher.log", "old");
         const std::size_t moved = launchertest::callsOf(machine, "moveFile").size();
+        const std::size_t deleted = launchertest::callsOf(machine, "deleteFile").size();
         clean(L"zellauncher.log");
         EXPECT_EQ(launchertest::callsOf(machine, "moveFile").size(), moved + 1) << launchertest::toUtf8(temp);
+        EXPECT_EQ(launchertest::callsOf(machine, "deleteFile").size(), deleted + 1)
+            << launchertest::toUtf8(temp);
     }
 }
 
@@ -119,6 +122,18 @@ TEST_F(TempLog, LeftoverWithoutAFullPathStays) {
     machine.inject(launchertest::failing("fullPathName", platform::errorInvalidName));
     EXPECT_EQ(clean(L"zellauncher.log").processEnd().status, 0U);
     EXPECT_TRUE(machine.exists(L"C:\\Temp\\zellauncher.log"));
+}
+
+TEST_F(TempLog, FullPathOf260CharactersIsTooLong) {
+    for (const std::size_t length : {std::size_t{259}, std::size_t{260}}) {
+        const std::wstring directory = L"\\\\?\\C:\\" + std::wstring(length - 7 - 16, L'x');
+        const std::wstring leftover = directory + L"\\zellauncher.log";
+        ASSERT_EQ(leftover.size(), length);
+        machine.writeFile(leftover.substr(4), "old");
+        machine.setEnvironment(L"TEMP", directory);
+        EXPECT_EQ(clean(L"zellauncher.log").processEnd().status, 0U);
+        EXPECT_EQ(machine.exists(leftover.substr(4)), length == 260);
+    }
 }
 
 TEST_F(TempLog, LogOfAFatalEndIsDeletedByTheNextStart) {

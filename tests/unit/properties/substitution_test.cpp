@@ -341,6 +341,20 @@ TEST_F(Substitution, RememberedValuesCountTowardsEndlessOnes) {
     }
 }
 
+// The scan of the value ends at the character before it.
+TEST_F(Substitution, DollarBeforeARememberedValueMayBeginAToken) {
+    list = {{L"empty", L""}, {L"a", L"${prop.empty}{x}"}};
+    runQuietly([&] {
+        for (const wchar_t* text : {L"$${prop.a}", L"$${prop.a} ${prop.a}"}) {
+            std::wstring expected = text;
+            std::wstring changed = text;
+            EXPECT_FALSE(scanPlainly(expected, list));
+            EXPECT_FALSE(zellauncher::substituteProperties(changed, list)) << toUtf8(text);
+            EXPECT_EQ(changed, expected);
+        }
+    });
+}
+
 // The walk through a list without what it remembers of values. False if a value is invalid.
 bool substitutePlainly(PropertyList& list) {
     for (std::size_t i = 0; i < list.size(); ++i) {
