@@ -9,6 +9,7 @@
 #include "platform/environment.h"
 #include "platform/own_process.h"
 #include "platform/pipes.h"
+#include "support/process_start.h"
 
 namespace contract {
 
@@ -180,8 +181,12 @@ std::wstring childCommand(const std::wstring& arguments) {
 }
 
 platform::ChildProcess startChild(const std::wstring& arguments) {
-    const std::optional<platform::ChildProcess> child = platform::createProcess(childCommand(arguments), {});
-    EXPECT_TRUE(child) << platform::lastError();
+    std::optional<platform::ChildProcess> child;
+    const std::uint32_t error = launchertest::startProcess([&] {
+        child = platform::createProcess(childCommand(arguments), {});
+        return child ? platform::errorSuccess : platform::lastError();
+    });
+    EXPECT_TRUE(child) << error;
     if (!child) {
         return {};
     }

@@ -13,6 +13,7 @@
 #include "held_files.h"
 #include "logged_start.h"
 #include "program_files.h"
+#include "support/process_start.h"
 #include "support/text.h"
 
 namespace endtoend {
@@ -365,11 +366,15 @@ Running EndToEnd::beginProcess(std::wstring command, void* output) const {
         start.hStdError = output;
     }
     PROCESS_INFORMATION process = {};
-    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, output != nullptr ? TRUE : FALSE,
-                       CREATE_UNICODE_ENVIRONMENT, block.data(),
-                       currentDirectory.empty() ? nullptr : currentDirectory.c_str(), &start,
-                       &process) == 0) {
-        ADD_FAILURE() << "CreateProcessW failed with error " << GetLastError() << ": "
+    const std::uint32_t error = launchertest::startProcess([&]() -> std::uint32_t {
+        const BOOL isStarted =
+            CreateProcessW(nullptr, command.data(), nullptr, nullptr, output != nullptr ? TRUE : FALSE,
+                           CREATE_UNICODE_ENVIRONMENT, block.data(),
+                           currentDirectory.empty() ? nullptr : currentDirectory.c_str(), &start, &process);
+        return isStarted != 0 ? 0 : GetLastError();
+    });
+    if (error != 0) {
+        ADD_FAILURE() << "CreateProcessW failed with error " << error << ": "
                       << launchertest::toUtf8(command);
         return {};
     }

@@ -7,6 +7,7 @@
 #include "endtoend.h"
 #include "guard/counts.h"
 #include "guard/program_file.h"
+#include "support/process_start.h"
 #include "support/text.h"
 
 // The libraries that a start loads: those that the program imports, and those that it loads late.
@@ -28,9 +29,13 @@ Names librariesLoadedBy(std::wstring command) {
     STARTUPINFOW start = {};
     start.cb = sizeof(start);
     PROCESS_INFORMATION process = {};
-    if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS, nullptr,
-                       nullptr, &start, &process) == 0) {
-        ADD_FAILURE() << "the launcher is not started: " << GetLastError();
+    const std::uint32_t error = launchertest::startProcess([&]() -> std::uint32_t {
+        const BOOL isStarted = CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE,
+                                              DEBUG_ONLY_THIS_PROCESS, nullptr, nullptr, &start, &process);
+        return isStarted != 0 ? 0 : GetLastError();
+    });
+    if (error != 0) {
+        ADD_FAILURE() << "the launcher is not started: " << error;
         return names;
     }
     constexpr DWORD patienceMilliseconds = 60'000;

@@ -17,7 +17,7 @@ TOKENS = re.compile(
 # and properties/lookup_explanation.h. The product has none of it, so it is not mutated; tests/explain tests it.
 SIMULATION_ONLY = re.compile(r"^#ifdef ZELLAUNCHER_SIMULATION\n(.*?)^#endif", re.MULTILINE | re.DOTALL)
 RECORDER_CALLS = re.compile(
-    r"\b(?:explain[A-Z]\w*|takeSourceOf\w+|\w+\.made)\([^;]*;|\b(?:const )?Decision \w+\([^;]*;"
+    r"\b(?:explain[A-Z]\w*|takeSource\w*|\w+\.made)\([^;]*;|\b(?:const )?Decision \w+\([^;]*;"
 )
 
 

@@ -44,6 +44,13 @@ TEST_F(ByteRangeLock, HeldRangeIsTriedForNineSeconds) {
     EXPECT_EQ(std::count_if(machine.operations().begin(), machine.operations().end(), isAttempt), 1 + 181);
 }
 
+// The clock decides, and it is 49 milliseconds ahead of the pauses then.
+TEST_F(ByteRangeLock, NoAttemptIsTheLastBeforeNineSeconds) {
+    machine.stallOnce({"sleepMilliseconds", {}, 49});
+    EXPECT_EQ(lock(OtherLock::held), LockAnswer::deadlock);
+    EXPECT_EQ(machine.elapsedMilliseconds(), 9049U);
+}
+
 TEST_F(ByteRangeLock, AnyOtherErrorFails) {
     machine.inject(failing("lockStream", platform::errorInvalidHandle));
     EXPECT_EQ(lock(OtherLock::none), LockAnswer::failed);
