@@ -1,9 +1,9 @@
 """Builds and tests mutants of the launcher's sources. run.sh prepares the build and describes the options.
 
-A mutant is one recompiled file, linked before the libraries of the build with the unit tests of its
-subsystem and, if it survives them, with the scenarios and with the whole starts with faults and stops. It is
-killed by a test that fails, crashes or does not end. A test that takes too long is run again alone with a much
-higher limit before that counts.
+A mutant is one recompiled file, or a header with some sources that use it, linked before the libraries of the build with the unit tests of its
+subsystem and, if it survives them and equivalents.txt has no reason for that, with the scenarios and with the
+whole starts with faults and stops. It is killed by a test that fails, crashes or does not end. A test that takes
+too long is run again alone with a much higher limit before that counts.
 """
 
 import argparse
@@ -16,6 +16,7 @@ import random
 import re
 import resource
 import shlex
+import shutil
 import subprocess
 import sys
 import threading
@@ -33,6 +34,19 @@ SUBSYSTEMS = ("cache", "configuration", "desktop", "foundation", "instance", "ja
 NOT_MUTATED = ("src/launch/main.cpp",  # has no native build
                # Only on the simulated machine; tests/explain tests them.
                "src/foundation/explanation.cpp", "src/properties/lookup_explanation.cpp")
+# The headers with code, and the sources that are compiled with a mutant of one.
+HEADERS = {
+    "src/foundation/byte_scan.h": ("src/foundation/text_stream.cpp", "src/properties/packed_text.cpp",
+                                   "src/properties/property_list.cpp", "src/properties/property_reader.cpp"),
+    "src/foundation/log_channel.h": ("src/foundation/environment.cpp", "src/properties/property_reader.cpp",
+                                     "src/properties/substitution.cpp", "src/properties/token_scan.cpp"),
+    "src/properties/expansions.h": ("src/properties/expansions.cpp", "src/properties/substitution.cpp",
+                                    "src/properties/token_scan.cpp"),
+    "src/properties/property_index.h": ("src/properties/property_list.cpp", "src/properties/property_reader.cpp"),
+    "src/properties/property_list.h": ("src/properties/property_list.cpp", "src/properties/property_reader.cpp",
+                                       "src/properties/substitution.cpp", "src/properties/token_scan.cpp",
+                                       "src/properties/vmarg_overrides.cpp"),
+}
 WHOLE_STARTS = ("scenarios", "faults", "stops")
 # Simulated processes are threads. Small stacks and one heap allow a low limit.
 MEMORY_LIMIT = 4 << 30
@@ -88,13 +102,18 @@ def link_command(program):
     return parts[: parts.index("-o")] + parts[parts.index("-o") + 2 :]
 
 
+def sources_of(file):
+    return HEADERS.get(file, (file,))
+
+
 class Builder:
-    """Compiles and links mutants. Precompiles the headers."""
+    """Compiles and links mutants. Precompiles the headers for those that are no header."""
 
     def __init__(self, files):
         WORK.mkdir(parents=True, exist_ok=True)
-        self.flags = compile_flags(files[0])
-        includes = sorted({line for file in files for line in re.findall(r"^#include .*$", Path(file).read_text(), re.M)})
+        self.flags = compile_flags(sources_of(files[0])[0])
+        texts = [Path(file).read_text() for file in files]
+        includes = sorted({line for text in texts for line in re.findall(r"^#include .*$", text, re.M)})
         header = WORK / "headers.h"
         header.write_text("\n".join(includes) + "\n")
         self.headers = WORK / "headers.pch"
@@ -103,26 +122,41 @@ class Builder:
             sys.exit(made.stderr.decode())
 
     def compile(self, directory, file, text):
-        """The object file and a digest of its code, or None if the text does not compile."""
-        source, target = directory / Path(file).name, directory / "mutant.o"
-        source.write_text(text)
-        command = ["clang++", *self.flags, *CHECKS, "-include-pch", str(self.headers)]
-        made = run([*command, "-c", str(source), "-o", str(target)], text=True)
-        if "has been modified since" in made.stderr:
-            raise RuntimeError("a header has changed; start again")
-        if made.returncode:
-            return None
-        return target, hashlib.sha1(target.read_bytes()).hexdigest()
+        """The object files and a digest of their code, or None if the text does not compile."""
+        precompiled = [] if file in HEADERS else ["-include-pch", str(self.headers)]
+        return self.run_compiler(directory, file, text, [*CHECKS, *precompiled])
 
     def optimised_code(self, directory, file, text):
-        source, target = directory / Path(file).name, directory / "optimised.o"
-        source.write_text(text)
-        made = run(["clang++", *self.flags, "-w", "-O2", "-c", str(source), "-o", str(target)])
-        return None if made.returncode else hashlib.sha1(target.read_bytes()).hexdigest()
+        compiled = self.run_compiler(directory, file, text, ["-w", "-O2"])
+        return compiled[1] if compiled else None
 
-    def link(self, directory, program, mutant):
+    def run_compiler(self, directory, file, text, options):
+        includes = directory / "include"
+        shutil.rmtree(includes, ignore_errors=True)
+        if file in HEADERS:
+            # It is found before the original.
+            mutant, sources = includes / Path(file).relative_to("src"), HEADERS[file]
+            options = [f"-I{includes}", *options]
+        else:
+            mutant = directory / Path(file).name
+            sources = (mutant,)
+        mutant.parent.mkdir(parents=True, exist_ok=True)
+        mutant.write_text(text)
+        objects, digest = [], hashlib.sha1()
+        for number, source in enumerate(sources):
+            target = directory / f"mutant-{number}.o"
+            made = run(["clang++", *options, *self.flags, "-c", str(source), "-o", str(target)], text=True)
+            if "has been modified since" in made.stderr:
+                raise RuntimeError("a header has changed; start again")
+            if made.returncode:
+                return None
+            objects.append(target)
+            digest.update(target.read_bytes())
+        return objects, digest.hexdigest()
+
+    def link(self, directory, program, objects):
         target = directory / program.name
-        made = run([*program.link[:1], str(mutant), *program.link[1:], "-o", str(target)], cwd=BUILD)
+        made = run([*program.link[:1], *map(str, objects), *program.link[1:], "-o", str(target)], cwd=BUILD)
         return target if made.returncode == 0 else None
 
 
@@ -167,12 +201,12 @@ class Results:
     """The results of all runs, kept in a file.
 
     A kill is valid while its source file and the test that killed are unchanged; otherwise that test is run first.
-    A survivor is tested again once any test has changed.
+    A survivor is tested again once a program that it survived has changed, or if it is to survive more of them.
     """
 
-    def __init__(self, path, tests_digest, sources, start_anew):
-        self.path, self.tests_digest, self.sources, self.lock = path, tests_digest, sources, threading.Lock()
-        self.known, self.codes, self.former_killers = {}, {}, {}
+    def __init__(self, path, programs_of, sources, start_anew):
+        self.path, self.programs_of, self.sources, self.lock = path, programs_of, sources, threading.Lock()
+        self.known, self.codes, self.former_killers, self.digests = {}, {}, {}, {}
         if start_anew:
             path.unlink(missing_ok=True)
         if path.exists():
@@ -180,11 +214,24 @@ class Results:
                 record = json.loads(line)
                 self.known[record["key"]] = record
         for key, record in list(self.known.items()):
-            if record["state"] == "survived" and record["tests"] != tests_digest:
-                del self.known[key]
-            elif record["state"] == "killed" and not self.is_unchanged(record):
+            if record["state"] == "killed" and not self.is_unchanged(record):
                 self.former_killers[key] = record["program"], record["test"]
                 del self.known[key]
+
+    def of(self, mutant):
+        """The record of a mutant, or None if it has no valid one."""
+        record = self.known.get(mutant.key)
+        if record and record["state"] == "survived":
+            survived = record.get("survived", {})
+            if any(survived.get(program) != self.program_digest(program) for program in self.programs_of(mutant)):
+                return None
+        return record
+
+    def program_digest(self, name):
+        if name not in self.digests:
+            path = next(path for path in (BUILD / "tests").rglob(name) if path.is_file())
+            self.digests[name] = hashlib.sha1(path.read_bytes()).hexdigest()
+        return self.digests[name]
 
     def is_unchanged(self, record):
         digest = self.sources.digest(record.get("program", ""), record.get("test", ""))
@@ -192,8 +239,10 @@ class Results:
 
     def store(self, mutant, state, program="", end=End("")):
         record = {"key": mutant.key, "state": state, "program": program, "test": end.test, "how": end.how,
-                  "digest": self.sources.digest(program, end.test), "tests": self.tests_digest,
+                  "digest": self.sources.digest(program, end.test),
                   "file": mutant.file, "line": mutant.line, "operator": mutant.operator}
+        if state == "survived":
+            record["survived"] = {name: self.program_digest(name) for name in self.programs_of(mutant)}
         with self.lock:
             self.known[mutant.key] = record
             with self.path.open("a") as file:
@@ -206,11 +255,13 @@ class Results:
 
 
 class Laboratory:
-    def __init__(self, files, results, units_only):
-        self.builder, self.results = Builder(files), results
-        names = [f"unit_{name}" for name in sorted({Path(file).parent.name for file in files})]
-        self.programs = {name: Program(name, link_command(name))
-                         for name in [*names, *(() if units_only else WHOLE_STARTS)]}
+    def __init__(self, mutants, results):
+        self.builder, self.results = Builder(sorted({mutant.file for mutant in mutants})), results
+        self.programs = {}
+        for mutant in mutants:
+            for name in results.programs_of(mutant):
+                if name not in self.programs:
+                    self.programs[name] = Program(name, link_command(name))
         self.original_code, self.optimised = {}, {}
         self.local = threading.local()
 
@@ -220,18 +271,18 @@ class Laboratory:
             self.local.directory.mkdir(exist_ok=True)
         return self.local.directory
 
-    def programs_for(self, file):
-        names = (f"unit_{Path(file).parent.name}", *WHOLE_STARTS)
-        return [self.programs[name] for name in names if name in self.programs]
+    def programs_for(self, mutant):
+        return [self.programs[name] for name in self.results.programs_of(mutant)]
 
-    def prepare(self, files):
+    def prepare(self, mutants):
         """Runs the originals, built as mutants are: they must pass, and their times give the limits."""
-        for file in files:
-            mutant, code = self.builder.compile(self.directory(), file, Path(file).read_text())
+        for file in sorted({mutant.file for mutant in mutants}):
+            original, code = self.builder.compile(self.directory(), file, Path(file).read_text())
             self.original_code[file] = code
-            for program in self.programs_for(file):
-                if not program.parts:
-                    self.measure(program, mutant)
+            for mutant in mutants:
+                for program in self.programs_for(mutant) if mutant.file == file else ():
+                    if not program.parts:
+                        self.measure(program, original)
 
     def measure(self, program, mutant):
         executable = self.builder.link(self.directory(), program, mutant)
@@ -257,7 +308,7 @@ class Laboratory:
         if not self.results.is_first_with(mutant, code):
             return self.results.store(mutant, "same as another")
         killer, killer_test = self.results.former_killers.get(mutant.key, ("", ""))
-        for program in sorted(self.programs_for(mutant.file), key=lambda program: program.name != killer):
+        for program in sorted(self.programs_for(mutant), key=lambda program: program.name != killer):
             executable = self.builder.link(self.directory(), program, target)
             if executable is None:
                 return self.results.store(mutant, "does not compile")
@@ -295,13 +346,6 @@ class Laboratory:
         return run_tests(executable, program.limit_of_one_test(test), self.directory(), test)
 
 
-def tests_digest(units_only):
-    digest = hashlib.sha1(str(units_only).encode())
-    for name in [*(f"unit_{subsystem}" for subsystem in SUBSYSTEMS), *WHOLE_STARTS]:
-        digest.update(next(path for path in (BUILD / "tests").rglob(name) if path.is_file()).read_bytes())
-    return digest.hexdigest()
-
-
 def read_equivalents(path):
     """{(file, change): reason}"""
     equivalents = {}
@@ -327,7 +371,7 @@ def report(mutants, results, equivalents, verbose):
     table = collections.defaultdict(collections.Counter)
     survivors = []
     for mutant in sorted(mutants, key=lambda mutant: (mutant.file, mutant.line)):
-        record = results.known.get(mutant.key)
+        record = results.of(mutant)
         state = record["state"] if record else "not run"
         if state == "survived" and (mutant.file, mutant.change) in equivalents:
             state = "equivalent"
@@ -379,7 +423,7 @@ def read_options():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--units", action="store_true",
-                        help="only unit tests; a later run without it tests the survivors again")
+                        help="only unit tests; a later run without it lets the survivors run the rest")
     parser.add_argument("--fresh", action="store_true", help="forget the results of earlier runs")
     parser.add_argument("--report", action="store_true", help="run nothing, print the known results")
     parser.add_argument("--verbose", action="store_true", help="print what killed each mutant")
@@ -399,20 +443,25 @@ def draw(mutants, options):
 
 def main():
     options = read_options()
-    files = options.files or sorted(
-        str(file) for name in SUBSYSTEMS for file in Path("src", name).glob("*.cpp") if str(file) not in NOT_MUTATED)
+    sources = [str(file) for name in SUBSYSTEMS for file in Path("src", name).glob("*.cpp")]
+    files = options.files or sorted([*(file for file in sources if file not in NOT_MUTATED), *HEADERS])
     operators = read_operators(HERE / "operators.txt")
     every = [mutant for file in files for mutant in mutants_of(file, operators)]
     equivalents = read_equivalents(HERE / "equivalents.txt")
     unmatched_entries = [] if options.files else unmatched(equivalents, every)
     mutants = draw(every, options)
-    results = Results(BUILD / "mutants.jsonl", tests_digest(options.units), TestSources(), options.fresh)
 
-    unknown = [mutant for mutant in mutants if mutant.key not in results.known]
+    def programs_of(mutant):
+        has_reason = (mutant.file, mutant.change) in equivalents
+        units = sorted({f"unit_{Path(source).parent.name}" for source in sources_of(mutant.file)})
+        return units if options.units or has_reason else [*units, *WHOLE_STARTS]
+
+    results = Results(BUILD / "mutants.jsonl", programs_of, TestSources(), options.fresh)
+    unknown = [mutant for mutant in mutants if results.of(mutant) is None]
     unknown.sort(key=lambda mutant: mutant.key not in results.former_killers)
     if unknown and not options.report:
-        laboratory = Laboratory(files, results, options.units)
-        laboratory.prepare(files)
+        laboratory = Laboratory(unknown, results)
+        laboratory.prepare(unknown)
         with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
             for number, record in enumerate(pool.map(laboratory.examine, unknown), 1):
                 if record["state"] == "survived" or number % 50 == 0:

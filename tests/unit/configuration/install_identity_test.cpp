@@ -74,6 +74,14 @@ TEST_F(InstallIdentity, PropertiesFileIsClosed) {
     });
 }
 
+// The user's directories bear it, so it must not change.
+TEST_F(InstallIdentity, SurvivesAPowerLoss) {
+    machine.writeFile(path, "a=b\n");
+    const std::wstring identity = resolve(InstallConfigurationKind::userpb);
+    machine.losePower();
+    EXPECT_EQ(machine.readFile(path), "a=b\nzel.install.id=" + launchertest::toUtf8(identity) + "\r\n");
+}
+
 TEST_F(InstallIdentity, IsAppendedToAnUnendedLine) {
     machine.writeFile(path, "a=1");
     machine.setTickCount(5);

@@ -16,7 +16,6 @@ using zellauncher::CommandPurpose;
 using zellauncher::InstallConfigurationKind;
 
 constexpr std::int32_t ownerPid = 4711;
-constexpr const wchar_t* emptyCommand = L"(nothing written)";
 
 // The worked example, which a test changes before it assembles the command.
 class CommandAssembly : public javalaunchtest::CommandTest {
@@ -36,7 +35,7 @@ protected:
         return write([&] {
             zellauncher::lockOwnerPid = ownerPid;
             zellauncher::staleEndpointFile = isPipeFileStale;
-            zellauncher::launchCommand = emptyCommand;
+            zellauncher::resetLaunchCommand();
             zellauncher::assembleCommand({workspace, home, arguments, install, launcher, overrides}, purpose);
             path = platform::environmentValue(L"PATH");
         });
@@ -171,7 +170,7 @@ TEST_F(DirectJavaStart, MultiuserServiceHasTheStartupJarAsClassPath) {
 
 TEST_F(DirectJavaStart, MissingVmLeavesTheCommandWithoutAProgram) {
     unset(install, L"vm");
-    EXPECT_TRUE(assemble().starts_with(std::wstring(emptyCommand) + L" \"-Dvmfix="));
+    EXPECT_TRUE(assemble().starts_with(std::wstring(1, L'\0') + L" \"-Dvmfix="));
 }
 
 TEST_F(DirectJavaStart, EnvironmentIsSetLast) {

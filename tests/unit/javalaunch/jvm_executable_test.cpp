@@ -35,6 +35,12 @@ TEST_F(JvmExecutable, VmOptionAfterVmargsIsUsedToo) {
     EXPECT_EQ(select({L"-vm", L"-vmargs", L"-vm", L"a.exe", L"-vm", L"never"}), L" -vm \"a.exe\"");
 }
 
+TEST_F(JvmExecutable, StartWithoutASelectionWaitsForNoPlatform) {
+    waits = true;
+    outcome = run([&] { waits = zellauncher::waitForPlatform; });
+    EXPECT_FALSE(waits);
+}
+
 TEST_F(JvmExecutable, DaemonWritesNoQuotes) {
     isMain = false;
     EXPECT_EQ(selectVm(L"a b.exe"), L"\n-vm\na b.exe");
