@@ -1,7 +1,6 @@
 #include "properties/arguments.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
 
 #include "foundation/explanation.h"
@@ -18,32 +17,38 @@ Arguments::Arguments(const std::vector<std::wstring>& commandLine) {
 }
 #endif
 
+namespace {
+
+// The end if no argument after the program is the text.
+Arguments::const_iterator findArgument(const std::wstring& text, const Arguments& arguments) {
+    const auto first = arguments.empty() ? arguments.begin() : std::next(arguments.begin());
+    return std::find(first, arguments.end(), text);
+}
+
+}  // namespace
+
 int findArgumentIndex(const std::wstring& text, const Arguments& arguments) {
-    if (arguments.size() < 2) {
-        return -1;
-    }
-    const auto found = std::find(std::next(arguments.begin()), arguments.end(), text);
+    const auto found = findArgument(text, arguments);
     return found == arguments.end() ? -1 : static_cast<int>(std::distance(arguments.begin(), found));
 }
 
 bool hasArgument(const std::wstring& text, const Arguments& arguments) {
-    return findArgumentIndex(text, arguments) >= 0;
+    return findArgument(text, arguments) != arguments.end();
 }
 
 const SourcedText* argumentAfter(const std::wstring& option, const Arguments& arguments) {
-    const int index = findArgumentIndex(option, arguments);
-    const std::size_t next = static_cast<std::size_t>(index) + 1;
-    const SourcedText* value = index >= 0 && next < arguments.size() ? &arguments[next] : nullptr;
+    const auto found = findArgument(option, arguments);
+    const bool hasValue = found != arguments.end() && std::next(found) != arguments.end();
+    const SourcedText* value = hasValue ? &*std::next(found) : nullptr;
     explainArgument(option, value);
     return value;
 }
 
 void removeSecondOccurrence(Arguments& arguments, const std::wstring& text) {
-    const auto first = std::find(arguments.begin(), arguments.end(), text);
-    if (first == arguments.end()) {
-        return;
-    }
-    const auto second = std::find(std::next(first), arguments.end(), text);
+    int occurrences = 0;
+    const auto second = std::find_if(arguments.begin(), arguments.end(), [&](const std::wstring& argument) {
+        return argument == text && ++occurrences == 2;
+    });
     if (second != arguments.end()) {
         arguments.erase(second);
     }

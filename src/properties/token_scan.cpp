@@ -219,21 +219,18 @@ std::wstring TokenScan::result() const {
 }  // namespace
 
 std::optional<Token> findLastToken(const std::wstring& text, std::ptrdiff_t position) {
-    if (text.size() < 2 || position < 0) {
+    if (position < 0) {
         return std::nullopt;
     }
     const auto last = static_cast<std::size_t>(position);
     Token token;
-    token.start = text.rfind(L"${", std::min(text.size() - 2, last));
+    token.start = text.rfind(L"${", last);
     if (token.start == std::wstring::npos) {
         return std::nullopt;
     }
-    std::size_t close = text.find(L'}', token.start);
-    if (close == std::wstring::npos || close > last) {
-        close = last;
-    }
+    const std::size_t close = std::min(text.find(L'}', token.start), last);
     token.length = close - token.start + 1;
-    token.name = token.length >= 3 ? text.substr(token.start + 2, token.length - 3) : std::wstring();
+    token.name = text.substr(token.start + 2, std::max(token.length, std::size_t{3}) - 3);
     return token;
 }
 
