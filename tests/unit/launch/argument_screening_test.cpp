@@ -58,6 +58,14 @@ TEST_F(ArgumentScreening, DeclaredCountIncludesProgramAndDeclaration) {
     checkCount({L"prog", L"-maxargcnt", L"4"}).expectFatal(badCount);
 }
 
+TEST_F(ArgumentScreening, DeclaredCountMayHaveSeveralDigits) {
+    Arguments arguments = {L"prog", L"-maxargcnt", L"119"};
+    arguments.resize(119);
+    expectPassed(checkCount(arguments));
+    arguments.emplace_back();
+    checkCount(arguments).expectFatal(badCount);
+}
+
 TEST_F(ArgumentScreening, RestartOptionIsNotCounted) {
     expectPassed(checkCount({L"prog", L"-maxargcnt", L"4", L"-restart", L"x"}));
     checkCount({L"prog", L"-maxargcnt", L"5", L"-restart", L"x"}).expectFatal(badCount);

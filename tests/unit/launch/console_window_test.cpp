@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/own_process.h"
 #include "support/launcher_fixture.h"
 
 namespace {
@@ -22,10 +23,14 @@ TEST_F(ConsoleWindow, WindowIsFoundAndKeepsItsTitle) {
     EXPECT_EQ(machine.elapsedMilliseconds(), 40U);
 }
 
-TEST_F(ConsoleWindow, TemporaryTitleBeginsWithTheTickCount) {
+TEST_F(ConsoleWindow, TemporaryTitleIsTheTickCountAndTheProcessId) {
     machine.setConsole(L"mine");
     machine.setTickCount(4294967295U);  // printed as a signed number
-    find();
+    std::uint32_t processId = 0;
+    run([&] {
+        zellauncher::findConsoleWindow();
+        processId = platform::currentProcessId();
+    });
     std::vector<std::wstring> titles;
     for (const simulation::Operation& operation : machine.operations()) {
         if (operation.name == "setConsoleTitle") {
@@ -33,7 +38,7 @@ TEST_F(ConsoleWindow, TemporaryTitleBeginsWithTheTickCount) {
         }
     }
     ASSERT_EQ(titles.size(), 2U);
-    EXPECT_TRUE(titles[0].starts_with(L"-1/"));
+    EXPECT_EQ(titles[0], L"-1/" + std::to_wstring(processId));
     EXPECT_EQ(titles[1], L"mine");
 }
 

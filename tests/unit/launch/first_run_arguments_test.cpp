@@ -41,6 +41,7 @@ TEST_F(FirstRunArguments, KeptOptionMayBeTheFirstArgument) {
     }
     EXPECT_EQ(apply({L"prog", L"-data", L"C:\\w", L"x"}),
               (Arguments{L"prog", L"-data", L"C:\\w", L"-initialCompleteFlag", L"setup.done"}));
+    EXPECT_EQ(apply({L"-noExit", L"x"}), (Arguments{L"-noExit", L"-initialCompleteFlag", L"setup.done"}));
 }
 
 TEST_F(FirstRunArguments, DataMayBeTheLastTwoArguments) {

@@ -54,6 +54,9 @@ TEST_F(InstallDirectory, InstallIsAboveTheDirectoryZel) {
 TEST_F(InstallDirectory, InstallMayBeADriveRoot) {
     machine.writeFile(L"C:\\zel\\zellauncher.exe", "");
     EXPECT_EQ(locate(L"C:\\zel\\zellauncher.exe"), L"C:");
+    // A path of the drive alone would be this directory.
+    machine.setCurrentDirectory(L"C:\\removed");
+    EXPECT_EQ(locate(L"C:\\zel\\zellauncher.exe"), L"C:");
 }
 
 TEST_F(InstallDirectory, RelativeProgramIsMadeFull) {
