@@ -305,6 +305,14 @@ TEST_F(UserInstallProperties, ProcessStoppedAnywhereLeavesNoPartialFile) {
     EXPECT_EQ(machine.readFile(userFile), whole);
 }
 
+TEST_F(UserInstallProperties, NewFileSurvivesAPowerLoss) {
+    ensure("a=1\r\n");
+    const auto content = machine.readFile(userFile);
+    ASSERT_TRUE(content);
+    machine.losePower();
+    EXPECT_EQ(machine.readFile(userFile), content);
+}
+
 TEST_F(UserInstallProperties, MissingBaseFileIsFatal) {
     outcome = run([&] {
         zellauncher::InstallConfiguration = zellauncher::InstallConfigurationKind::user;

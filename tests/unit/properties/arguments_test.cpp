@@ -42,12 +42,12 @@ TEST(ArgumentAfter, IsNullIfTheOptionIsLast) {
 }
 
 TEST(SecondOccurrence, IsRemovedAndTheOthersStay) {
-    Arguments arguments = {L"a", L"b", L"a", L"a"};
+    Arguments arguments = {L"a", L"b", L"a", L"c", L"a"};
     zellauncher::removeSecondOccurrence(arguments, L"a");
-    EXPECT_EQ(arguments, (Arguments{L"a", L"b", L"a"}));
+    EXPECT_EQ(arguments, (Arguments{L"a", L"b", L"c", L"a"}));
     zellauncher::removeSecondOccurrence(arguments, L"b");
-    zellauncher::removeSecondOccurrence(arguments, L"c");
-    EXPECT_EQ(arguments, (Arguments{L"a", L"b", L"a"}));
+    zellauncher::removeSecondOccurrence(arguments, L"d");
+    EXPECT_EQ(arguments, (Arguments{L"a", L"b", L"c", L"a"}));
 }
 
 }  // namespace
