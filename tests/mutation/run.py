@@ -75,6 +75,11 @@ class Program:
     parts: list = field(default_factory=list)  # the quick tests come first
     times: dict = field(default_factory=dict)  # seconds of each test, without a mutant
 
+    def uses(self, source):
+        """Whether the program needs this source: it is the mutant itself, or its library is one of the program's."""
+        library = f"libzl_{Path(source).parent.name}.a"
+        return Path(source).is_absolute() or any(part.endswith(library) for part in self.link)
+
     def limit_of_one_test(self, test):
         """For a test that is run alone because its part took too long: far more than it takes."""
         return int(self.times.get(test, sum(self.times.values())) * 20) + 3
@@ -122,7 +127,7 @@ class Builder:
             sys.exit(made.stderr.decode())
 
     def compile(self, directory, file, text):
-        """The object files and a digest of their code, or None if the text does not compile."""
+        """The object files by their sources and a digest of their code, or None if the text does not compile."""
         precompiled = [] if file in HEADERS else ["-include-pch", str(self.headers)]
         return self.run_compiler(directory, file, text, [*CHECKS, *precompiled])
 
@@ -142,7 +147,7 @@ class Builder:
             sources = (mutant,)
         mutant.parent.mkdir(parents=True, exist_ok=True)
         mutant.write_text(text)
-        objects, digest = [], hashlib.sha1()
+        objects, digest = {}, hashlib.sha1()
         for number, source in enumerate(sources):
             target = directory / f"mutant-{number}.o"
             made = run(["clang++", *options, *self.flags, "-c", str(source), "-o", str(target)], text=True)
@@ -150,13 +155,14 @@ class Builder:
                 raise RuntimeError("a header has changed; start again")
             if made.returncode:
                 return None
-            objects.append(target)
+            objects[source] = target
             digest.update(target.read_bytes())
         return objects, digest.hexdigest()
 
     def link(self, directory, program, objects):
         target = directory / program.name
-        made = run([*program.link[:1], *map(str, objects), *program.link[1:], "-o", str(target)], cwd=BUILD)
+        parts = [str(part) for source, part in objects.items() if program.uses(source)]
+        made = run([*program.link[:1], *parts, *program.link[1:], "-o", str(target)], cwd=BUILD)
         return target if made.returncode == 0 else None
 
 
