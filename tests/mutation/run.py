@@ -1,14 +1,15 @@
 """Builds and tests mutants of the launcher's sources. run.sh prepares the build and describes the options.
 
-A mutant is one recompiled file, or a header with some sources that use it, linked before the libraries of the build with the unit tests of its
-subsystem and, if it survives them and equivalents.txt has no reason for that, with the scenarios and with the
-whole starts with faults and stops. It is killed by a test that fails, crashes or does not end. A test that takes
-too long is run again alone with a much higher limit before that counts.
+A mutant is one recompiled file, or a header with some sources that use it. It is linked before the libraries of the
+build with the unit tests of its subsystem and, if it survives them and equivalents.txt has no reason for that, with
+the scenarios and with the whole starts with faults and stops. It is killed by a test that fails, crashes or does not
+end. A test that takes too long is run again alone with a much higher limit before that counts.
 """
 
 import argparse
 import collections
 import concurrent.futures
+import functools
 import hashlib
 import json
 import os
@@ -34,18 +35,22 @@ SUBSYSTEMS = ("cache", "configuration", "desktop", "foundation", "instance", "ja
 NOT_MUTATED = ("src/launch/main.cpp",  # has no native build
                # Only on the simulated machine; tests/explain tests them.
                "src/foundation/explanation.cpp", "src/properties/lookup_explanation.cpp")
-# The headers with code, and the sources that are compiled with a mutant of one.
+# The headers with code, and the sources that are compiled with a mutant of one: those that use its functions most,
+# and its test, which has copies of its own otherwise.
 HEADERS = {
     "src/foundation/byte_scan.h": ("src/foundation/text_stream.cpp", "src/properties/packed_text.cpp",
-                                   "src/properties/property_list.cpp", "src/properties/property_reader.cpp"),
-    "src/foundation/log_channel.h": ("src/foundation/environment.cpp", "src/properties/property_reader.cpp",
-                                     "src/properties/substitution.cpp", "src/properties/token_scan.cpp"),
+                                   "src/properties/property_list.cpp", "src/properties/property_reader.cpp",
+                                   "tests/unit/foundation/byte_scan_test.cpp"),
+    "src/foundation/log_channel.h": ("src/properties/property_reader.cpp",
+                                     "tests/unit/foundation/log_channel_test.cpp"),
     "src/properties/expansions.h": ("src/properties/expansions.cpp", "src/properties/substitution.cpp",
-                                    "src/properties/token_scan.cpp"),
-    "src/properties/property_index.h": ("src/properties/property_list.cpp", "src/properties/property_reader.cpp"),
+                                    "src/properties/token_scan.cpp", "tests/unit/properties/expansions_test.cpp"),
+    "src/properties/property_index.h": ("src/properties/property_list.cpp", "src/properties/property_reader.cpp",
+                                        "tests/unit/properties/property_index_test.cpp"),
     "src/properties/property_list.h": ("src/properties/property_list.cpp", "src/properties/property_reader.cpp",
                                        "src/properties/substitution.cpp", "src/properties/token_scan.cpp",
-                                       "src/properties/vmarg_overrides.cpp"),
+                                       "src/properties/vmarg_overrides.cpp",
+                                       "tests/unit/properties/property_list_test.cpp"),
 }
 WHOLE_STARTS = ("scenarios", "faults", "stops")
 # Simulated processes are threads. Small stacks and one heap allow a low limit.
@@ -76,9 +81,11 @@ class Program:
     times: dict = field(default_factory=dict)  # seconds of each test, without a mutant
 
     def uses(self, source):
-        """Whether the program needs this source: it is the mutant itself, or its library is one of the program's."""
-        library = f"libzl_{Path(source).parent.name}.a"
-        return Path(source).is_absolute() or any(part.endswith(library) for part in self.link)
+        """Whether the program needs this source: the mutant itself, a test of the program, or a part of a library."""
+        folder = Path(source).parent.name
+        if is_test(source):
+            return f"unit_{folder}" == self.name
+        return Path(source).is_absolute() or any(part.endswith(f"libzl_{folder}.a") for part in self.link)
 
     def limit_of_one_test(self, test):
         """For a test that is run alone because its part took too long: far more than it takes."""
@@ -111,12 +118,21 @@ def sources_of(file):
     return HEADERS.get(file, (file,))
 
 
+def is_test(source):
+    return str(source).startswith("tests/")
+
+
+@functools.cache
+def test_flags(source):
+    return [*compile_flags(source), "-w"]
+
+
 class Builder:
     """Compiles and links mutants. Precompiles the headers for those that are no header."""
 
     def __init__(self, files):
         WORK.mkdir(parents=True, exist_ok=True)
-        self.flags = compile_flags(sources_of(files[0])[0])
+        self.flags = compile_flags(next(source for source in sources_of(files[0]) if source.startswith("src/")))
         texts = [Path(file).read_text() for file in files]
         includes = sorted({line for text in texts for line in re.findall(r"^#include .*$", text, re.M)})
         header = WORK / "headers.h"
@@ -141,16 +157,17 @@ class Builder:
         if file in HEADERS:
             # It is found before the original.
             mutant, sources = includes / Path(file).relative_to("src"), HEADERS[file]
-            options = [f"-I{includes}", *options]
+            own = [f"-I{includes}"]
         else:
             mutant = directory / Path(file).name
-            sources = (mutant,)
+            sources, own = (mutant,), []
         mutant.parent.mkdir(parents=True, exist_ok=True)
         mutant.write_text(text)
         objects, digest = {}, hashlib.sha1()
         for number, source in enumerate(sources):
             target = directory / f"mutant-{number}.o"
-            made = run(["clang++", *options, *self.flags, "-c", str(source), "-o", str(target)], text=True)
+            flags = test_flags(source) if is_test(source) else [*options, *self.flags]
+            made = run(["clang++", *own, *flags, "-c", str(source), "-o", str(target)], text=True)
             if "has been modified since" in made.stderr:
                 raise RuntimeError("a header has changed; start again")
             if made.returncode:
@@ -161,8 +178,10 @@ class Builder:
 
     def link(self, directory, program, objects):
         target = directory / program.name
-        parts = [str(part) for source, part in objects.items() if program.uses(source)]
-        made = run([*program.link[:1], *parts, *program.link[1:], "-o", str(target)], cwd=BUILD)
+        parts = {str(source): str(part) for source, part in objects.items() if program.uses(source)}
+        replaced = tuple(f"{source.removeprefix('tests/')}.o" for source in parts if is_test(source))
+        rest = [part for part in program.link[1:] if not part.endswith(replaced)]
+        made = run([*program.link[:1], *parts.values(), *rest, "-o", str(target)], cwd=BUILD)
         return target if made.returncode == 0 else None
 
 
