@@ -124,7 +124,7 @@ def is_test(source):
 
 @functools.cache
 def test_flags(source):
-    return [*compile_flags(source), "-w"]
+    return [*compile_flags(source), "-O1", "-w"]  # as their precompiled header
 
 
 class Builder:

@@ -355,6 +355,25 @@ TEST_F(Substitution, DollarBeforeARememberedValueMayBeginAToken) {
     });
 }
 
+// After ten thousand replacements in the log, what is remembered of a value is inserted with one line.
+TEST_F(Substitution, TenThousandReplacementsAreLoggedOneByOne) {
+    for (const std::size_t linesBefore : {std::size_t{0}, std::size_t{1}}) {
+        list = {};
+        for (std::size_t i = 0; i < linesBefore; ++i) {
+            list.push_back({L"first", L"${prop.b}"});
+        }
+        for (int i = 0; i < 5100; ++i) {
+            list.push_back({L"x" + std::to_wstring(i), L"${prop.a}"});
+        }
+        list.push_back({L"a", L"${prop.b}"});
+        list.push_back({L"b", L"v"});
+        outcome = run([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+        EXPECT_EQ(list[5099 + linesBefore].value, L"v");
+        // Two lines for each of the first 5000 values, one for each of the others and for `a`.
+        EXPECT_EQ(outcome.linesBeginningWith("ZLNCH0071I: Modified prop_contents "), 10'101 + linesBefore);
+    }
+}
+
 // The walk through a list without what it remembers of values. False if a value is invalid.
 bool substitutePlainly(PropertyList& list) {
     for (std::size_t i = 0; i < list.size(); ++i) {
