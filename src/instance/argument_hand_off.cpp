@@ -1,6 +1,7 @@
 #include "instance/argument_hand_off.h"
 
 #include <cstdint>
+#include <string_view>
 
 #include "foundation/explanation.h"
 #include "foundation/log_channel.h"
@@ -21,11 +22,10 @@ namespace {
 // UTF-16 little-endian with a terminating NUL.
 std::string payloadOf(const std::wstring& text) {
     std::string bytes;
-    bytes.reserve((text.size() + 1) * 2);
-    for (std::size_t i = 0; i <= text.size(); ++i) {
-        const std::uint32_t unit = i < text.size() ? static_cast<std::uint32_t>(text[i]) : 0U;
-        bytes += static_cast<char>(static_cast<unsigned char>(unit & 0xFFU));
-        bytes += static_cast<char>(static_cast<unsigned char>((unit >> 8U) & 0xFFU));
+    for (const wchar_t unit : std::wstring_view(text.c_str(), text.size() + 1)) {
+        const auto value = static_cast<std::uint32_t>(unit);
+        bytes += static_cast<char>(static_cast<unsigned char>(value & 0xFFU));
+        bytes += static_cast<char>(static_cast<unsigned char>((value >> 8U) & 0xFFU));
     }
     return bytes;
 }

@@ -361,8 +361,11 @@ class Laboratory:
             end = run_tests(executable, part.limit(), self.directory(), part.tests)
             if end.how == "does not end":
                 # The tests may only be slower. The one at which they were ended decides.
-                alone = self.run_alone(executable, program, end.test or part.tests)
-                end = alone if alone.how else run_tests(executable, 10 * part.limit(), self.directory(), part.tests)
+                end = self.run_alone(executable, program, end.test or part.tests)
+                if not end.how:
+                    end = run_tests(executable, 10 * part.limit(), self.directory(), part.tests)
+                    if end.how == "does not end":
+                        end = self.run_alone(executable, program, end.test or part.tests)
             if end.how:
                 return end
         return End("")
@@ -392,9 +395,10 @@ def unmatched(equivalents, mutants):
 
 
 def report(mutants, results, equivalents, verbose):
-    """Prints what is known. True if enough mutants of each subsystem are killed and each survivor has a reason."""
+    """Prints what is known. True if all mutants were run, enough of each subsystem are killed, each survivor has a
+    reason, and no reason is given for a mutant that is killed."""
     table = collections.defaultdict(collections.Counter)
-    survivors = []
+    survivors, killed_with_reason = [], []
     for mutant in sorted(mutants, key=lambda mutant: (mutant.file, mutant.line)):
         record = results.of(mutant)
         state = record["state"] if record else "not run"
@@ -402,6 +406,8 @@ def report(mutants, results, equivalents, verbose):
             state = "equivalent"
         elif state == "survived":
             survivors.append(mutant)
+        elif state == "killed" and (mutant.file, mutant.change) in equivalents:
+            killed_with_reason.append(mutant)
         table[mutant.file][state] += 1
         if state == "killed" and record["how"] == "does not end":
             table[mutant.file]["endless"] += 1
@@ -410,6 +416,9 @@ def report(mutants, results, equivalents, verbose):
     print("\nSurvivors without a reason:" if survivors else "\nNo survivor without a reason.")
     for mutant in survivors:
         print(f"{mutant.file} | {mutant.change} | line {mutant.line}, {mutant.operator}")
+
+    for mutant in killed_with_reason:
+        print(f"equivalents.txt: {mutant.file} | {mutant.change} | is killed, line {mutant.line}")
 
     columns = ("mutants", "killed", "endless", "equal", "alive", "not run", "killed")
     print(f"\n{'file':48}" + "".join(f"{column:>9}" for column in columns))
@@ -424,7 +433,8 @@ def report(mutants, results, equivalents, verbose):
     print_row("all", total)
     print(f"not counted: {total['does not compile']} that do not compile, {total['same code']} with the same code,"
           f" {total['same as another']} with the code of another mutant")
-    return not survivors and all(is_enough(counts) for counts in subsystems.values())
+    return (not survivors and not killed_with_reason and total["not run"] == 0 and
+            all(is_enough(counts) for counts in subsystems.values()))
 
 
 def counted(counts):

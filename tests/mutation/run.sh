@@ -9,9 +9,9 @@
 #
 # Further options: --units (only unit tests, which is faster; a later run without it lets the survivors without a
 # reason run the rest), --jobs N, --fresh (forget earlier results), --verbose (what killed each mutant). A run may be
-# stopped at any time; the next one continues it. Headers must not change during a run. The status is 0 if 95 %
-# of each subsystem are killed, each survivor has its reason in equivalents.txt, and each entry there matches a
-# mutant.
+# stopped at any time; the next one continues it. Headers must not change during a run. The status is 0 if every
+# mutant was run, 95 % of each subsystem are killed, each survivor has its reason in equivalents.txt, and each
+# entry there matches a survivor.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 source cmake/setup.sh

@@ -38,18 +38,24 @@ protected:
         machine.makeDirectory(directory);
     }
 
+    // The body must return, because its expectations would be skipped otherwise.
     simulation::ProcessEnd run(const std::function<void()>& body) {
-        return machine.run({L"C:\\zellauncher.exe"}, [&] {
+        bool hasReturned = false;
+        const simulation::ProcessEnd end = machine.run({L"C:\\zellauncher.exe"}, [&] {
             body();
+            hasReturned = true;
             return 0;
         });
+        EXPECT_TRUE(hasReturned);
+        return end;
     }
 
     // The same for a body that must not return.
     simulation::ProcessEnd runToFatal(const std::function<void()>& body) {
-        return run([&] {
+        return machine.run({L"C:\\zellauncher.exe"}, [&] {
             body();
             ADD_FAILURE() << "continued after a fatal message";
+            return 0;
         });
     }
 

@@ -87,6 +87,7 @@ TEST(Text, NumberWithoutDigitsIsZero) {
     EXPECT_EQ(parseHexUnit(L""), L'\0');
     EXPECT_EQ(parseHexUnit(L"ghij"), L'\0');
     EXPECT_EQ(parseHexUnit(L" 0x4"), wchar_t{4});
+    EXPECT_EQ(parseHexUnit(std::wstring_view(L"   0x1", 4)), L'\0');  // `x` is not part of it
 }
 
 TEST(Text, DecimalNumberIsClampedTo32Bits) {

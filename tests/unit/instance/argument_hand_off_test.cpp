@@ -52,6 +52,12 @@ TEST_F(HandOff, TextEndsAtItsFirstNul) {
     EXPECT_EQ(launchertest::pipeText(machine.pipePayloads(pipe)[0]), std::wstring(L"a\0", 2));
 }
 
+// A direct Java start without a JVM has a command without a program, which begins with a NUL.
+TEST_F(HandOff, TextMayBeEmpty) {
+    handOff(std::wstring(L"\0-x", 3));
+    EXPECT_EQ(machine.pipePayloads(pipe), std::vector<std::string>{std::string(2, '\0')});
+}
+
 TEST_F(HandOff, LockIsReleasedOnceThePipeIsClosed) {
     const std::size_t before = machine.operations().size();
     handOff(L"a");

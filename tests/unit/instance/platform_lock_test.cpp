@@ -186,9 +186,9 @@ TEST_F(PlatformLock, OneLauncherHoldsItAtATime) {
             acquireHere();
             EXPECT_EQ(++holders, 1);
             platform::sleepMilliseconds(100);
-            ++releases;
             --holders;
             zellauncher::releasePlatformLock();
+            ++releases;
             return 0;
         };
         for (int i = 0; i < 3; ++i) {

@@ -147,6 +147,12 @@ TEST_F(ShellRole, ShellLongerThanTheBufferIsNotRead) {
     setKioskShell(std::wstring(499, L'x'));
     EXPECT_FALSE(isKiosk());
     EXPECT_TRUE(outcome.logHas(readingLogonShell + "234"));
+    for (const std::size_t bytes : {std::size_t{1000}, std::size_t{1001}}) {
+        machine.setRegistryBytes(platform::RegistryRoot::localMachine, winLogon, L"Shell",
+                                 std::string(bytes, 'x'));
+        isKiosk();
+        EXPECT_EQ(outcome.logHas(readingLogonShell + "234"), bytes == 1001);
+    }
 }
 
 }  // namespace

@@ -34,6 +34,15 @@ TEST(Expansions, ShortTextsAreRememberedBeyondTheLimit) {
     EXPECT_NE(expansions.find(L"short"), nullptr);
 }
 
+TEST(Expansions, TextGrowsByFiftyMillionOfAHundredMillion) {
+    Expansions expansions;
+    EXPECT_EQ(expansions.growthOfNextText(), 50'000'000U);
+    expansions.addGrowth(50'000'001);
+    EXPECT_EQ(expansions.growthOfNextText(), 49'999'999U);
+    expansions.addGrowth(50'000'000);
+    EXPECT_EQ(expansions.growthOfNextText(), 0U);
+}
+
 TEST(Expansions, ReplacedTextDoesNotCount) {
     Expansions expansions;
     expansions.add(L"name", ofLength(mostCharacters - shortText));

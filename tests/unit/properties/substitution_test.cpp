@@ -343,9 +343,9 @@ TEST_F(Substitution, RememberedValuesCountTowardsEndlessOnes) {
 
 // The scan of the value ends at the character before it.
 TEST_F(Substitution, DollarBeforeARememberedValueMayBeginAToken) {
-    list = {{L"empty", L""}, {L"a", L"${prop.empty}{x}"}};
+    list = {{L"empty", L""}, {L"a", L"${prop.empty}{x}"}, {L"d", L"{prop.a}"}};
     runQuietly([&] {
-        for (const wchar_t* text : {L"$${prop.a}", L"$${prop.a} ${prop.a}"}) {
+        for (const wchar_t* text : {L"$${prop.a}", L"$${prop.a} ${prop.a}", L"$${prop.d}${prop.missing}"}) {
             std::wstring expected = text;
             std::wstring changed = text;
             EXPECT_FALSE(scanPlainly(expected, list));
@@ -371,6 +371,33 @@ TEST_F(Substitution, TenThousandReplacementsAreLoggedOneByOne) {
         EXPECT_EQ(list[5099 + linesBefore].value, L"v");
         // Two lines for each of the first 5000 values, one for each of the others and for `a`.
         EXPECT_EQ(outcome.linesBeginningWith("ZLNCH0071I: Modified prop_contents "), 10'101 + linesBefore);
+    }
+}
+
+// The log drops lines with longer texts. They count as logged if the text alone has less than 4000
+// characters.
+TEST_F(Substitution, LongTextsAreHardlyLogged) {
+    for (const std::size_t length : {std::size_t{3999}, std::size_t{4000}}) {
+        constexpr std::size_t tokens = 444;
+        std::wstring text;
+        for (std::size_t i = 0; i < tokens; ++i) {
+            text += L"${prop.k}";
+        }
+        text.resize(length, L'x');
+        list = {};
+        for (std::size_t i = 0; i < 10'000 / tokens + 1; ++i) {
+            list.push_back({L"long" + std::to_wstring(i), text});
+        }
+        for (const wchar_t* key : {L"first", L"second"}) {
+            list.push_back({key, L"${prop.y}"});
+        }
+        list.push_back({L"y", L"${prop.x}"});
+        list.push_back({L"x", L"v"});
+        list.push_back({L"k", L"as-long-9"});
+        outcome = run([&] { zellauncher::substitutePropertyList(L"C:\\d", L"C:\\h", list); });
+        EXPECT_EQ(list[0].value.size(), length);
+        EXPECT_EQ(outcome.linesBeginningWith("ZLNCH0071I: Modified prop_contents "),
+                  length == 3999 ? 4U : 5U);
     }
 }
 
