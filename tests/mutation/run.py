@@ -35,6 +35,12 @@ SUBSYSTEMS = ("cache", "configuration", "desktop", "foundation", "instance", "ja
 NOT_MUTATED = ("src/launch/main.cpp",  # has no native build
                # Only on the simulated machine; tests/explain tests them.
                "src/foundation/explanation.cpp", "src/properties/lookup_explanation.cpp")
+# The headers with constants; those that include one are compiled with a mutant of it.
+HEADERS_WITH_CONSTANTS = (
+    "src/configuration/install_kind.h", "src/configuration/own_program.h", "src/foundation/paths.h",
+    "src/foundation/text_stream.h", "src/foundation/user_files.h", "src/javalaunch/jvm_root.h",
+    "src/kiosk/shell_role.h", "src/properties/token_scan.h",
+)
 # The headers with code, and the sources that are compiled with a mutant of one: those that use its functions most,
 # and its test, which has copies of its own otherwise.
 HEADERS = {
@@ -114,8 +120,22 @@ def link_command(program):
     return parts[: parts.index("-o")] + parts[parts.index("-o") + 2 :]
 
 
+@functools.cache
 def sources_of(file):
+    """What is compiled for a mutant of this file."""
+    if file in HEADERS_WITH_CONSTANTS:
+        line = f'#include "{file.removeprefix("src/")}"'
+        return tuple(path for path in all_sources() if line in Path(path).read_text())
     return HEADERS.get(file, (file,))
+
+
+def all_sources():
+    paths = sorted(str(path) for name in SUBSYSTEMS for path in Path("src", name).glob("*.cpp"))
+    return [path for path in paths if path not in NOT_MUTATED]
+
+
+def is_header(file):
+    return file.endswith(".h")
 
 
 def is_test(source):
@@ -144,7 +164,7 @@ class Builder:
 
     def compile(self, directory, file, text):
         """The object files by their sources and a digest of their code, or None if the text does not compile."""
-        precompiled = [] if file in HEADERS else ["-include-pch", str(self.headers)]
+        precompiled = [] if is_header(file) else ["-include-pch", str(self.headers)]
         return self.run_compiler(directory, file, text, [*CHECKS, *precompiled])
 
     def optimised_code(self, directory, file, text):
@@ -154,9 +174,9 @@ class Builder:
     def run_compiler(self, directory, file, text, options):
         includes = directory / "include"
         shutil.rmtree(includes, ignore_errors=True)
-        if file in HEADERS:
+        if is_header(file):
             # It is found before the original.
-            mutant, sources = includes / Path(file).relative_to("src"), HEADERS[file]
+            mutant, sources = includes / Path(file).relative_to("src"), sources_of(file)
             own = [f"-I{includes}"]
         else:
             mutant = directory / Path(file).name
@@ -478,8 +498,7 @@ def draw(mutants, options):
 
 def main():
     options = read_options()
-    sources = [str(file) for name in SUBSYSTEMS for file in Path("src", name).glob("*.cpp")]
-    files = options.files or sorted([*(file for file in sources if file not in NOT_MUTATED), *HEADERS])
+    files = options.files or sorted([*all_sources(), *HEADERS, *HEADERS_WITH_CONSTANTS])
     operators = read_operators(HERE / "operators.txt")
     every = [mutant for file in files for mutant in mutants_of(file, operators)]
     equivalents = read_equivalents(HERE / "equivalents.txt")
