@@ -109,8 +109,13 @@ int sendToPipe(const Arguments& arguments) {
     const platform::Handle client =
         platform::createFile(arguments.at(0), platform::accessRead | platform::accessWrite, 0,
                              platform::openExistingFile, platform::attributeNormal);
-    const bool isWritten = platform::writePipe(client, std::string(std::stoul(arguments.at(1)), 'x'));
-    return isWritten ? 0 : static_cast<int>(platform::lastError());
+    const std::string text(std::stoul(arguments.at(2)), 'x');
+    for (unsigned long writes = std::stoul(arguments.at(1)); writes > 0; --writes) {
+        if (!platform::writePipe(client, text)) {
+            return static_cast<int>(platform::lastError());
+        }
+    }
+    return 0;
 }
 
 int useConsole(const Arguments& arguments) {

@@ -29,9 +29,9 @@ protected:
     }
     // A server that reads its pipe only when it is released, and not at all without clients.
     Holder startFrozenServer(int clients) { return startServer(clients, L"unread"); }
-    // A child whose write to the pipe of a frozen server does not fit into its buffer.
-    Handle startBlockedClient() const {
-        const Handle client = startChild(L"send " + name + L" 1000000").process;
+    // A child whose million bytes do not fit into the buffer of a frozen server's pipe.
+    Handle startBlockedClient(const std::wstring& writesAndSize = L"1 1000000") const {
+        const Handle client = startChild(L"send " + name + L" " + writesAndSize).process;
         while (waitNamedPipe(name, 50)) {  // until the client is connected
             sleepMilliseconds(10);
         }
@@ -204,6 +204,16 @@ TEST_F(Pipes, WriteOfMoreThanTheBufferWaitsForTheServer) {
     onMachine([&] {
         const Holder server = startFrozenServer(1);
         const Handle client = startBlockedClient();
+        release(server);
+        EXPECT_EQ(waitForExitCode(client), 0U);
+        EXPECT_TRUE(textOf(server, 1) == std::string(1000000, 'x'));
+    });
+}
+
+TEST_F(Pipes, SmallWritesFillTheBufferTogether) {
+    onMachine([&] {
+        const Holder server = startFrozenServer(1);
+        const Handle client = startBlockedClient(L"1000 1000");
         release(server);
         EXPECT_EQ(waitForExitCode(client), 0U);
         EXPECT_TRUE(textOf(server, 1) == std::string(1000000, 'x'));

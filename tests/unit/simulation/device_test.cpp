@@ -133,6 +133,17 @@ TEST_F(Device, ForcedNameTakesTheMoveOfItsFormerOwnerAlong) {
     EXPECT_EQ(machine.tree(L"C:\\"), (Paths{L"C:\\a\\", L"C:\\a\\new", L"C:\\b\\", L"C:\\b\\old"}));
 }
 
+TEST_F(Device, ForcedNameForgetsADeletedOwner) {
+    machine.writeFile(L"C:\\file", "old");
+    run([] {
+        platform::deleteFile(L"C:\\file");
+        write(L"C:\\file", "w", "new");
+        platform::moveFile(L"C:\\file", L"C:\\moved", platform::moveWriteThrough);
+    });
+    machine.losePower(oldNames);
+    EXPECT_EQ(machine.tree(L"C:\\"), Paths{L"C:\\moved"});
+}
+
 TEST_F(Device, MoveDoesNotFlushTheContent) {
     run([] {
         write(L"C:\\new", "w", "text");
