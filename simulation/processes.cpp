@@ -184,7 +184,7 @@ void waitForInputIdle(Handle /*process*/, std::uint32_t milliseconds) {
 }
 
 Handle openProcess(std::uint32_t processId) {
-    if (const ErrorCode fault = beginOperation("openProcess")) {
+    if (const ErrorCode fault = beginOperation("openProcess", std::wstring(), false, {processId})) {
         failWith(fault);
         return Handle::none;
     }

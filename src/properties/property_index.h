@@ -36,6 +36,9 @@ public:
         return position == none ? std::nullopt : std::optional<std::size_t>(position);
     }
 
+    // The number of slots, of which three quarters are used at most.
+    std::size_t capacity() const { return slots.size(); }
+
 private:
     static constexpr std::uint32_t none = UINT32_MAX;
     static constexpr std::size_t firstSlots = 64;

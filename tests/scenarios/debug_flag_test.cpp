@@ -57,7 +57,7 @@ TEST_F(DebugFlag, NamesTheLogOfAnEarlyFailure) {
 // A good start logs no failure, because a reader would take it for the cause of a problem.
 class GoodDebugLogs : public Story {
 protected:
-    // Lines of the newest debug log that report a failure. Three messages with an E report progress.
+    // Lines of the newest debug log that report a failure. Two messages with an E report progress.
     std::vector<std::string> failureLines() {
         std::vector<std::string> failures;
         for (const std::string& line : launchertest::splitLines(lastDebugLog())) {

@@ -144,6 +144,7 @@ private:
     void checkDesktop();
     void checkCrash(simulation::ProcessId id, const PlatformRecord& crashed);
     bool isSupervised(simulation::ProcessId id, const PlatformRecord& record) const;
+    bool findsOther(const simulation::Operation& list, simulation::ProcessId id) const;
     bool hasCrashed(simulation::ProcessId id, const PlatformRecord& record) const;
     void checkLogs();
     std::vector<PlatformRecord> platformsOf(const std::vector<simulation::ProcessId>& openers) const;

@@ -294,17 +294,33 @@ bool Race::hasCrashed(simulation::ProcessId id, const PlatformRecord& record) co
            std::find(std::begin(orderly), std::end(orderly), machine.endOf(id).status) == std::end(orderly);
 }
 
-// One that has restarted itself is found in a list of processes, three seconds later.
+// One that has restarted itself is found in a list of processes, three seconds later. A supervisor that finds
+// two watches one after the other.
 bool Race::isSupervised(simulation::ProcessId id, const PlatformRecord& record) const {
     if (!plan.isLockdown || platforms.at(recordedIdOf(id)).starter == 0) {
         return false;
     }
-    const auto isInList = [&](const simulation::Operation& operation) {
-        return operation.name == "processSnapshot" && operation.index > record.createdOperation &&
+    const auto isFound = [&](const simulation::Operation& operation) {
+        const bool isListed = operation.name == "processSnapshot" && !findsOther(operation, id);
+        const bool isOpened = operation.name == "openProcess" && operation.numbers.at(0) == id;
+        return (isListed || isOpened) && operation.index > record.createdOperation &&
                operation.index <= record.endedOperation;
     };
     return !hasRestartedItself(record) ||
-           std::any_of(machine.operations().begin(), machine.operations().end(), isInList);
+           std::any_of(machine.operations().begin(), machine.operations().end(), isFound);
+}
+
+// Whether the process that made this list watches another platform of it first.
+bool Race::findsOther(const simulation::Operation& list, simulation::ProcessId id) const {
+    for (const simulation::Operation& later : machine.operations()) {
+        if (later.process == list.process && later.index > list.index && later.name == "openProcess") {
+            return later.numbers.at(0) != id;
+        }
+        if (later.process == list.process && later.index > list.index && later.name == "processSnapshot") {
+            return false;
+        }
+    }
+    return false;
 }
 
 // A platform that crashes while it is supervised leaves another one behind, or is followed by one.

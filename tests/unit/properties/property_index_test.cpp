@@ -44,6 +44,18 @@ TEST_F(PropertyIndexes, FirstOfSeveralEntriesIsFound) {
     EXPECT_EQ(find("c"), std::nullopt);
 }
 
+TEST_F(PropertyIndexes, ThreeQuartersOfTheCapacityAreUsed) {
+    EXPECT_EQ(index.capacity(), 0U);
+    for (const std::size_t capacity : {64U, 128U, 256U}) {
+        while (keys.size() < capacity * 3 / 4) {
+            add(std::to_string(keys.size()));
+            EXPECT_EQ(index.capacity(), capacity);
+        }
+        add(std::to_string(keys.size()));
+        EXPECT_EQ(index.capacity(), 2 * capacity);
+    }
+}
+
 TEST_F(PropertyIndexes, LookupHardlyEverComparesAnotherKey) {
     for (const int count : {100, 10'000, 100'000}) {
         while (keys.size() < static_cast<std::size_t>(count)) {
