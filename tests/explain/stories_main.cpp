@@ -26,6 +26,8 @@ constexpr Exception exceptions[] = {
     {"KioskMachine.LogonShellOfNoBytesDoesNotEndTheStart", "the logon shell has a value of no bytes"},
     {"GoodDebugLogs.ReportNoFailure", "a kiosk's shell is registered on a machine that is no kiosk"},
     {"Troubleshooting.MissingHomeDriveIsFatal", "the home is on a drive that does not exist"},
+    {"ReusedProcessIds.RestartTakesANewPlatformForTheOldOne",
+     "another platform has the process id of the one that asked for the restart"},
     {"LaterStart.RefusedSemaphoreIsFatal", "the platform's semaphore may not be opened"},
 };
 

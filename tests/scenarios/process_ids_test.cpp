@@ -99,4 +99,24 @@ TEST_F(ReusedProcessIds, ListedIdWithoutAProcessIsSkipped) {
     EXPECT_EQ(machine.startedProcesses().size(), 1U);
 }
 
+// The restart names the platform that asked for it by its process id alone. If another platform has it by
+// then, the launcher waits for that one as for a platform that does not end.
+TEST_F(ReusedProcessIds, RestartTakesANewPlatformForTheOldOne) {
+    launcherProperties.set("install.configuration", "user");
+    EXPECT_STARTED(launch());
+    const ProcessId old = platforms().front();
+    closePlatform();
+    // What ended last is reused first: the next start should have the id of the first launcher, and its
+    // platform that of the old one.
+    beginOther(L"C:\\editor.exe", 1, 0);
+    beginOther(L"C:\\editor.exe", 2, 0);
+    machine.runUntilIdle(10);
+    EXPECT_STARTED(launch());
+    ASSERT_EQ(machine.systemIdOf(platforms().front()), machine.systemIdOf(old));
+    const std::uint64_t begin = machine.elapsedMilliseconds();
+    EXPECT_STARTED(launch({L"-restart", L"-zel_old_pid", std::to_wstring(machine.systemIdOf(old))}));
+    EXPECT_GE(machine.elapsedMilliseconds() - begin, 20000U);
+    EXPECT_EQ(platforms().size(), 2U);
+}
+
 }  // namespace
