@@ -1,7 +1,7 @@
 #include "instance/argument_hand_off.h"
 
 #include <cstdint>
-#include <string_view>
+#include <string>
 
 #include "foundation/explanation.h"
 #include "foundation/log_channel.h"
@@ -21,11 +21,12 @@ namespace {
 
 // UTF-16 little-endian with a terminating NUL.
 std::string payloadOf(const std::wstring& text) {
-    std::string bytes;
-    for (const wchar_t unit : std::wstring_view(text.c_str(), text.size() + 1)) {
+    std::string bytes(2 * (text.size() + 1), '\0');
+    auto next = bytes.begin();
+    for (const wchar_t unit : text) {
         const auto value = static_cast<std::uint32_t>(unit);
-        bytes += static_cast<char>(static_cast<unsigned char>(value & 0xFFU));
-        bytes += static_cast<char>(static_cast<unsigned char>((value >> 8U) & 0xFFU));
+        *next++ = static_cast<char>(static_cast<unsigned char>(value & 0xFFU));
+        *next++ = static_cast<char>(static_cast<unsigned char>((value >> 8U) & 0xFFU));
     }
     return bytes;
 }
