@@ -8,7 +8,7 @@
 #                        targets, coverage and mutations. Takes hours.
 #   ./test.sh --package  only the packages: makes them twice and compares them, and tries signature, test kit and
 #                        installer under Wine. Takes longer than all of it.
-#   ./test.sh --load     only the programs under Wine, three times beside four busy loops. Takes most of an hour.
+#   ./test.sh --load     only the programs under Wine, three times beside four busy loops. Takes half an hour.
 #   ./test.sh --lint     clang-tidy over the whole tree instead of the tests. Takes long.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"

@@ -301,10 +301,9 @@ bool Race::isSupervised(simulation::ProcessId id, const PlatformRecord& record) 
         return false;
     }
     const auto isFound = [&](const simulation::Operation& operation) {
-        const bool isListed = operation.name == "processSnapshot" && !findsOther(operation, id);
-        const bool isOpened = operation.name == "openProcess" && operation.numbers.at(0) == id;
-        return (isListed || isOpened) && operation.index > record.createdOperation &&
-               operation.index <= record.endedOperation;
+        return operation.index > record.createdOperation && operation.index <= record.endedOperation &&
+               ((operation.name == "openProcess" && operation.numbers.at(0) == id) ||
+                (operation.name == "processSnapshot" && !findsOther(operation, id)));
     };
     return !hasRestartedItself(record) ||
            std::any_of(machine.operations().begin(), machine.operations().end(), isFound);
@@ -312,15 +311,12 @@ bool Race::isSupervised(simulation::ProcessId id, const PlatformRecord& record) 
 
 // Whether the process that made this list watches another platform of it first.
 bool Race::findsOther(const simulation::Operation& list, simulation::ProcessId id) const {
-    for (const simulation::Operation& later : machine.operations()) {
-        if (later.process == list.process && later.index > list.index && later.name == "openProcess") {
-            return later.numbers.at(0) != id;
-        }
-        if (later.process == list.process && later.index > list.index && later.name == "processSnapshot") {
-            return false;
-        }
-    }
-    return false;
+    const auto& operations = machine.operations();
+    const auto next = std::find_if(operations.begin(), operations.end(), [&](const auto& later) {
+        return later.process == list.process && later.index > list.index &&
+               (later.name == "openProcess" || later.name == "processSnapshot");
+    });
+    return next != operations.end() && next->name == "openProcess" && next->numbers.at(0) != id;
 }
 
 // A platform that crashes while it is supervised leaves another one behind, or is followed by one.

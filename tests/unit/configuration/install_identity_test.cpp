@@ -74,7 +74,7 @@ TEST_F(InstallIdentity, PropertiesFileIsClosed) {
     });
 }
 
-// The user's directories bear it, so it must not change.
+// It is in the path of the user's workspace, so it must not change.
 TEST_F(InstallIdentity, SurvivesAPowerLoss) {
     machine.writeFile(path, "a=b\n");
     const std::wstring identity = resolve(InstallConfigurationKind::userpb);

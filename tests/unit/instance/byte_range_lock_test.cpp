@@ -44,7 +44,7 @@ TEST_F(ByteRangeLock, HeldRangeIsTriedForNineSeconds) {
     EXPECT_EQ(std::count_if(machine.operations().begin(), machine.operations().end(), isAttempt), 1 + 181);
 }
 
-// The clock decides, and it is 49 milliseconds ahead of the pauses then.
+// The clock decides. Here it is 49 milliseconds ahead of the pauses.
 TEST_F(ByteRangeLock, NoAttemptIsTheLastBeforeNineSeconds) {
     machine.stallOnce({"sleepMilliseconds", {}, 49});
     EXPECT_EQ(lock(OtherLock::held), LockAnswer::deadlock);

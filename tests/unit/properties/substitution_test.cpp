@@ -374,8 +374,8 @@ TEST_F(Substitution, TenThousandReplacementsAreLoggedOneByOne) {
     }
 }
 
-// The log drops lines with longer texts. They count as logged if the text alone has less than 4000
-// characters.
+// The log drops lines with longer texts. A replacement is among the ten thousand all the same if the text
+// itself has fewer than 4000 characters.
 TEST_F(Substitution, LongTextsAreHardlyLogged) {
     for (const std::size_t length : {std::size_t{3999}, std::size_t{4000}}) {
         constexpr std::size_t tokens = 444;
